@@ -1,0 +1,70 @@
+#include <CLI/CLI.hpp>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Repository.h>
+#include <cli/commands/Commands.h>
+#include <common/json/Value.h>
+#include <common/json/Writer.h>
+#include <common/worktree/CollectFiles.h>
+#include <common/worktree/File.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+struct Arguments {
+    std::string folder = ".";
+    bool asJson = false;
+    bool endWithNul = false;
+};
+
+/// The names' own bytes, so that another program can open them; a terminal has to cope.
+void writePaths(const std::vector<common::File>& files, std::string_view end, Output& output) {
+    for (const common::File& file : files) {
+        output.write(file.path.toNarrow());
+        output.write(end);
+    }
+}
+
+void writeJson(const std::vector<common::File>& files, Output& output) {
+    jsonlib::json::Array paths;
+    paths.reserve(files.size());
+    for (const common::File& file : files)
+        paths.emplace_back(file.path.toWide());
+    output.write(OdString(jsonlib::json::write(std::move(paths))).toNarrow());
+    output.write("\n");
+}
+
+Expected<void> listFiles(const Arguments& arguments, Output& output) {
+    const Expected<common::RootPath> root = findRepository(arguments.folder);
+    if (!root)
+        return root.error();
+    const Expected<std::vector<common::File>> files = common::collectRepoFiles(printMessage, *root);
+    if (!files)
+        return files.error();
+    if (arguments.asJson)
+        writeJson(*files, output);
+    else
+        writePaths(*files, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
+    return {};
+}
+
+}  // namespace
+
+Action declareFiles(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    parser.add_option("DIR", arguments->folder,
+                      "A folder in the repository (default: the current one)");
+    CLI::Option* const json =
+        parser.add_flag("--json", arguments->asJson, "Print the paths as a JSON array");
+    parser.add_flag("-0", arguments->endWithNul, "End each path with a NUL, not a line feed")
+        ->excludes(json);
+    return [arguments](Output& output) { return listFiles(*arguments, output); };
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,46 @@
+#include <CLI/CLI.hpp>
+#include <cli/Output.h>
+#include <cli/Repository.h>
+#include <cli/commands/Commands.h>
+#include <common/json/Reader.h>
+#include <common/json/Value.h>
+#include <common/json/Writer.h>
+#include <platform/ut/ReadEntireFile.h>
+
+#include <memory>
+#include <string>
+
+namespace qrv_cli {
+
+namespace {
+
+/// Prints the file's document in the form in which the library writes one, and not the file's
+/// bytes: so it is valid UTF-8 and in one layout also where somebody edited the file.
+Expected<void> printState(const std::string& folder, Output& output) {
+    const Expected<common::RootPath> root = findRepository(folder);
+    if (!root)
+        return root.error();
+    const Host host;
+    // The library's reader decides whether the document is a state at all.
+    const Expected<std::shared_ptr<common::Cache>> state = openState(*root, host);
+    if (!state)
+        return state.error();
+
+    const OdString text = ut::readEntireFile(root->statePath());
+    jsonlib::json::Value document;
+    if (!jsonlib::json::read(text.c_str(), text.c_str() + text.getLength(), document))
+        return ErrorMessage{L"The state file was changed while it was read"};
+    output.write(OdString(jsonlib::json::write(document)).toNarrow());
+    output.write("\n");
+    return {};
+}
+
+}  // namespace
+
+Action declareState(CLI::App& parser) {
+    const auto folder = std::make_shared<std::string>(".");
+    parser.add_option("DIR", *folder, "A folder in the repository (default: the current one)");
+    return [folder](Output& output) { return printState(*folder, output); };
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,57 @@
+# What `cmake --install` lays down, so that a host finds the libraries with find_package(qrv CONFIG) or
+# with pkg-config. Nothing below holds an absolute path: the installed tree may be moved as a whole.
+#
+# A project that takes us in as a sub-folder installs what it likes; ours is off there unless it asks.
+option(QRV_INSTALL "Install the libraries, their headers and their package files" ${PROJECT_IS_TOP_LEVEL})
+if(NOT QRV_INSTALL)
+    return()
+endif()
+
+include(CMakePackageConfigHelpers)
+
+set(qrv_libraries qrv_common)
+set(qrv_pc_libraries "-lqrv-common")
+set(qrv_pc_requires "Qt5Core")
+if(QRV_PLATFORM STREQUAL "bundled")
+    list(APPEND qrv_libraries qrv_platform)
+    string(APPEND qrv_pc_libraries " -lqrv-platform")
+else()
+    string(APPEND qrv_pc_requires " qrv-platform")
+endif()
+
+# The libraries find each other, and the program finds them, wherever the tree stands.
+set_target_properties(${qrv_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
+install(TARGETS ${qrv_libraries}
+    EXPORT qrv-targets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qrv)
+
+if(TARGET qrv_cli)
+    file(RELATIVE_PATH qrv_libraries_from_program
+        ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(qrv_cli PROPERTIES
+        INSTALL_RPATH "$ORIGIN/${qrv_libraries_from_program}")
+    install(TARGETS qrv_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
+set(qrv_package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/qrv)
+install(EXPORT qrv-targets NAMESPACE qrv:: DESTINATION ${qrv_package_folder})
+configure_package_config_file(
+    ${CMAKE_CURRENT_LIST_DIR}/qrv-config.cmake.in ${PROJECT_BINARY_DIR}/qrv-config.cmake
+    INSTALL_DESTINATION ${qrv_package_folder}
+    NO_SET_AND_CHECK_MACRO)
+# Below 1.0 a minor version may break its users.
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/qrv-config-version.cmake
+    COMPATIBILITY SameMinorVersion)
+install(FILES
+    ${PROJECT_BINARY_DIR}/qrv-config.cmake
+    ${PROJECT_BINARY_DIR}/qrv-config-version.cmake
+    DESTINATION ${qrv_package_folder})
+
+file(RELATIVE_PATH qrv_prefix_from_pc
+    ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" qrv_prefix_from_pc ${qrv_prefix_from_pc})
+file(RELATIVE_PATH qrv_libraries_from_prefix ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
+file(RELATIVE_PATH qrv_headers_from_prefix ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/qrv.pc.in ${PROJECT_BINARY_DIR}/qrv.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/qrv.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

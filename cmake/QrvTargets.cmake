@@ -1,0 +1,42 @@
+# What every target of ours has in common. All of it is private: a consumer of the installed
+# package sees none of our warnings, definitions or visibility settings.
+
+add_library(qrv_private_options INTERFACE)
+target_compile_options(qrv_private_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+    $<$<BOOL:${QRV_WARNINGS_AS_ERRORS}>:-Werror>)
+
+# Settings of one target: our warnings, C++20 without extensions, everything hidden unless exported.
+function(qrv_configure target)
+    target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:qrv_private_options>)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    set_target_properties(${target} PROPERTIES
+        CXX_EXTENSIONS OFF
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
+
+# A shared library of ours: its headers are included from the project's root and are installed
+# below include/qrv in the same layout.
+function(qrv_configure_library target)
+    qrv_configure(${target})
+    string(REPLACE "qrv_" "" short_name ${target})
+    target_include_directories(${target} PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/qrv>)
+    set_target_properties(${target} PROPERTIES
+        OUTPUT_NAME qrv-${short_name}
+        EXPORT_NAME ${short_name}
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+    add_library(qrv::${short_name} ALIAS ${target})
+endfunction()
+
+# The base library of wxWidgets, whose find module sets variables but makes no target.
+function(qrv_add_wx_target)
+    add_library(qrv_wx_base INTERFACE)
+    target_include_directories(qrv_wx_base SYSTEM INTERFACE ${wxWidgets_INCLUDE_DIRS})
+    target_compile_definitions(qrv_wx_base INTERFACE ${wxWidgets_DEFINITIONS} wxUSE_GUI=0)
+    target_link_directories(qrv_wx_base INTERFACE ${wxWidgets_LIBRARY_DIRS})
+    target_link_libraries(qrv_wx_base INTERFACE ${wxWidgets_LIBRARIES})
+endfunction()

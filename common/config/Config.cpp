@@ -1,0 +1,85 @@
+#include <common/config/Config.h>
+#include <common/config/ConfigFileInternal.h>
+#include <platform/kernel/OdError.h>
+
+#include <utility>
+
+namespace common {
+
+namespace {
+
+constexpr int anyKind = 0x1FFF;
+
+// The live configurations of this process. Entries stay; one whose configuration has ended is used
+// again.
+std::map<OdString, std::weak_ptr<Config>>& liveConfigs() {
+    static std::map<OdString, std::weak_ptr<Config>> configs;
+    return configs;
+}
+
+std::shared_ptr<Config> liveConfig(const OdString& directory) {
+    const auto found = liveConfigs().find(directory);
+    return found == liveConfigs().end() ? nullptr : found->second.lock();
+}
+
+Expected<ConfigData> readRegistry(const ut::FileName& file) {
+    if (!file.exists(anyKind))
+        return ConfigData();
+    try {
+        return readConfigFile(file.getFullPath());
+    } catch (const OdError& error) {
+        return ErrorMessage{error.description(), 0};
+    }
+}
+
+}  // namespace
+
+Expected<std::shared_ptr<Config>> Config::load(const OdString& directory, const IoInterface& io) {
+    const Expected<ConfigPath> path = ConfigPath::get(directory);
+    if (!path)
+        return path.error();
+    if (std::shared_ptr<Config> live = liveConfig(directory))
+        return live;
+    Expected<ConfigData> registry = readRegistry(ut::FileName(path->configFile()));
+    if (!registry)
+        return registry.error();
+    return shared(*path, std::move(*registry), io);
+}
+
+std::shared_ptr<Config> Config::shared(const ConfigPath& path, ConfigData data,
+                                       const IoInterface& io) {
+    std::shared_ptr<Config> config(new Config(path, std::move(data), io));
+    liveConfigs()[path.path()] = config;
+    return config;
+}
+
+Config::Config(const ConfigPath& path, ConfigData data, const IoInterface& io)
+    : file_(path.configFile()), path_(path), data_(std::move(data)), io_(io) {
+}
+
+Config::Config(Config&& other) = default;
+
+Config::~Config() {
+    if (!modified_)
+        return;
+    try {
+        io_.reportResult(writeConfigFile(data_, file_.getFullPath()));
+    } catch (...) {
+        // A host that throws here breaks its contract, but must not end the process it lives in.
+    }
+}
+
+WriteConfigData Config::write() {
+    modified_ = true;
+    return {data_, listeners_};
+}
+
+void Config::addListener(ConfigListener& listener) {
+    listeners_.insert(listener);
+}
+
+void Config::removeListener(ConfigListener& listener) {
+    listeners_.erase(listener);
+}
+
+}  // namespace common

@@ -1,0 +1,84 @@
+#include <common/base/MessageInternal.h>
+#include <common/config/ConfigFileInternal.h>
+#include <common/json/JsonAccess.h>
+#include <common/json/ParseObjectInternal.h>
+#include <common/json/Writer.h>
+#include <platform/ut/ReadEntireFile.h>
+#include <platform/ut/TextFile.h>
+
+#include <utility>
+
+namespace common {
+
+using jsonlib::json::Array;
+using jsonlib::json::Object;
+using jsonlib::json::Value;
+using jsonlib::json::Value_type;
+
+namespace {
+
+const OdString projectsKey = L"projects_map";
+const OdString pathKey = L"path";
+const OdString infoKey = L"info";
+const OdString nameKey = L"name";
+const OdString uidKey = L"uid";
+
+std::pair<OdString, ProjectInfo> readProject(const Object& record) {
+    const Object& info = getObjectValue(record, infoKey, OdString());
+    ProjectInfo project;
+    project.uid = getStringValue(info, uidKey, OdString());
+    project.name = getStringValue(info, nameKey, OdString());
+    return {getStringValue(record, pathKey, OdString()), std::move(project)};
+}
+
+Object writeProject(const OdString& path, const ProjectInfo& project) {
+    Object info;
+    info[nameKey.toWide()] = project.name.toWide();
+    info[uidKey.toWide()] = project.uid.toWide();
+    Object record;
+    record[pathKey.toWide()] = path.toWide();
+    record[infoKey.toWide()] = std::move(info);
+    return record;
+}
+
+Value toJson(const ConfigData& projects) {
+    Array records;
+    for (const auto& [path, project] : projects.read())
+        records.emplace_back(writeProject(path, project));
+    Object document;
+    if (!records.empty())
+        document[projectsKey.toWide()] = std::move(records);
+    return document;
+}
+
+}  // namespace
+
+Expected<ConfigData> readConfigFile(const OdString& file) {
+    ConfigData projects;
+    const Object document = parseObject(ut::readEntireFile(file));
+    if (!hasKey(document, projectsKey))
+        return projects;
+    for (const Value& element : getArrayValue(document, projectsKey, OdString())) {
+        if (element.type() != Value_type::object)
+            return composeMessage(element, Value_type::object, L"parsing json map.");
+        projects.write().insert(readProject(element.getObject()));
+    }
+    return projects;
+}
+
+Expected<void> writeConfigFile(const ConfigData& projects, const OdString& file) {
+    try {
+        ut::TextFile text(file);
+        text.addLine(OdString(jsonlib::json::write(toJson(projects))));
+        if (!text.write())
+            return translatedError(L"Error writing to file '%ls'", file);
+        return {};
+    } catch (...) {
+        // Whatever a full memory or a hostile name throws must not leave a destructor. The word
+        // "deserializing" is wanted in this text.
+        return translatedError(
+            L"An unexpected error occurred while deserializing the config file.");
+    }
+}
+
+}  // namespace common

@@ -1,0 +1,137 @@
+#include <common/base/MessageInternal.h>
+#include <common/worktree/RepoFileExplorer.h>
+#include <platform/ut/FileName.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <locale>
+#include <optional>
+#include <regex>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace common {
+
+namespace {
+
+// Longer names are refused: the expression compiler recurses, and a name that is long enough would
+// end the process.
+constexpr int longestName = 2000;
+
+// Asks whether a path ends in a short name.
+class NamePattern {
+public:
+    explicit NamePattern(const OdString& name) {
+        if (name.getLength() > longestName)
+            throw std::regex_error(std::regex_constants::error_complexity);
+        std::string expression = ".*" + name.toNarrow();
+        if (!ut::FileName(name).hasExt())
+            expression += R"((\.[a-zA-Z]+)+$)";
+        expression_.imbue(std::locale::classic());
+        expression_.assign(expression);
+    }
+
+    bool matches(const OdString& path) const {
+        return std::regex_match(path.toNarrow(), expression_);
+    }
+
+private:
+    std::regex expression_;
+};
+
+void append(std::vector<StagedFile>& candidates, const std::vector<File>& files,
+            FileChange change) {
+    for (const File& file : files)
+        candidates.emplace_back(file.path, change);
+}
+
+std::vector<StagedFile> candidatesOf(const RepoChanges& changes) {
+    std::vector<StagedFile> candidates;
+    append(candidates, changes.modified, FileChange::modified);
+    append(candidates, changes.added, FileChange::added);
+    append(candidates, changes.removed, FileChange::removed);
+    return candidates;
+}
+
+}  // namespace
+
+struct RepoFileExplorer::Implementation {
+    std::vector<StatusRef> changes;
+    std::vector<StagedFile> candidates;
+    // Indices of candidates.
+    std::set<std::size_t> staged;
+    std::vector<UnchangedFile> unchanged;
+    RootPath root;
+};
+
+RepoFileExplorer::RepoFileExplorer(const RepoChanges& changes, const RootPath& root)
+    : implementation_(
+          new Implementation{changes.changes, candidatesOf(changes), {}, changes.unchanged, root}) {
+}
+
+RepoFileExplorer::RepoFileExplorer(RepoFileExplorer&& other) noexcept = default;
+RepoFileExplorer& RepoFileExplorer::operator=(RepoFileExplorer&& other) noexcept = default;
+RepoFileExplorer::~RepoFileExplorer() = default;
+
+std::vector<StatusRef> RepoFileExplorer::possibleStageFiles() const {
+    std::vector<StatusRef> files;
+    for (const StagedFile& candidate : implementation_->candidates)
+        files.emplace_back(candidate.path, candidate.change);
+    return files;
+}
+
+bool RepoFileExplorer::hasFilesToStage() const {
+    return implementation_->staged.size() < implementation_->candidates.size();
+}
+
+std::variant<StagedFile, NotFound, ErrorMessage> RepoFileExplorer::findForStaging(
+    const OdString& name) const {
+    const NamePattern pattern(name);
+    std::optional<StagedFile> found;
+    for (const StagedFile& candidate : implementation_->candidates) {
+        if (!pattern.matches(candidate.path))
+            continue;
+        if (found)
+            return translatedError(L"More than one file found with the name %ls.\n", name);
+        found = candidate;
+    }
+    if (!found)
+        return NotFound();
+    return *found;
+}
+
+OdString RepoFileExplorer::findUnchanged(const OdString& name) const {
+    const NamePattern pattern(name);
+    for (const UnchangedFile& file : implementation_->unchanged) {
+        if (pattern.matches(file.path))
+            return file.path;
+    }
+    return {};
+}
+
+bool RepoFileExplorer::stage(const StagedFile& file) {
+    const std::vector<StagedFile>& candidates = implementation_->candidates;
+    const auto candidate = std::find(candidates.begin(), candidates.end(), file);
+    if (candidate == candidates.end())
+        return false;
+    const auto index = static_cast<std::size_t>(std::distance(candidates.begin(), candidate));
+    return implementation_->staged.insert(index).second;
+}
+
+Expected<std::vector<StatusRef>> RepoFileExplorer::stagedFiles() const {
+    if (!implementation_->staged.empty()) {
+        std::vector<StatusRef> files = possibleStageFiles();
+        // A new entry is selected already, so this marks nothing new: the list is every candidate,
+        // on purpose, not only the staged ones.
+        for (const std::size_t index : implementation_->staged)
+            files[index].selected = true;
+        return files;
+    }
+    if (implementation_->changes.empty())
+        return translatedError(L"There are no modified or untracked files for commit.");
+    return std::vector<StatusRef>();
+}
+
+}  // namespace common

@@ -1,0 +1,3 @@
+drafting-3
+meier
+Thursday, 16 May, 09:12

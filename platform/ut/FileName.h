@@ -1,0 +1,57 @@
+#pragma once
+
+#include <platform/kernel/Export.h>
+#include <platform/kernel/OdString.h>
+#include <platform/ut/DateTime.h>
+
+namespace ut {
+
+/// A path, and what the file system says of the thing it names. The path is text: nothing is read
+/// before a question needs it. A path that holds a NUL names nothing; every question about it is
+/// answered as for a missing file.
+class QRV_PLATFORM_EXPORT FileName {
+public:
+    FileName() = default;
+    explicit FileName(const OdString& path);
+    /// The file `baseName`.`extension` in `folder`; without extension also without the dot.
+    FileName(const OdString& folder, const OdString& baseName, const OdString& extension);
+
+    static wchar_t getPathSeparator();
+    static bool isPathSeparator(wchar_t unit);
+
+    /// Makes the folder `path` with the permission bits `mode`, less the process's mask; with
+    /// `withParents` also the missing folders above it. True also when the folder is there already;
+    /// false when it cannot be made, for example because a file stands in the way. Folders already
+    /// made stay then.
+    static bool mkdir(const OdString& path, int mode, bool withParents);
+
+    OdString getFullPath() const { return path_; }
+    /// Makes a relative path absolute, from the current folder. "." and ".." are resolved as text.
+    void makeAbsolute();
+
+    /// True when the path names something of the wanted kinds. `kinds` is a set of bits; the only
+    /// one used is 0x1FFF, any kind, for which also a broken link exists.
+    bool exists(int kinds) const;
+    /// The number of the path's components, the last one included.
+    int getDirCount() const;
+    /// Removes the path's last component; does nothing when there is none.
+    void removeLastDir();
+    /// True when the path names a folder in which this process may make files.
+    bool isDirWritable() const;
+
+    /// What stands behind the last dot of the last component; empty when there is no dot, or when
+    /// it is that component's first or last character.
+    OdString getExt() const;
+    bool hasExt() const { return !getExt().isEmpty(); }
+
+    /// Reads the times of access, of the last change of contents and of creation; a null pointer
+    /// leaves one out. False, and nothing changed, when the file cannot be asked. Linux keeps no
+    /// time of creation that every file system has: the time of the last change of status stands
+    /// for it.
+    bool getTimes(DateTime* access, DateTime* modification, DateTime* creation) const;
+
+private:
+    OdString path_;
+};
+
+}  // namespace ut

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <platform/kernel/Export.h>
+
+namespace ut {
+
+/// Makes one file-system call of this library fail, for tests. Calls are counted from 1 on while
+/// the object lives; the `nth` is not carried out and fails with `errorNumber` (of <cerrno>), or,
+/// with `kKillProcess`, ends the process on the spot as a power cut would. One object at a time, on
+/// one thread.
+class QRV_PLATFORM_EXPORT [[nodiscard]] ScopedFault {
+public:
+    static constexpr int kKillProcess = -1;
+
+    ScopedFault(int nth, int errorNumber);
+    ScopedFault(const ScopedFault&) = delete;
+    ScopedFault& operator=(const ScopedFault&) = delete;
+    ~ScopedFault();
+
+    /// How many calls were counted so far, the failed one included.
+    int callCount() const;
+    /// True once the call failed: a loop over `nth` ends with the first run in which it did not.
+    bool hasFired() const;
+};
+
+}  // namespace ut

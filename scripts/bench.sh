@@ -1,0 +1,29 @@
+#!/bin/bash
+# Builds the benchmarks for speed, runs them beside their peers, and writes docs/performance.md from what
+# was measured. Takes some minutes and a few GB in the temporary folder (QRV_BENCH_FOLDER names another).
+#
+#   scripts/bench.sh             all programs, five runs each
+#   REPETITIONS=1 scripts/bench.sh json scan   only these, once each; prints the table, writes no page
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+scripts/install-deps.sh
+cmake --preset release
+cmake --build --preset release
+
+results=$PWD/build/release/bench-results
+subjects=("$@")
+[ ${#subjects[@]} -gt 0 ] || subjects=(json scan hash state)
+rm -rf "$results"
+mkdir -p "$results"
+for subject in "${subjects[@]}"; do
+    "build/release/bench/qrv_bench_$subject" \
+        --benchmark_repetitions="${REPETITIONS:-5}" --benchmark_display_aggregates_only=true \
+        --benchmark_out="$results/$subject.json" --benchmark_out_format=json
+done
+
+if [ $# -eq 0 ]; then
+    python3 scripts/bench_table.py "$results" docs/performance.md
+else
+    python3 scripts/bench_table.py "$results"
+fi

@@ -1,0 +1,174 @@
+#!/usr/bin/env python3
+"""Who may include whom. Prints each include that the tables below do not allow."""
+
+import re
+import sys
+
+import sources
+
+# Folder -> the other folders of ours that it may include, each edge with its reason. A new edge is a new
+# line here. Every folder may include itself, and every folder of common may include platform.
+EDGES = {
+    "platform/kernel": {},
+    "platform/ut": {"platform/kernel": "paths and times are the kernel's types"},
+    "platform/qut": {
+        "platform/kernel": "converts the kernel's texts",
+        "platform/ut": "opens files by their host names",
+    },
+    "common/base": {},
+    "common/json": {"common/base": "errors and their texts"},
+    "common/repository": {"common/base": "errors and their texts"},
+    "common/history": {"common/base": "errors and their texts"},
+    "common/config": {
+        "common/base": "errors and their texts",
+        "common/json": "the file is JSON",
+        "common/repository": "IoInterface, which is told how a write went",
+    },
+    "common/worktree": {
+        "common/base": "errors and their texts",
+        "common/repository": "files are found below a root",
+    },
+    "common/server": {
+        "common/base": "errors and their texts",
+        "common/json": "the records are JSON",
+        "common/worktree": "File and RepoFile stand in the records",
+    },
+    "common/state": {
+        "common/base": "errors and their texts",
+        "common/json": "the file is JSON",
+        "common/repository": "the file's place, and IoInterface",
+        "common/worktree": "staged files and their changes stand in the state",
+    },
+    "common/storage": {
+        "common/base": "errors and their texts",
+        "common/repository": "the stores' places",
+        "common/server": "repository files name stored versions",
+        "common/state": "a merge records conflicts",
+        "common/worktree": "files and their changes",
+    },
+}
+
+# These see everything public of common and platform; the tests also what they test of the program.
+USERS = {"cli": (), "tests": ("cli",), "bench": (), "fuzz": ()}
+
+# A header whose name ends in Internal.h belongs to its folder, but for these: who else, and why.
+SHARED_INTERNAL_HEADERS = {
+    "common/base/MessageInternal.h": ("common", "every folder makes messages"),
+    "common/json/ParseObjectInternal.h": ("common", "reads a file of ours as one object"),
+    "platform/ut/RegularFileInternal.h": ("platform/qut", "opens only what ut::File opens"),
+}
+
+# Tests, benchmarks and fuzz targets look inside the folder that they are about; the program does not.
+SEE_INTERNAL_HEADERS = ("tests", "bench", "fuzz")
+
+STANDARD_HEADERS = set("""
+algorithm any array atomic barrier bit bitset cctype cerrno cfenv cfloat charconv chrono cinttypes
+climits clocale cmath codecvt compare complex concepts condition_variable coroutine csetjmp csignal
+cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype deque exception
+execution expected filesystem format forward_list fstream functional future initializer_list iomanip ios
+iosfwd iostream istream iterator latch limits list locale map memory memory_resource mutex new
+numbers numeric optional ostream queue random ranges ratio regex scoped_allocator semaphore set
+shared_mutex source_location span sstream stack stdexcept stop_token streambuf string string_view
+system_error thread tuple type_traits typeindex typeinfo unordered_map unordered_set utility valarray
+variant vector version
+""".split())
+
+# Libraries from outside: pattern of the header, and which folders use it.
+LIBRARIES = [
+    (r"Q[A-Z]\w*", ("platform", "common/repository", "common/config", "common/history", "cli")),
+    (r"wx/\w+\.h", ("common/base", "cli")),
+    (r"openssl/\w+\.h", ("common/worktree", "cli")),
+    (r"CLI/\w+\.hpp", ("cli",)),
+]
+
+# Only platform/ knows the system. The exceptions, by file: what they may include or ask.
+SYSTEM_EXCEPTIONS = {
+    "common/repository/RootPath.cpp": {"windows.h", "_WIN32"},  # hides ".qrv" there
+}
+SYSTEM_FOLDERS = ("platform", "tests", "bench", "fuzz")
+SYSTEM_MACRO = re.compile(
+    r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*?\b(_WIN32|_WIN64|WIN32|__linux__|__linux|__unix__|unix|"
+    r"__APPLE__|__MACH__|__CYGWIN__|__MINGW32__|__GLIBC__|_POSIX_\w+|Q_OS_\w+)\b")
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
+
+
+def folder_of(name):
+    """The folder that a file belongs to: two levels in common and platform, one elsewhere."""
+    folders = name.split("/")[:-1]
+    depth = 2 if name.startswith(("common/", "platform/")) else 1
+    return "/".join(folders[:depth])
+
+
+def allowed_folder(source, target):
+    source_folder, target_folder = folder_of(source), folder_of(target)
+    if source_folder == target_folder:
+        return True
+    if source == "common/common.h":
+        return target_folder.startswith("common/")
+    if source_folder in USERS:
+        return (target.startswith(("common/", "platform/"))
+                or target_folder in USERS[source_folder])
+    if source.startswith("common/") and target.startswith("platform/"):
+        return True
+    return target_folder in EDGES.get(source_folder, {})
+
+
+def own_include_problem(source, target):
+    if not allowed_folder(source, target):
+        return f"{folder_of(source)} may not include {folder_of(target)}: <{target}>"
+    is_foreign = folder_of(source) != folder_of(target)
+    if target.endswith("Internal.h") and is_foreign:
+        if source.startswith(SEE_INTERNAL_HEADERS):
+            return None
+        users, _ = SHARED_INTERNAL_HEADERS.get(target, (None, None))
+        if users is None or not source.startswith(users + "/"):
+            return f"internal to {folder_of(target)}: <{target}>"
+    return None
+
+
+def foreign_include_problem(source, target):
+    if target in STANDARD_HEADERS or folder_of(source).startswith(SYSTEM_FOLDERS):
+        return None
+    if target in SYSTEM_EXCEPTIONS.get(source, ()):
+        return None
+    for pattern, folders in LIBRARIES:
+        if re.fullmatch(pattern, target):
+            if source.startswith(folders):
+                return None
+            return f"{folder_of(source)} does not use this library: <{target}>"
+    return f"system headers belong into platform/: <{target}>"
+
+
+def include_problem(source, quote, target):
+    if quote == '"':
+        return f'write <> and the path from the root: "{target}"'
+    if target.split("/")[0] in ("common", "platform", *USERS) and "/" in target:
+        return own_include_problem(source, target)
+    return foreign_include_problem(source, target)
+
+
+def line_problem(source, line):
+    """What is wrong with one line of the file `source`, or None."""
+    include = INCLUDE.match(line)
+    if include:
+        return include_problem(source, *include.groups())
+    macro = SYSTEM_MACRO.match(line)
+    if macro and not source.startswith(SYSTEM_FOLDERS):
+        if macro.group(1) not in SYSTEM_EXCEPTIONS.get(source, ()):
+            return f"asks for the system outside platform/: {macro.group(1)}"
+    return None
+
+
+def problems(files, read=sources.read):
+    found = []
+    for name in sources.cpp_files(files, ("common", "platform", *USERS)):
+        for number, line in enumerate(read(name).splitlines(), 1):
+            problem = line_problem(name, line)
+            if problem:
+                found.append(f"{name}:{number}: {problem}")
+    return found
+
+
+if __name__ == "__main__":
+    sys.exit(sources.report(problems(sources.project_files())))

@@ -1,0 +1,33 @@
+#!/bin/bash
+# Builds the library and the program against a qrv::platform that comes from outside, installs them, and
+# builds and runs a consumer of that.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+scripts/install-deps.sh
+top=$PWD/build/external
+rm -rf "$top"
+options=(-DQRV_BUILD_TESTS=OFF -DQRV_BUILD_BENCH=OFF)
+host=("-Dqrv-platform_DIR=$PWD/tests/external" "-DQRV_HOST_HEADERS=$PWD"
+    "-DQRV_HOST_LIBRARY=$top/host/platform/libqrv-platform.so.0")
+
+cmake --preset dev -B "$top/host" "${options[@]}"
+cmake --build "$top/host" --target qrv_platform
+
+cmake --preset dev -B "$top/build" "${options[@]}" -DQRV_PLATFORM=external "${host[@]}"
+cmake --build "$top/build"
+if [ -e "$top/build/platform" ]; then
+    echo "the bundled platform was built all the same"
+    exit 1
+fi
+"$top/build/cli/qrv" --version
+cmake --install "$top/build" --prefix "$top/prefix"
+if [ -e "$top/prefix/include/qrv/platform" ]; then
+    echo "the bundled platform was installed all the same"
+    exit 1
+fi
+
+cmake -S tests/consumer/project -B "$top/consumer" -G Ninja "-DCMAKE_PREFIX_PATH=$top/prefix" \
+    "${host[@]}"
+cmake --build "$top/consumer"
+cmake -D PROGRAM="$top/consumer/consumer" -P tests/consumer/RunConsumer.cmake

@@ -1,0 +1,294 @@
+"""The checks must see what they are there for: each is tried with what is allowed and with a fault."""
+
+import contextlib
+import io
+import pathlib
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
+
+import bench_table
+import check_calls
+import check_includes
+import check_lists
+import check_sizes
+import check_words
+import count_tests
+import sources
+
+
+def reader(files):
+    """Reads from a dictionary instead of the disk."""
+    return lambda name: files[name]
+
+
+class Includes(unittest.TestCase):
+    ALLOWED = [
+        ("common/state/Cache.h", "#include <common/worktree/File.h>"),
+        ("common/state/Cache.cpp", "#include <platform/ut/TextFile.h>"),
+        ("common/common.h", "#include <common/state/Cache.h>"),
+        ("common/json/Reader.cpp", "#include <common/base/MessageInternal.h>"),
+        ("common/json/Reader.cpp", "#include <vector>"),
+        ("common/repository/RootPath.cpp", "#include <windows.h>"),
+        ("common/repository/RootPath.cpp", "#ifdef _WIN32"),
+        ("common/repository/ActivityLog.cpp", "#include <QFile>"),
+        ("common/base/Message.cpp", "#include <wx/translation.h>"),
+        ("platform/ut/Dir.cpp", "#include <dirent.h>"),
+        ("platform/ut/Dir.cpp", "#ifdef __linux__"),
+        ("cli/Main.cpp", "#include <CLI/CLI.hpp>"),
+        ("cli/Main.cpp", "#include <common/common.h>"),
+        ("tests/common/json/ReaderTest.cpp", "#include <common/json/ReaderInternal.h>"),
+        ("tests/common/json/ReaderTest.cpp", "#include <gmock/gmock.h>"),
+        ("tests/cli/MessageTest.cpp", "#include <cli/Message.h>"),
+        ("common/base/Export.h", "#if defined(_MSC_VER)"),
+    ]
+    REFUSED = [
+        ("platform/ut/Dir.cpp", "#include <common/base/Expected.h>"),
+        ("platform/kernel/OdString.cpp", "#include <platform/ut/Dir.h>"),
+        ("platform/ut/Dir.cpp", "#include <platform/qut/toQt.h>"),
+        ("common/base/Message.cpp", "#include <common/json/Value.h>"),
+        ("common/worktree/File.h", "#include <common/state/ConflictData.h>"),
+        ("common/json/Value.h", "#include <common/repository/RootPath.h>"),
+        ("common/state/Cache.h", "#include <common/common.h>"),
+        ("common/state/Cache.cpp", "#include <cli/Output.h>"),
+        ("cli/Main.cpp", "#include <common/base/MessageInternal.h>"),
+        ("cli/Main.cpp", "#include <tests/support/Files.h>"),
+        ("platform/ut/Dir.cpp", "#include <common/base/MessageInternal.h>"),
+        ("common/state/Cache.cpp", "#include <common/worktree/NameRuleInternal.h>"),
+        ("common/state/Cache.cpp", "#include <unistd.h>"),
+        ("common/state/Cache.cpp", "#include <sys/stat.h>"),
+        ("common/state/Cache.cpp", "#include <windows.h>"),
+        ("common/json/Reader.cpp", "#include <string.h>"),
+        ("common/json/Reader.cpp", "#include <QString>"),
+        ("common/state/Cache.cpp", "#include <openssl/sha.h>"),
+        ("cli/Main.cpp", "  #  ifdef _WIN32"),
+        ("common/state/Cache.cpp", "#if defined(__linux__)"),
+        ("common/state/Cache.cpp", '#include "Cache.h"'),
+        ("common/newfolder/Thing.cpp", "#include <common/base/Expected.h>"),
+    ]
+
+    def test_allowed_lines_pass(self):
+        for name, line in self.ALLOWED:
+            self.assertIsNone(check_includes.line_problem(name, line), (name, line))
+
+    def test_other_lines_are_refused(self):
+        for name, line in self.REFUSED:
+            self.assertIsNotNone(check_includes.line_problem(name, line), (name, line))
+
+    def test_the_place_is_named(self):
+        files = {"platform/ut/Dir.cpp": "\n#include <common/common.h>\n"}
+        self.assertEqual(
+            check_includes.problems(list(files), reader(files)),
+            ["platform/ut/Dir.cpp:2: platform/ut may not include common: <common/common.h>"])
+
+    def test_the_table_has_no_circle(self):
+        left = {folder: set(edges) for folder, edges in check_includes.EDGES.items()}
+        while left:
+            free = [folder for folder, edges in left.items() if not edges & set(left)]
+            self.assertTrue(free, f"circle among {sorted(left)}")
+            for folder in free:
+                del left[folder]
+
+
+class Calls(unittest.TestCase):
+    def found(self, name, text):
+        return check_calls.problems([name], reader({name: text}))
+
+    def test_forbidden_calls_are_found(self):
+        for name, line in [
+            ("common/state/Cache.cpp", "std::ofstream file(path);"),
+            ("cli/Main.cpp", "std::ofstream file(path);"),
+            ("common/state/Cache.cpp", "std::rename(a, b);"),
+            ("common/state/Cache.cpp", "::open(path, O_WRONLY);"),
+            ("common/state/Cache.cpp", "QSaveFile file;"),
+            ("common/state/Cache.cpp", "std::filesystem::path p;"),
+            ("common/json/Reader.cpp", 'std::cerr << "x";'),
+            ("platform/ut/Dir.cpp", 'std::printf("x");'),
+            ("platform/ut/Dir.cpp", "std::exit(1);"),
+            ("common/state/Cache.cpp", "std::abort();"),
+            ("common/state/Cache.cpp", 'std::setlocale(LC_ALL, "");'),
+            ("common/state/Cache.cpp", "std::signal(SIGINT, f);"),
+            ("common/state/Cache.cpp", "std::thread worker;"),
+            ("common/state/Cache.cpp", "qWarning() << 1;"),
+        ]:
+            self.assertEqual(len(self.found(name, line)), 1, (name, line))
+
+    def test_other_code_passes(self):
+        for name, line in [
+            ("common/state/Cache.cpp", "// std::cout would print"),
+            ("common/state/Cache.cpp", 'text = L"exit(1)";'),
+            ("common/state/Cache.cpp", "state.renames.clear();"),
+            ("common/state/Cache.cpp", "#include <thread>"),
+            ("common/repository/ActivityLog.cpp", "QFile file;"),
+            ("platform/ut/TextFile.cpp", "::rename(a, b);"),
+            ("platform/ut/Dir.cpp", "std::filesystem::path p;"),
+            ("platform/ut/ScopedFault.cpp", "kill(getpid(), SIGKILL);"),
+            ("cli/Main.cpp", "std::cout << 1;"),
+            ("tests/x.cpp", "std::ofstream file;"),
+        ]:
+            self.assertEqual(self.found(name, line), [], (name, line))
+
+
+class Sizes(unittest.TestCase):
+    def problems(self, lines, functions=(), excused=(), name="common/base/A.cpp"):
+        return check_sizes.problems([name], list(functions), set(excused),
+                                    reader({name: "\n" * lines}))
+
+    def test_the_limits_themselves_pass(self):
+        self.assertEqual(self.problems(400), [])
+        self.assertEqual(self.problems(150, name="common/base/A.h"), [])
+        self.assertEqual(self.problems(500, name="tests/ATest.cpp"), [])
+        self.assertEqual(self.problems(1, [("common/base/A.cpp", "f", 1, 60)]), [])
+
+    def test_one_more_fails(self):
+        self.assertEqual(self.problems(401), ["common/base/A.cpp: 401 lines, at most 400"])
+        self.assertEqual(len(self.problems(151, name="common/base/A.h")), 1)
+        self.assertEqual(len(self.problems(501, name="tests/ATest.cpp")), 1)
+        self.assertEqual(self.problems(1, [("common/base/A.cpp", "f", 1, 61)]),
+                         ["common/base/A.cpp:1: f has 61 lines, at most 60"])
+
+    def test_exceptions_excuse_what_they_name_and_no_more(self):
+        function = ("common/base/A.cpp", "f", 1, 61)
+        self.assertEqual(self.problems(401, excused=["common/base/A.cpp"]), [])
+        self.assertEqual(self.problems(1, [function], ["common/base/A.cpp f"]), [])
+        self.assertEqual(len(self.problems(1, [function], ["common/base/A.cpp g"])), 2)
+
+    def test_an_exception_needs_a_reason(self):
+        self.assertEqual(check_sizes.parse_exceptions("# why\n\na.h: table\n"), {"a.h"})
+        for line in ("a.h", "a.h:", "a.h: "):
+            self.assertRaises(ValueError, check_sizes.parse_exceptions, line)
+
+    def test_functions_are_measured_from_head_to_closing_brace(self):
+        with tempfile.TemporaryDirectory() as folder:
+            body = "\n" * 58
+            (pathlib.Path(folder) / "A.cpp").write_text(
+                f"namespace n {{\nint f() {{{body}return 1;\n}}\nTEST(A, B) {{\n}}\n}}\n")
+            self.assertEqual(check_sizes.functions_of(["A.cpp"], folder),
+                             [("A.cpp", "f", 2, 61), ("A.cpp", "TEST", 62, 63)])
+
+
+class Words(unittest.TestCase):
+    def test_references_to_papers_are_found(self):
+        for line in ("see the s" + "pec", "S" + "pecification", "P" + "art 3.2", "i" + "ssue 12",
+                     "the d" + "esign page", "/w" + "ork/main", "T" + "ODO: later"):
+            self.assertEqual(len(check_words.problems(["a"], reader({"a": line}))), 1, line)
+
+    def test_ordinary_words_pass(self):
+        for line in ("special", "unspecified", "part of", "issues", "a design", "working"):
+            self.assertEqual(check_words.problems(["a"], reader({"a": line})), [], line)
+
+
+class Lists(unittest.TestCase):
+    CMAKE = """add_library(qrv_common SHARED json/Reader.cpp) # json/Writer.cpp
+        target_sources(qrv_common PUBLIC FILE_SET HEADERS FILES common.h json/Reader.h)"""
+
+    def test_sources_must_be_listed(self):
+        files = {"common/CMakeLists.txt": self.CMAKE, "CMakeLists.txt": "add_subdirectory(common)"}
+        names = [*files, "common/json/Reader.cpp", "common/json/Writer.cpp", "common/Reader.cpp"]
+        self.assertEqual(
+            check_lists.CHECKS["sources"](names, reader(files)),
+            ["common/json/Writer.cpp: in no CMakeLists.txt, so it is not built",
+             "common/Reader.cpp: in no CMakeLists.txt, so it is not built"])
+
+    def test_public_headers_must_be_listed(self):
+        files = {"common/CMakeLists.txt": self.CMAKE}
+        good = [*files, "common/common.h", "common/json/Reader.h", "common/json/AInternal.h"]
+        self.assertEqual(check_lists.CHECKS["headers"](good, reader(files)), [])
+        self.assertEqual(
+            check_lists.CHECKS["headers"]([*good[:-2], "common/json/Value.h"], reader(files)),
+            ["common/json/Value.h: public, but not in the list of headers",
+             "common/CMakeLists.txt: lists json/Reader.h, which is not public or not there"])
+
+    def test_the_umbrella_is_complete(self):
+        files = {"common/common.h": "#include <common/a/A.h>\n#include <vector>\n"}
+        names = ["common/common.h", "common/b/B.h", "common/b/CInternal.h"]
+        self.assertEqual(
+            check_lists.CHECKS["common.h"](names, reader(files)),
+            ["common/common.h: lacks <common/b/B.h>",
+             "common/common.h: includes <common/a/A.h>, which is no public header of common",
+             "common/common.h: includes <vector>, which is no public header of common"])
+
+    def test_each_folder_has_a_short_readme(self):
+        files = {f"{folder}/README.md": "x\n" * 10 for folder in check_lists.README_FOLDERS}
+        names = [*files, "common/json/Reader.h"]
+        self.assertEqual(check_lists.CHECKS["readmes"](names, reader(files)),
+                         ["common/json/README.md: missing"])
+        files["cli/README.md"] += "x\n"
+        self.assertIn("cli/README.md: more than 10 lines",
+                      check_lists.CHECKS["readmes"](names, reader(files)))
+
+
+class CodeOnly(unittest.TestCase):
+    def test_comments_and_texts_are_taken_out(self):
+        for text, code in [
+            ("a // b\nc", "a \nc"),
+            ("a /* b\nc */ d", "a \n d"),
+            ('f("x // y") // z', 'f("") '),
+            ("f('\"') + \"exit(1)\"", 'f("") + ""'),
+            ('R"(a "b" // c)" + d', '"" + d'),
+            ("1'000'000 + x", "1'000'000 + x"),
+            ('"a\\"b" c', '"" c'),
+        ]:
+            self.assertEqual(sources.code_only(text), code, text)
+
+
+class CountTests(unittest.TestCase):
+    def outcomes(self, cases):
+        with tempfile.NamedTemporaryFile("w", suffix=".xml") as report:
+            report.write(f"<testsuite>{cases}</testsuite>")
+            report.flush()
+            return count_tests.outcomes(report.name)
+
+    def test_each_outcome_is_counted_as_what_it_is(self):
+        self.assertEqual(
+            self.outcomes('<testcase name="a" status="run"/>'
+                          '<testcase name="b" status="fail"><failure/></testcase>'
+                          '<testcase name="c" status="notrun">'
+                          '<skipped message="SKIP_RETURN_CODE=77"/></testcase>'
+                          '<testcase name="d" status="notrun">'
+                          '<skipped message="Unable to find executable: d"/></testcase>'
+                          '<testcase name="e" status="notrun">'
+                          '<skipped message="Fixture dependency failed: b"/></testcase>'
+                          '<testcase name="f" status="notrun"/>'),
+            (["a"], ["c"], ["b", "d", "e", "f"]))
+
+    def test_nothing_run_is_a_failure(self):
+        with contextlib.redirect_stdout(io.StringIO()) as printed:
+            with contextlib.redirect_stderr(io.StringIO()):
+                self.assertEqual(count_tests.main("/nonexistent/report.xml"), 1)
+        self.assertEqual(printed.getvalue(), "0 passed, 0 failed\n")
+
+
+class BenchTable(unittest.TestCase):
+    ROW = ("Read", "json", "ours", "peer", "real_time", 0.6)
+
+    def table(self, ours, peer):
+        def runs(times):
+            return [{"real_time": time, "time_unit": "ms"} for time in times]
+
+        bench_table.ROWS, rows = [self.ROW], bench_table.ROWS
+        try:
+            reports = {"json": {"ours": runs(ours), "peer": runs(peer)}}
+            return bench_table.ratio_table(reports).splitlines()[-1]
+        finally:
+            bench_table.ROWS = rows
+
+    def test_ratios_are_of_medians(self):
+        self.assertEqual(self.table([50, 60, 900], [100, 10, 400]),
+                         "| Read | 60 ms | 100 ms | 0.60 | 0.6 | reached |")
+
+    def test_a_missed_target_is_said(self):
+        self.assertEqual(self.table([61], [100]),
+                         "| Read | 61 ms | 100 ms | 0.61 | 0.6 | missed |")
+
+    def test_each_row_names_benchmarks_that_exist(self):
+        for _, report, *names, _, _ in bench_table.ROWS:
+            source = sources.read(f"bench/{report.capitalize()}Bench.cpp")
+            for name in filter(None, names):
+                self.assertIn(f"BENCHMARK({name.split('/')[0]})", source)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,119 @@
+#!/usr/bin/env python3
+"""Kills `qrv init` at each of its system calls that changes or opens a file, and looks at what is left.
+
+Usage: kill_init.py PROGRAM. After each kill there is no state file or a whole one, and the next `qrv init`
+completes the repository. A first run without a kill tells which calls there are, so every one is met.
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+from collections import Counter
+from pathlib import Path
+
+CALLS = (
+    "open,openat,creat,mkdir,mkdirat,write,pwrite64,writev,fsync,fdatasync,fchmod,fchmodat,chmod,ftruncate,"
+    "rename,renameat,renameat2,link,linkat,unlink,unlinkat,close"
+).split(",")
+STATE = '{\n    "head" : {\n        "reference" : "master"\n    }\n}'
+NAME = "Anbau"
+
+
+def available(strace):
+    """The names that this machine knows: not every one has each of them."""
+    return [name for name in CALLS if traced(strace, name, ["true"]).returncode == 0]
+
+
+def traced(strace, names, command, *options):
+    return subprocess.run(
+        [strace, "-f", "-qq", "-e", f"trace={names}", *options, *command],
+        stdout=subprocess.PIPE,
+        stderr=subprocess.PIPE,
+        text=True,
+        # The leak check of a sanitizer does not work under a tracer.
+        env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"},
+    )
+
+
+def init(program, folder):
+    return [program, "init", "--name", NAME, str(folder)]
+
+
+def first_and_last_calls(strace, names, program, folder):
+    """For each call, the numbers of its first use after the loader's work and of its last use."""
+    log = folder.parent / "trace"
+    result = traced(strace, ",".join(names), init(program, folder), "-o", str(log))
+    if result.returncode != 0:
+        sys.exit(f"init fails without a kill: {result.stderr}")
+    total, started = Counter(), {}
+    for line in log.read_text().splitlines():
+        call = re.match(r"(?:\d+ +)?(\w+)\(", line)
+        if not call:
+            continue
+        if str(folder) in line and not started:
+            started = dict(total) or {"": 0}
+        total[call.group(1)] += 1
+    return {name: (started.get(name, 0) + 1, last) for name, last in total.items()}
+
+
+def contents(folder):
+    return {
+        str(path.relative_to(folder)): path.read_bytes()
+        for path in folder.rglob("*")
+        if path.is_file() and not path.name.endswith(".qrv-tmp")
+    }
+
+
+def check(program, folder, expected):
+    """What is wrong after a kill, or nothing."""
+    state = folder / ".qrv/qrv.state"
+    if state.exists() and state.read_text() != STATE:
+        return f"the state file holds {state.read_text()!r}"
+    again = subprocess.run(init(program, folder), capture_output=True, text=True)
+    if again.returncode != 0:
+        return f"the next init fails: {again.stderr}"
+    if contents(folder) != expected:
+        return f"the next init leaves {contents(folder)}"
+    status = subprocess.run([program, "status", str(folder)], capture_output=True, text=True)
+    if status.returncode != 0:
+        return f"status fails: {status.stderr}"
+    return None
+
+
+def main(program):
+    strace = shutil.which("strace")
+    if strace is None:
+        sys.exit("the program strace is missing")
+    with tempfile.TemporaryDirectory() as temporary:
+        whole = Path(temporary).resolve() / "whole"
+        names = available(strace)
+        calls = first_and_last_calls(strace, names, program, whole)
+        expected = contents(whole)
+        if expected.get(".qrv/qrv.state") != STATE.encode() or len(expected) != 3:
+            sys.exit(f"init without a kill leaves {expected}")
+        killed, problems, states = 0, [], Counter()
+        for name, (first, last) in sorted(calls.items()):
+            for number in range(first, last + 1):
+                folder = whole.with_name(f"{name}-{number}")
+                kill = f"inject={name}:signal=KILL:when={number}"
+                result = traced(strace, name, init(program, folder), "-e", kill)
+                killed += result.returncode == -9
+                states[(folder / ".qrv/qrv.state").exists()] += 1
+                problem = check(program, folder, expected)
+                if problem:
+                    problems.append(f"killed at {name} number {number}: {problem}")
+        planned = sum(last - first + 1 for first, last in calls.values())
+        print(f"{killed} kills: {states[True]} with a state file, {states[False]} without")
+        if killed != planned:
+            problems.append(f"{planned} kills were planned")
+        has_met_the_writing = "fsync" in calls and any("rename" in name for name in calls)
+        if not states[True] or not states[False] or not has_met_the_writing:
+            problems.append(f"the kills did not meet the writing of the state: {calls}")
+        sys.exit("\n".join(problems) or 0)
+
+
+if __name__ == "__main__":
+    main(sys.argv[1])

@@ -1,0 +1,118 @@
+#include <platform/ut/ScopedFault.h>
+#include <tests/common/config/Configuration.h>
+#include <tests/common/state/FailingAllocation.h>
+
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using common::Config;
+using qrv_test::Configuration;
+using testing::AnyOf;
+using testing::ElementsAre;
+using testing::IsSupersetOf;
+
+const std::string oldBytes = "{\"old\":1}";
+const std::string newBytes =
+    "{\n    \"projects_map\" : [\n        {\n            \"info\" : {\n"
+    "                \"name\" : \"n\",\n                \"uid\" : \"u\"\n"
+    "            },\n            \"path\" : \"/none/a\"\n        }\n    ]\n}";
+
+/// A configuration that is to be written over the old bytes.
+std::shared_ptr<Config> changed(const Configuration& configuration) {
+    configuration.write(oldBytes);
+    auto config = configuration.loaded();
+    config->write().data.write()[L"/none/a"] = {L"n", L"u"};
+    return config;
+}
+
+std::string writeError(const Configuration& configuration) {
+    return "Error writing to file '" + configuration.file().string() + "'";
+}
+
+TEST(ConfigFault, LeavesTheOldFileOrTheNewOneAndIsReported) {
+    int failures = 0;
+    for (int nth = 1; nth < 1000; ++nth) {
+        const Configuration configuration;
+        auto config = changed(configuration);
+        const ut::ScopedFault fault(nth, ENOSPC);
+        config.reset();
+        ASSERT_EQ(configuration.io.results.size(), 1U) << nth;
+        const Expected<void>& result = configuration.io.results[0];
+        EXPECT_THAT(configuration.bytes(), AnyOf(oldBytes, newBytes)) << nth;
+        EXPECT_THAT(qrv_test::listTree(configuration.folder.path()),
+                    ElementsAre("directories.state"));
+        if (!result) {
+            ++failures;
+            EXPECT_EQ(result.error().message.toNarrow(), writeError(configuration)) << nth;
+            EXPECT_EQ(result.error().code, 0);
+            continue;
+        }
+        EXPECT_EQ(configuration.bytes(), newBytes) << nth;
+        if (!fault.hasFired())
+            break;
+    }
+    EXPECT_GT(failures, 3);
+}
+
+TEST(ConfigFault, IsReportedWhenADirectoryStandsInTheWay) {
+    const Configuration configuration;
+    auto config = configuration.loaded();
+    static_cast<void>(config->write());
+    std::filesystem::create_directory(configuration.file());
+    config.reset();
+    ASSERT_EQ(configuration.io.results.size(), 1U);
+    ASSERT_FALSE(configuration.io.results[0].hasValue());
+    EXPECT_EQ(configuration.io.results[0].error().message.toNarrow(), writeError(configuration));
+}
+
+// Memory that runs out is the one exception that writing meets.
+TEST(ConfigFault, OfAnotherKindIsReportedWithItsOwnText) {
+    std::set<std::string> outcomes;
+    for (long nth = 1; nth < 10'000; ++nth) {
+        const Configuration configuration;
+        auto config = changed(configuration);
+        bool hasFired = false;
+        {
+            const qrv_test::FailingAllocation failing(nth);
+            config.reset();
+            hasFired = failing.hasFired();
+        }
+        EXPECT_THAT(configuration.bytes(), AnyOf(oldBytes, newBytes)) << nth;
+        for (const Expected<void>& result : configuration.io.results)
+            outcomes.insert(result ? "written" : result.error().message.toNarrow());
+        if (!hasFired)
+            break;
+    }
+    EXPECT_THAT(outcomes,
+                IsSupersetOf({std::string("written"),
+                              std::string("An unexpected error occurred while deserializing the "
+                                          "config file.")}));
+}
+
+/// A host that breaks its promise.
+class ThrowingIo final : public qrv_test::RecordingIo {
+public:
+    void reportResult(Expected<void> result) const override {
+        RecordingIo::reportResult(std::move(result));
+        throw std::runtime_error("not allowed");
+    }
+};
+
+TEST(ConfigFault, OfTheHostDoesNotLeaveTheDestructor) {
+    const qrv_test::TemporaryFolder folder;
+    const ThrowingIo io;
+    auto config = Config::load(folder.text(), io).value();
+    static_cast<void>(config->write());
+    config.reset();
+    EXPECT_EQ(io.results.size(), 1U);
+}
+
+}  // namespace

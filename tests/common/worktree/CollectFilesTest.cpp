@@ -1,0 +1,352 @@
+#include <common/worktree/CollectFiles.h>
+#include <common/worktree/RepoIgnore.h>
+#include <platform/ut/ScopedFault.h>
+#include <tests/common/worktree/TemporaryRepository.h>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <type_traits>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using common::CollectOptions;
+using common::DirContents;
+using qrv_test::narrow;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+static_assert(std::is_copy_assignable_v<CollectOptions>);
+static_assert(std::is_move_assignable_v<CollectOptions>);
+
+class CollectDirContents : public testing::Test {
+protected:
+    void addFiles(const std::vector<std::string>& names) const {
+        for (const std::string& name : names)
+            qrv_test::writeFile(folder / name, "");
+    }
+
+    DirContents collect(const std::vector<std::regex>& excludes = {}) const {
+        return common::collectDirContents(folder.text(), {true, true, false, excludes});
+    }
+
+    qrv_test::TemporaryFolder folder;
+};
+
+class CollectRepoFiles : public testing::Test {
+protected:
+    void addFiles(const std::vector<std::string>& names) const {
+        for (const std::string& name : names)
+            qrv_test::writeFile(repository.folder / name, "");
+    }
+
+    std::vector<std::string> collect() {
+        messages.clear();
+        const auto onError = [this](const OdString& text) { messages.push_back(text.toNarrow()); };
+        const auto files = common::collectRepoFiles(onError, repository.root).value();
+        std::vector<std::string> paths;
+        for (const common::File& file : files)
+            paths.push_back(file.path.toNarrow());
+        return paths;
+    }
+
+    qrv_test::TemporaryRepository repository;
+    std::vector<std::string> messages;
+};
+
+/// Folders nested so deeply that the path to the last does not fit any system call.
+class DeepFolders {
+public:
+    DeepFolders(const fs::path& top, int levels) : start_(fs::current_path()), levels_(levels) {
+        fs::current_path(top);
+        for (int level = 0; level < levels_; ++level) {
+            fs::create_directory("d");
+            fs::current_path("d");
+        }
+        fs::current_path(start_);
+        top_ = top;
+    }
+    DeepFolders(const DeepFolders&) = delete;
+    DeepFolders& operator=(const DeepFolders&) = delete;
+    ~DeepFolders() {
+        fs::current_path(top_);
+        for (int level = 0; level < levels_; ++level)
+            fs::current_path("d");
+        for (int level = 0; level < levels_; ++level) {
+            fs::current_path("..");
+            fs::remove("d");
+        }
+        fs::current_path(start_);
+    }
+
+private:
+    fs::path start_;
+    fs::path top_;
+    int levels_;
+};
+
+}  // namespace
+
+TEST(CollectOptions, StoresItsArguments) {
+    const CollectOptions all(true, false, true, {std::regex("a")});
+    EXPECT_TRUE(all.relative);
+    EXPECT_FALSE(all.collectDirectories);
+    EXPECT_EQ(all.listFlags, 4U);
+    EXPECT_EQ(all.excludes.size(), 1U);
+    const CollectOptions none(false, true, false, {});
+    EXPECT_FALSE(none.relative);
+    EXPECT_TRUE(none.collectDirectories);
+    EXPECT_EQ(none.listFlags, 0U);
+    EXPECT_THAT(none.excludes, IsEmpty());
+}
+
+TEST_F(CollectDirContents, ListsTheFilesOfAFolderBeforeItsSubFoldersDepthFirst) {
+    addFiles({"z", "b/y", "b/a/x", "b/c/w", "a/v", "B", "c/u"});
+    fs::create_directory(folder / "empty");
+    const DirContents contents = collect();
+    EXPECT_THAT(narrow(contents.files),
+                ElementsAre("B", "z", "a/v", "b/y", "b/a/x", "b/c/w", "c/u"));
+    EXPECT_THAT(narrow(contents.directories), ElementsAre("a", "b", "b/a", "b/c", "c", "empty"));
+}
+
+TEST_F(CollectDirContents, ListsFoldersOnlyWhenAsked) {
+    addFiles({"a/b/c"});
+    const DirContents contents =
+        common::collectDirContents(folder.text(), {true, false, false, {}});
+    EXPECT_THAT(narrow(contents.files), ElementsAre("a/b/c"));
+    EXPECT_THAT(contents.directories, IsEmpty());
+}
+
+TEST_F(CollectDirContents, BeginsPathsWithTheFolderUnlessTheyAreRelative) {
+    addFiles({"f", "a/g"});
+    const std::string base = folder.path().string();
+    for (const std::string& start : {base, base + "/", base + "/./"}) {
+        const DirContents contents =
+            common::collectDirContents(OdString::fromNarrow(start), {false, true, false, {}});
+        EXPECT_THAT(narrow(contents.files), ElementsAre(start + "/f", start + "/a/g"));
+        EXPECT_THAT(narrow(contents.directories), ElementsAre(start + "/a"));
+    }
+}
+
+TEST_F(CollectDirContents, FindsTheSameWithTheExtendedListing) {
+    addFiles({"f", "a/g"});
+    const DirContents contents = common::collectDirContents(folder.text(), {true, true, true, {}});
+    EXPECT_THAT(narrow(contents.files), ElementsAre("f", "a/g"));
+    EXPECT_THAT(narrow(contents.directories), ElementsAre("a"));
+}
+
+TEST_F(CollectDirContents, LeavesOutNamesThatAnyExpressionMatchesWhole) {
+    addFiles({"a", "ab", "b", "x/a", "a.d/f", "b.d/a", "b.d/f"});
+    const DirContents contents = collect({std::regex("a"), std::regex("a\\..*")});
+    EXPECT_THAT(narrow(contents.files), ElementsAre("ab", "b", "b.d/f"));
+    EXPECT_THAT(narrow(contents.directories), ElementsAre("b.d", "x"));
+}
+
+TEST_F(CollectDirContents, MatchesTheBareNameOnly) {
+    addFiles({"x/a"});
+    EXPECT_THAT(narrow(collect({std::regex("x/a"), std::regex("x/.*")}).files), ElementsAre("x/a"));
+}
+
+TEST_F(CollectDirContents, HonoursTheFlagsOfTheExpressionsGiven) {
+    addFiles({"a", "A"});
+    EXPECT_THAT(narrow(collect({std::regex("a")}).files), ElementsAre("A"));
+    EXPECT_THAT(narrow(collect({std::regex("a", std::regex::icase)}).files), IsEmpty());
+}
+
+TEST_F(CollectDirContents, LeavesOutNothingOfItself) {
+    addFiles({".qrv/f", ".hidden", "..x/..."});
+    EXPECT_THAT(narrow(collect().files), ElementsAre(".hidden", "..x/...", ".qrv/f"));
+}
+
+TEST_F(CollectDirContents, FindsNothingWhereNoFolderIs) {
+    addFiles({"f"});
+    for (const char* name : {"missing", "f", "f/x"}) {
+        const DirContents contents =
+            common::collectDirContents(folder.text(name), {true, true, false, {}});
+        EXPECT_THAT(contents.files, IsEmpty()) << name;
+        EXPECT_THAT(contents.directories, IsEmpty()) << name;
+    }
+}
+
+TEST_F(CollectDirContents, KeepsTheBytesOfEveryName) {
+    const std::vector<std::string> names = {
+        "\xFF", "a\nb", "a\rb", "caf\xC3\xA9", "\xE9/\xED\xA0\x80", "\xF0\x9F\x93\x90",
+        " ",    "%ls",  "a\\b"};
+    addFiles(names);
+    std::vector<std::string> found = narrow(collect().files);
+    EXPECT_THAT(found, testing::UnorderedElementsAreArray(names));
+    EXPECT_EQ(found.back(), "\xE9/\xED\xA0\x80");
+}
+
+TEST_F(CollectDirContents, NeitherLoopsNorLeavesTheTreeThroughLinks) {
+    addFiles({"sub/f"});
+    qrv_test::TemporaryFolder outside;
+    qrv_test::writeFile(outside / "secret/file", "");
+    fs::create_directory_symlink(folder.path(), folder / "sub/loop");
+    fs::create_directory_symlink(".", folder / "sub/self");
+    fs::create_directory_symlink(outside / "secret", folder / "out");
+    fs::create_symlink("f", folder / "sub/link");
+    fs::create_symlink("nothing", folder / "sub/broken");
+    const DirContents contents = collect();
+    EXPECT_THAT(narrow(contents.files), ElementsAre("sub/f", "sub/link"));
+    EXPECT_THAT(narrow(contents.directories), ElementsAre("sub"));
+}
+
+TEST_F(CollectDirContents, ListsNeitherPipesNorDevices) {
+    addFiles({"f"});
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    fs::create_symlink("/dev/null", folder / "device");
+    EXPECT_THAT(narrow(collect().files), ElementsAre("f"));
+}
+
+TEST_F(CollectDirContents, SkipsAFolderThatCannotBeReadAndGoesOn) {
+    addFiles({"a/f", "b/g", "c/h"});
+    const std::size_t everything = collect().files.size();
+    std::size_t partial = 0;
+    for (int call = 1;; ++call) {
+        const ut::ScopedFault fault(call, EACCES);
+        const DirContents contents = collect();
+        if (!fault.hasFired())
+            break;
+        partial += contents.files.size() > 0 && contents.files.size() < everything ? 1U : 0U;
+    }
+    EXPECT_GE(partial, 3U);
+}
+
+TEST_F(CollectDirContents, ReachesAFolderFiveHundredLevelsDeep) {
+    std::string path;
+    for (int level = 0; level < 500; ++level)
+        path += "level" + std::string("/");
+    addFiles({path + "f"});
+    const DirContents contents = collect();
+    EXPECT_THAT(narrow(contents.files), ElementsAre(path + "f"));
+    EXPECT_EQ(contents.directories.size(), 500U);
+}
+
+TEST_F(CollectDirContents, SurvivesFoldersBeyondTheLongestPath) {
+    const DeepFolders deep(folder.path(), 2500);
+    addFiles({"e/f"});
+    const DirContents contents = collect();
+    EXPECT_THAT(narrow(contents.files), ElementsAre("e/f"));
+    // How far down a path reaches is the system's affair.
+    EXPECT_GE(contents.directories.size(), 2000U);
+    EXPECT_EQ(contents.directories.back(), L"e");
+}
+
+TEST_F(CollectRepoFiles, ListsTheWorkingFilesAndThenTheProperties) {
+    addFiles({"z.dwg", "a/plan.dwg", ".qrv/qrv.state", ".qrv/objects/x",
+              ".qrv/properties/project_name", ".qrv/properties/sub/p"});
+    EXPECT_THAT(collect(), ElementsAre("z.dwg", "a/plan.dwg", ".qrv/properties/ignore",
+                                       ".qrv/properties/project_name", ".qrv/properties/sub/p"));
+    EXPECT_THAT(messages, IsEmpty());
+}
+
+TEST_F(CollectRepoFiles, MakesTheIgnoreFileAndUsesItsRules) {
+    addFiles({"a.BAK", "b.dwl", "c.Dwl2", "d.dwl3", "sub/e.bak", "sub/f.dwg", "x.bak/g"});
+    EXPECT_THAT(collect(), ElementsAre("d.dwl3", "sub/f.dwg", ".qrv/properties/ignore"));
+    EXPECT_TRUE(fs::exists(repository.folder / ".qrv/properties/ignore"));
+}
+
+TEST_F(CollectRepoFiles, LeavesOutMetadataFoldersAnywhereInTheirOwnLetterCase) {
+    addFiles({"sub/.qrv/f", "sub/.QRV/g", "sub/.qrvx/h", "other/.qrv"});
+    EXPECT_THAT(collect(), ElementsAre("sub/.QRV/g", "sub/.qrvx/h", ".qrv/properties/ignore"));
+}
+
+TEST_F(CollectRepoFiles, LeavesOutAFolderWithItsWholeSubtree) {
+    addFiles({"Build/a/b", "src/build/c", "src/rebuild/d", "src/f"});
+    repository.writeRules("build\n");
+    EXPECT_THAT(collect(), ElementsAre("src/f", "src/rebuild/d", ".qrv/properties/ignore"));
+}
+
+TEST_F(CollectRepoFiles, NeverMatchesARuleWithASeparator) {
+    addFiles({"a/b"});
+    repository.writeRules("a/b\n*/b\n^a/b$\n");
+    EXPECT_THAT(collect(), ElementsAre("a/b", ".qrv/properties/ignore"));
+}
+
+TEST_F(CollectRepoFiles, AppliesTheRulesToThePropertiesToo) {
+    addFiles({".qrv/properties/a.bak", ".qrv/properties/.qrv/f", ".qrv/properties/name"});
+    repository.writeRules("*.bak\nignore\n");
+    EXPECT_THAT(collect(), ElementsAre(".qrv/properties/name"));
+}
+
+TEST_F(CollectRepoFiles, MixesGlobsBracketsAndExpressions) {
+    addFiles({"a-1.txt", "a1.txt", "Tmp", "tmp", "keep", "x~", "caf\xC3\xA9"});
+    repository.writeRules("*[-+]*.txt\n^tmp\n*~\ncaf??\n");
+    EXPECT_THAT(collect(), ElementsAre("Tmp", "a1.txt", "keep", ".qrv/properties/ignore"));
+}
+
+TEST_F(CollectRepoFiles, MatchesNoNameWithALineBreakByAStar) {
+    addFiles({"a\n.bak", "a\r.bak", "a.bak"});
+    EXPECT_THAT(collect(), ElementsAre("a\n.bak", "a\r.bak", ".qrv/properties/ignore"));
+}
+
+TEST_F(CollectRepoFiles, GoesOnWithTheValidRulesAfterTellingTheWrongOnes) {
+    addFiles({"a.bak", "b.dwg", "c.tmp"});
+    repository.writeRules("*.bak\n^[\n*.tmp\n");
+    EXPECT_THAT(collect(), ElementsAre("b.dwg", ".qrv/properties/ignore"));
+    ASSERT_EQ(messages.size(), 2U);
+    EXPECT_EQ(messages[0], "An error occurred while parsing the ignored file:");
+    EXPECT_EQ(messages[1].substr(0, 8), "Line 2: ");
+}
+
+TEST_F(CollectRepoFiles, LetsAMissingCallbackForAWrongRuleShow) {
+    repository.writeRules("^[\n");
+    EXPECT_THROW(static_cast<void>(common::collectRepoFiles(nullptr, repository.root)),
+                 std::bad_function_call);
+}
+
+TEST_F(CollectRepoFiles, AnswersAsTheRulesAsExpressionsDo) {
+    repository.writeRules("*.bak\n?a*\n[x-z]*\n^q.*$\nB.D\n");
+    addFiles({"a.bak", "ba", "bab", "y", "Q", "q1", "b.d/f", "k/b.d", "k/w\n.bak", "k/m", ".qrvx"});
+    std::vector<std::regex> rules = common::RepoIgnore(nullptr, repository.root).expressions();
+    rules.emplace_back("^\\.qrv$");
+    std::vector<std::string> expected = narrow(
+        common::collectDirContents(repository.root.path(), {true, false, false, rules}).files);
+    expected.emplace_back(".qrv/properties/ignore");
+    EXPECT_EQ(collect(), expected);
+    EXPECT_THAT(expected, ElementsAre(".qrvx", "Q", "k/m", "k/w\n.bak", ".qrv/properties/ignore"));
+}
+
+TEST_F(CollectRepoFiles, GivesTheSameListTwice) {
+    for (int i = 0; i < 300; ++i)
+        addFiles({"d" + std::to_string(i * 7919 % 17) + "/f" + std::to_string(i * 104729 % 1009)});
+    const std::vector<std::string> first = collect();
+    EXPECT_EQ(first.size(), 301U);
+    EXPECT_EQ(collect(), first);
+}
+
+TEST_F(CollectRepoFiles, ListsThePropertiesOfARootThatCannotBeRead) {
+    addFiles({"a", ".qrv/properties/name"});
+    repository.writeRules("");
+    bool sawPropertiesOnly = false;
+    for (int call = 1;; ++call) {
+        const ut::ScopedFault fault(call, EACCES);
+        const std::vector<std::string> paths = collect();
+        if (!fault.hasFired())
+            break;
+        sawPropertiesOnly =
+            sawPropertiesOnly ||
+            paths == std::vector<std::string>{".qrv/properties/ignore", ".qrv/properties/name"};
+    }
+    EXPECT_TRUE(sawPropertiesOnly);
+}
+
+TEST_F(CollectRepoFiles, IsEmptyWhenTheRootIsGone) {
+    fs::remove_all(repository.folder.path());
+    EXPECT_THAT(collect(), IsEmpty());
+    fs::create_directory(repository.folder.path());
+}
+
+TEST_F(CollectRepoFiles, NeedsNoTimeForHostileGlobs) {
+    addFiles({std::string(120, 'a')});
+    repository.writeRules("*a*a*a*a*a*b\n");
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(collect().size(), 2U);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+}

@@ -1,0 +1,14 @@
+# Compiles SOURCE to PROGRAM with COMPILER, FLAGS and nothing else but what pkg-config answers.
+set(ENV{PKG_CONFIG_PATH} ${PC_FOLDER})
+foreach(question --modversion --cflags --libs)
+    execute_process(COMMAND ${PKG_CONFIG} ${question} qrv
+        OUTPUT_VARIABLE answer OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    separate_arguments(answer${question} UNIX_COMMAND "${answer}")
+endforeach()
+if(NOT "${answer--modversion}" STREQUAL "${VERSION}")
+    message(FATAL_ERROR "pkg-config says version ${answer--modversion}, not ${VERSION}")
+endif()
+separate_arguments(flags UNIX_COMMAND "${FLAGS}")
+execute_process(
+    COMMAND ${COMPILER} ${flags} ${answer--cflags} ${SOURCE} -o ${PROGRAM} ${answer--libs}
+    COMMAND_ERROR_IS_FATAL ANY)

@@ -1,0 +1,8 @@
+# The least that a host's own platform package must say: here with our library in the role of the host's.
+if(NOT TARGET qrv::platform)
+    add_library(qrv::platform SHARED IMPORTED)
+    set_target_properties(qrv::platform PROPERTIES
+        IMPORTED_LOCATION ${QRV_HOST_LIBRARY}
+        INTERFACE_INCLUDE_DIRECTORIES ${QRV_HOST_HEADERS}
+        INTERFACE_LINK_LIBRARIES Qt5::Core)
+endif()
