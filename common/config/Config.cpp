@@ -57,7 +57,7 @@ Config::Config(const ConfigPath& path, ConfigData data, const IoInterface& io)
     : file_(path.configFile()), path_(path), data_(std::move(data)), io_(io) {
 }
 
-Config::Config(Config&& other) = default;
+Config::Config(Config&& other) noexcept = default;
 
 Config::~Config() {
     if (!modified_)

@@ -37,7 +37,7 @@ public:
     Config(const Config&) = delete;
     Config& operator=(const Config&) = delete;
     /// The moved-from configuration writes nothing.
-    Config(Config&& other);
+    Config(Config&& other) noexcept;
     Config& operator=(Config&&) = delete;
     /// Writes the file when `write` was ever called, and tells the host. Never throws.
     ~Config();

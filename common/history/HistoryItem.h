@@ -11,8 +11,9 @@
 namespace common {
 
 /// A row of the history list: a commit. The answers that are constant tell the list view that a row
-/// is enabled, neither checked nor checkable, not indented, not bold and without children.
-struct QRV_COMMON_EXPORT HistoryItem : qut::IListItem {
+/// is enabled, neither checked nor checkable, not indented, not bold and without children. Final,
+/// because the interface has no virtual destructor and lists own their rows as values.
+struct QRV_COMMON_EXPORT HistoryItem final : qut::IListItem {
     /// The time is in universal time; of the author only what stands before the first "@" is shown.
     HistoryItem(const OdTimeStamp& commitTime, const OdString& commitAuthor, const OdString& title,
                 const OdString& commitDetail, int commitNumber);

@@ -216,7 +216,7 @@ Iterator Parser<Value, Iterator>::endOfPlainRun(Iterator begin) const {
 /// have.
 template <class Value, class Iterator>
 void Parser<Value, Iterator>::appendCharacter(wchar_t character) {
-    const std::uint32_t code = static_cast<std::uint32_t>(character);
+    const auto code = static_cast<char32_t>(character);
     if (code > 0x10FFFF) {
         text_ += L'\xFFFD';
         return;

@@ -166,15 +166,13 @@ struct Value_impl<Config>::Comparison {
 };
 
 template <class Config>
-Value_impl<Config>::Value_impl(Object object) {
+Value_impl<Config>::Value_impl(Object object) : type_(Value_type::object) {
     payload_.plain.object = new ObjectBox{std::move(object)};
-    type_ = Value_type::object;
 }
 
 template <class Config>
-Value_impl<Config>::Value_impl(Array array) {
+Value_impl<Config>::Value_impl(Array array) : type_(Value_type::array) {
     payload_.plain.array = new ArrayBox{std::move(array)};
-    type_ = Value_type::array;
 }
 
 template <class Config>
@@ -222,7 +220,8 @@ Value_impl<Config>::Value_impl(const Value_impl& other) : Value_impl() {
 
 template <class Config>
 Value_impl<Config>& Value_impl<Config>::operator=(const Value_impl& other) {
-    return *this = Value_impl(other);
+    *this = Value_impl(other);
+    return *this;
 }
 
 template <class Config>

@@ -111,7 +111,8 @@ private:
     };
     union Payload {
         Payload() noexcept : plain{} {}
-        ~Payload() {}
+        // Not defaulted, which would delete it: the value knows which member lives.
+        ~Payload() {}  // NOLINT(modernize-use-equals-default)
         Plain plain;
         String string;
     };

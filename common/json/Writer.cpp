@@ -16,7 +16,7 @@ bool isPlainAscii(wchar_t unit) {
 /// What is written as it stands. A fixed choice, where the C library's would change with the
 /// locale. Surrogates are escaped also in pairs, since one unit is judged at a time.
 bool isPrintable(wchar_t unit) {
-    const std::uint32_t code = static_cast<std::uint32_t>(unit);
+    const auto code = static_cast<char32_t>(unit);
     if (code < 0xA0)
         return isPlainAscii(unit);
     const bool isSurrogateOrPrivate = code >= 0xD800 && code <= 0xF8FF;
@@ -205,7 +205,7 @@ void Document::writeSpecial(wchar_t character) {
         default:
             break;
     }
-    const std::uint32_t code = static_cast<std::uint32_t>(character);
+    const auto code = static_cast<char32_t>(character);
     if (code > 0x10FFFF) {
         writeEscape(0xFFFD);
     } else if (code > 0xFFFF) {

@@ -6,6 +6,8 @@ namespace common {
 
 FileStorage::~FileStorage() = default;
 
+// The URL comes by value: overrides in hosts have this signature.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 Expected<void> FileStorage::merge(const OdString& file, const OdString& path, const OdString&,
                                   OdString url, const RootPath& root, const IoInterface& io) {
     if (!io.acceptsPath(file))
