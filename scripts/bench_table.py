@@ -141,7 +141,7 @@ def page(reports, context):
     repetitions = max(len(runs) for runs in next(iter(reports.values())).values())
     return PAGE.format(
         date=datetime.date.today().isoformat(),
-        machine=f"{processor()}, {context['num_cpus']} cores, Linux {platform.release()}",
+        machine=f"{processor()}, {context['num_cpus']} cores, Linux {platform.release().split('-')[0]}",
         repetitions=repetitions,
         ratios=ratio_table(reports),
         measurements=measurement_table(reports))

@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     # building
-    cmake ninja-build ccache g++ pkg-config gettext
+    cmake ninja-build ccache g++ pkg-config
     qtbase5-dev libssl-dev libcli11-dev
     libwxgtk3.2-dev  # Debian has no package of the base library's headers alone
     # testing

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 class OdString;
 
@@ -66,7 +67,8 @@ public:
     /// the general pattern of UTF-8.
     std::string toNarrow() const;
     /// The units, one in each `wchar_t`.
-    std::wstring toWide() const { return units_; }
+    const std::wstring& toWide() const& { return units_; }
+    std::wstring toWide() && { return std::move(units_); }
 
     /// The units, followed by a NUL; valid until the text changes.
     const wchar_t* c_str() const { return units_.c_str(); }
