@@ -6,10 +6,10 @@ namespace common {
 
 FileStorage::~FileStorage() = default;
 
-// The URL comes by value: overrides in hosts have this signature.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
+// The URL comes by value, as in the overrides of hosts.
 Expected<void> FileStorage::merge(const OdString& file, const OdString& path, const OdString&,
-                                  OdString url, const RootPath& root, const IoInterface& io) {
+                                  OdString url,  // NOLINT(performance-unnecessary-value-param)
+                                  const RootPath& root, const IoInterface& io) {
     if (!io.acceptsPath(file))
         return {};
     const Expected<bool> isFound = restore(root, url, path);

@@ -4,6 +4,7 @@
 #include <platform/ut/Dir.h>
 #include <platform/ut/FileName.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -14,7 +15,8 @@ namespace {
 /// `prefix` and `name` in one allocation.
 OdString joined(const OdString& prefix, const OdString& name) {
     std::wstring text;
-    text.reserve(static_cast<std::size_t>(prefix.getLength() + name.getLength()));
+    text.reserve(static_cast<std::size_t>(prefix.getLength()) +
+                 static_cast<std::size_t>(name.getLength()));
     text.append(prefix.c_str(), static_cast<std::size_t>(prefix.getLength()));
     text.append(name.c_str(), static_cast<std::size_t>(name.getLength()));
     return OdString(std::move(text));
@@ -68,13 +70,14 @@ private:
 
     /// The last folder of the listing goes first onto the stack, so that the first is walked next.
     void addFolders(const ut::Dir& dir, const OdString& prefix) {
-        const std::vector<OdString> names = dir.list({}, options_.listFlags | ut::Dir::kFolders);
+        std::vector<OdString> names = dir.list({}, options_.listFlags | ut::Dir::kFolders);
+        std::reverse(names.begin(), names.end());
         const OdString folder = dir.getName() + separator_;
-        for (auto name = names.rbegin(); name != names.rend(); ++name) {
+        for (const OdString& name : names) {
             // A host's listing may hold the folder itself and the one above it.
-            if (name->isEmpty() || *name == L"." || *name == L".." || excludes_.exclude(*name))
+            if (name.isEmpty() || name == L"." || name == L".." || excludes_.exclude(name))
                 continue;
-            pending_.push_back({joined(folder, *name), joined(prefix, *name)});
+            pending_.push_back({joined(folder, name), joined(prefix, name)});
         }
     }
 

@@ -22,7 +22,7 @@ public:
 
     /// Ends the digest: 64 lower-case hexadecimal digits.
     OdString finish() {
-        std::array<unsigned char, SHA256_DIGEST_LENGTH> digest;
+        std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
         SHA256_Final(digest.data(), &context_);
         constexpr const wchar_t* digits = L"0123456789abcdef";
         std::wstring text;
@@ -35,12 +35,12 @@ public:
     }
 
 private:
-    SHA256_CTX context_;
+    SHA256_CTX context_ = {};
 };
 
 /// Fits the second-level cache, so that hashing finds what reading just put there, and stays below
 /// the size from which allocation means fresh pages from the system each time.
-constexpr std::int64_t pieceSizeBytes = 64 * 1024;
+constexpr std::int64_t pieceSizeBytes = std::int64_t{64} * 1024;
 
 /// The digest of as many bytes as the file has when it is opened. One that shrinks meanwhile is
 /// hashed with zeros in the place of the missing end, one that grows without what came later: the

@@ -18,7 +18,7 @@ char toLower(char byte) {
 
 bool needsExpression(wchar_t unit) {
     constexpr std::wstring_view special = L"^$\\+()[]{}|";
-    return unit == L'\0' || special.find(unit) != special.npos;
+    return unit == L'\0' || special.find(unit) != std::wstring_view::npos;
 }
 
 bool matchesByte(char patternByte, char nameByte) {
@@ -40,7 +40,7 @@ SimpleGlob::SimpleGlob(std::string pattern) : pattern_(std::move(pattern)) {
     starCount_ = static_cast<std::size_t>(std::count(pattern_.begin(), pattern_.end(), '*'));
     const std::size_t lastStar = pattern_.rfind('*');
     lengthBehindLastStar_ =
-        lastStar == pattern_.npos ? pattern_.size() : pattern_.size() - lastStar - 1;
+        lastStar == std::string::npos ? pattern_.size() : pattern_.size() - lastStar - 1;
 }
 
 /// Tells most names from most rules ("*.bak") by a byte or two. Expects a name that is long enough.
@@ -55,7 +55,7 @@ bool SimpleGlob::matches(std::string_view nameNarrow) const {
         return false;
     std::size_t inPattern = 0;
     std::size_t inName = 0;
-    std::size_t behindStar = pattern_.npos;
+    std::size_t behindStar = std::string::npos;
     std::size_t starEnd = 0;
     while (inName < nameNarrow.size()) {
         if (inPattern < pattern_.size() && pattern_[inPattern] == '*') {
@@ -68,13 +68,13 @@ bool SimpleGlob::matches(std::string_view nameNarrow) const {
         } else {
             // Only the last star is worth widening: an earlier one would take from it nothing but
             // possibilities. So a line break in its way is the end as well.
-            if (behindStar == pattern_.npos || isLineBreak(nameNarrow[starEnd]))
+            if (behindStar == std::string::npos || isLineBreak(nameNarrow[starEnd]))
                 return false;
             inName = ++starEnd;
             inPattern = behindStar;
         }
     }
-    return pattern_.find_first_not_of('*', inPattern) == pattern_.npos;
+    return pattern_.find_first_not_of('*', inPattern) == std::string::npos;
 }
 
 }  // namespace common

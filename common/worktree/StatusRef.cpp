@@ -27,7 +27,7 @@ private:
 StatusImp::~StatusImp() = default;
 
 StatusRef::StatusRef(const OdString& path, FileChange change)
-    : selected(true), imp(std::make_shared<FileStatusImp>(path, change)) {
+    : imp(std::make_shared<FileStatusImp>(path, change)) {
 }
 
 bool StatusRef::operator==(const StatusRef& other) const {

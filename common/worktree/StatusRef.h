@@ -42,7 +42,7 @@ public:
     /// equal each other and nothing else.
     bool operator==(const StatusRef& other) const;
 
-    bool selected;
+    bool selected = true;
     std::shared_ptr<StatusImp> imp;
 };
 

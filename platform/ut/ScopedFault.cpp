@@ -27,7 +27,7 @@ bool faultFires() {
     fault.hasFired = true;
     // The signal that nothing can catch: no destructor and no exit handler tidies up behind it.
     if (fault.errorNumber == ScopedFault::kKillProcess)
-        std::raise(SIGKILL);
+        static_cast<void>(std::raise(SIGKILL));
     errno = fault.errorNumber;
     return true;
 }
