@@ -39,6 +39,11 @@ TEST_F(ActivityLog, WritesTheLocalTimeAndTheMessage) {
     EXPECT_EQ(log(), "Tue Mar  5 14:36:40 2024 - scan done\n");
 }
 
+TEST_F(ActivityLog, IsAsDocumented) {
+    EXPECT_TRUE(common::logString(L"sent commit 12", root));
+    EXPECT_EQ(log(), qrv_test::readFile(QRV_REPOSITORY_SAMPLES "/log.sample"));
+}
+
 TEST_F(ActivityLog, AppendsToWhatIsThere) {
     qrv_test::writeFile(folder / ".qrv/qrv.log", "kept as it is\r\nwithout an end");
     EXPECT_TRUE(common::logString(L"one", root));
