@@ -46,7 +46,7 @@ RULES = [
     ),
     (
         "the library leaves its host's locale alone",
-        ("common", "platform"),
+        ("common", "platform", "cli"),
         r"\b(?:setlocale|uselocale|newlocale)\b|\blocale::global\b",
         {},
     ),

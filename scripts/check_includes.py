@@ -15,6 +15,7 @@ EDGES = {
         "platform/kernel": "converts the kernel's texts",
         "platform/ut": "opens files by their host names",
     },
+    "platform/sys": {},
     "common/base": {},
     "common/json": {"common/base": "errors and their texts"},
     "common/repository": {"common/base": "errors and their texts"},
@@ -49,7 +50,10 @@ EDGES = {
 }
 
 # These see everything public of common and platform; the tests also what they test of the program.
-USERS = {"cli": (), "tests": ("cli",), "bench": (), "fuzz": ()}
+USERS = {"cli": (), "tests": ("cli",), "bench": ("cli",), "fuzz": ("cli",)}
+
+# These belong to the program, which a host's own platform does not replace: folder -> who includes them.
+PROGRAM_FOLDERS = {"platform/sys": ("cli", "tests")}
 
 # A header whose name ends in Internal.h belongs to its folder, but for these: who else, and why.
 SHARED_INTERNAL_HEADERS = {
@@ -79,6 +83,8 @@ LIBRARIES = [
     (r"wx/\w+\.h", ("common/base", "cli")),
     (r"openssl/\w+\.h", ("common/worktree", "cli")),
     (r"CLI/\w+\.hpp", ("cli",)),
+    (r"sqlite3\.h", ("cli",)),
+    (r"zstd\.h", ("cli",)),
 ]
 
 # Only platform/ knows the system. The exceptions, by file: what they may include or ask.
@@ -104,6 +110,8 @@ def allowed_folder(source, target):
     source_folder, target_folder = folder_of(source), folder_of(target)
     if source_folder == target_folder:
         return True
+    if target_folder in PROGRAM_FOLDERS:
+        return source_folder in PROGRAM_FOLDERS[target_folder]
     if source == "common/common.h":
         return target_folder.startswith("common/")
     if source_folder in USERS:

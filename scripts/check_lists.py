@@ -44,7 +44,9 @@ def unlisted_sources(files, cmake):
 
 def is_public_header(name):
     return (name.startswith(("common/", "platform/")) and name.endswith(".h")
-            and not name.endswith("Internal.h"))
+            and not name.endswith("Internal.h")
+            # A part of the program, which is not installed.
+            and not name.startswith("platform/sys/"))
 
 
 def header_problems(files, cmake):

@@ -92,6 +92,8 @@ check sources-listed python3 scripts/check_lists.py sources
 check headers-listed python3 scripts/check_lists.py headers
 check common.h python3 scripts/check_lists.py common.h
 check readmes python3 scripts/check_lists.py readmes
+check samples python3 scripts/check_samples.py
+check translations python3 scripts/catalogue.py --check
 check shell-scripts shell_scripts
 check python-scripts python_scripts
 check clang-headers clang_headers

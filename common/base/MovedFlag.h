@@ -9,16 +9,20 @@ namespace common {
 /// content.
 class MovedFlag {
 public:
+    /// Made from the value, also implicitly: `flag = true` sets it.
     MovedFlag(bool isSet = false) : isSet_(isSet) {}
     MovedFlag(const MovedFlag&) = default;
+    /// Takes the value over and leaves false.
     MovedFlag(MovedFlag&& other) noexcept : isSet_(std::exchange(other.isSet_, false)) {}
     MovedFlag& operator=(const MovedFlag&) = default;
+    /// Takes the value over and leaves false.
     MovedFlag& operator=(MovedFlag&& other) noexcept {
         isSet_ = std::exchange(other.isSet_, false);
         return *this;
     }
     ~MovedFlag() = default;
 
+    /// The value.
     operator bool() const { return isSet_; }
 
 private:

@@ -42,16 +42,20 @@ public:
     /// Writes the file when `write` was ever called, and tells the host. Never throws.
     ~Config();
 
+    /// The registry as it is now, unsaved changes included.
     const ConfigData& read() const { return data_; }
+    /// The registered projects by the paths of their folders.
     const std::map<OdString, ProjectInfo>& readProjects() const { return data_.read(); }
-    /// A handle for changes. The configuration will be written, changed or not.
+    /// A handle for changes, whose end tells the listeners. From now on the file will be written,
+    /// changed or not.
     WriteConfigData write();
 
-    /// Registers a listener, which must be removed before it ends. Once is enough.
+    /// Registers a listener, which must be removed before it ends. Adding it again does nothing.
     void addListener(ConfigListener& listener);
-    /// The listener must be registered.
+    /// Removes a listener, which must be registered.
     void removeListener(ConfigListener& listener);
 
+    /// The configuration's directory.
     ConfigPath path() const { return path_; }
 
 private:

@@ -9,9 +9,8 @@ namespace common {
 
 /// What is registered of a project.
 struct ProjectInfo {
-    /// The name to show.
-    OdString name;
-    OdString uid;
+    OdString name;  ///< to show
+    OdString uid;   ///< the host's identifier of the project, any text
 
     friend bool operator==(const ProjectInfo&, const ProjectInfo&) = default;
 };
@@ -20,7 +19,9 @@ struct ProjectInfo {
 /// and `remove` compare them as files, so that another spelling of a folder means the same project.
 class QRV_COMMON_EXPORT ConfigData {
 public:
+    /// The projects by the paths of their folders, in the order of code units.
     const std::map<OdString, ProjectInfo>& read() const { return projects_; }
+    /// The same for changing, past the comparison of folders.
     std::map<OdString, ProjectInfo>& write() { return projects_; }
 
     /// Registers the project, or gives the first one in that folder a new name and uid; its path

@@ -25,22 +25,26 @@ protected:
 
 /// Orders listeners by their addresses.
 struct QRV_COMMON_EXPORT ListenerOrder {
+    /// Whether `left` stands before `right` in memory.
     bool operator()(const std::reference_wrapper<ConfigListener>& left,
                     const std::reference_wrapper<ConfigListener>& right) const;
 };
 
+/// The registered listeners; owns none of them.
 using ConfigListeners = std::set<std::reference_wrapper<ConfigListener>, ListenerOrder>;
 
 /// A handle for changing the registry. Its end tells every listener once, in the order of their
 /// addresses: those that are registered when the round begins and still are when their turn comes.
 struct QRV_COMMON_EXPORT WriteConfigData {
+    /// Both must outlive the handle. `Config::write` makes one.
     WriteConfigData(ConfigData& registry, ConfigListeners& registered);
     WriteConfigData(const WriteConfigData&) = delete;
     WriteConfigData& operator=(const WriteConfigData&) = delete;
+    /// Tells the listeners.
     ~WriteConfigData();
 
-    ConfigData& data;
-    ConfigListeners& listeners;
+    ConfigData& data;            ///< the registry to change
+    ConfigListeners& listeners;  ///< who is told
 };
 
 }  // namespace common

@@ -18,38 +18,50 @@ struct QRV_COMMON_EXPORT HistoryItem final : qut::IListItem {
     HistoryItem(const OdTimeStamp& commitTime, const OdString& commitAuthor, const OdString& title,
                 const OdString& commitDetail, int commitNumber);
 
-    OdTimeStamp time;
-    OdString author;
-    /// The row's title.
-    OdString name;
-    OdString detail;
-    /// The commit's running number.
-    int number;
+    OdTimeStamp time;  ///< of the commit, in universal time
+    OdString author;   ///< as recorded, the part from "@" on included
+    OdString name;     ///< the row's title
+    OdString detail;   ///< kept for the host; no answer below shows it
+    int number;        ///< the commit's running number
 
+    /// The title.
     QString getName() const override;
+    /// The file name of a placeholder picture.
     QString getLeftIconSource() const override;
+    /// Empty.
     QString getRightIconSource() const override;
+    /// False.
     bool isChecked() const override;
+    /// False.
     bool isCheckable() const override;
+    /// True.
     bool isEnabled() const override;
+    /// Empty.
     QString getToolTip() const override;
+    /// Empty.
     QString getBadge() const override;
-    /// The number, the author and the age, between spots: "12 ⦁ ada ⦁ 5  minutes ago". A commit of
-    /// a day or more shows its date, in universal time: "12 ⦁ ada ⦁ Mar 7, 2024".
+    /// The number, the author and the age, between spots: "12 ⦁ ada ⦁ 5  minutes ago"; without an
+    /// author "12 ⦁ 5  minutes ago". A commit of a day or more shows its date, in universal time:
+    /// "12 ⦁ ada ⦁ Mar 7, 2024". The words for the age are translated.
     QString getInfo() const override;
+    /// 0.
     int getIndent() const override;
+    /// False.
     bool isBold() const override;
+    /// False.
     bool isExpanded() const override;
+    /// False.
     bool hasChildren() const override;
 };
 
 /// The history list as loaded for one project.
 struct LoadedHistory {
     LoadedHistory() = default;
+    /// An empty list of that source.
     LoadedHistory(const OdString& listSource) : source(listSource) {}
 
-    OdString source;
-    std::vector<HistoryItem> items;
+    OdString source;                 ///< where it was loaded from, as the host names it
+    std::vector<HistoryItem> items;  ///< in the order in which they are shown
 };
 
 }  // namespace common

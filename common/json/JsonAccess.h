@@ -17,12 +17,15 @@ QRV_COMMON_EXPORT const jsonlib::json::Value& getValue(const jsonlib::json::Obje
                                                        const OdString& key,
                                                        const OdString& context);
 
+/// The member as an object; the reference lives as long as the member.
 QRV_COMMON_EXPORT const jsonlib::json::Object& getObjectValue(const jsonlib::json::Object& object,
                                                               const OdString& key,
                                                               const OdString& context);
+/// The member as an array; the reference lives as long as the member.
 QRV_COMMON_EXPORT const jsonlib::json::Array& getArrayValue(const jsonlib::json::Object& object,
                                                             const OdString& key,
                                                             const OdString& context);
+/// The member as a text.
 QRV_COMMON_EXPORT OdString getStringValue(const jsonlib::json::Object& object, const OdString& key,
                                           const OdString& context);
 /// The value itself as a string; its error text is the first line only.
@@ -30,11 +33,13 @@ QRV_COMMON_EXPORT OdString getStringValue(const jsonlib::json::Value& value);
 /// The low 32 bits of the integer, without a range check.
 QRV_COMMON_EXPORT int getIntValue(const jsonlib::json::Object& object, const OdString& key,
                                   const OdString& context);
+/// The member as an integer. One that was read as unsigned gives the same 64 bits.
 QRV_COMMON_EXPORT std::int64_t getInt64Value(const jsonlib::json::Object& object,
                                              const OdString& key, const OdString& context);
 /// The integer's 64 bits, read as unsigned: -1 gives 18446744073709551615.
 QRV_COMMON_EXPORT std::uint64_t getUInt64Value(const jsonlib::json::Object& object,
                                                const OdString& key, const OdString& context);
+/// The member as a boolean.
 QRV_COMMON_EXPORT bool getBoolValue(const jsonlib::json::Object& object, const OdString& key,
                                     const OdString& context);
 /// Only of a real: a member written as a whole number is of the wrong type.

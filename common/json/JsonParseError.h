@@ -9,6 +9,7 @@ namespace common {
 /// A JSON record lacks a member or has one of the wrong type. Carries only its text.
 class QRV_COMMON_EXPORT JsonParseError : public OdError {
 public:
+    /// `message` is the whole text for the user.
     explicit JsonParseError(const OdString& message);
     JsonParseError(const JsonParseError& other);
     JsonParseError(JsonParseError&& other) noexcept;

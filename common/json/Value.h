@@ -20,9 +20,9 @@ class Value_impl;
 /// The value's configuration: objects are maps, sorted by the code units of their keys.
 template <class String>
 struct QRV_COMMON_EXPORT Config_map {
-    using String_type = String;
-    using Object_type = std::map<String, Value_impl<Config_map>>;
-    using Array_type = std::vector<Value_impl<Config_map>>;
+    using String_type = String;                                    ///< of keys and texts
+    using Object_type = std::map<String, Value_impl<Config_map>>;  ///< members by their keys
+    using Array_type = std::vector<Value_impl<Config_map>>;        ///< elements in order
 };
 
 /// A JSON value: an object, an array, a text, a boolean, a 64-bit integer, a real number or null.
@@ -36,22 +36,22 @@ struct QRV_COMMON_EXPORT Config_map {
 template <class Config>
 class QRV_COMMON_EXPORT Value_impl {
 public:
-    using String = typename Config::String_type;
-    using Object = typename Config::Object_type;
-    using Array = typename Config::Array_type;
+    using String = typename Config::String_type;  ///< a text
+    using Object = typename Config::Object_type;  ///< members by their keys
+    using Array = typename Config::Array_type;    ///< elements in order
 
     /// Null.
     Value_impl() noexcept = default;
-    Value_impl(Object object);
-    Value_impl(Array array);
-    Value_impl(String string);
+    Value_impl(Object object);  ///< an object
+    Value_impl(Array array);    ///< an array
+    Value_impl(String string);  ///< a text
     /// Up to the terminating NUL. A null pointer gives the empty text.
     Value_impl(const wchar_t* string);
-    Value_impl(bool boolean);
-    Value_impl(int integer);
-    Value_impl(std::int64_t integer);
-    Value_impl(std::uint64_t integer);
-    Value_impl(double real);
+    Value_impl(bool boolean);           ///< a boolean
+    Value_impl(int integer);            ///< an integer
+    Value_impl(std::int64_t integer);   ///< an integer
+    Value_impl(std::uint64_t integer);  ///< an integer, unsigned
+    Value_impl(double real);            ///< a real number
     /// Any other pointer would silently become `true`.
     template <class Pointee>
     requires(!std::same_as<std::remove_cv_t<Pointee>, wchar_t>) Value_impl(Pointee*)
@@ -70,19 +70,21 @@ public:
     }
     ~Value_impl() { clear(); }
 
+    /// Which kind of value this is.
     Value_type type() const { return type_; }
     /// Whether an integer was made or read as unsigned; false for every other kind.
     bool isUnsigned() const { return isUnsigned_; }
 
     /// The content as the named kind. A value of another kind throws `ValueError`.
     const Object& getObject() const;
-    Object& getObject();
-    const Array& getArray() const;
-    Array& getArray();
-    const String& getString() const;
-    bool getBool() const;
+    Object& getObject();              ///< for changing
+    const Array& getArray() const;    ///< or `ValueError`
+    Array& getArray();                ///< for changing
+    const String& getString() const;  ///< or `ValueError`
+    bool getBool() const;             ///< or `ValueError`
     /// The low 32 bits of the integer.
     int getInt() const;
+    /// The integer's 64 bits, read as signed.
     std::int64_t getInt64() const;
     /// The integer's 64 bits, read as unsigned.
     std::uint64_t getUInt64() const;

@@ -11,6 +11,7 @@ enum class Value_type { object, array, string, boolean, integer, real, null };
 
 /// A value was asked for as another kind than it is: "value type is 0 not 2".
 struct QRV_COMMON_EXPORT ValueError : std::runtime_error {
+    /// Composes the text from the numbers of the two kinds.
     ValueError(Value_type actual, Value_type expected);
 };
 

@@ -24,7 +24,9 @@ public:
 /// A reference to an `IoInterface` that is passed on; owns nothing.
 class QRV_COMMON_EXPORT IoInterfaceRef {
 public:
+    /// `io` must outlive the reference and its copies.
     explicit IoInterfaceRef(const IoInterface& io) : io_(&io) {}
+    /// What it refers to.
     const IoInterface& get() const { return *io_; }
 
 private:

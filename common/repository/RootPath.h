@@ -29,11 +29,15 @@ public:
 
     /// The metadata folder of any folder.
     static OdString qrvPath(const OdString& root);
+    /// The metadata folder.
     OdString qrvPath() const { return qrvPath(path_); }
+    /// The state file.
     OdString statePath() const;
+    /// The history database, which the library only names: the host keeps it.
     OdString dbPath() const;
     /// The folder of the ignore file and the project name.
     OdString propertiesPath() const;
+    /// The activity log.
     OdString logPath() const;
 
     /// The path of `relative` below the root. Nothing is checked.

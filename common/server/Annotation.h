@@ -10,9 +10,9 @@ namespace common {
 
 /// Who made a commit, when, and what they said of it.
 struct Annotation {
-    OdString author;
-    OdString message;
-    OdTimeStamp date;
+    OdString author;   ///< as the server has it, often an address
+    OdString message;  ///< empty when the record has none
+    OdTimeStamp date;  ///< in universal time
 };
 
 /// The three texts under "author", "date" and "message". The date is written as the text that is

@@ -17,15 +17,14 @@ namespace common {
 /// An item as it is now and as it was before.
 template <class T, class P>
 struct Versions {
-    T current;
-    P previous;
+    T current;   ///< now
+    P previous;  ///< before
 };
 
 /// A file of a commit.
 struct VersionedFile {
-    OdString path;
-    /// The storage URL of its contents.
-    OdString storagePath;
+    OdString path;         ///< relative to the repository's root
+    OdString storagePath;  ///< the storage URL of its contents
 };
 
 /// A file of a commit with, when it was renamed, the file it was before.
@@ -33,22 +32,21 @@ using CommitFile = Versions<VersionedFile, std::shared_ptr<File>>;
 
 /// A commit as the server sends it.
 struct Commit {
-    OdString hash;
-    /// The server's running number of the commit.
-    std::uint64_t commitNo = 0;
-    Annotation annotation;
-    std::vector<OdString> parentHashes;
-    std::vector<CommitFile> files;
+    OdString hash;                       ///< identifies the commit
+    std::uint64_t commitNo = 0;          ///< the server's running number
+    Annotation annotation;               ///< who, when and why
+    std::vector<OdString> parentHashes;  ///< empty for a first commit
+    std::vector<CommitFile> files;       ///< in the record's order
 };
 
 /// What a new commit sends: the commit, and the references to move.
 struct CommitInfo {
-    std::vector<RepoFile> files;
-    std::vector<Reference> references;
-    std::vector<OdString> parentHashes;
-    OdString hash;
-    OdString author;
-    OdString message;
+    std::vector<RepoFile> files;         ///< in the order in which they are sent
+    std::vector<Reference> references;   ///< to be moved to the commit
+    std::vector<OdString> parentHashes;  ///< empty for a first commit
+    OdString hash;                       ///< identifies the commit
+    OdString author;                     ///< who commits
+    OdString message;                    ///< why
 };
 
 /// The outgoing record of a commit, dated now in universal time ("2024-03-05T14:07:09Z"). A file's

@@ -12,11 +12,12 @@ namespace common {
 
 /// Which running number the server gave to a commit.
 struct CommitNumberPair {
-    OdString hash;
-    std::uint64_t commitNo = 0;
+    OdString hash;               ///< identifies the commit
+    std::uint64_t commitNo = 0;  ///< the server's running number
 };
 
-/// An absent key is an error that names it; a member of the wrong kind throws `JsonParseError`.
+/// Reads the pair of `hash` and `commitNo`. An absent key is an error that names it; a member of
+/// the wrong kind throws `JsonParseError`.
 QRV_COMMON_EXPORT Expected<CommitNumberPair> deserializeCommitNumber(
     const jsonlib::json::Object& record);
 /// A list of them, in order; the first element that cannot be read ends the list with its error.

@@ -14,9 +14,9 @@ namespace common {
 /// The result of a fetch: a repository with its references and its new commits, in the server's
 /// order.
 struct FetchData {
-    RepoData repository;
-    std::vector<Reference> references;
-    std::vector<Commit> commits;
+    RepoData repository;                ///< what was fetched from
+    std::vector<Reference> references;  ///< in the server's order
+    std::vector<Commit> commits;        ///< the new ones, in the server's order
 };
 
 /// Reads the result of a fetch. "references" and "commits" may be absent, but not "references"

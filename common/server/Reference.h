@@ -11,15 +11,18 @@
 
 namespace common {
 
-enum class RefType { Branch = 0, Tag = 1 };
+/// The kinds of a reference. The numbers never change.
+enum class RefType {
+    Branch = 0,  ///< moves with each commit to it; "branch" in records
+    Tag = 1,     ///< stays; "tag" in records
+};
 
 /// A named pointer to a commit.
 struct Reference {
-    OdString name;
-    OdString commitHash;
-    RefType type = RefType::Branch;
-    /// No reader fills it.
-    std::optional<Annotation> annotation;
+    OdString name;                         ///< of the branch or the tag
+    OdString commitHash;                   ///< the commit that it points to
+    RefType type = RefType::Branch;        ///< branch or tag
+    std::optional<Annotation> annotation;  ///< no reader fills it
 };
 
 /// Reads a reference. An "annotation" object in it is read and dropped: only a member of the wrong

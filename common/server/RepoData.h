@@ -10,11 +10,9 @@ namespace common {
 
 /// A repository as the server describes it.
 struct RepoData {
-    OdString name;
-    /// The server's identifier of the repository, a text also where it looks like a number.
-    OdString id;
-    /// No record of the server fills it.
-    OdString description;
+    OdString name;         ///< to show
+    OdString id;           ///< the server's identifier, a text also where it looks like a number
+    OdString description;  ///< no record of the server fills it
 };
 
 /// Reads `{"name": ..., "id": ...}`. An absent key is an error that names it. A member that is no

@@ -45,6 +45,7 @@ public:
     /// Writes the state file when `write` was ever called, and tells the host. Never throws.
     ~Cache();
 
+    /// The state as it is now, unsaved changes included.
     const State& read() const { return state_; }
     /// The state for changing. From now on it will be written, changed or not.
     State& write();

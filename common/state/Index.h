@@ -20,8 +20,8 @@ class Cache;
 QRV_COMMON_EXPORT std::map<OdString, IndexData>::iterator openForWrite(
     const std::map<OdString, IndexData>::const_iterator& entry, Cache& cache);
 
-/// Notes the file's present time of modification and the caller's verdict, in a new entry or the
-/// old one.
+/// Notes the file's present time of modification (0 when it cannot be read) and the caller's
+/// verdict, in a new entry or the old one.
 QRV_COMMON_EXPORT void updateIndex(const OdString& path, Cache& cache, const RootPath& root,
                                    bool modified);
 

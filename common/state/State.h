@@ -16,8 +16,8 @@ namespace common {
 ///
 /// A state that is written with a commit cannot be read back (see `deserialize`): leave it empty.
 struct Head {
-    OdString reference = L"master";
-    std::optional<std::int64_t> commit;
+    OdString reference = L"master";      ///< the branch
+    std::optional<std::int64_t> commit;  ///< the number of its commit; hosts leave it empty
 
     friend bool operator==(const Head&, const Head&) = default;
 };
@@ -35,11 +35,13 @@ struct IndexData {
 /// Everything that is remembered of a repository from one use to the next. All paths are relative
 /// to the repository's root; maps are ordered by code units.
 struct State {
+    /// The branch that the next commit goes to.
     Head head;
     /// In staging order.
     std::vector<StagedFile> stagedFiles;
     /// From the new path to the previous one.
     std::map<OdString, OdString> renames;
+    /// What was last seen of each file, by its path.
     std::map<OdString, IndexData> index;
     /// At most one for each path, as long as `updateConflictData` makes the changes.
     std::vector<ConflictData> conflicts;

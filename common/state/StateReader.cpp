@@ -4,8 +4,15 @@
 #include <common/json/Value.h>
 #include <common/state/StateFile.h>
 #include <common/state/StateKeysInternal.h>
+#include <common/state/StateRowsInternal.h>
+#include <platform/ut/File.h>
 #include <platform/ut/ReadEntireFile.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
 #include <utility>
 
 namespace common {
@@ -130,9 +137,23 @@ Expected<void> readList(Object& file, const List& list, State& state) {
     return {};
 }
 
-}  // namespace
+/// Reads a file of the usual form, which is by far the quickest way. Nothing for every other file,
+/// and for one that cannot be read.
+std::optional<State> readUsualFile(const OdString& statePath) {
+    ut::File file;
+    // No byte gives more than one unit, so a file of this size is no longer than a text may be.
+    constexpr std::int64_t largestSizeBytes = std::numeric_limits<std::int32_t>::max();
+    if (!file.open(statePath) || file.length() > largestSizeBytes)
+        return std::nullopt;
+    const auto sizeBytes = static_cast<std::size_t>(file.length());
+    const auto bytes = std::make_unique_for_overwrite<char[]>(sizeBytes);
+    if (file.read(bytes.get(), sizeBytes) != sizeBytes)
+        return std::nullopt;
+    return readRows({bytes.get(), sizeBytes});
+}
 
-Expected<State> deserialize(const OdString& statePath) {
+/// Reads any file, and finds the words for what is wrong with it.
+Expected<State> readAnyFile(const OdString& statePath) {
     Object file = parseObject(ut::readEntireFile(statePath));
     if (!hasKey(file, stateKeys::head))
         return translatedError(L"State does not contain HEAD.");
@@ -155,6 +176,14 @@ Expected<State> deserialize(const OdString& statePath) {
             return std::move(result).error();
     }
     return state;
+}
+
+}  // namespace
+
+Expected<State> deserialize(const OdString& statePath) {
+    if (std::optional<State> state = readUsualFile(statePath))
+        return std::move(*state);
+    return readAnyFile(statePath);
 }
 
 }  // namespace common

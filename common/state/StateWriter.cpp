@@ -1,6 +1,5 @@
 #include <common/base/MessageInternal.h>
-#include <common/json/Value.h>
-#include <common/json/Writer.h>
+#include <common/state/RowTextInternal.h>
 #include <common/state/StateFile.h>
 #include <common/state/StateKeysInternal.h>
 #include <platform/ut/TextFile.h>
@@ -11,135 +10,141 @@ namespace common {
 
 namespace {
 
-using jsonlib::json::Array;
-using jsonlib::json::Object;
-using jsonlib::json::Value;
-
-void add(Object& object, const OdString& key, Value value) {
-    object.emplace(key.toWide(), std::move(value));
-}
-
-/// Lists without elements are left out of the file, wherever they stand.
-void addUnlessEmpty(Object& object, const OdString& key, Array elements) {
-    if (!elements.empty())
-        add(object, key, std::move(elements));
-}
-
-Object headObject(const Head& head) {
-    Object object;
-    add(object, stateKeys::reference, head.reference.toWide());
-    if (head.commit)
-        add(object, stateKeys::commit, *head.commit);
-    return object;
-}
-
-Expected<Object> stagedFileObject(const StagedFile& file) {
-    const Expected<OdString> change = toString(file.change);
-    if (!change)
-        return change.error();
-    Object object;
-    add(object, stateKeys::path, file.path.toWide());
-    add(object, stateKeys::fileChange, change->toWide());
-    return object;
-}
-
-Expected<Object> renameObject(const std::pair<const OdString, OdString>& rename) {
-    Object object;
-    add(object, stateKeys::newPath, rename.first.toWide());
-    add(object, stateKeys::previousPath, rename.second.toWide());
-    return object;
-}
-
-Expected<Object> indexObject(const std::pair<const OdString, IndexData>& entry) {
-    Object times;
-    add(times, stateKeys::lastChecked, entry.second.lastChecked);
-    add(times, stateKeys::modified, entry.second.modified);
-    Object object;
-    add(object, stateKeys::path, entry.first.toWide());
-    add(object, stateKeys::entry, std::move(times));
-    return object;
-}
-
-Array handleArray(const OdArray<OdDbHandle>& handles) {
-    Array elements;
-    elements.reserve(handles.size());
-    for (const OdDbHandle& handle : handles)
-        elements.emplace_back(handle.ascii().toWide());
-    return elements;
-}
-
-Object handlesObject(const DiffHandles& handles) {
-    Object object;
-    addUnlessEmpty(object, stateKeys::modified, handleArray(handles.modified));
-    addUnlessEmpty(object, stateKeys::locallyRemoved, handleArray(handles.locallyRemoved));
-    addUnlessEmpty(object, stateKeys::remotelyRemoved, handleArray(handles.remotelyRemoved));
-    addUnlessEmpty(object, stateKeys::modifiedBlocks, handleArray(handles.modifiedBlocks));
-    return object;
-}
-
-Expected<Object> conflictObject(const ConflictData& conflict) {
-    const Expected<OdString> localType = toString(conflict.localType);
-    if (!localType)
-        return localType.error();
-    const Expected<OdString> remoteType = toString(conflict.remoteType);
-    if (!remoteType)
-        return remoteType.error();
-    Object object;
-    add(object, stateKeys::path, conflict.path.toWide());
-    add(object, stateKeys::remoteUrl, conflict.remoteUrl.toWide());
-    add(object, stateKeys::localType, localType->toWide());
-    add(object, stateKeys::remoteType, remoteType->toWide());
-    if (conflict.handles.hasHandles())
-        add(object, stateKeys::handles, handlesObject(conflict.handles));
-    return object;
-}
-
-template <class Container, class ToObject>
-Expected<void> addList(Object& file, const OdString& key, const Container& container,
-                       ToObject toObject) {
-    Array elements;
-    elements.reserve(container.size());
-    for (const auto& element : container) {
-        Expected<Object> object = toObject(element);
-        if (!object)
-            return std::move(object).error();
-        elements.emplace_back(std::move(*object));
+void writeHead(const Head& head, RowText& text) {
+    text.openObject();
+    if (head.commit) {
+        text.name(stateKeys::commit);
+        text.integer(*head.commit);
     }
-    addUnlessEmpty(file, key, std::move(elements));
+    text.name(stateKeys::reference);
+    text.string(head.reference);
+    text.closeObject();
+}
+
+void writeMember(const OdString& key, const OdString& value, RowText& text) {
+    text.name(key);
+    text.string(value);
+}
+
+Expected<void> writeMember(const OdString& key, FileChange change, RowText& text) {
+    const Expected<OdString> code = toString(change);
+    if (!code)
+        return code.error();
+    writeMember(key, *code, text);
     return {};
 }
 
-Expected<Object> stateObject(const State& state) {
-    Object file;
-    add(file, stateKeys::head, headObject(state.head));
-    if (auto added = addList(file, stateKeys::stagedFiles, state.stagedFiles, stagedFileObject);
-        !added)
-        return added.error();
-    if (auto added = addList(file, stateKeys::renames, state.renames, renameObject); !added)
-        return added.error();
-    if (auto added = addList(file, stateKeys::index, state.index, indexObject); !added)
-        return added.error();
-    if (auto added = addList(file, stateKeys::conflicts, state.conflicts, conflictObject); !added)
-        return added.error();
-    return file;
+Expected<void> writeStagedFile(const StagedFile& file, RowText& text) {
+    text.openObject();
+    if (Expected<void> change = writeMember(stateKeys::fileChange, file.change, text); !change)
+        return change;
+    writeMember(stateKeys::path, file.path, text);
+    text.closeObject();
+    return {};
 }
 
-/// The tree lives in here only, so that it is gone before the text is written.
-Expected<OdString> stateText(const State& state) {
-    Expected<Object> file = stateObject(state);
-    if (!file)
-        return std::move(file).error();
-    return OdString(jsonlib::json::write(Value(std::move(*file))));
+Expected<void> writeRename(const std::pair<const OdString, OdString>& rename, RowText& text) {
+    text.openObject();
+    writeMember(stateKeys::newPath, rename.first, text);
+    writeMember(stateKeys::previousPath, rename.second, text);
+    text.closeObject();
+    return {};
+}
+
+Expected<void> writeIndexEntry(const std::pair<const OdString, IndexData>& entry, RowText& text) {
+    text.openObject();
+    text.name(stateKeys::entry);
+    text.openObject();
+    text.name(stateKeys::lastChecked);
+    text.integer(entry.second.lastChecked);
+    text.name(stateKeys::modified);
+    text.boolean(entry.second.modified);
+    text.closeObject();
+    writeMember(stateKeys::path, entry.first, text);
+    text.closeObject();
+    return {};
+}
+
+void writeHandleList(const OdString& key, const OdArray<OdDbHandle>& handles, RowText& text) {
+    if (handles.empty())
+        return;
+    text.name(key);
+    text.openArray();
+    for (const OdDbHandle& handle : handles) {
+        text.element();
+        text.string(handle.ascii());
+    }
+    text.closeArray();
+}
+
+void writeHandles(const DiffHandles& handles, RowText& text) {
+    text.name(stateKeys::handles);
+    text.openObject();
+    writeHandleList(stateKeys::locallyRemoved, handles.locallyRemoved, text);
+    writeHandleList(stateKeys::modified, handles.modified, text);
+    writeHandleList(stateKeys::modifiedBlocks, handles.modifiedBlocks, text);
+    writeHandleList(stateKeys::remotelyRemoved, handles.remotelyRemoved, text);
+    text.closeObject();
+}
+
+Expected<void> writeConflict(const ConflictData& conflict, RowText& text) {
+    text.openObject();
+    if (conflict.handles.hasHandles())
+        writeHandles(conflict.handles, text);
+    if (Expected<void> local = writeMember(stateKeys::localType, conflict.localType, text); !local)
+        return local;
+    writeMember(stateKeys::path, conflict.path, text);
+    if (Expected<void> remote = writeMember(stateKeys::remoteType, conflict.remoteType, text);
+        !remote)
+        return remote;
+    writeMember(stateKeys::remoteUrl, conflict.remoteUrl, text);
+    text.closeObject();
+    return {};
+}
+
+/// A list without elements is left out of the file.
+template <class Container, class WriteElement>
+Expected<void> writeList(const OdString& key, const Container& container, WriteElement writeElement,
+                         RowText& text) {
+    if (container.empty())
+        return {};
+    text.name(key);
+    text.openArray();
+    for (const auto& element : container) {
+        text.element();
+        if (Expected<void> written = writeElement(element, text); !written)
+            return written;
+    }
+    text.closeArray();
+    return {};
+}
+
+/// The members of each object in the order of their names, as the JSON writer has them.
+Expected<void> writeRows(const State& state, RowText& text) {
+    text.openObject();
+    if (auto list = writeList(stateKeys::conflicts, state.conflicts, writeConflict, text); !list)
+        return list;
+    text.name(stateKeys::head);
+    writeHead(state.head, text);
+    if (auto list = writeList(stateKeys::index, state.index, writeIndexEntry, text); !list)
+        return list;
+    if (auto list = writeList(stateKeys::renames, state.renames, writeRename, text); !list)
+        return list;
+    if (auto list = writeList(stateKeys::stagedFiles, state.stagedFiles, writeStagedFile, text);
+        !list)
+        return list;
+    text.closeObject();
+    text.finish();
+    return {};
 }
 
 }  // namespace
 
 Expected<void> writeState(const State& state, const OdString& statePath) try {
-    const Expected<OdString> text = stateText(state);
-    if (!text)
-        return text.error();
     ut::TextFile file(statePath);
-    file.addLine(*text);
+    RowText text(file);
+    if (Expected<void> written = writeRows(state, text); !written)
+        return written;
     if (!file.write())
         return translatedError(L"Error writing to file '%ls'", statePath);
     return {};

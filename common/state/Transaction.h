@@ -18,9 +18,11 @@ class Cache;
 /// The cache must outlive it. A copy is a guard of its own with the same remembered state.
 class QRV_COMMON_EXPORT Transaction {
 public:
+    /// Remembers the cache's present state.
     [[nodiscard]] explicit Transaction(Cache& cache);
     Transaction(const Transaction&) = default;
     Transaction& operator=(const Transaction&) = delete;
+    /// Puts the remembered state back unless `commit` was called.
     ~Transaction();
 
     /// Keeps the changes, also those made later. Marks nothing: `Cache::write` did.

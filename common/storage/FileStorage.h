@@ -23,6 +23,7 @@ namespace common {
 /// (StorageUrl.h).
 class QRV_COMMON_EXPORT FileStorage {
 public:
+    /// The two ways of keeping a version. The numbers never change.
     enum Type {
         Drawing = 0,  ///< kept in the drawing store
         Plain = 1,    ///< kept as an object named by its digest

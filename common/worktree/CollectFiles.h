@@ -16,6 +16,7 @@ namespace common {
 /// What `collectDirContents` lists.
 class QRV_COMMON_EXPORT CollectOptions {
 public:
+    /// The four choices, in the order of the members below.
     CollectOptions(bool isRelative, bool withDirectories, bool extendedListing,
                    const std::vector<std::regex>& excludedNames);
 
@@ -30,8 +31,8 @@ public:
 /// What was found, in the order of the walk: all files of a folder, then one sub-folder after the
 /// other with everything below it.
 struct DirContents {
-    std::vector<OdString> files;
-    std::vector<OdString> directories;
+    std::vector<OdString> files;        ///< the paths of the files
+    std::vector<OdString> directories;  ///< those of the sub-folders, if they were asked for
 };
 
 /// Lists what is in `folder` and below it. Folders that cannot be read are left out silently.
@@ -41,7 +42,7 @@ QRV_COMMON_EXPORT DirContents collectDirContents(const OdString& folder,
 /// The files of a repository, relative to its root: those that the ignore rules leave, without the
 /// metadata folders, and behind them those of the properties folder. Makes the ignore file when it
 /// is missing. `onError` is told what is wrong in that file, as by `RepoIgnore`. Folders that
-/// cannot be read are left out silently.
+/// cannot be read are left out silently, the root included, so that no error is given today.
 QRV_COMMON_EXPORT Expected<std::vector<File>> collectRepoFiles(
     std::function<void(const OdString&)> onError, const RootPath& root);
 

@@ -11,6 +11,7 @@ namespace common {
 /// A file of the working tree.
 struct QRV_COMMON_EXPORT File {
     File() = default;
+    /// Takes the path as it is.
     explicit File(const OdString& relativePath);
     File(const File&) = default;
     File(File&&) noexcept = default;
@@ -23,6 +24,7 @@ struct QRV_COMMON_EXPORT File {
 
 /// A file whose content is stored.
 struct QRV_COMMON_EXPORT RepoFile : File {
+    /// A file that was not renamed.
     RepoFile(const OdString& relativePath, const OdString& storageUrl);
     /// Takes over `previous`, the file's identity before it was renamed.
     RepoFile(const OdString& relativePath, const OdString& storageUrl,
@@ -39,10 +41,11 @@ struct QRV_COMMON_EXPORT RepoFile : File {
 
 /// A file selected for the next commit.
 struct QRV_COMMON_EXPORT StagedFile {
+    /// Takes both as they are.
     StagedFile(const OdString& relativePath, FileChange fileChange);
 
-    OdString path;
-    FileChange change;
+    OdString path;      ///< relative to the repository's root
+    FileChange change;  ///< what the commit does to it
 
     friend bool operator==(const StagedFile&, const StagedFile&) = default;
 };

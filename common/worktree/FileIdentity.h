@@ -4,8 +4,8 @@
 #include <common/repository/RootPath.h>
 #include <platform/kernel/OdString.h>
 
-/// The SHA-256 digest of the first `length` bytes at `data`, as 64 lower-case hexadecimal digits.
-/// Stands at global scope, where its callers look for it.
+/// The SHA-256 digest of the first `length` bytes at `data`, as 64 lower-case hexadecimal digits; a
+/// negative length counts as 0. Stands at global scope, where its callers look for it.
 QRV_COMMON_EXPORT OdString generateSha(const char* data, int length);
 
 /// The digest of the beginning of the text's narrow form: as many bytes as the text has units. For

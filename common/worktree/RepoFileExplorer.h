@@ -28,6 +28,7 @@ struct NotFound {};
 /// Movable, not copyable; an explorer that was moved from can only be destroyed or assigned to.
 class QRV_COMMON_EXPORT RepoFileExplorer {
 public:
+    /// Copies what it needs of `changes`. Nothing is staged yet.
     RepoFileExplorer(const RepoChanges& changes, const RootPath& root);
     RepoFileExplorer(RepoFileExplorer&& other) noexcept;
     RepoFileExplorer& operator=(RepoFileExplorer&& other) noexcept;

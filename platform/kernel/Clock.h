@@ -14,9 +14,11 @@ QRV_PLATFORM_EXPORT std::int64_t now();
 /// ends, then what it answered before. Scopes nest; they belong to one thread.
 class QRV_PLATFORM_EXPORT [[nodiscard]] ScopedClock {
 public:
+    /// Stops the clock at this time, counted since 1970-01-01T00:00:00Z.
     explicit ScopedClock(std::int64_t milliseconds);
     ScopedClock(const ScopedClock&) = delete;
     ScopedClock& operator=(const ScopedClock&) = delete;
+    /// Gives back what was before.
     ~ScopedClock();
 
 private:

@@ -17,6 +17,7 @@ public:
     /// From hexadecimal digits of either case, up to the first character that is none; no digits
     /// give 0, more than 64 bits the largest handle.
     OdDbHandle(const OdString& hexadecimal);
+    /// The same from a literal.
     OdDbHandle(const wchar_t* hexadecimal) : OdDbHandle(OdString(hexadecimal)) {}
 
     /// Upper-case hexadecimal digits without a leading zero; "0" for handle 0.

@@ -12,8 +12,11 @@ public:
     OdRxObject(const OdRxObject&) = delete;
     OdRxObject& operator=(const OdRxObject&) = delete;
 
+    /// Takes one more reference.
     void addRef() const;
+    /// Gives one back; the last one destroys the object.
     void release() const;
+    /// How many there are now. Other threads may change it at any time.
     long numRefs() const;
 
 protected:
@@ -31,10 +34,13 @@ public:
     OdRxObjectPtr(const OdRxObject* object);
     OdRxObjectPtr(const OdRxObjectPtr& other);
     OdRxObjectPtr(OdRxObjectPtr&& other) noexcept;
+    /// Gives back the old object's reference and shares the other one.
     OdRxObjectPtr& operator=(OdRxObjectPtr other) noexcept;
     ~OdRxObjectPtr();
 
+    /// The object, or null; valid as long as somebody holds a reference.
     const OdRxObject* get() const { return object_; }
+    /// Whether it is empty.
     bool isNull() const { return object_ == nullptr; }
     friend bool operator==(const OdRxObjectPtr&, const OdRxObjectPtr&) = default;
 

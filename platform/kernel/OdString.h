@@ -18,17 +18,21 @@ namespace kernel {
 /// One argument of `OdString::format`: a text or an integer, borrowed for the call.
 class FormatArgument {
 public:
-    FormatArgument(const OdString& text);
+    FormatArgument(const OdString& text);  ///< a text
     /// A null pointer is the empty text, as in `OdString`.
     FormatArgument(const wchar_t* text)
         : text_(text == nullptr ? std::wstring_view() : text), isText_(true) {}
+    /// A text.
     FormatArgument(const std::wstring& text) : text_(text), isText_(true) {}
+    /// An integer of at most 64 bits; a boolean is none.
     template <std::integral Integer>
     requires(!std::same_as<Integer, bool> && sizeof(Integer) <= sizeof(std::int64_t))
         FormatArgument(Integer number)
         : number_(static_cast<std::int64_t>(number)), isUnsigned_(std::is_unsigned_v<Integer>) {}
 
+    /// Whether it is a text, not an integer.
     bool isText() const { return isText_; }
+    /// The text; empty for an integer.
     std::wstring_view text() const { return text_; }
     /// The number in decimal.
     std::wstring digits() const;
@@ -68,20 +72,25 @@ public:
     std::string toNarrow() const;
     /// The units, one in each `wchar_t`.
     const std::wstring& toWide() const& { return units_; }
+    /// The units of a temporary text, taken away.
     std::wstring toWide() && { return std::move(units_); }
 
     /// The units, followed by a NUL; valid until the text changes.
     const wchar_t* c_str() const { return units_.c_str(); }
     /// The number of units.
     int getLength() const { return static_cast<int>(units_.size()); }
+    /// Whether there are none.
     bool isEmpty() const { return units_.empty(); }
     /// The unit at `index`, which must lie in [0, getLength()].
     wchar_t operator[](int index) const { return units_[static_cast<std::size_t>(index)]; }
 
+    /// Adds the other text at the end.
     OdString& operator+=(const OdString& other);
     /// Adds one character, split as in the constructors.
     OdString& operator+=(wchar_t character);
+    /// The one text behind the other.
     friend OdString operator+(OdString left, const OdString& right) { return left += right; }
+    /// The character behind the text, split as in the constructors.
     friend OdString operator+(OdString left, wchar_t right) { return left += right; }
 
     /// The order of code units.
@@ -100,6 +109,7 @@ public:
     /// Where the first match at or after `start` begins, or -1. A start before the text means its
     /// begin.
     int find(wchar_t unit, int start = 0) const;
+    /// The same for a text.
     int find(const OdString& part, int start = 0) const;
     /// Where the last match begins, or -1.
     int reverseFind(wchar_t unit) const;
@@ -108,6 +118,7 @@ public:
     /// character, and leaves it where it is not (the German sharp s). The number of units stays.
     /// Gives this text.
     OdString& makeLower();
+    /// The same to upper case.
     OdString& makeUpper();
     /// Compares without regard to letter case, by lower-case code units: negative, zero or
     /// positive.

@@ -11,6 +11,7 @@
 /// local time is decided by who makes it.
 class QRV_PLATFORM_EXPORT OdTimeStamp {
 public:
+    /// What a new stamp holds.
     enum InitialValue {
         kInitZero,           ///< packed value 0
         kInitLocalTime,      ///< now, in the local time zone
@@ -19,13 +20,16 @@ public:
 
     /// The same as `kInitZero`.
     OdTimeStamp() = default;
+    /// 0, or the present time of `kernel::now`.
     OdTimeStamp(InitialValue initialValue);
 
     /// Milliseconds since 1970-01-01T00:00:00Z. Every value that was set comes back. A stamp so far
     /// away that its milliseconds do not fit (only a difference can be) gives the nearest end.
     std::int64_t packedValue() const;
+    /// Sets the stamp to so many milliseconds since 1970-01-01T00:00:00Z, also before.
     void setPackedValue(std::int64_t milliseconds);
 
+    /// The day number; of a span the days, counted from 0.
     std::int64_t julianDay() const { return day_; }
     /// In [0, 86400000).
     std::int32_t msecsPastMidnight() const { return milliseconds_; }

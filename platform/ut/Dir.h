@@ -17,9 +17,10 @@ namespace ut {
 /// pipes and devices are not listed, so that a walk neither loops nor leaves the tree.
 class QRV_PLATFORM_EXPORT Dir {
 public:
+    /// What `list` lists, as bits.
     enum Attributes : std::uint32_t {
-        kFiles = 1,
-        kFolders = 2,
+        kFiles = 1,     ///< regular files and links to them
+        kFolders = 2,   ///< folders, without links to them
         kExtended = 4,  ///< adds nothing on Linux
     };
 

@@ -15,11 +15,14 @@ public:
     File() = default;
     File(const File&) = delete;
     File& operator=(const File&) = delete;
+    /// Closes the file.
     ~File();
 
     /// Closes what was open and opens `path` for reading. False when it cannot be opened.
     bool open(const OdString& path);
+    /// Closes what is open; the length is 0 then.
     void close();
+    /// Whether a file is open.
     bool isOpened() const { return descriptor_ >= 0; }
 
     /// The file's size in bytes when it was opened; 0 when none is open.

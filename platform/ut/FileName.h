@@ -12,11 +12,14 @@ namespace ut {
 class QRV_PLATFORM_EXPORT FileName {
 public:
     FileName() = default;
+    /// Takes the path as it is.
     explicit FileName(const OdString& path);
     /// The file `baseName`.`extension` in `folder`; without extension also without the dot.
     FileName(const OdString& folder, const OdString& baseName, const OdString& extension);
 
+    /// What separates the components of a path: "/".
     static wchar_t getPathSeparator();
+    /// Whether the unit is one that separates components.
     static bool isPathSeparator(wchar_t unit);
 
     /// Makes the folder `path` with the permission bits `mode`, less the process's mask; with
@@ -25,8 +28,11 @@ public:
     /// made stay then.
     static bool mkdir(const OdString& path, int mode, bool withParents);
 
+    /// The path as it was given or made.
     OdString getFullPath() const { return path_; }
-    /// Makes a relative path absolute, from the current folder. "." and ".." are resolved as text.
+    /// Makes a relative path absolute, from the current folder. "." and ".." are resolved as text,
+    /// and double separators become one. An empty path stays empty; a relative one stays as it is
+    /// when the current folder cannot be asked.
     void makeAbsolute();
 
     /// True when the path names something of the wanted kinds. `kinds` is a set of bits; the only
@@ -34,7 +40,8 @@ public:
     bool exists(int kinds) const;
     /// The number of the path's components, the last one included.
     int getDirCount() const;
-    /// Removes the path's last component; does nothing when there is none.
+    /// Removes the path's last component and the separator before it, but not that of the root;
+    /// does nothing when there is none.
     void removeLastDir();
     /// True when the path names a folder in which this process may make files.
     bool isDirWritable() const;
@@ -42,6 +49,7 @@ public:
     /// What stands behind the last dot of the last component; empty when there is no dot, or when
     /// it is that component's first or last character.
     OdString getExt() const;
+    /// Whether `getExt` gives anything.
     bool hasExt() const { return !getExt().isEmpty(); }
 
     /// Reads the times of access, of the last change of contents and of creation; a null pointer

@@ -10,11 +10,14 @@ namespace ut {
 /// one thread.
 class QRV_PLATFORM_EXPORT [[nodiscard]] ScopedFault {
 public:
+    /// Instead of an error number: the process ends at the call.
     static constexpr int kKillProcess = -1;
 
+    /// Begins to count. Throws `std::logic_error` while there is another one.
     ScopedFault(int nth, int errorNumber);
     ScopedFault(const ScopedFault&) = delete;
     ScopedFault& operator=(const ScopedFault&) = delete;
+    /// Ends the counting; every call works again.
     ~ScopedFault();
 
     /// How many calls were counted so far, the failed one included.

@@ -13,6 +13,7 @@ namespace ut {
 /// other.
 class QRV_PLATFORM_EXPORT TextFile {
 public:
+    /// Only keeps the path; does not touch the disk.
     explicit TextFile(const OdString& path);
 
     /// True when the path names something.
@@ -37,8 +38,7 @@ public:
     /// False on any failure: the old file is then untouched and no temporary file stays; only when
     /// the last step failed, the flush of the folder, is the new file already in its place. A
     /// process killed on the way leaves the old file or the new one, and perhaps a temporary file,
-    /// whose name ends in
-    /// ".qrv-tmp", beside it.
+    /// whose name ends in ".qrv-tmp", beside it.
     bool write();
 
 private:
