@@ -1,6 +1,6 @@
 #!/bin/bash
 # Builds the library and the program against a qrv::platform that comes from outside, installs them, and
-# builds and runs a consumer of that.
+# builds and runs a consumer of that and the example host.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -31,3 +31,8 @@ cmake -S tests/consumer/project -B "$top/consumer" -G Ninja "-DCMAKE_PREFIX_PATH
     "${host[@]}"
 cmake --build "$top/consumer"
 cmake -D PROGRAM="$top/consumer/consumer" -P tests/consumer/RunConsumer.cmake
+
+cmake -S examples/host -B "$top/example" -G Ninja "-DCMAKE_PREFIX_PATH=$top/prefix" "${host[@]}"
+cmake --build "$top/example"
+cmake -D PROGRAM="$top/example/example_host" -D HOST="$PWD/examples/host" \
+    -P tests/examples/RunHost.cmake
