@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 // For test programs that link qrv_wx_base.
 namespace qrv_test {
@@ -51,7 +52,8 @@ inline std::string compiledCatalogue(Texts texts) {
 /// Gives one catalogue from memory, for German.
 class MemoryLoader : public wxTranslationsLoader {
 public:
-    explicit MemoryLoader(const Texts& texts) : bytes_(compiledCatalogue(texts)) {}
+    explicit MemoryLoader(const Texts& texts) : MemoryLoader(compiledCatalogue(texts)) {}
+    explicit MemoryLoader(std::string bytes) : bytes_(std::move(bytes)) {}
 
     wxMsgCatalog* LoadCatalog(const wxString& domain, const wxString&) override {
         return wxMsgCatalog::CreateFromData(
