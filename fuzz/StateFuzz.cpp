@@ -1,40 +1,40 @@
-// A state that loads is written, and loads again as the equal state.
+// Read row by row or, behind a byte-order mark, as a JSON value, a file gives the same state or
+// error. A state is written as the JSON writer would, and loads again as the equal state.
 
+#include <common/common.h>
 #include <common/state/StateFile.h>
-#include <platform/kernel/OdError.h>
+#include <platform/ut/ReadEntireFile.h>
 
-#include <cstdint>
-#include <cstdlib>
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
-#include <random>
-#include <stdexcept>
-#include <string>
 
-static Expected<common::State> load(const OdString& path) try {
-    return common::deserialize(path);
-} catch (const OdError& error) {
-    return ErrorMessage{error.description()};
-} catch (const std::length_error&) {  // The answer to a string without an end.
-    return ErrorMessage();
+namespace fs = std::filesystem;
+static const auto file = fs::temp_directory_path() / ("state-fuzz-" + std::to_string(getpid()));
+
+static std::pair<common::State, OdString> load(const std::string& bytes) try {
+    std::ofstream(file, std::ios::binary) << bytes;
+    const auto state = common::deserialize(file.c_str());
+    return {state ? *state : common::State(), state ? OdString() : state.error().message};
+} catch (const std::exception& error) {
+    return {common::State(), error.what()};
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    namespace fs = std::filesystem;
-    static const std::string file =
-        fs::temp_directory_path() / ("state-fuzz-" + std::to_string(std::random_device()()));
-    const OdString path = OdString::fromNarrow(file);
-    std::ofstream(file, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(size));
-    if (Expected<common::State> state = load(path)) {
-        // These two do not survive a writing, on purpose.
-        state->head.commit.reset();
-        for (common::ConflictData& conflict : state->conflicts)
-            if (!conflict.handles.hasHandles())
-                conflict.handles.modifiedBlocks.clear();
-        if (!common::writeState(*state, path) || *load(path) != *state)
-            std::abort();
-    }
+    const std::string input(reinterpret_cast<const char*>(bytes), size);
+    auto [state, error] = load(input);
+    const bool isMarked = size > 0 && bytes[0] >= 0xEF;
+    bool holds = isMarked || load("\xEF\xBB\xBF" + input) == std::pair(state, error);
+    for (common::ConflictData& conflict : state.conflicts)
+        if (!conflict.handles.hasHandles())
+            conflict.handles.modifiedBlocks.clear();  // Lost in writing, as the commit is.
+    state.head.commit.reset();
+    holds = holds && common::writeState(state, file.c_str());
+    const std::wstring text = ut::readEntireFile(file.c_str()).toWide();
+    jsonlib::json::Value tree;
+    holds = holds && jsonlib::json::read(text.data(), text.data() + text.size(), tree) &&
+            jsonlib::json::write(tree) == text && load(OdString(text).toNarrow()).first == state;
     fs::remove(file);
-    return 0;
+    return holds ? 0 : (std::abort(), 1);
 }

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <common/base/Expected.h>
+#include <platform/kernel/OdString.h>
+
+namespace qrv_cli {
+
+/// A storage URL whose parts are safe to use as names of files: "po:" and 64 lower-case hexadecimal
+/// digits, or "tf:", a store's name of at most 200 letters, digits, "-" and "_", which is no
+/// device's on Windows, "#" and 64 such digits. Only `check` makes one.
+class CheckedUrl {
+public:
+    /// Fails with a message that names the URL.
+    static Expected<CheckedUrl> check(const OdString& url);
+
+    const OdString& text() const { return text_; }
+    bool isDrawing() const;
+    /// The digest of the contents that the URL names.
+    const OdString& digest() const { return digest_; }
+    /// The name of the drawing store; empty for an object.
+    const OdString& store() const { return store_; }
+
+private:
+    CheckedUrl(OdString text, OdString store, OdString digest);
+
+    OdString text_;
+    OdString store_;
+    OdString digest_;
+};
+
+OdString objectUrl(const OdString& digest);
+OdString drawingUrl(const OdString& store, const OdString& digest);
+
+}  // namespace qrv_cli

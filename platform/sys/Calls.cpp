@@ -1,0 +1,149 @@
+#include <platform/sys/CallsInternal.h>
+#include <platform/sys/FaultInternal.h>
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <linux/openat2.h>
+#include <stdio.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+namespace sys::calls {
+
+namespace {
+
+template <class Call>
+auto repeatedWhenInterrupted(Call call) {
+    for (;;) {
+        const decltype(call()) result = faultFires() ? -1 : call();
+        if (result >= 0 || errno != EINTR)
+            return result;
+    }
+}
+
+long openBeneathOnce(int folder, const char* path, int flags, mode_t mode) {
+    open_how how = {};
+    how.flags = static_cast<unsigned>(flags | O_CLOEXEC);
+    // The call refuses permissions for what it does not make.
+    how.mode = (flags & O_CREAT) != 0 ? mode : 0;
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+    return ::syscall(SYS_openat2, folder, path, &how, sizeof how);
+}
+
+// An older kernel lacks the call, and a container's filter answers "not permitted" to all that it
+// does not know.
+bool tryOpenBeneath() {
+    const long result = openBeneathOnce(AT_FDCWD, ".", O_PATH, 0);
+    const bool isThere = result >= 0 || (errno != ENOSYS && errno != EPERM);
+    const Handle opened(static_cast<int>(result));
+    return isThere;
+}
+
+}  // namespace
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+Handle openAt(int folder, const char* path, int flags, mode_t mode) {
+    return Handle(
+        repeatedWhenInterrupted([&] { return ::openat(folder, path, flags | O_CLOEXEC, mode); }));
+}
+
+Handle openBeneath(int folder, const char* path, int flags, mode_t mode) {
+    return Handle(static_cast<int>(
+        repeatedWhenInterrupted([&] { return openBeneathOnce(folder, path, flags, mode); })));
+}
+
+bool hasOpenBeneath() {
+    static const bool isThere = tryOpenBeneath();
+    return isThere;
+}
+
+ssize_t read(int file, void* buffer, std::size_t size) {
+    return repeatedWhenInterrupted([&] { return ::read(file, buffer, size); });
+}
+
+ssize_t write(int file, const void* bytes, std::size_t size) {
+    return repeatedWhenInterrupted([&] { return ::write(file, bytes, size); });
+}
+
+int flush(int file) {
+    return repeatedWhenInterrupted([&] { return ::fsync(file); });
+}
+
+int flushFileSystem(int file) {
+    return repeatedWhenInterrupted([&] { return ::syncfs(file); });
+}
+
+int close(int file) {
+    // Not repeated: Linux frees the descriptor whatever close answers. For the same reason a call
+    // that is made to fail closes all the same.
+    const bool fails = faultFires();
+    const int errorNumber = errno;
+    const int result = ::close(file);
+    if (fails)
+        errno = errorNumber;
+    return (fails || result < 0) && errno != EINTR ? -1 : 0;
+}
+
+int shareBlocks(int target, int source) {
+    return repeatedWhenInterrupted([&] { return ::ioctl(target, FICLONE, source); });
+}
+
+int lock(int file) {
+    return repeatedWhenInterrupted([&] { return ::flock(file, LOCK_EX | LOCK_NB); });
+}
+
+int status(int file, struct stat& status) {
+    return repeatedWhenInterrupted([&] { return ::fstat(file, &status); });
+}
+
+int statusAt(int folder, const std::string& name, struct stat& status) {
+    return repeatedWhenInterrupted(
+        [&] { return ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW); });
+}
+
+int setPermissions(int file, mode_t permissions) {
+    return repeatedWhenInterrupted([&] { return ::fchmod(file, permissions); });
+}
+
+int setModified(int file, const timespec& time) {
+    const std::array<timespec, 2> times = {timespec{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, time};
+    return repeatedWhenInterrupted([&] { return ::futimens(file, times.data()); });
+}
+
+int makeFolder(int folder, const std::string& name) {
+    return repeatedWhenInterrupted([&] { return ::mkdirat(folder, name.c_str(), 0777); });
+}
+
+int rename(int fromFolder, const std::string& from, int toFolder, const std::string& to) {
+    return repeatedWhenInterrupted(
+        [&] { return ::renameat(fromFolder, from.c_str(), toFolder, to.c_str()); });
+}
+
+int renameToFree(int folder, const std::string& from, const std::string& to) {
+    const int result = repeatedWhenInterrupted(
+        [&] { return ::renameat2(folder, from.c_str(), folder, to.c_str(), RENAME_NOREPLACE); });
+    // Not every file system knows the flag. A second name is as good, for none is replaced by it.
+    if (result == 0 || (errno != EINVAL && errno != ENOSYS))
+        return result;
+    const int linked = repeatedWhenInterrupted(
+        [&] { return ::linkat(folder, from.c_str(), folder, to.c_str(), 0); });
+    return linked < 0 ? linked : removeFile(folder, from);
+}
+
+int removeFile(int folder, const std::string& name) {
+    return repeatedWhenInterrupted([&] { return ::unlinkat(folder, name.c_str(), 0); });
+}
+
+int removeFolder(int folder, const std::string& name) {
+    return repeatedWhenInterrupted([&] { return ::unlinkat(folder, name.c_str(), AT_REMOVEDIR); });
+}
+
+}  // namespace sys::calls

@@ -1,0 +1,9 @@
+#pragma once
+
+namespace sys {
+
+/// Counts one system call for the living `ScopedFault`, if there is one. True, with `errno` set,
+/// when this call is the one that fails.
+bool faultFires();
+
+}  // namespace sys

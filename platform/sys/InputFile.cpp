@@ -1,0 +1,30 @@
+#include <platform/sys/CallsInternal.h>
+#include <platform/sys/InputFile.h>
+#include <platform/sys/StatusInternal.h>
+
+namespace sys {
+
+Outcome<std::size_t> InputFile::read(std::span<char> buffer) {
+    std::size_t total = 0;
+    while (total < buffer.size()) {
+        const ssize_t count =
+            calls::read(handle_.number(), buffer.data() + total, buffer.size() - total);
+        if (count < 0)
+            return calls::lastError();
+        if (count == 0)
+            break;
+        total += static_cast<std::size_t>(count);
+    }
+    return total;
+}
+
+Outcome<InputFile::Stamp> InputFile::stamp() const {
+    struct stat status = {};
+    if (calls::status(handle_.number(), status) < 0)
+        return calls::lastError();
+    return Stamp{.sizeBytes = status.st_size,
+                 .modifiedNs = modifiedNs(status),
+                 .permissions = permissionsOf(status)};
+}
+
+}  // namespace sys

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <platform/sys/Handle.h>
+#include <platform/sys/Outcome.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <utility>
+
+namespace sys {
+
+/// A regular file that is open for reading, from its beginning to its end.
+class InputFile {
+public:
+    /// Reads the next bytes and gives their number: less than asked for only at the end.
+    Outcome<std::size_t> read(std::span<char> buffer);
+
+    /// Size and time of modification as they are now; two answers that differ mean that somebody
+    /// writes to the file.
+    struct Stamp {
+        std::int64_t sizeBytes = 0;
+        /// Nanoseconds since 1970-01-01T00:00:00Z.
+        std::int64_t modifiedNs = 0;
+        std::uint32_t permissions = 0;
+
+        friend bool operator==(const Stamp&, const Stamp&) = default;
+    };
+    Outcome<Stamp> stamp() const;
+
+private:
+    friend class Folder;
+    friend class NewFile;
+
+    explicit InputFile(Handle handle) : handle_(std::move(handle)) {}
+
+    Handle handle_;
+};
+
+}  // namespace sys

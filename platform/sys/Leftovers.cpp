@@ -1,0 +1,55 @@
+#include <platform/sys/BeneathInternal.h>
+#include <platform/sys/CallsInternal.h>
+#include <platform/sys/Folder.h>
+
+#include <dirent.h>
+#include <fcntl.h>
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace sys {
+
+namespace {
+
+struct CloseList {
+    void operator()(DIR* list) const { ::closedir(list); }
+};
+
+bool isTemporaryName(std::string_view name) {
+    return name.starts_with('.') && name.ends_with(".qrv-tmp");
+}
+
+// All names before the first is removed, for what a listing gives after that is left to the system.
+std::vector<std::string> temporaryNames(int folder) {
+    std::vector<std::string> names;
+    Handle opened = openBeneath(folder, ".", O_RDONLY | O_DIRECTORY);
+    const std::unique_ptr<DIR, CloseList> list(::fdopendir(opened.number()));
+    if (list == nullptr)
+        return names;
+    static_cast<void>(opened.giveAway());
+    // Only for the others of one listing object it is unsafe to read on several threads.
+    while (const dirent* entry = ::readdir(list.get())) {  // NOLINT(concurrency-mt-unsafe)
+        if (isTemporaryName(entry->d_name))
+            names.emplace_back(entry->d_name);
+    }
+    return names;
+}
+
+}  // namespace
+
+void Folder::removeLeftovers(const std::string& relative, std::chrono::seconds age) const {
+    const Outcome<Folder> folder = openFolder(relative);
+    if (!folder)
+        return;
+    const std::chrono::nanoseconds now = std::chrono::system_clock::now().time_since_epoch();
+    const std::chrono::nanoseconds latest = now - age;
+    for (const std::string& name : temporaryNames(folder->number())) {
+        const Outcome<FileStatus> status = folder->status(name);
+        if (status && status->modifiedNs <= latest.count())
+            static_cast<void>(calls::removeFile(folder->number(), name));
+    }
+}
+
+}  // namespace sys

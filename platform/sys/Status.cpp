@@ -1,0 +1,26 @@
+#include <platform/sys/StatusInternal.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace sys {
+
+namespace {
+
+constexpr std::int64_t nsPerSecond = 1000000000;
+constexpr std::int64_t lastSecond = std::numeric_limits<std::int64_t>::max() / nsPerSecond - 1;
+
+}  // namespace
+
+std::int64_t modifiedNs(const struct stat& status) {
+    const std::int64_t seconds =
+        std::clamp<std::int64_t>(status.st_mtim.tv_sec, -lastSecond, lastSecond);
+    return seconds * nsPerSecond + status.st_mtim.tv_nsec;
+}
+
+std::uint32_t permissionsOf(const struct stat& status) {
+    constexpr mode_t permissionBits = 0777;
+    return status.st_mode & permissionBits;
+}
+
+}  // namespace sys
