@@ -1,0 +1,18 @@
+#include <cli/Translation.h>
+#include <cli/storage/Bytes.h>
+
+#include <new>
+
+namespace qrv_cli {
+
+Expected<Bytes> Bytes::ofSize(std::int64_t size) {
+    Bytes bytes;
+    bytes.size_ = static_cast<std::size_t>(size);
+    bytes.bytes_.reset(new (std::nothrow) char[bytes.size_]);
+    if (bytes.bytes_ == nullptr)
+        return ErrorMessage{
+            OdString::format(tr(L"There is not enough memory for a file of %i bytes"), size)};
+    return bytes;
+}
+
+}  // namespace qrv_cli

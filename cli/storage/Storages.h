@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cli/storage/DrawingStorage.h>
+#include <cli/storage/HostStorage.h>
+#include <cli/storage/ObjectStorage.h>
+#include <common/storage/StorageUrl.h>
+
+namespace qrv_cli {
+
+/// The two storages of a repository, and which one is asked.
+class Storages {
+public:
+    explicit Storages(DrawingStorage::PreviousUrl previousUrl);
+
+    /// The one that keeps the version `url`.
+    HostStorage& ofUrl(const OdString& url);
+    /// The one that is to keep the file `path`.
+    HostStorage& ofFile(const OdString& path);
+    ObjectStorage& objects() { return objects_; }
+
+private:
+    ObjectStorage objects_;
+    DrawingStorage drawings_;
+};
+
+}  // namespace qrv_cli
