@@ -1,0 +1,66 @@
+#pragma once
+
+#include <platform/kernel/OdString.h>
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+namespace qrv_cli {
+
+/// What a commit did to one file, compared with its first parent.
+struct FileDelta {
+    OdString path;
+    /// The storage URL of the contents; empty when the file was removed.
+    OdString url;
+    /// The file's path before, when it was renamed; otherwise empty.
+    OdString previousPath;
+    /// Of the contents; 0 when the file was removed.
+    std::int64_t sizeBytes = 0;
+
+    friend bool operator==(const FileDelta&, const FileDelta&) = default;
+};
+
+struct CommitEntry {
+    /// Counts from 1 in the order in which commits were made here.
+    std::int64_t number = 0;
+    OdString hash;
+    /// Hashes; the first is the one that the deltas are against.
+    std::vector<OdString> parents;
+    OdString author;
+    OdString message;
+    /// Seconds since 1970-01-01T00:00:00Z.
+    std::int64_t timeSeconds = 0;
+
+    friend bool operator==(const CommitEntry&, const CommitEntry&) = default;
+};
+
+/// A file of a commit.
+struct TreeFile {
+    OdString url;
+    std::int64_t sizeBytes = 0;
+
+    friend bool operator==(const TreeFile&, const TreeFile&) = default;
+};
+
+/// All files of a commit by their paths.
+using Tree = std::map<OdString, TreeFile>;
+
+/// A commit to be made.
+struct NewCommit {
+    std::vector<OdString> parents;
+    OdString author;
+    OdString message;
+    /// In the years 1 to 9999.
+    std::int64_t timeSeconds = 0;
+    /// In any order, one for each path. A renamed file needs none for its old path.
+    std::vector<FileDelta> deltas;
+};
+
+/// The hash of a commit: the SHA-256 digest of its record in the form in which it is sent to a
+/// server, without the hash itself. A removed file stands in it with an empty storage path. Equal
+/// commits on equal histories have equal hashes, and a change of any of them changes all that build
+/// on it.
+OdString hashOf(const NewCommit& commit);
+
+}  // namespace qrv_cli

@@ -1,0 +1,36 @@
+#include <cli/history/History.h>
+#include <cli/history/RowsInternal.h>
+
+namespace qrv_cli {
+
+Tree History::headFiles() {
+    Statement query = database_->prepare("SELECT path, url, size FROM head_files ORDER BY path");
+    const CheckedRow row(*database_, query);
+    Tree files;
+    // Rows come in the order of the paths, or nearly so, and each goes to the end.
+    while (query.step())
+        files.insert_or_assign(files.end(), row.path(0), TreeFile{row.url(1), row.sizeBytes(2)});
+    return files;
+}
+
+void History::changeHeadFiles(const std::vector<FileDelta>& deltas) {
+    for (const FileDelta& delta : deltas)
+        requireStorable(*database_, delta);
+    DatabaseTransaction transaction(*database_);
+    // First all that go: a new file may have the name that a renamed one had.
+    Statement removal = database_->prepare("DELETE FROM head_files WHERE path = ?");
+    for (const FileDelta& delta : deltas) {
+        if (delta.url.isEmpty())
+            removal.run(delta.path);
+        if (!delta.previousPath.isEmpty())
+            removal.run(delta.previousPath);
+    }
+    Statement insertion = database_->prepare("INSERT OR REPLACE INTO head_files VALUES (?, ?, ?)");
+    for (const FileDelta& delta : deltas) {
+        if (!delta.url.isEmpty())
+            insertion.run(delta.path, delta.url, delta.sizeBytes);
+    }
+    transaction.commit();
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cli/database/Database.h>
+#include <platform/kernel/OdString.h>
+
+#include <vector>
+
+namespace qrv_cli {
+
+/// Whether the file holds nothing yet. Throws `DatabaseError` when it is no history, or one of a
+/// newer program.
+bool isEmptyHistory(Database& database);
+
+/// Makes the tables, unless they are there, in one transaction.
+void makeHistory(Database& database);
+
+/// How the tables and indexes of the file differ from those that `makeHistory` makes, one text for
+/// each.
+std::vector<OdString> differencesOfSchema(Database& database);
+
+}  // namespace qrv_cli
