@@ -1,6 +1,7 @@
 #include <cli/Failure.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
+#include <cli/Translation.h>
 
 #include <exception>
 #include <new>
@@ -14,7 +15,7 @@ Expected<void> withoutExceptions(const Action& action, Output& output) {
     try {
         return action(output);
     } catch (const std::bad_alloc&) {
-        return ErrorMessage{L"There is not enough memory."};
+        return ErrorMessage{tr(L"There is not enough memory.")};
     } catch (const std::exception& exception) {
         return ErrorMessage{OdString(exception.what())};
     }
@@ -26,7 +27,7 @@ ExitStatus finish(Output& output) {
         return kDone;
     // Who reads only the first lines knows that the rest is missing.
     if (failure != std::errc::broken_pipe)
-        printMessage(OdString::format(L"Standard output cannot be written: %ls",
+        printMessage(OdString::format(tr(L"Standard output cannot be written: %ls"),
                                       OdString(failure.message().c_str())));
     return kFailed;
 }

@@ -1,11 +1,20 @@
 #include <CLI/CLI.hpp>
+#include <cli/CommandLine.h>
 #include <cli/Failure.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
+#include <cli/Suggestion.h>
+#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <system_error>
+#include <vector>
 
 namespace qrv_cli {
 
@@ -20,7 +29,7 @@ ExitStatus printHelpOnError(const CLI::App& app) {
 /// A wish for the help or the version is one of the parser's errors too.
 ExitStatus answer(const CLI::App& app, const CLI::ParseError& error, Output& output) {
     if (error.get_exit_code() != 0) {
-        printMessage(OdString(error.what()) + L" (see qrv --help)");
+        printMessage(OdString::format(tr(L"%ls (see qrv --help)"), OdString(error.what())));
         return kWrongUsage;
     }
     std::ostringstream text;
@@ -34,25 +43,64 @@ ExitStatus answer(const CLI::App& app, const CLI::ParseError& error, Output& out
         output);
 }
 
+Expected<void> enter(const std::string& folder) {
+    std::error_code error;
+    std::filesystem::current_path(folder, error);
+    if (!error)
+        return {};
+    return ErrorMessage{OdString::format(tr(L"'%ls' cannot be opened: %ls"),
+                                         printable(OdString::fromNarrow(folder)),
+                                         OdString(error.message().c_str()))};
+}
+
+/// The first word that is no option, which must have been meant as a command.
+std::string wordForCommand(int argumentCount, const char* const* arguments) {
+    for (int index = 1; index < argumentCount; ++index) {
+        const std::string word = arguments[index];
+        if (word == "-C")
+            ++index;
+        else if (word.rfind('-', 0) != 0)
+            return word;
+    }
+    return {};
+}
+
+ExitStatus refuseCommand(const std::string& word) {
+    std::vector<OdString> names;
+    for (const Command& command : commands())
+        names.emplace_back(command.name);
+    const OdString typed = OdString::fromNarrow(word);
+    OdString text = OdString::format(tr(L"'%ls' is not a command (see qrv --help)"), typed);
+    if (const std::optional<OdString> meant = closest(typed, names))
+        text += OdString::format(tr(L"; did you mean '%ls'?"), *meant);
+    printMessage(text);
+    return kWrongUsage;
+}
+
+bool isCommand(const std::string& word) {
+    return std::any_of(commands().begin(), commands().end(),
+                       [&word](const Command& command) { return command.name == word; });
+}
+
 ExitStatus run(int argumentCount, const char* const* arguments) {
     Output output;
-    CLI::App app{"Versions a folder of drawings.", "qrv"};
-    app.set_version_flag("--version", "qrv " QRV_VERSION);
-    // At most one, so that a folder may be called like a command. None is answered below: the
-    // parser would not name the word that it took for a command.
-    app.require_subcommand(0, 1);
-
-    Action chosen;
-    for (const Command& command : commands()) {
-        CLI::App* const parser = app.add_subcommand(command.name, command.summary);
-        parser->callback([&chosen, action = command.declare(*parser)] { chosen = action; });
-    }
+    const Translations translations;
+    CommandLine line;
     try {
-        app.parse(argumentCount, arguments);
+        line.parser().parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
-        return answer(app, error, output);
+        const std::string word = wordForCommand(argumentCount, arguments);
+        if (error.get_exit_code() != 0 && !word.empty() && !isCommand(word))
+            return refuseCommand(word);
+        return answer(line.parser(), error, output);
     }
-    return chosen ? carryOut(chosen, output) : printHelpOnError(app);
+    if (!line.chosen())
+        return printHelpOnError(line.parser());
+    const auto inFolder = [&line](Output& out) {
+        const Expected<void> entered = line.folder() ? enter(*line.folder()) : Expected<void>();
+        return entered ? line.chosen()(out) : entered;
+    };
+    return carryOut(inFolder, output);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <cli/Message.h>
 #include <cli/Repository.h>
+#include <cli/Translation.h>
 
 #include <stdexcept>
 #include <system_error>
@@ -17,7 +18,8 @@ Expected<fs::path> existingFolder(const std::string& folder) {
         return path;
     if (!error)
         error = std::make_error_code(std::errc::not_a_directory);
-    return ErrorMessage{OdString::format(L"'%ls' cannot be opened: %ls", printable(toText(folder)),
+    return ErrorMessage{OdString::format(tr(L"'%ls' cannot be opened: %ls"),
+                                         printable(toText(folder)),
                                          OdString(error.message().c_str()))};
 }
 
@@ -45,7 +47,7 @@ Expected<common::RootPath> findRepository(const std::string& folder) {
     if (const std::optional<common::RootPath> root = enclosingRepository(*path))
         return *root;
     return ErrorMessage{OdString::format(
-        L"'%ls' is not in a repository, nor is any folder above it one (qrv init makes one)",
+        tr(L"'%ls' is not in a repository, nor is any folder above it one (qrv init makes one)"),
         printable(toText(*path)))};
 }
 
@@ -53,8 +55,8 @@ Expected<std::shared_ptr<common::Cache>> openState(const common::RootPath& root,
     try {
         return common::Cache::get(root, host);
     } catch (const std::length_error&) {
-        return ErrorMessage{OdString::format(L"The state file '%ls' ends in the middle of a text",
-                                             printable(root.statePath()))};
+        return ErrorMessage{OdString::format(
+            tr(L"The state file '%ls' ends in the middle of a text"), printable(root.statePath()))};
     }
 }
 

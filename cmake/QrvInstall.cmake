@@ -32,7 +32,17 @@ if(TARGET qrv_cli)
     set_target_properties(qrv_cli PROPERTIES
         INSTALL_RPATH "$ORIGIN/${qrv_libraries_from_program}")
     install(TARGETS qrv_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    # Manual pages and the completion of the shells are printed by the program itself.
+    install(CODE "set(program \"$<TARGET_FILE:qrv_cli>\")
+set(data \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}\")
+set(pages \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_MANDIR}/man1\")")
+    install(SCRIPT ${CMAKE_CURRENT_LIST_DIR}/InstallTexts.cmake)
 endif()
+# Hosts use them as well, for the library's messages.
+foreach(language IN LISTS QRV_LANGUAGES)
+    install(FILES ${QRV_CATALOGUE_FOLDER}/${language}/LC_MESSAGES/qrv.mo
+        DESTINATION ${CMAKE_INSTALL_LOCALEDIR}/${language}/LC_MESSAGES)
+endforeach()
 
 set(qrv_package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/qrv)
 install(EXPORT qrv-targets NAMESPACE qrv:: DESTINATION ${qrv_package_folder})

@@ -18,6 +18,15 @@ function(qrv_configure target)
         VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
+# Compiling under the sanitizers takes most of a test run there; the tests' own code and that of the program
+# need no speed.
+option(QRV_OPTIMISE_TESTS "Compile tests and program as the build type says, and not without optimisation" ON)
+function(qrv_compile_quickly target)
+    if(NOT QRV_OPTIMISE_TESTS)
+        target_compile_options(${target} PRIVATE -O0)
+    endif()
+endfunction()
+
 # A shared library of ours: its headers are included from the project's root and are installed
 # below include/qrv in the same layout.
 function(qrv_configure_library target)

@@ -5,12 +5,15 @@ set -euo pipefail
 
 packages=(
     # building
-    cmake ninja-build ccache g++ pkg-config
-    qtbase5-dev libssl-dev libcli11-dev
+    cmake ninja-build ccache g++ pkg-config gettext
+    qtbase5-dev libssl-dev libcli11-dev libsqlite3-dev libzstd-dev
     libwxgtk3.2-dev  # Debian has no package of the base library's headers alone
     # testing
     libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev rapidjson-dev
-    python3 gcovr strace locales
+    python3 gcovr strace locales patch
+    binutils  # nm lists the names that a library exports and needs
+    # the manual
+    doxygen
     # linting, and the other compiler with its sanitizers and fuzzer
     git clang clang-format clang-tidy libclang-rt-14-dev universal-ctags shellcheck
 )

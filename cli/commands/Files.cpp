@@ -1,10 +1,11 @@
 #include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Repository.h>
+#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <common/json/Value.h>
-#include <common/json/Writer.h>
 #include <common/worktree/CollectFiles.h>
 #include <common/worktree/File.h>
 
@@ -31,13 +32,12 @@ void writePaths(const std::vector<common::File>& files, std::string_view end, Ou
     }
 }
 
-void writeJson(const std::vector<common::File>& files, Output& output) {
+void writePathsAsJson(const std::vector<common::File>& files, Output& output) {
     jsonlib::json::Array paths;
     paths.reserve(files.size());
     for (const common::File& file : files)
         paths.emplace_back(file.path.toWide());
-    output.write(OdString(jsonlib::json::write(std::move(paths))).toNarrow());
-    output.write("\n");
+    writeJson(std::move(paths), output);
 }
 
 Expected<void> listFiles(const Arguments& arguments, Output& output) {
@@ -48,7 +48,7 @@ Expected<void> listFiles(const Arguments& arguments, Output& output) {
     if (!files)
         return files.error();
     if (arguments.asJson)
-        writeJson(*files, output);
+        writePathsAsJson(*files, output);
     else
         writePaths(*files, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
     return {};
@@ -59,10 +59,11 @@ Expected<void> listFiles(const Arguments& arguments, Output& output) {
 Action declareFiles(CLI::App& parser) {
     const auto arguments = std::make_shared<Arguments>();
     parser.add_option("DIR", arguments->folder,
-                      "A folder in the repository (default: the current one)");
+                      trUtf8(L"A folder in the repository (default: the current one)"));
     CLI::Option* const json =
-        parser.add_flag("--json", arguments->asJson, "Print the paths as a JSON array");
-    parser.add_flag("-0", arguments->endWithNul, "End each path with a NUL, not a line feed")
+        parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the paths as a JSON array"));
+    parser
+        .add_flag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
         ->excludes(json);
     return [arguments](Output& output) { return listFiles(*arguments, output); };
 }

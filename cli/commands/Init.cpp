@@ -1,11 +1,13 @@
 #include <CLI/CLI.hpp>
 #include <cli/Message.h>
 #include <cli/Output.h>
+#include <cli/ProjectName.h>
+#include <cli/ProjectRegistry.h>
 #include <cli/Repository.h>
+#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
-#include <common/repository/PropertyProjectName.h>
+#include <cli/maintenance/IgnoreRules.h>
 #include <common/worktree/RepoIgnore.h>
-#include <platform/qut/toQt.h>
 #include <platform/ut/FileName.h>
 
 #include <algorithm>
@@ -14,6 +16,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace qrv_cli {
 
@@ -26,30 +29,20 @@ constexpr int anyKind = 0x1FFF;
 struct Arguments {
     std::string folder = ".";
     std::optional<std::string> name;
+    bool cadIgnores = false;
 };
-
-/// For the parser: empty, or what is wrong with a project's name. The name stands in a file of one
-/// line, and a person reads it.
-std::string refusalOfName(const std::string& name) {
-    const OdString text = OdString::fromNarrow(name);
-    if (text.isEmpty())
-        return "A project's name cannot be empty";
-    if (!(printable(text) == text))
-        return "A project's name must be one line of plain text";
-    return {};
-}
 
 Expected<fs::path> absolutePath(const std::string& folder) {
     std::error_code error;
     const fs::path absolute = fs::absolute(folder, error);
     const fs::path path = error ? fs::path() : fs::weakly_canonical(absolute, error);
     if (error)
-        return ErrorMessage{OdString::format(L"'%ls' cannot be used: %ls",
+        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be used: %ls"),
                                              printable(toText(folder)),
                                              OdString(error.message().c_str()))};
     if (std::find(path.begin(), path.end(), ".qrv") != path.end())
-        return ErrorMessage{OdString::format(L"'%ls' lies in the metadata folder of a repository",
-                                             printable(toText(path)))};
+        return ErrorMessage{OdString::format(
+            tr(L"'%ls' lies in the metadata folder of a repository"), printable(toText(path)))};
     // A folder that is still to be made may end with a separator.
     return path.has_filename() ? path : path.parent_path();
 }
@@ -57,7 +50,8 @@ Expected<fs::path> absolutePath(const std::string& folder) {
 Expected<common::RootPath> makeRoot(const fs::path& folder) {
     std::error_code error;
     if (fs::exists(folder, error) && !fs::is_directory(folder, error))
-        return ErrorMessage{OdString::format(L"'%ls' is not a folder", printable(toText(folder)))};
+        return ErrorMessage{
+            OdString::format(tr(L"'%ls' is not a folder"), printable(toText(folder)))};
     return common::RootPath::get(toText(folder), true);
 }
 
@@ -69,29 +63,34 @@ Expected<void> makeMissingFiles(const common::RootPath& root) {
     if (!host.lastWrite())
         return host.lastWrite();
     if (!hadState && !root.isNew())
-        printMessage(L"Note: there was no state file; a new one names the branch 'master'");
+        printMessage(tr(L"Note: there was no state file; a new one names the branch 'master'"));
     return common::RepoIgnore::write(
         common::RepoIgnore::explanation(false) + common::RepoIgnore::defaultIgnore(), root);
-}
-
-/// Looks at the file's size, since the writing of the name notices no failure after the file is
-/// open.
-Expected<void> setName(const std::string& name, const common::RootPath& root) {
-    const OdString folder = root.propertiesPath();
-    const fs::path file = fs::path(folder.toNarrow()) / "project_name";
-    std::error_code error;
-    if (common::PropertyProjectName(root).setName(qut::toQt(OdString::fromNarrow(name))) &&
-        fs::file_size(file, error) == name.size() + 1)
-        return {};
-    return ErrorMessage{OdString::format(
-        L"The project's name cannot be written to the folder '%ls'", printable(folder))};
 }
 
 void noteOuterRepository(const fs::path& folder) {
     if (const auto outer = enclosingRepository(folder.parent_path()))
         printMessage(
-            OdString::format(L"Note: the repository '%ls' above it goes on listing its files",
+            OdString::format(tr(L"Note: the repository '%ls' above it goes on listing its files"),
                              printable(outer->path())));
+}
+
+/// A project that is registered keeps its name there, unless it was just given one.
+Expected<void> makeRegistered(const common::RootPath& root, bool hasNewName) {
+    const Expected<std::vector<RegisteredProject>> known = projectsIn(root.path());
+    if (!known)
+        return known.error();
+    if (!known->empty() && !hasNewName)
+        return {};
+    const Expected<RegisteredProject> project = registerProject(root, displayName(root));
+    return project ? Expected<void>() : project.error();
+}
+
+/// The repository is whole without it.
+void noteFailedRegistration(const Expected<void>& registered) {
+    if (!registered)
+        printMessage(OdString::format(tr(L"Note: your registry of projects stays as it was: %ls"),
+                                      registered.error().message));
 }
 
 Expected<void> initialise(const Arguments& arguments, Output& output) {
@@ -104,14 +103,21 @@ Expected<void> initialise(const Arguments& arguments, Output& output) {
     if (Expected<void> made = makeMissingFiles(*root); !made)
         return made;
     if (arguments.name)
-        if (Expected<void> named = setName(*arguments.name, *root); !named)
+        if (Expected<void> named = setProjectName(*arguments.name, *root); !named)
             return named;
+    const Expected<int> addedRules =
+        arguments.cadIgnores ? addDraftingIgnoreRules(*root) : Expected<int>(0);
+    if (!addedRules)
+        return addedRules.error();
+    noteFailedRegistration(makeRegistered(*root, arguments.name.has_value()));
 
     if (root->isNew())
         noteOuterRepository(*folder);
-    const wchar_t* const pattern =
-        root->isNew() ? L"Made a repository in '%ls'\n" : L"'%ls' is already a repository\n";
+    const OdString pattern = root->isNew() ? tr(L"Made a repository in '%ls'\n")
+                                           : tr(L"'%ls' is already a repository\n");
     output.write(OdString::format(pattern, printable(root->path())).toNarrow());
+    if (arguments.cadIgnores)
+        output.write(OdString::format(tr(L"Ignore rules added: %i\n"), *addedRules).toNarrow());
     return {};
 }
 
@@ -119,9 +125,14 @@ Expected<void> initialise(const Arguments& arguments, Output& output) {
 
 Action declareInit(CLI::App& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("DIR", arguments->folder,
-                      "The project's folder, made if it is missing (default: the current one)");
-    parser.add_option("--name", arguments->name, "The project's name")->check(refusalOfName);
+    parser.add_option(
+        "DIR", arguments->folder,
+        trUtf8(L"The project's folder, made if it is missing (default: the current one)"));
+    parser.add_option("--name", arguments->name, trUtf8(L"The project's name"))
+        ->check(refusalOfName);
+    parser.add_flag("--cad-ignores", arguments->cadIgnores,
+                    trUtf8(L"Also ignore autosaves, backups, plot logs, lock files and temporary "
+                           L"files"));
     return [arguments](Output& output) { return initialise(*arguments, output); };
 }
 

@@ -1,10 +1,10 @@
 #include <CLI/CLI.hpp>
-#include <cli/Output.h>
+#include <cli/JsonOutput.h>
 #include <cli/Repository.h>
+#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
-#include <common/json/Writer.h>
 #include <platform/ut/ReadEntireFile.h>
 
 #include <memory>
@@ -29,9 +29,8 @@ Expected<void> printState(const std::string& folder, Output& output) {
     const OdString text = ut::readEntireFile(root->statePath());
     jsonlib::json::Value document;
     if (!jsonlib::json::read(text.c_str(), text.c_str() + text.getLength(), document))
-        return ErrorMessage{L"The state file was changed while it was read"};
-    output.write(OdString(jsonlib::json::write(document)).toNarrow());
-    output.write("\n");
+        return ErrorMessage{tr(L"The state file was changed while it was read")};
+    writeJson(document, output);
     return {};
 }
 
@@ -39,7 +38,8 @@ Expected<void> printState(const std::string& folder, Output& output) {
 
 Action declareState(CLI::App& parser) {
     const auto folder = std::make_shared<std::string>(".");
-    parser.add_option("DIR", *folder, "A folder in the repository (default: the current one)");
+    parser.add_option("DIR", *folder,
+                      trUtf8(L"A folder in the repository (default: the current one)"));
     return [folder](Output& output) { return printState(*folder, output); };
 }
 

@@ -1,114 +1,173 @@
 #include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Repository.h>
+#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
-#include <common/json/Value.h>
-#include <common/json/Writer.h>
-#include <common/state/State.h>
-#include <common/worktree/CollectFiles.h>
-#include <common/worktree/File.h>
-#include <common/worktree/FileChange.h>
+#include <cli/history/CommitText.h>
+#include <cli/terminal/Colour.h>
+#include <cli/worktree/ChangeText.h>
+#include <cli/worktree/ConflictText.h>
+#include <cli/worktree/Merging.h>
+#include <cli/worktree/Staging.h>
+#include <cli/worktree/WorkingChanges.h>
+#include <cli/worktree/Workspace.h>
+#include <common/worktree/RepoFileExplorer.h>
 
-#include <cstdint>
+#include <algorithm>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qrv_cli {
 
 namespace {
 
-namespace json = jsonlib::json;
+using common::FileChange;
+using common::StagedFile;
 
+/// What the texts are made of.
 struct Status {
     OdString root;
+    OdString branch;
+    /// Of HEAD; nothing before the first commit.
+    std::optional<CommitEntry> commit;
+    /// The commit that is being merged, or empty.
+    OdString merging;
     std::size_t fileCount = 0;
-    const common::State& state;
+    /// A staged file that was put back as it was is not staged any more.
+    std::vector<StagedFile> staged;
+    std::vector<StagedFile> unstaged;
+    std::map<OdString, OdString> renames;
+    std::vector<common::ConflictData> conflicts;
 };
 
-/// The state's reader accepts only changes that have a name.
-OdString nameOf(common::FileChange change) {
-    return *common::toString(change);
+bool contains(const std::vector<StagedFile>& files, const OdString& path) {
+    const auto isBefore = [](const StagedFile& file, const OdString& sought) {
+        return file.path < sought;
+    };
+    const auto found = std::lower_bound(files.begin(), files.end(), path, isBefore);
+    return found != files.end() && found->path == path;
 }
 
-json::Array toJson(const std::vector<common::StagedFile>& stagedFiles) {
-    json::Array array;
-    for (const common::StagedFile& file : stagedFiles) {
-        json::Object object;
-        object[L"path"] = file.path.toWide();
-        object[L"change"] = nameOf(file.change).toWide();
-        array.emplace_back(std::move(object));
+bool isInConflict(const std::vector<common::ConflictData>& conflicts, const OdString& path) {
+    return std::any_of(conflicts.begin(), conflicts.end(),
+                       [&path](const auto& conflict) { return conflict.path == path; });
+}
+
+std::vector<StagedFile> unstagedChanges(const Status& status, const WorkingChanges& changes) {
+    std::vector<StagedFile> files;
+    for (const common::StatusRef& change : changes.files.changes) {
+        const OdString path = change.path();
+        if (!contains(status.staged, path) && !isInConflict(status.conflicts, path))
+            files.emplace_back(path, change.status());
     }
-    return array;
+    return files;
 }
 
-json::Array toJson(const std::vector<common::ConflictData>& conflicts) {
-    json::Array array;
-    for (const common::ConflictData& conflict : conflicts) {
-        json::Object object;
-        object[L"path"] = conflict.path.toWide();
-        object[L"local"] = nameOf(conflict.localType).toWide();
-        object[L"remote"] = nameOf(conflict.remoteType).toWide();
-        array.emplace_back(std::move(object));
+Status statusOf(Workspace& workspace, const WorkingChanges& changes) {
+    Status status;
+    status.root = workspace.root().path();
+    status.branch = workspace.branch();
+    const OdString head = workspace.headCommit();
+    if (!head.isEmpty())
+        status.commit = workspace.history().commit(head);
+    status.merging = workspace.history().note(mergeNote);
+    status.fileCount = changes.present.size();
+    status.staged = stagedChanges(workspace.state(), changes);
+    status.conflicts = workspace.state().conflicts;
+    status.unstaged = unstagedChanges(status, changes);
+    status.renames = changes.renames;
+    return status;
+}
+
+jsonlib::json::Value documentOf(const Status& status) {
+    jsonlib::json::Array renames;
+    for (const auto& [path, previous] : status.renames) {
+        jsonlib::json::Object rename;
+        rename[L"path"] = path.toWide();
+        rename[L"previousPath"] = previous.toWide();
+        renames.emplace_back(std::move(rename));
     }
-    return array;
-}
-
-std::string jsonText(const Status& status) {
-    json::Object object;
+    jsonlib::json::Object object;
     object[L"root"] = status.root.toWide();
-    object[L"branch"] = status.state.head.reference.toWide();
+    object[L"branch"] = status.branch.toWide();
+    if (status.commit)
+        object[L"commit"] = toJson(*status.commit);
+    if (!status.merging.isEmpty())
+        object[L"merging"] = status.merging.toWide();
     object[L"files"] = static_cast<std::uint64_t>(status.fileCount);
-    object[L"staged"] = toJson(status.state.stagedFiles);
-    object[L"conflicts"] = toJson(status.state.conflicts);
-    return OdString(json::write(std::move(object))).toNarrow() + "\n";
+    object[L"staged"] = toJson(status.staged);
+    object[L"unstaged"] = toJson(status.unstaged);
+    object[L"renames"] = std::move(renames);
+    object[L"conflicts"] = toJson(status.conflicts);
+    return object;
 }
 
-OdString stagedLines(const std::vector<common::StagedFile>& stagedFiles) {
-    OdString lines;
-    for (const common::StagedFile& file : stagedFiles)
-        lines += OdString::format(L"  %ls: %ls\n", nameOf(file.change), printable(file.path));
-    return lines;
+OdString lines(const std::vector<StagedFile>& files) {
+    OdString text;
+    for (const StagedFile& file : files)
+        text += changeLine(file.change, file.path);
+    return text;
 }
 
-OdString conflictLines(const std::vector<common::ConflictData>& conflicts) {
-    OdString lines;
-    for (const common::ConflictData& conflict : conflicts)
-        lines +=
-            OdString::format(L"  %ls (%ls here, %ls on the server)\n", printable(conflict.path),
-                             nameOf(conflict.localType), nameOf(conflict.remoteType));
-    return lines;
+OdString renameLines(const std::map<OdString, OdString>& renames) {
+    OdString text;
+    for (const auto& [path, previous] : renames)
+        text += OdString::format(L"  %ls -> %ls\n", printable(previous), printable(path));
+    return text;
+}
+
+OdString heading(const Status& status) {
+    OdString text = OdString::format(tr(L"Branch '%ls'"),
+                                     coloured(Colour::cyan, printable(status.branch)));
+    if (status.commit)
+        text += OdString::format(tr(L", commit %i: %ls\n"), status.commit->number,
+                                 printable(titleOf(*status.commit)));
+    else
+        text += tr(L", no commit yet\n");
+    if (!status.merging.isEmpty())
+        text += OdString::format(tr(L"Merging %ls (qrv commit ends it, qrv merge --abort takes it "
+                                    L"back)\n"),
+                                 shortHash(status.merging));
+    return text;
+}
+
+OdString section(const OdString& title, const OdString& body) {
+    return body.isEmpty() ? OdString() : L"\n" + coloured(Colour::bold, title) + L"\n" + body;
 }
 
 std::string plainText(const Status& status) {
-    const common::State& state = status.state;
-    OdString text =
-        OdString::format(L"Repository: %ls\nBranch: %ls\nFiles: %i\nStaged: %i\nConflicts: %i\n",
-                         printable(status.root), printable(state.head.reference), status.fileCount,
-                         state.stagedFiles.size(), state.conflicts.size());
-    if (!state.stagedFiles.empty())
-        text += L"\nStaged for the next commit:\n" + stagedLines(state.stagedFiles);
-    if (!state.conflicts.empty())
-        text += L"\nConflicts to resolve:\n" + conflictLines(state.conflicts);
+    OdString text = heading(status);
+    text += section(tr(L"Staged for the next commit:"), lines(status.staged));
+    text += section(tr(L"Conflicts (qrv resolve PATH --mine, --theirs or --merged):"),
+                    conflictLines(status.conflicts));
+    text += section(tr(L"Changed, not staged (qrv add PATH):"), lines(status.unstaged));
+    text += section(tr(L"Renamed:"), renameLines(status.renames));
+    if (status.staged.empty() && status.conflicts.empty() && status.unstaged.empty())
+        text += OdString::format(tr(L"Nothing has changed; files: %i\n"), status.fileCount);
     return text.toNarrow();
 }
 
 Expected<void> showStatus(const std::string& folder, bool asJson, Output& output) {
-    const Expected<common::RootPath> root = findRepository(folder);
-    if (!root)
-        return root.error();
-    const Host host;
-    // Before the scan, which makes a missing ignore file: a repository without a readable state is
-    // left as it is.
-    const Expected<std::shared_ptr<common::Cache>> cache = openState(*root, host);
-    if (!cache)
-        return cache.error();
-    const Expected<std::vector<common::File>> files = common::collectRepoFiles(printMessage, *root);
-    if (!files)
-        return files.error();
-    const Status status = {root->path(), files->size(), (*cache)->read()};
-    output.write(asJson ? jsonText(status) : plainText(status));
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(folder, Workspace::Use::look);
+    if (!workspace)
+        return workspace.error();
+    const Expected<WorkingChanges> changes = findChanges(**workspace);
+    if (!changes)
+        return changes.error();
+    const Status status = statusOf(**workspace, *changes);
+    if (asJson)
+        writeJson(documentOf(status), output);
+    else
+        output.write(plainText(status));
+    // What was found by reading is only remembered to be quicker next time.
+    if (const Expected<void> closed = (*workspace)->close(); !closed)
+        printMessage(closed.error().message);
     return {};
 }
 
@@ -117,8 +176,9 @@ Expected<void> showStatus(const std::string& folder, bool asJson, Output& output
 Action declareStatus(CLI::App& parser) {
     const auto folder = std::make_shared<std::string>(".");
     const auto asJson = std::make_shared<bool>(false);
-    parser.add_option("DIR", *folder, "A folder in the repository (default: the current one)");
-    parser.add_flag("--json", *asJson, "Print the status as a JSON object");
+    parser.add_option("DIR", *folder,
+                      trUtf8(L"A folder in the repository (default: the current one)"));
+    parser.add_flag("--json", *asJson, trUtf8(L"Print the status as a JSON object"));
     return [folder, asJson](Output& output) { return showStatus(*folder, *asJson, output); };
 }
 

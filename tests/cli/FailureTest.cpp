@@ -57,6 +57,7 @@ TEST(Failure, OfACommandOnSomethingThatIsNoFolder) {
 TEST(Failure, OfACommandWithoutAStateFile) {
     const TemporaryFolder folder;
     fs::create_directory(folder / ".qrv");
+    writeFile(folder / ".qrv/lock", "");
     const auto before = contentsOf(folder.path());
     for (const std::string command : {"status", "state"})
         EXPECT_EQ(runQrv(folder.path(), {command}),
@@ -89,6 +90,7 @@ TEST(Failure, OfADamagedState) {
     };
     for (const Case& each : cases) {
         writeFile(folder / ".qrv/qrv.state", each.state);
+        writeFile(folder / ".qrv/lock", "");
         const auto before = contentsOf(folder.path());
         for (const std::string command : {"status", "state"})
             EXPECT_EQ(runQrv(folder.path(), {command}), failed(each.message))
@@ -100,6 +102,7 @@ TEST(Failure, OfADamagedState) {
 TEST(Failure, OfAStateThatIsNoFile) {
     const TemporaryFolder folder;
     fs::create_directories(folder / ".qrv/qrv.state");
+    writeFile(folder / ".qrv/lock", "");
     const auto before = contentsOf(folder.path());
     for (const std::string command : {"status", "state"})
         EXPECT_EQ(runQrv(folder.path(), {command}),

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -213,6 +214,70 @@ TEST_F(Init, ResolvesLinksOnTheWay) {
     fs::create_directory_symlink("disk/projects", folder / "link");
     EXPECT_EQ(runQrv(folder.path(), {"init", "link/../new"}), made("/disk/new"));
     EXPECT_EQ(contentsOf(folder / "disk/new"), newRepository());
+}
+
+/// A registry of projects beside the folder.
+class InitAndTheRegistry : public Init {
+protected:
+    Outcome qrv(const std::vector<std::string>& arguments) const {
+        return runQrv(folder.path(), arguments, {{"QRV_CONFIG_DIR", configuration.path()}});
+    }
+
+    const TemporaryFolder configuration;
+    const fs::path file = configuration / "directories.state";
+};
+
+TEST_F(InitAndTheRegistry, RegistersTheProjectUnderItsName) {
+    EXPECT_EQ(qrv({"init", "a", "--name", "Anbau"}), made("/a"));
+    EXPECT_EQ(qrv({"init", "b"}), made("/b"));
+    EXPECT_EQ(qrv({"projects"}),
+              (Outcome{0, "Anbau  " + path + "/a\nb      " + path + "/b\n", ""}));
+}
+
+TEST_F(InitAndTheRegistry, RegistersARepositoryThatIsThere) {
+    writeFile(folder / ".qrv/qrv.state", stateText);
+    writeFile(folder / ".qrv/properties/project_name", "Anbau\n");
+    EXPECT_EQ(qrv({"init"}), alreadyThere());
+    EXPECT_EQ(qrv({"projects"}), (Outcome{0, "Anbau  " + path + "\n", ""}));
+}
+
+TEST_F(InitAndTheRegistry, LeavesAProjectThatIsRegistered) {
+    EXPECT_EQ(qrv({"init"}), made());
+    EXPECT_EQ(qrv({"projects", "add", "--name", "my own"}).status, 0);
+    const Contents before = contentsOf(configuration.path());
+    EXPECT_EQ(qrv({"init"}), alreadyThere());
+    EXPECT_EQ(contentsOf(configuration.path()), before);
+}
+
+TEST_F(InitAndTheRegistry, GivesARegisteredProjectItsNewName) {
+    writeFile(file, R"({"projects_map": [{"path": ")" + path +
+                        R"(", "info": {"name": "old", "uid": "{7}"}}]})");
+    EXPECT_EQ(qrv({"init", "--name", "new"}), made());
+    EXPECT_EQ(qrv({"projects"}), (Outcome{0, "new  " + path + "  {7}\n", ""}));
+}
+
+TEST_F(InitAndTheRegistry, OnlyNotesThatTheProjectCannotBeRegistered) {
+    writeFile(file, "[]");
+    Outcome expected = made();
+    expected.messages =
+        "qrv: Note: your registry of projects stays as it was: The registry of projects '" +
+        file.string() + "' cannot be read: Error: Expected json type 'object', found 'array'\n";
+    EXPECT_EQ(qrv({"init"}), expected);
+    EXPECT_EQ(readFile(file), "[]");
+    EXPECT_EQ(contentsOf(folder.path()), newRepository());
+}
+
+TEST_F(InitAndTheRegistry, OnlyNotesThatTheRegistryCannotBeWritten) {
+    EXPECT_EQ(runQrv(folder.path(), {"init"}), made());
+    // No file may grow, but of the repository none needs to; the pipe to cat is none.
+    EXPECT_EQ(
+        runShell(folder.path(), "{ trap '' XFSZ; ulimit -f 0; \"$QRV\" init 2>&1; echo $?; } | cat",
+                 {{"QRV_CONFIG_DIR", configuration.path()}}),
+        (Outcome{0,
+                 "qrv: Note: your registry of projects stays as it was: Error writing to file '" +
+                     file.string() + "'\n" + alreadyThere().output + "0\n",
+                 ""}));
+    EXPECT_THAT(contentsOf(configuration.path()), IsEmpty());
 }
 
 }  // namespace

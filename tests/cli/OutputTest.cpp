@@ -16,12 +16,26 @@ using qrv_test::runShell;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 
-const std::string commands[] = {"--help", "--version", "init", "files", "status", "state"};
+const std::string commands[] = {"--help",
+                                "--version",
+                                "init",
+                                "files",
+                                "status",
+                                "state",
+                                "name",
+                                "projects --json",
+                                "projects add",
+                                "locate tf:a#1",
+                                "convert init-data record"};
 
-/// A repository, since even `init` prints there.
+/// A repository, since even `init` prints there, with a name and a server's record.
 class OutputOf : public testing::TestWithParam<std::string> {
 protected:
-    OutputOf() { EXPECT_EQ(runQrv(folder.path(), {"init"}).status, 0); }
+    OutputOf() {
+        EXPECT_EQ(runQrv(folder.path(), {"init", "--name", "Anbau"}).status, 0);
+        writeFile(folder / "record", R"({"id": "17"})");
+        writeFile(folder / ".qrv/lock", "");
+    }
 
     const TemporaryFolder folder;
 };

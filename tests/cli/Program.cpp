@@ -23,6 +23,23 @@ void redirect(int descriptor, const fs::path& file) {
     ::close(opened);
 }
 
+/// English messages, but still the locale's numbers.
+void setLanguage() {
+    if (const char* const locale = ::getenv("LC_ALL"))
+        ::setenv("LC_NUMERIC", std::string(locale).c_str(), 1);
+    for (const char* const name : {"LC_ALL", "LC_MESSAGES", "LANGUAGE"})
+        ::unsetenv(name);
+    ::setenv("LANG", "C.UTF-8", 1);
+}
+
+void setEnvironment(const Environment& environment, const fs::path& captured) {
+    setLanguage();
+    ::setenv("QRV", QRV_PROGRAM, 1);
+    ::setenv("QRV_CONFIG_DIR", (captured / "configuration").c_str(), 1);
+    for (const auto& [name, value] : environment)
+        ::setenv(name.c_str(), value.c_str(), 1);
+}
+
 [[noreturn]] void become(const fs::path& folder, std::vector<std::string>& arguments,
                          const fs::path& captured) {
     std::vector<char*> pointers;
@@ -36,11 +53,14 @@ void redirect(int descriptor, const fs::path& file) {
     ::_exit(127);
 }
 
-Outcome run(const fs::path& folder, std::vector<std::string> arguments) {
+Outcome run(const fs::path& folder, std::vector<std::string> arguments,
+            const Environment& environment) {
     const TemporaryFolder captured;
     const pid_t child = ::fork();
-    if (child == 0)
+    if (child == 0) {
+        setEnvironment(environment, captured.path());
         become(folder, arguments, captured.path());
+    }
     int status = 0;
     if (child < 0 || ::waitpid(child, &status, 0) != child)
         throw std::runtime_error("cannot run " + arguments[0]);
@@ -56,14 +76,14 @@ std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
                   << outcome.messages << "---";
 }
 
-Outcome runQrv(const fs::path& folder, std::vector<std::string> arguments) {
+Outcome runQrv(const fs::path& folder, std::vector<std::string> arguments,
+               const Environment& environment) {
     arguments.insert(arguments.begin(), QRV_PROGRAM);
-    return run(folder, std::move(arguments));
+    return run(folder, std::move(arguments), environment);
 }
 
-Outcome runShell(const fs::path& folder, const std::string& line) {
-    ::setenv("QRV", QRV_PROGRAM, 1);
-    return run(folder, {"/bin/sh", "-c", line});
+Outcome runShell(const fs::path& folder, const std::string& line, const Environment& environment) {
+    return run(folder, {"/bin/sh", "-c", line}, environment);
 }
 
 std::map<std::string, std::string> contentsOf(const fs::path& folder) {

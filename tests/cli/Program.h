@@ -20,11 +20,18 @@ struct Outcome {
 
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 
-/// Runs `qrv` in the folder.
-Outcome runQrv(const std::filesystem::path& folder, std::vector<std::string> arguments);
+/// Variables of the environment, by name.
+using Environment = std::map<std::string, std::string>;
 
-/// Runs a command line of the shell in the folder; "$QRV" is the program.
-Outcome runShell(const std::filesystem::path& folder, const std::string& line);
+/// Runs `qrv` in the folder. Its messages are English and its registry of projects an empty one of
+/// its own, whatever the environment of the test says, unless `environment` has others.
+Outcome runQrv(const std::filesystem::path& folder, std::vector<std::string> arguments,
+               const Environment& environment = {});
+
+/// Runs a command line of the shell in the folder, with the same environment; "$QRV" is the
+/// program.
+Outcome runShell(const std::filesystem::path& folder, const std::string& line,
+                 const Environment& environment = {});
 
 /// Everything below a folder, by relative path: a file's bytes, a link's target, or "" for a
 /// folder. Paths of folders end with a slash.

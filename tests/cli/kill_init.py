@@ -2,7 +2,8 @@
 """Kills `qrv init` at each of its system calls that changes or opens a file, and looks at what is left.
 
 Usage: kill_init.py PROGRAM. After each kill there is no state file or a whole one, and the next `qrv init`
-completes the repository. A first run without a kill tells which calls there are, so every one is met.
+completes the repository and registers it. A first run without a kill tells which calls there are, so every
+one is met.
 """
 
 import os
@@ -24,18 +25,27 @@ NAME = "Anbau"
 
 def available(strace):
     """The names that this machine knows: not every one has each of them."""
-    return [name for name in CALLS if traced(strace, name, ["true"]).returncode == 0]
+    return [name for name in CALLS if traced(strace, name, ["true"], "").returncode == 0]
 
 
-def traced(strace, names, command, *options):
+def run(command, registry, **variables):
     return subprocess.run(
-        [strace, "-f", "-qq", "-e", f"trace={names}", *options, *command],
+        command,
         stdout=subprocess.PIPE,
         stderr=subprocess.PIPE,
         text=True,
-        # The leak check of a sanitizer does not work under a tracer.
-        env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"},
+        env={**os.environ, "QRV_CONFIG_DIR": str(registry), **variables},
     )
+
+
+def traced(strace, names, command, registry, *options):
+    trace = [strace, "-f", "-qq", "-e", f"trace={names}", *options, *command]
+    # The leak check of a sanitizer does not work under a tracer.
+    return run(trace, registry, ASAN_OPTIONS="detect_leaks=0")
+
+
+def registry_of(folder):
+    return folder.with_name(folder.name + "-registry")
 
 
 def init(program, folder):
@@ -45,7 +55,8 @@ def init(program, folder):
 def first_and_last_calls(strace, names, program, folder):
     """For each call, the numbers of its first use after the loader's work and of its last use."""
     log = folder.parent / "trace"
-    result = traced(strace, ",".join(names), init(program, folder), "-o", str(log))
+    command = init(program, folder)
+    result = traced(strace, ",".join(names), command, registry_of(folder), "-o", str(log))
     if result.returncode != 0:
         sys.exit(f"init fails without a kill: {result.stderr}")
     total, started = Counter(), {}
@@ -72,12 +83,15 @@ def check(program, folder, expected):
     state = folder / ".qrv/qrv.state"
     if state.exists() and state.read_text() != STATE:
         return f"the state file holds {state.read_text()!r}"
-    again = subprocess.run(init(program, folder), capture_output=True, text=True)
+    again = run(init(program, folder), registry_of(folder))
     if again.returncode != 0:
         return f"the next init fails: {again.stderr}"
     if contents(folder) != expected:
         return f"the next init leaves {contents(folder)}"
-    status = subprocess.run([program, "status", str(folder)], capture_output=True, text=True)
+    projects = run([program, "projects"], registry_of(folder))
+    if projects.stdout != f"{NAME}  {folder}\n":
+        return f"the registry lists {projects.stdout!r}"
+    status = run([program, "status", str(folder)], registry_of(folder))
     if status.returncode != 0:
         return f"status fails: {status.stderr}"
     return None
@@ -94,14 +108,15 @@ def main(program):
         expected = contents(whole)
         if expected.get(".qrv/qrv.state") != STATE.encode() or len(expected) != 3:
             sys.exit(f"init without a kill leaves {expected}")
-        killed, problems, states = 0, [], Counter()
+        killed, problems, states, registries = 0, [], Counter(), Counter()
         for name, (first, last) in sorted(calls.items()):
             for number in range(first, last + 1):
                 folder = whole.with_name(f"{name}-{number}")
                 kill = f"inject={name}:signal=KILL:when={number}"
-                result = traced(strace, name, init(program, folder), "-e", kill)
+                result = traced(strace, name, init(program, folder), registry_of(folder), "-e", kill)
                 killed += result.returncode == -9
                 states[(folder / ".qrv/qrv.state").exists()] += 1
+                registries[(registry_of(folder) / "directories.state").exists()] += 1
                 problem = check(program, folder, expected)
                 if problem:
                     problems.append(f"killed at {name} number {number}: {problem}")
@@ -112,6 +127,8 @@ def main(program):
         has_met_the_writing = "fsync" in calls and any("rename" in name for name in calls)
         if not states[True] or not states[False] or not has_met_the_writing:
             problems.append(f"the kills did not meet the writing of the state: {calls}")
+        if not registries[True] or registries[False] <= states[False]:
+            problems.append(f"the kills did not meet the writing of the registry: {calls}")
         sys.exit("\n".join(problems) or 0)
 
 

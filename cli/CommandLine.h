@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cli/commands/Commands.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace qrv_cli {
+
+/// What a person reads of one argument.
+struct ArgumentText {
+    /// "-m" and "--message"; of a file or the like without an option, its placeholder "PATH".
+    std::vector<std::string> names;
+    /// The placeholder of the option's value; empty for a flag.
+    std::string value;
+    std::string description;
+    bool isOption = true;
+};
+
+struct CommandText {
+    std::string name;
+    std::string summary;
+    std::vector<ArgumentText> arguments;
+};
+
+/// The parser of the command line with all commands. It parses once; the help, the completion of the
+/// shells and the manual pages are all made from it, so that they say the same.
+class CommandLine {
+public:
+    CommandLine();
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+    ~CommandLine();
+
+    CLI::App& parser() { return *parser_; }
+    /// What the parsed command does; empty without a command.
+    const Action& chosen() const { return chosen_; }
+    /// The folder that `-C` named.
+    const std::optional<std::string>& folder() const { return folder_; }
+
+    /// The program itself first, with an empty name, then the commands in the order of the help.
+    std::vector<CommandText> texts() const;
+
+private:
+    std::unique_ptr<CLI::App> parser_;
+    Action chosen_;
+    std::optional<std::string> folder_;
+};
+
+}  // namespace qrv_cli

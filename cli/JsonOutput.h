@@ -1,0 +1,12 @@
+#pragma once
+
+#include <common/json/Value.h>
+
+namespace qrv_cli {
+
+class Output;
+
+/// Prints the document in the library's form, and a line feed after it.
+void writeJson(const jsonlib::json::Value& document, Output& output);
+
+}  // namespace qrv_cli

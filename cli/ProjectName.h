@@ -1,0 +1,26 @@
+#pragma once
+
+#include <common/base/Expected.h>
+#include <common/repository/RootPath.h>
+#include <platform/kernel/OdString.h>
+
+#include <string>
+
+namespace qrv_cli {
+
+/// For the parser of the arguments: empty, or what is wrong with `name`, UTF-8, as a project's
+/// name. It stands in a file of one line, and a person reads it.
+std::string refusalOfName(const std::string& name);
+
+/// Writes `name`, which `refusalOfName` accepts, to the project's properties. Fails with a message
+/// that names their folder when the file cannot be written whole; it may be cut off then.
+Expected<void> setProjectName(const std::string& name, const common::RootPath& root);
+
+/// The name in the project's properties, without blanks and line ends around it; empty when there
+/// is none. Whoever edited the file may have put any characters into it.
+OdString projectName(const common::RootPath& root);
+
+/// What to call the project: its name or, where it has none, that of its folder.
+OdString displayName(const common::RootPath& root);
+
+}  // namespace qrv_cli

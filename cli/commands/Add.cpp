@@ -1,0 +1,130 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/commands/RequireOne.h>
+#include <cli/safety/RelativePath.h>
+#include <cli/worktree/ChangeText.h>
+#include <cli/worktree/PathArgument.h>
+#include <cli/worktree/Staging.h>
+#include <cli/worktree/StagingWarnings.h>
+#include <cli/worktree/WorkingChanges.h>
+#include <cli/worktree/Workspace.h>
+#include <common/worktree/RepoFileExplorer.h>
+
+#include <memory>
+#include <regex>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+using common::StagedFile;
+
+struct Arguments {
+    std::vector<std::string> paths;
+    bool all = false;
+    bool asJson = false;
+};
+
+/// What a name that is no path of a changed file stands for.
+Expected<StagedFile> findByShortName(const std::string& argument,
+                                     const common::RepoFileExplorer& explorer) {
+    const OdString name = OdString::fromNarrow(argument);
+    try {
+        const auto found = explorer.findForStaging(name);
+        if (const auto* file = std::get_if<StagedFile>(&found))
+            return *file;
+        if (const auto* error = std::get_if<ErrorMessage>(&found))
+            return *error;
+        if (const OdString unchanged = explorer.findUnchanged(name); !unchanged.isEmpty())
+            return ErrorMessage{
+                OdString::format(tr(L"'%ls' has not changed"), printable(unchanged))};
+    } catch (const std::regex_error&) {
+        return ErrorMessage{OdString::format(tr(L"No file is '%ls', and it is no pattern either"),
+                                             printable(name))};
+    }
+    return ErrorMessage{
+        OdString::format(tr(L"There is no changed file '%ls'"), printable(name))};
+}
+
+Expected<std::vector<StagedFile>> findChosen(const Arguments& arguments, const Workspace& workspace,
+                                             const common::RepoFileExplorer& explorer) {
+    const std::vector<StagedFile> candidates = candidatesOf(explorer);
+    if (arguments.all)
+        return candidates;
+    std::vector<StagedFile> chosen;
+    for (const std::string& argument : arguments.paths) {
+        const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+        const std::size_t before = chosen.size();
+        for (const StagedFile& candidate : candidates) {
+            if (path && isChosen(candidate.path, {*path}))
+                chosen.push_back(candidate);
+        }
+        if (chosen.size() > before)
+            continue;
+        const Expected<StagedFile> file = findByShortName(argument, explorer);
+        if (!file)
+            return path ? file.error() : path.error();
+        chosen.push_back(*file);
+    }
+    return chosen;
+}
+
+Expected<void> refuseUnsafe(const std::vector<StagedFile>& files) {
+    for (const StagedFile& file : files) {
+        if (const Expected<RelativePath> path = RelativePath::check(file.path); !path)
+            return path.error();
+    }
+    return {};
+}
+
+void print(const std::vector<StagedFile>& files, bool asJson, Output& output) {
+    if (asJson)
+        return writeJson(toJson(files), output);
+    for (const StagedFile& file : files)
+        output.write(changeLine(file.change, file.path).toNarrow());
+    output.write(OdString::format(tr(L"Staged: %i\n"), files.size()).toNarrow());
+}
+
+Expected<void> add(const Arguments& arguments, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::change);
+    if (!workspace)
+        return workspace.error();
+    const Expected<WorkingChanges> changes = findChanges(**workspace);
+    if (!changes)
+        return changes.error();
+    const common::RepoFileExplorer explorer(changes->files, (*workspace)->root());
+    Expected<std::vector<StagedFile>> chosen = findChosen(arguments, **workspace, explorer);
+    if (!chosen)
+        return chosen.error();
+    const std::vector<StagedFile> files = withRenameHalves(*chosen, *changes);
+    if (Expected<void> safe = refuseUnsafe(files); !safe)
+        return safe;
+    warnBeforeStaging(files, *changes, **workspace);
+    stage(files, *changes, (*workspace)->cache());
+    if (Expected<void> closed = (*workspace)->close(); !closed)
+        return closed;
+    print(files, arguments.asJson, output);
+    return {};
+}
+
+}  // namespace
+
+Action declareAdd(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::Option* const paths = parser.add_option("PATH", arguments->paths,
+                      trUtf8(L"Files and folders, or the end of a file's name"));
+    CLI::Option* const all = parser.add_flag("--all,-a", arguments->all, trUtf8(L"Everything that has changed"));
+    requireOne(parser, {paths, all}, "PATH or --all");
+    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the staged files as JSON"));
+    return [arguments](Output& output) { return add(*arguments, output); };
+}
+
+}  // namespace qrv_cli

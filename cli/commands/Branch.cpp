@@ -1,0 +1,196 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Suggestion.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/commands/ReferenceList.h>
+#include <cli/history/CommitName.h>
+#include <cli/history/CommitText.h>
+#include <cli/history/ReferenceName.h>
+#include <cli/worktree/Workspace.h>
+#include <common/repository/ActivityLog.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+using common::RefType;
+
+struct Arguments {
+    std::optional<std::string> name;
+    std::string start = "HEAD";
+    std::optional<std::string> deleted;
+    bool force = false;
+    bool asJson = false;
+};
+
+struct Branch {
+    OdString name;
+    /// Nothing for the current branch before its first commit.
+    std::optional<CommitEntry> commit;
+};
+
+std::vector<Branch> branchesOf(Workspace& workspace) {
+    std::vector<OdString> names = namesOf(workspace.history(), RefType::Branch);
+    const auto place = std::lower_bound(names.begin(), names.end(), workspace.branch());
+    if (place == names.end() || *place != workspace.branch())
+        names.insert(place, workspace.branch());
+    std::vector<Branch> branches;
+    for (const OdString& name : names) {
+        Branch branch = {name, std::nullopt};
+        if (const auto hash = workspace.history().reference(name, RefType::Branch))
+            branch.commit = workspace.history().commit(*hash);
+        branches.push_back(std::move(branch));
+    }
+    return branches;
+}
+
+void writeBranches(Workspace& workspace, Output& output) {
+    const std::vector<Branch> branches = branchesOf(workspace);
+    int width = 0;
+    for (const Branch& branch : branches)
+        width = std::max(width, printable(branch.name).getLength());
+    for (const Branch& branch : branches) {
+        const OdString mark = branch.name == workspace.branch() ? L"* " : L"  ";
+        const OdString line =
+            branch.commit
+                ? mark + referenceLine(branch.name, width, *branch.commit)
+                : OdString::format(tr(L"* %ls  (no commit yet)\n"), printable(branch.name));
+        output.write(line.toNarrow());
+    }
+}
+
+void writeDocument(Workspace& workspace, Output& output) {
+    jsonlib::json::Array array;
+    for (const Branch& branch : branchesOf(workspace)) {
+        jsonlib::json::Object object = referenceDocument(branch.name, branch.commit);
+        object[L"current"] = branch.name == workspace.branch();
+        array.emplace_back(std::move(object));
+    }
+    writeJson(std::move(array), output);
+}
+
+Expected<void> list(bool asJson, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::look);
+    if (!workspace)
+        return workspace.error();
+    if (asJson)
+        writeDocument(**workspace, output);
+    else
+        writeBranches(**workspace, output);
+    return {};
+}
+
+Expected<CommitEntry> make(Workspace& workspace, const OdString& name, const std::string& start) {
+    if (const Expected<OdString> valid = checkedReferenceName(name); !valid)
+        return valid.error();
+    History& history = workspace.history();
+    if (name == workspace.branch() || history.reference(name, RefType::Branch))
+        return ErrorMessage{
+            OdString::format(tr(L"There is a branch '%ls' already"), printable(name))};
+    const Expected<OdString> commit =
+        findCommit(history, OdString::fromNarrow(start), workspace.branch());
+    if (!commit)
+        return commit.error();
+    history.setReference(name, RefType::Branch, *commit);
+    common::logString(OdString::format(L"branch %ls", name), workspace.root());
+    return history.commit(*commit).value();
+}
+
+/// Whether another branch or a tag stands for the commit, or for one that builds on it.
+bool isHeldElsewhere(History& history, const OdString& branch, const OdString& commit) {
+    const std::vector<common::Reference> references = history.references();
+    return std::any_of(references.begin(), references.end(), [&](const auto& reference) {
+        const bool isItself = reference.type == RefType::Branch && reference.name == branch;
+        return !isItself && history.buildsOn(reference.commitHash, commit);
+    });
+}
+
+ErrorMessage noBranch(History& history, const OdString& name) {
+    OdString text = OdString::format(tr(L"There is no branch '%ls'"), printable(name));
+    if (const auto meant = closest(name, namesOf(history, RefType::Branch)))
+        text += OdString::format(tr(L"; did you mean '%ls'?"), printable(*meant));
+    return {text};
+}
+
+Expected<CommitEntry> remove(Workspace& workspace, const OdString& name, bool force) {
+    History& history = workspace.history();
+    if (name == workspace.branch())
+        return ErrorMessage{OdString::format(
+            tr(L"'%ls' is the current branch (qrv switch goes to another one)"), printable(name))};
+    const std::optional<OdString> commit = history.reference(name, RefType::Branch);
+    if (!commit)
+        return noBranch(history, name);
+    if (!force && !isHeldElsewhere(history, name, *commit))
+        return ErrorMessage{OdString::format(
+            tr(L"'%ls' has commits that are in no other branch or tag (--force deletes it all the "
+               L"same)"),
+            printable(name))};
+    history.removeReference(name, RefType::Branch);
+    common::logString(OdString::format(L"deleted the branch %ls", name), workspace.root());
+    return history.commit(*commit).value();
+}
+
+Expected<void> change(const Arguments& arguments, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::change);
+    if (!workspace)
+        return workspace.error();
+    const OdString name =
+        OdString::fromNarrow(arguments.deleted.value_or(arguments.name.value_or("")));
+    const Expected<CommitEntry> commit = arguments.deleted
+                                             ? remove(**workspace, name, arguments.force)
+                                             : make(**workspace, name, arguments.start);
+    if (!commit)
+        return commit.error();
+    if (arguments.asJson) {
+        writeJson(referenceDocument(name, *commit), output);
+        return {};
+    }
+    const OdString text = arguments.deleted
+                              ? tr(L"Deleted the branch '%ls', which was at commit %i: %ls\n")
+                              : tr(L"Made the branch '%ls' at commit %i: %ls\n");
+    output.write(
+        OdString::format(text, printable(name), commit->number, printable(titleOf(*commit)))
+            .toNarrow());
+    return {};
+}
+
+}  // namespace
+
+Action declareBranch(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::Option* const name = parser.add_option(
+        "NAME", arguments->name, trUtf8(L"The branch to make (default: list the branches)"));
+    parser
+        .add_option("COMMIT", arguments->start,
+                    trUtf8(L"Where it begins (default: the current branch's commit)"))
+        ->needs(name);
+    CLI::Option* const deleted =
+        parser.add_option("--delete", arguments->deleted, trUtf8(L"Delete the branch NAME"))
+            ->type_name("NAME")
+            ->excludes(name);
+    parser
+        .add_flag("--force", arguments->force,
+                  trUtf8(L"Delete it also when its commits are in no other branch or tag"))
+        ->needs(deleted);
+    parser.add_flag("--json", arguments->asJson,
+                    trUtf8(L"Print an array of objects with \"name\", \"commit\" and \"current\"; "
+                           L"of a branch made or deleted its object alone"));
+    return [arguments](Output& output) {
+        const bool changes = arguments->name || arguments->deleted;
+        return changes ? change(*arguments, output) : list(arguments->asJson, output);
+    };
+}
+
+}  // namespace qrv_cli

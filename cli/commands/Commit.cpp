@@ -1,0 +1,76 @@
+#include <CLI/CLI.hpp>
+#include <cli/Author.h>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/history/CommitText.h>
+#include <cli/worktree/Committing.h>
+#include <cli/worktree/WorkingChanges.h>
+#include <cli/worktree/Workspace.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace qrv_cli {
+
+namespace {
+
+struct Arguments {
+    std::string message;
+    std::optional<std::string> author;
+    bool asJson = false;
+};
+
+OdString trimmed(const std::string& text) {
+    static constexpr const char* blanks = " \t\r\n";
+    const std::size_t begin = text.find_first_not_of(blanks);
+    if (begin == std::string::npos)
+        return {};
+    return OdString::fromNarrow(text.substr(begin, text.find_last_not_of(blanks) + 1 - begin));
+}
+
+void print(const CommitEntry& commit, const OdString& branch, Output& output) {
+    output.write(OdString::format(tr(L"Commit %i on %ls: %ls\n"), commit.number, printable(branch),
+                                  printable(titleOf(commit)))
+                     .toNarrow());
+}
+
+Expected<void> run(const Arguments& arguments, Output& output) {
+    const Expected<OdString> author = authorOf(arguments.author);
+    if (!author)
+        return author.error();
+    const CommitText text = {*author, trimmed(arguments.message)};
+    if (text.message.isEmpty())
+        return ErrorMessage{tr(L"A commit needs a message that says what was done")};
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::change);
+    if (!workspace)
+        return workspace.error();
+    const Expected<WorkingChanges> changes = findChanges(**workspace);
+    if (!changes)
+        return changes.error();
+    const Expected<CommitEntry> commit = commitStaged(**workspace, *changes, text);
+    if (!commit)
+        return commit.error();
+    if (arguments.asJson)
+        writeJson(toJson(*commit), output);
+    else
+        print(*commit, (*workspace)->branch(), output);
+    return {};
+}
+
+}  // namespace
+
+Action declareCommit(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    parser.add_option("-m,--message", arguments->message, trUtf8(L"What was done"))->required();
+    parser.add_option("--author", arguments->author,
+                      trUtf8(L"Who did it (default: $QRV_AUTHOR, else user@host)"));
+    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the commit as JSON"));
+    return [arguments](Output& output) { return run(*arguments, output); };
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,198 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/diff/Contents.h>
+#include <cli/diff/DifferenceText.h>
+#include <cli/diff/Differences.h>
+#include <cli/diff/Patch.h>
+#include <cli/history/CommitName.h>
+#include <cli/worktree/PathArgument.h>
+#include <cli/worktree/WorkingChanges.h>
+#include <cli/worktree/Workspace.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+struct Arguments {
+    std::optional<std::string> before;
+    std::optional<std::string> after;
+    std::vector<std::string> paths;
+    bool namesOnly = false;
+    bool endWithNul = false;
+    bool asJson = false;
+};
+
+Expected<Snapshot> snapshotOfCommit(Workspace& workspace, const std::string& name) {
+    const Expected<OdString> hash =
+        findCommit(workspace.history(), OdString::fromNarrow(name), workspace.branch());
+    if (!hash)
+        return hash.error();
+    return snapshotOf(workspace.history().tree(*hash));
+}
+
+Expected<Snapshot> snapshotOfWorkingTree(Workspace& workspace) {
+    const Expected<WorkingChanges> changes = findChanges(workspace);
+    if (!changes)
+        return changes.error();
+    return snapshotOf(workspace, *changes);
+}
+
+Expected<std::vector<OdString>> chosenPaths(const Workspace& workspace,
+                                            const std::vector<std::string>& arguments,
+                                            const Snapshot& before, const Snapshot& after) {
+    std::vector<OdString> chosen;
+    for (const std::string& argument : arguments) {
+        const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+        if (!path)
+            return path.error();
+        const auto isThere = [&path](const auto& file) { return isChosen(file.first, {*path}); };
+        if (std::none_of(before.begin(), before.end(), isThere) &&
+            std::none_of(after.begin(), after.end(), isThere))
+            return ErrorMessage{OdString::format(tr(L"'%ls' is on neither side of the comparison"),
+                                                 printable(OdString::fromNarrow(argument)))};
+        chosen.push_back(*path);
+    }
+    return chosen;
+}
+
+Expected<std::vector<Difference>> findDifferences(Workspace& workspace,
+                                                  const Arguments& arguments) {
+    const Expected<Snapshot> before = arguments.before
+                                          ? snapshotOfCommit(workspace, *arguments.before)
+                                          : snapshotOf(workspace.headFiles());
+    if (!before)
+        return before.error();
+    const Expected<Snapshot> after = arguments.after ? snapshotOfCommit(workspace, *arguments.after)
+                                                     : snapshotOfWorkingTree(workspace);
+    if (!after)
+        return after.error();
+    const Expected<std::vector<OdString>> chosen =
+        chosenPaths(workspace, arguments.paths, *before, *after);
+    if (!chosen)
+        return chosen.error();
+    std::vector<Difference> differences = differencesBetween(*before, *after);
+    if (!chosen->empty())
+        std::erase_if(differences, [&chosen](const Difference& difference) {
+            return !isChosen(difference.path, *chosen) && !isChosen(difference.oldPath(), *chosen);
+        });
+    return differences;
+}
+
+/// The names' own bytes, so that another program can open them.
+void writeNames(const std::vector<Difference>& differences, std::string_view end, Output& output) {
+    for (const Difference& difference : differences) {
+        output.write(difference.path.toNarrow());
+        output.write(end);
+    }
+}
+
+/// The one place where lines of patches are printed. They keep their own bytes, so that the patch
+/// can be applied.
+void writeLine(PatchLine, std::string_view line, Output& output) {
+    output.write(line);
+    output.write("\n");
+}
+
+/// An absent side is an empty text.
+Expected<std::optional<std::string>> readSide(Workspace& workspace, const OdString& path,
+                                              const std::optional<FileVersion>& version) {
+    if (!version)
+        return std::optional(std::string());
+    return readText(workspace, path, *version);
+}
+
+Expected<void> writePatch(Workspace& workspace, const Difference& difference,
+                          const PatchSink& sink) {
+    sink(PatchLine::heading, differenceText(difference).toNarrow());
+    if (!difference.hasOtherContents()) {
+        writePatchHeading(difference, sink);
+        return {};
+    }
+    const auto before = readSide(workspace, difference.oldPath(), difference.before);
+    if (!before)
+        return before.error();
+    const auto after = readSide(workspace, difference.path, difference.after);
+    if (!after)
+        return after.error();
+    if (*before && *after) {
+        writePatchHeading(difference, sink);
+        writePatchLines(difference, **before, **after, sink);
+    } else {
+        writeBinaryRemark(difference, sink);
+    }
+    return {};
+}
+
+Expected<void> write(Workspace& workspace, const std::vector<Difference>& differences,
+                     const Arguments& arguments, Output& output) {
+    if (arguments.asJson) {
+        writeJson(toJson(differences), output);
+        return {};
+    }
+    if (arguments.namesOnly) {
+        writeNames(differences, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
+        return {};
+    }
+    const PatchSink sink = [&output](PatchLine kind, std::string_view line) {
+        writeLine(kind, line, output);
+    };
+    for (const Difference& difference : differences) {
+        if (const Expected<void> done = writePatch(workspace, difference, sink); !done)
+            return done.error();
+    }
+    return {};
+}
+
+Expected<void> run(const Arguments& arguments, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::look);
+    if (!workspace)
+        return workspace.error();
+    const Expected<std::vector<Difference>> differences = findDifferences(**workspace, arguments);
+    if (!differences)
+        return differences.error();
+    if (const Expected<void> done = write(**workspace, *differences, arguments, output); !done)
+        return done.error();
+    // What was found by reading is only remembered to be quicker next time.
+    if (const Expected<void> closed = (*workspace)->close(); !closed)
+        printMessage(closed.error().message);
+    return {};
+}
+
+}  // namespace
+
+Action declareDiff(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    parser.add_option("COMMIT", arguments->before,
+                      trUtf8(L"What to compare with (default: the current branch's commit)"));
+    parser.add_option("OTHER", arguments->after,
+                      trUtf8(L"The commit to compare (default: the working files)"));
+    parser.add_option("--path", arguments->paths, trUtf8(L"Only these files and folders"))
+        ->type_name("PATH");
+    CLI::Option* const names =
+        parser.add_flag("--names", arguments->namesOnly, trUtf8(L"Print only the paths"));
+    parser
+        .add_flag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
+        ->needs(names);
+    parser
+        .add_flag("--json", arguments->asJson,
+                  trUtf8(L"Print an array of objects with \"path\", \"change\" (\"added\", "
+                         L"\"modified\", \"removed\" or \"renamed\"), \"previousPath\" of a "
+                         L"renamed file, and of each side the size in bytes and the digest: "
+                         L"\"sizeBefore\", \"digestBefore\", \"sizeAfter\", \"digestAfter\""))
+        ->excludes(names);
+    return [arguments](Output& output) { return run(*arguments, output); };
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,147 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Repository.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/maintenance/IgnoreRules.h>
+#include <cli/worktree/PathArgument.h>
+#include <cli/worktree/Workspace.h>
+#include <common/json/Value.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+struct Arguments {
+    std::string path;
+    std::string rule;
+    bool asJson = false;
+};
+
+jsonlib::json::Object toJson(int line, const OdString& rule) {
+    jsonlib::json::Object object;
+    object[L"line"] = line;
+    object[L"rule"] = rule.toWide();
+    return object;
+}
+
+Expected<void> list(const Arguments& arguments, Output& output) {
+    const Expected<common::RootPath> root = findRepository(".");
+    if (!root)
+        return root.error();
+    jsonlib::json::Array document;
+    OdString text;
+    for (const IgnoreRule& rule : ignoreRules(*root, printMessage)) {
+        document.emplace_back(toJson(rule.line, rule.text));
+        text += OdString::format(L"%i: %ls\n", rule.line, printable(rule.text));
+    }
+    if (arguments.asJson)
+        writeJson(document, output);
+    else
+        output.write(text.toNarrow());
+    return {};
+}
+
+jsonlib::json::Value documentOf(const OdString& path, const std::optional<IgnoreReason>& reason) {
+    jsonlib::json::Object object;
+    object[L"path"] = path.toWide();
+    object[L"ignored"] = reason.has_value();
+    if (reason)
+        object[L"matched"] = reason->path.toWide();
+    if (reason && reason->line > 0) {
+        object[L"line"] = reason->line;
+        object[L"rule"] = reason->rule.toWide();
+    }
+    return object;
+}
+
+std::string plainText(const OdString& path, const IgnoreReason& reason) {
+    const OdString matched = printable(reason.path);
+    OdString text;
+    if (reason.line == 0)
+        text = OdString::format(tr(L"'%ls' is the metadata folder, which is never versioned\n"),
+                                matched);
+    else if (reason.path == path)
+        text = OdString::format(tr(L"'%ls' is ignored by line %i: %ls\n"), matched, reason.line,
+                                printable(reason.rule));
+    else
+        text = OdString::format(tr(L"The folder '%ls' is ignored by line %i: %ls\n"), matched,
+                                reason.line, printable(reason.rule));
+    return text.toNarrow();
+}
+
+Expected<void> check(const Arguments& arguments, Output& output) {
+    const Expected<common::RootPath> root = findRepository(".");
+    if (!root)
+        return root.error();
+    const Expected<OdString> path = pathInRepository(*root, arguments.path);
+    if (!path)
+        return path.error();
+    const std::optional<IgnoreReason> reason =
+        reasonToIgnore(*path, ignoreRules(*root, printMessage));
+    if (arguments.asJson)
+        writeJson(documentOf(*path, reason), output);
+    else if (reason)
+        output.write(plainText(*path, *reason));
+    if (reason)
+        return {};
+    return ErrorMessage{OdString::format(tr(L"No rule ignores '%ls'"), printable(*path))};
+}
+
+Expected<void> add(const Arguments& arguments, Output& output) {
+    const OdString rule = OdString::fromNarrow(arguments.rule);
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::change);
+    if (!workspace)
+        return workspace.error();
+    const Expected<int> line = addIgnoreRule(rule, (*workspace)->root());
+    if (!line)
+        return line.error();
+    if (rule[0] != L'^' && rule.find(L'/') >= 0)
+        printMessage(
+            tr(L"Note: rules are compared with the names of files and folders, so that one "
+               L"with a slash matches nothing"));
+    if (arguments.asJson)
+        writeJson(toJson(*line, rule), output);
+    else
+        output.write(
+            OdString::format(tr(L"Added as line %i: %ls\n"), *line, printable(rule)).toNarrow());
+    return (*workspace)->close();
+}
+
+}  // namespace
+
+Action declareIgnore(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* const listing =
+        parser.add_subcommand("list", trUtf8(L"List the rules in force (the default)"));
+    CLI::App* const checking = parser.add_subcommand(
+        "check", trUtf8(L"Tell which rule ignores a path; fails when none does"));
+    CLI::App* const adding = parser.add_subcommand("add", trUtf8(L"Add a rule to the ignore file"));
+    parser.require_subcommand(0, 1);
+
+    checking->add_option("PATH", arguments->path, trUtf8(L"A file or folder, which need not exist"))
+        ->required();
+    adding
+        ->add_option("RULE", arguments->rule,
+                     trUtf8(L"A glob such as '*.bak', or an expression that begins with ^"))
+        ->required();
+    for (CLI::App* const command : {&parser, listing, checking, adding})
+        command->add_flag("--json", arguments->asJson, trUtf8(L"Print the answer as JSON"));
+
+    return [arguments, checking, adding](Output& output) {
+        if (adding->parsed())
+            return add(*arguments, output);
+        return checking->parsed() ? check(*arguments, output) : list(*arguments, output);
+    };
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,141 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/commands/ReferenceList.h>
+#include <cli/diff/PathHistory.h>
+#include <cli/history/CommitName.h>
+#include <cli/history/CommitText.h>
+#include <cli/worktree/PathArgument.h>
+#include <cli/worktree/Workspace.h>
+#include <common/history/HistoryItem.h>
+#include <platform/kernel/OdTimeStamp.h>
+
+#include <QString>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr std::int64_t millisecondsPerSecond = 1000;
+
+struct Arguments {
+    std::optional<std::string> commit;
+    std::optional<std::size_t> count;
+    std::optional<std::string> path;
+    bool asJson = false;
+};
+
+/// The units that the library made the text from.
+OdString toText(const QString& text) {
+    return std::wstring(text.utf16(), text.utf16() + text.size());
+}
+
+common::HistoryItem itemOf(const CommitEntry& commit) {
+    OdTimeStamp time;
+    time.setPackedValue(commit.timeSeconds * millisecondsPerSecond);
+    return {time, commit.author, titleOf(commit), commit.message, static_cast<int>(commit.number)};
+}
+
+std::string rowOf(const CommitEntry& commit, const ReferenceList& references) {
+    const common::HistoryItem item = itemOf(commit);
+    return OdString::format(L"%i  %ls  %ls%ls\n    %ls\n", commit.number, shortHash(commit.hash),
+                            printable(toText(item.getName())), references.textAt(commit.hash),
+                            printable(toText(item.getInfo())))
+        .toNarrow();
+}
+
+Expected<std::vector<CommitEntry>> commitsOfPath(Workspace& workspace,
+                                                 std::vector<CommitEntry> commits,
+                                                 const std::string& argument) {
+    const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+    if (!path)
+        return path.error();
+    std::vector<CommitEntry> changing =
+        commitsThatChanged(workspace.history(), std::move(commits), *path);
+    if (changing.empty())
+        return ErrorMessage{OdString::format(tr(L"No commit has changed '%ls'"),
+                                             printable(OdString::fromNarrow(argument)))};
+    return changing;
+}
+
+/// Newest first.
+Expected<std::vector<CommitEntry>> findCommits(Workspace& workspace, const Arguments& arguments) {
+    OdString start = workspace.headCommit();
+    if (arguments.commit) {
+        Expected<OdString> named = findCommit(
+            workspace.history(), OdString::fromNarrow(*arguments.commit), workspace.branch());
+        if (!named)
+            return named.error();
+        start = std::move(*named);
+    }
+    Expected<std::vector<CommitEntry>> commits = workspace.history().ancestors(start);
+    if (arguments.path && !commits->empty())
+        commits = commitsOfPath(workspace, std::move(*commits), *arguments.path);
+    if (commits && arguments.count && *arguments.count < commits->size())
+        commits->resize(*arguments.count);
+    return commits;
+}
+
+void writeDocument(const std::vector<CommitEntry>& commits, const ReferenceList& references,
+                   Output& output) {
+    jsonlib::json::Array array;
+    for (const CommitEntry& commit : commits) {
+        jsonlib::json::Object object = toJson(commit);
+        object[L"references"] = references.documentAt(commit.hash);
+        array.emplace_back(std::move(object));
+    }
+    writeJson(std::move(array), output);
+}
+
+Expected<void> run(const Arguments& arguments, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::look);
+    if (!workspace)
+        return workspace.error();
+    const Expected<std::vector<CommitEntry>> commits = findCommits(**workspace, arguments);
+    if (!commits)
+        return commits.error();
+    const ReferenceList references((*workspace)->history());
+    if (arguments.asJson) {
+        writeDocument(*commits, references, output);
+        return {};
+    }
+    for (const CommitEntry& commit : *commits)
+        output.write(rowOf(commit, references));
+    if (commits->empty())
+        output.write(OdString::format(tr(L"There is no commit yet on the branch '%ls'\n"),
+                                      printable((*workspace)->branch()))
+                         .toNarrow());
+    return {};
+}
+
+}  // namespace
+
+Action declareLog(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    parser.add_option("COMMIT", arguments->commit,
+                      trUtf8(L"The newest one to list (default: the current branch's)"));
+    parser.add_option("-n", arguments->count, trUtf8(L"List at most N commits"))
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
+    parser
+        .add_option("--path", arguments->path,
+                    trUtf8(L"Only commits that changed the file, also under former names, or "
+                           L"something in the folder"))
+        ->type_name("PATH");
+    parser.add_flag("--json", arguments->asJson,
+                    trUtf8(L"Print an array of objects with \"number\", \"hash\", \"parents\", "
+                           L"\"author\", \"message\", \"time\" and \"references\""));
+    return [arguments](Output& output) { return run(*arguments, output); };
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,53 @@
+#include <CLI/CLI.hpp>
+#include <cli/CommandLine.h>
+#include <cli/Manual.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+Expected<void> printPage(const std::string& name, Output& output) {
+    const std::vector<CommandText> all = CommandLine().texts();
+    for (const CommandText& command : all) {
+        if (command.name != name)
+            continue;
+        output.write(manualPage(command, all));
+        return {};
+    }
+    return ErrorMessage{OdString::format(tr(L"There is no command '%ls'"),
+                                         printable(OdString::fromNarrow(name)))};
+}
+
+void printNames(Output& output) {
+    for (const CommandText& command : CommandLine().texts()) {
+        if (!command.name.empty())
+            output.write(command.name + "\n");
+    }
+}
+
+}  // namespace
+
+Action declareManual(CLI::App& parser) {
+    const auto command = std::make_shared<std::string>();
+    const auto lists = std::make_shared<bool>(false);
+    CLI::Option* const name = parser.add_option(
+        "COMMAND", *command, trUtf8(L"The command (default: the program)"));
+    parser.add_flag("--list", *lists, trUtf8(L"List the commands that have a page"))
+        ->excludes(name);
+    return [command, lists](Output& output) -> Expected<void> {
+        if (!*lists)
+            return printPage(*command, output);
+        printNames(output);
+        return {};
+    };
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,146 @@
+#include <CLI/CLI.hpp>
+#include <cli/Author.h>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/commands/RequireOne.h>
+#include <cli/history/CommitName.h>
+#include <cli/history/CommitText.h>
+#include <cli/worktree/ConflictText.h>
+#include <cli/worktree/Merging.h>
+#include <cli/worktree/Workspace.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+struct Arguments {
+    std::string name;
+    std::optional<std::string> message;
+    std::optional<std::string> author;
+    bool aborts = false;
+    bool force = false;
+    bool asJson = false;
+};
+
+const wchar_t* codeOf(MergeOutcome::Kind kind) {
+    switch (kind) {
+    case MergeOutcome::Kind::upToDate:
+        return L"upToDate";
+    case MergeOutcome::Kind::forward:
+        return L"forward";
+    case MergeOutcome::Kind::committed:
+        return L"committed";
+    case MergeOutcome::Kind::conflicts:
+        break;
+    }
+    return L"conflicts";
+}
+
+jsonlib::json::Value documentOf(const MergeOutcome& outcome, const common::State& state) {
+    jsonlib::json::Array files;
+    for (const PlannedFile& file : outcome.files.taken)
+        files.emplace_back(file.path.toWide());
+    jsonlib::json::Object object;
+    object[L"result"] = codeOf(outcome.kind);
+    object[L"files"] = std::move(files);
+    object[L"conflicts"] = toJson(state.conflicts);
+    if (outcome.commit)
+        object[L"commit"] = toJson(*outcome.commit);
+    return object;
+}
+
+OdString text(const MergeOutcome& outcome, const OdString& name) {
+    const std::size_t count = outcome.files.taken.size();
+    switch (outcome.kind) {
+    case MergeOutcome::Kind::upToDate:
+        return OdString::format(tr(L"'%ls' is merged already\n"), name);
+    case MergeOutcome::Kind::forward:
+        return OdString::format(tr(L"Went forward to '%ls'; files changed: %i\n"), name, count);
+    case MergeOutcome::Kind::committed:
+        return OdString::format(tr(L"Merged '%ls' as commit %i; files changed: %i\n"), name,
+                                outcome.commit->number, count);
+    case MergeOutcome::Kind::conflicts:
+        break;
+    }
+    return OdString::format(tr(L"Merging '%ls'; files changed: %i\n"), name, count);
+}
+
+/// Open conflicts are no success, so that a script notices.
+Expected<void> answer(const MergeOutcome& outcome) {
+    if (outcome.kind != MergeOutcome::Kind::conflicts)
+        return {};
+    return ErrorMessage{OdString::format(
+        tr(L"Conflicts to resolve with qrv resolve, before qrv commit ends the merge: %i"),
+        outcome.files.conflicts.size())};
+}
+
+Expected<void> abort(Workspace& workspace, const Arguments& arguments, Output& output) {
+    if (const Expected<void> done = abortMerge(workspace, arguments.force); !done)
+        return done.error();
+    if (!arguments.asJson)
+        output.write(tr(L"The merge is taken back\n").toNarrow());
+    else
+        writeJson(jsonlib::json::Object{}, output);
+    return {};
+}
+
+Expected<void> run(const Arguments& arguments, Output& output) {
+    const Expected<OdString> author = authorOf(arguments.author);
+    if (!author)
+        return author.error();
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::change);
+    if (!workspace)
+        return workspace.error();
+    if (arguments.aborts)
+        return abort(**workspace, arguments, output);
+    const OdString name = OdString::fromNarrow(arguments.name);
+    const Expected<OdString> commit =
+        findCommit((*workspace)->history(), name, (*workspace)->branch());
+    if (!commit)
+        return commit.error();
+    const CommitText words = {
+        *author, arguments.message ? OdString::fromNarrow(*arguments.message)
+                                   : OdString::format(L"Merge '%ls' into '%ls'", name,
+                                                      (*workspace)->branch())};
+    const Expected<MergeOutcome> outcome = merge(**workspace, *commit, name, words);
+    if (!outcome)
+        return outcome.error();
+    if (arguments.asJson)
+        writeJson(documentOf(*outcome, (*workspace)->state()), output);
+    else
+        output.write((text(*outcome, printable(name)) +
+                      conflictLines((*workspace)->state().conflicts))
+                         .toNarrow());
+    return answer(*outcome);
+}
+
+}  // namespace
+
+Action declareMerge(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::Option* const name =
+        parser.add_option("COMMIT", arguments->name,
+                          trUtf8(L"The branch, tag or commit to merge into the current branch"));
+    CLI::Option* const abort = parser.add_flag("--abort", arguments->aborts,
+                                               trUtf8(L"Take back the merge that is going on"));
+    requireOne(parser, {name, abort}, "COMMIT or --abort");
+    parser.add_option("-m,--message", arguments->message,
+                      trUtf8(L"The message of the merge's commit"));
+    parser.add_option("--author", arguments->author,
+                      trUtf8(L"Who did it (default: $QRV_AUTHOR, else user@host)"));
+    parser.add_flag("--force", arguments->force,
+                    trUtf8(L"With --abort: also replace files that were edited since"));
+    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the result as JSON"));
+    return [arguments](Output& output) { return run(*arguments, output); };
+}
+
+}  // namespace qrv_cli

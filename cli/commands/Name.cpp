@@ -1,0 +1,85 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/ProjectName.h>
+#include <cli/ProjectRegistry.h>
+#include <cli/Repository.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <common/json/Value.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+struct Arguments {
+    std::optional<std::string> newName;
+    bool asJson = false;
+};
+
+Expected<void> renameInRegistry(const common::RootPath& root) {
+    const Expected<std::vector<RegisteredProject>> known = projectsIn(root.path());
+    if (!known)
+        return known.error();
+    if (known->empty())
+        return {};
+    const Expected<RegisteredProject> project = registerProject(root, displayName(root));
+    return project ? Expected<void>() : project.error();
+}
+
+/// The name is the project's own, so that a registry out of reach is no reason to fail.
+Expected<void> setName(const std::string& newName, const common::RootPath& root) {
+    if (Expected<void> named = setProjectName(newName, root); !named)
+        return named;
+    if (const Expected<void> renamed = renameInRegistry(root); !renamed)
+        printMessage(OdString::format(tr(L"Note: your registry of projects stays as it was: %ls"),
+                                      renamed.error().message));
+    return {};
+}
+
+jsonlib::json::Value toJson(const OdString& name, const OdString& root) {
+    jsonlib::json::Object object;
+    object[L"name"] = name.toWide();
+    object[L"root"] = root.toWide();
+    return object;
+}
+
+Expected<void> showOrSetName(const Arguments& arguments, Output& output) {
+    const Expected<common::RootPath> root = findRepository(".");
+    if (!root)
+        return root.error();
+    if (arguments.newName)
+        if (Expected<void> named = setName(*arguments.newName, *root); !named)
+            return named;
+    const OdString name = projectName(*root);
+    if (name.isEmpty())
+        return ErrorMessage{
+            OdString::format(tr(L"The project '%ls' has no name (qrv name NEW gives it one)"),
+                             printable(root->path()))};
+    if (arguments.asJson)
+        writeJson(toJson(name, root->path()), output);
+    else
+        output.write(printable(name).toNarrow() + "\n");
+    return {};
+}
+
+}  // namespace
+
+Action declareName(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    parser
+        .add_option("NEW", arguments->newName,
+                    trUtf8(L"The name that the project gets (default: the name stays)"))
+        ->check(refusalOfName);
+    parser.add_flag("--json", arguments->asJson,
+                    trUtf8(L"Print the name and the project's folder as a JSON object"));
+    return [arguments](Output& output) { return showOrSetName(*arguments, output); };
+}
+
+}  // namespace qrv_cli

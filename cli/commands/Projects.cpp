@@ -1,0 +1,178 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/ProjectName.h>
+#include <cli/ProjectRegistry.h>
+#include <cli/Repository.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <common/json/Value.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace json = jsonlib::json;
+using Projects = std::vector<RegisteredProject>;
+
+struct Arguments {
+    std::string folder = ".";
+    std::optional<std::string> name;
+    bool asJson = false;
+};
+
+json::Object toJson(const RegisteredProject& project) {
+    json::Object object;
+    object[L"name"] = project.name.toWide();
+    object[L"path"] = project.path.toWide();
+    object[L"uid"] = project.uid.toWide();
+    return object;
+}
+
+json::Array toJson(const Projects& projects) {
+    json::Array array;
+    for (const RegisteredProject& project : projects)
+        array.emplace_back(toJson(project));
+    return array;
+}
+
+/// The columns of a terminal, but for wide and combining characters.
+int widthOf(const OdString& text) {
+    int width = 0;
+    for (int index = 0; index < text.getLength(); ++index)
+        width += text[index] < 0xDC00 || text[index] > 0xDFFF ? 1 : 0;
+    return width;
+}
+
+OdString padded(const OdString& text, int width) {
+    const int missing = std::max(0, width - widthOf(text));
+    return text + OdString(std::wstring(static_cast<std::size_t>(missing), L' '));
+}
+
+/// A line each: name, path and, where there is one, the uid.
+OdString table(const Projects& projects) {
+    int nameWidth = 0;
+    int pathWidth = 0;
+    for (const RegisteredProject& project : projects) {
+        nameWidth = std::max(nameWidth, widthOf(printable(project.name)));
+        pathWidth = std::max(pathWidth, widthOf(printable(project.path)));
+    }
+    OdString lines;
+    for (const RegisteredProject& project : projects) {
+        const OdString path = printable(project.path);
+        lines += padded(printable(project.name), nameWidth) + L"  ";
+        lines +=
+            project.uid.isEmpty() ? path : padded(path, pathWidth) + L"  " + printable(project.uid);
+        lines += L"\n";
+    }
+    return lines;
+}
+
+Expected<void> listProjects(const Arguments& arguments, Output& output) {
+    const Expected<Projects> projects = registeredProjects();
+    if (!projects)
+        return projects.error();
+    if (arguments.asJson)
+        writeJson(toJson(*projects), output);
+    else
+        output.write(table(*projects).toNarrow());
+    return {};
+}
+
+Expected<void> addProject(const Arguments& arguments, Output& output) {
+    const Expected<common::RootPath> root = findRepository(arguments.folder);
+    if (!root)
+        return root.error();
+    const Expected<RegisteredProject> project = registerProject(
+        *root, arguments.name ? OdString::fromNarrow(*arguments.name) : displayName(*root));
+    if (!project)
+        return project.error();
+    if (arguments.asJson)
+        writeJson(toJson(*project), output);
+    else
+        output.write(OdString::format(tr(L"Registered '%ls' as '%ls'\n"), printable(project->path),
+                                      printable(project->name))
+                         .toNarrow());
+    return {};
+}
+
+/// What a person may mean by the folder: the path as it was given, that without links and, since
+/// the other commands take any folder in a repository, the repository that holds it.
+Expected<std::vector<OdString>> meanings(const std::string& folder) {
+    std::error_code error;
+    const fs::path given = fs::absolute(folder, error);
+    if (error)
+        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be used: %ls"),
+                                             printable(toText(folder)),
+                                             OdString(error.message().c_str()))};
+    std::vector<OdString> paths = {toText(given)};
+    if (const fs::path path = fs::weakly_canonical(given, error); !error)
+        paths.push_back(toText(path));
+    if (const Expected<common::RootPath> root = findRepository(folder))
+        paths.push_back(root->path());
+    return paths;
+}
+
+Expected<void> removeProject(const Arguments& arguments, Output& output) {
+    const Expected<std::vector<OdString>> paths = meanings(arguments.folder);
+    if (!paths)
+        return paths.error();
+    Expected<Projects> removed = Projects();
+    for (const OdString& path : *paths)
+        if (removed && removed->empty())
+            removed = unregisterProjects(path);
+    if (!removed)
+        return removed.error();
+    if (removed->empty())
+        return ErrorMessage{OdString::format(tr(L"'%ls' is not in your registry of projects"),
+                                             printable(paths->front()))};
+    if (arguments.asJson)
+        writeJson(toJson(*removed), output);
+    else
+        for (const RegisteredProject& project : *removed)
+            output.write(OdString::format(tr(L"Removed '%ls' from your registry of projects\n"),
+                                          printable(project.path))
+                             .toNarrow());
+    return {};
+}
+
+}  // namespace
+
+Action declareProjects(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::App* const list =
+        parser.add_subcommand("list", trUtf8(L"List the projects (the default)"));
+    CLI::App* const add =
+        parser.add_subcommand("add", trUtf8(L"Register the repository that holds a folder"));
+    CLI::App* const remove =
+        parser.add_subcommand("remove", trUtf8(L"Remove a folder, which need not exist any more"));
+
+    add->add_option("DIR", arguments->folder,
+                    trUtf8(L"A folder in the repository (default: the current one)"));
+    add->add_option("--name", arguments->name,
+                    trUtf8(L"The name to list (default: the project's, or else its folder's)"))
+        ->check(refusalOfName);
+    remove->add_option("DIR", arguments->folder,
+                       trUtf8(L"The project's folder or one in it (default: the current one)"));
+    for (CLI::App* const command : {&parser, list, add, remove})
+        command->add_flag("--json", arguments->asJson, trUtf8(L"Print the projects as JSON"));
+
+    return [arguments, add, remove](Output& output) {
+        if (add->parsed())
+            return addProject(*arguments, output);
+        return remove->parsed() ? removeProject(*arguments, output)
+                                : listProjects(*arguments, output);
+    };
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,70 @@
+#include <cli/Message.h>
+#include <cli/Translation.h>
+#include <cli/commands/ReferenceList.h>
+#include <cli/history/CommitText.h>
+
+#include <utility>
+
+namespace qrv_cli {
+
+using common::Reference;
+using common::RefType;
+
+ReferenceList::ReferenceList(History& history) {
+    for (Reference& reference : history.references())
+        byHash_[reference.commitHash].push_back(std::move(reference));
+}
+
+OdString ReferenceList::textAt(const OdString& hash) const {
+    const auto found = byHash_.find(hash);
+    if (found == byHash_.end())
+        return {};
+    OdString names;
+    for (const Reference& reference : found->second) {
+        const OdString name = printable(reference.name);
+        names += names.isEmpty() ? L" (" : L", ";
+        names += reference.type == RefType::Tag ? OdString::format(tr(L"tag %ls"), name) : name;
+    }
+    return names + L')';
+}
+
+jsonlib::json::Array ReferenceList::documentAt(const OdString& hash) const {
+    jsonlib::json::Array array;
+    const auto found = byHash_.find(hash);
+    if (found == byHash_.end())
+        return array;
+    for (const Reference& reference : found->second) {
+        jsonlib::json::Object object;
+        object[L"type"] = reference.type == RefType::Tag ? L"tag" : L"branch";
+        object[L"name"] = reference.name.toWide();
+        array.emplace_back(std::move(object));
+    }
+    return array;
+}
+
+std::vector<OdString> namesOf(History& history, RefType type) {
+    std::vector<OdString> names;
+    for (const Reference& reference : history.references()) {
+        if (reference.type == type)
+            names.push_back(reference.name);
+    }
+    return names;
+}
+
+OdString referenceLine(const OdString& name, int width, const CommitEntry& commit) {
+    OdString filled = printable(name);
+    while (filled.getLength() < width)
+        filled += L' ';
+    return OdString::format(L"%ls  %i  %ls  %ls\n", filled, commit.number, shortHash(commit.hash),
+                            printable(titleOf(commit)));
+}
+
+jsonlib::json::Object referenceDocument(const OdString& name,
+                                        const std::optional<CommitEntry>& commit) {
+    jsonlib::json::Object object;
+    object[L"name"] = name.toWide();
+    object[L"commit"] = commit ? jsonlib::json::Value(toJson(*commit)) : jsonlib::json::Value();
+    return object;
+}
+
+}  // namespace qrv_cli

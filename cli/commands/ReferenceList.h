@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cli/history/History.h>
+#include <common/json/Value.h>
+#include <common/server/Reference.h>
+#include <platform/kernel/OdString.h>
+
+#include <map>
+#include <optional>
+#include <vector>
+
+namespace qrv_cli {
+
+/// The branches and tags of a repository, by the hashes of their commits.
+class ReferenceList {
+public:
+    /// May throw `DatabaseError`.
+    explicit ReferenceList(History& history);
+
+    /// " (master, tag v1)", or nothing when none is at the commit.
+    OdString textAt(const OdString& hash) const;
+    /// A list of objects with "type", "branch" or "tag", and "name".
+    jsonlib::json::Array documentAt(const OdString& hash) const;
+
+private:
+    std::map<OdString, std::vector<common::Reference>> byHash_;
+};
+
+/// The names of all branches, or of all tags, in order. May throw `DatabaseError`.
+std::vector<OdString> namesOf(History& history, common::RefType type);
+
+/// "master  3  1f0c5b7a2e  Move the stairs" and a line feed, with the name filled up to `width`
+/// units.
+OdString referenceLine(const OdString& name, int width, const CommitEntry& commit);
+
+/// An object with "name" and "commit"; the latter is null for a branch without a commit.
+jsonlib::json::Object referenceDocument(const OdString& name,
+                                        const std::optional<CommitEntry>& commit);
+
+}  // namespace qrv_cli

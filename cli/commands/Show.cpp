@@ -1,0 +1,158 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/commands/ReferenceList.h>
+#include <cli/diff/DifferenceText.h>
+#include <cli/diff/Differences.h>
+#include <cli/history/CommitName.h>
+#include <cli/history/CommitText.h>
+#include <cli/storage/StorageMessages.h>
+#include <cli/worktree/PathArgument.h>
+#include <cli/worktree/Workspace.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr std::size_t bufferSizeBytes = 1 << 18;
+
+struct Arguments {
+    std::string object = "HEAD";
+    bool asJson = false;
+};
+
+Expected<OdString> hashOf(Workspace& workspace, const std::string& name) {
+    return findCommit(workspace.history(), OdString::fromNarrow(name), workspace.branch());
+}
+
+std::vector<Difference> changesOf(History& history, const CommitEntry& commit) {
+    const OdString parent = commit.parents.empty() ? OdString() : commit.parents.front();
+    return differencesBetween(snapshotOf(history.tree(parent)),
+                              snapshotOf(history.tree(commit.hash)),
+                              renamesOf(history.deltas(commit.hash)));
+}
+
+OdString indented(const OdString& message) {
+    OdString text;
+    for (int begin = 0; begin <= message.getLength();) {
+        const int feed = message.find(L'\n', begin);
+        const int end = feed < 0 ? message.getLength() : feed;
+        const OdString line = printable(message.mid(begin, end - begin));
+        text += line.isEmpty() ? OdString(L"\n") : L"    " + line + L"\n";
+        begin = end + 1;
+    }
+    return text;
+}
+
+OdString headingOf(History& history, const CommitEntry& commit) {
+    OdString text = OdString::format(tr(L"Commit %i%ls\n"), commit.number,
+                                     ReferenceList(history).textAt(commit.hash));
+    text += OdString::format(tr(L"Hash: %ls\n"), commit.hash);
+    for (const OdString& parent : commit.parents)
+        text += OdString::format(tr(L"Builds on: %ls\n"), parent);
+    text += OdString::format(tr(L"Author: %ls\n"), printable(commit.author));
+    text += OdString::format(tr(L"Time: %ls\n"), timeText(commit.timeSeconds));
+    return text + L"\n" + indented(commit.message);
+}
+
+std::string plainText(History& history, const CommitEntry& commit,
+                      const std::vector<Difference>& changes) {
+    OdString text = headingOf(history, commit);
+    if (!changes.empty())
+        text += L"\n";
+    for (const Difference& change : changes)
+        text += differenceText(change) + sizeText(change) + L"\n";
+    return text.toNarrow();
+}
+
+Expected<void> showCommit(Workspace& workspace, const Arguments& arguments, Output& output) {
+    const Expected<OdString> hash = hashOf(workspace, arguments.object);
+    if (!hash)
+        return hash.error();
+    History& history = workspace.history();
+    const CommitEntry commit = history.commit(*hash).value();
+    const std::vector<Difference> changes = changesOf(history, commit);
+    if (arguments.asJson) {
+        jsonlib::json::Object object = toJson(commit);
+        object[L"references"] = ReferenceList(history).documentAt(commit.hash);
+        object[L"changes"] = toJson(changes);
+        writeJson(std::move(object), output);
+    } else {
+        output.write(plainText(history, commit, changes));
+    }
+    return {};
+}
+
+Expected<void> writeVersion(Workspace& workspace, const OdString& url, Output& output) {
+    const Expected<std::unique_ptr<VersionReader>> reader =
+        workspace.storages().ofUrl(url).open(workspace.root(), url);
+    if (!reader)
+        return reader.error();
+    if (*reader == nullptr)
+        return notKept(url);
+    std::vector<char> buffer(bufferSizeBytes);
+    for (;;) {
+        const Expected<std::size_t> count = (*reader)->read(buffer);
+        if (!count)
+            return count.error();
+        output.write(std::string_view(buffer.data(), *count));
+        if (*count < buffer.size())
+            return {};
+    }
+}
+
+Expected<void> showFile(Workspace& workspace, const std::string& commit,
+                        const std::string& argument, Output& output) {
+    const Expected<OdString> hash = hashOf(workspace, commit);
+    if (!hash)
+        return hash.error();
+    const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+    if (!path)
+        return path.error();
+    const Tree tree = workspace.history().tree(*hash);
+    const auto file = tree.find(*path);
+    if (file == tree.end())
+        return ErrorMessage{OdString::format(tr(L"'%ls' is not in the commit"),
+                                             printable(OdString::fromNarrow(argument)))};
+    return writeVersion(workspace, file->second.url, output);
+}
+
+Expected<void> run(const Arguments& arguments, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::look);
+    if (!workspace)
+        return workspace.error();
+    const std::string& object = arguments.object;
+    // The name of a branch may have a colon in it, but then it is there.
+    const std::size_t colon = object.find(':');
+    if (colon == std::string::npos || hashOf(**workspace, object))
+        return showCommit(**workspace, arguments, output);
+    if (arguments.asJson)
+        return ErrorMessage{tr(L"--json is for a commit; a file is printed as it is")};
+    return showFile(**workspace, object.substr(0, colon), object.substr(colon + 1), output);
+}
+
+}  // namespace
+
+Action declareShow(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    parser.add_option("COMMIT", arguments->object,
+                      trUtf8(L"The commit to show (default: the current branch's); with \":\" and "
+                             L"a file's path behind it, the file's contents are printed"));
+    parser.add_flag("--json", arguments->asJson,
+                    trUtf8(L"Print an object with \"number\", \"hash\", \"parents\", \"author\", "
+                           L"\"message\", \"time\", \"references\" and \"changes\", the latter as "
+                           L"qrv diff --json prints them"));
+    return [arguments](Output& output) { return run(*arguments, output); };
+}
+
+}  // namespace qrv_cli

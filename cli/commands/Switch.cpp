@@ -1,0 +1,135 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Suggestion.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/history/CommitName.h>
+#include <cli/history/ReferenceName.h>
+#include <cli/worktree/Merging.h>
+#include <cli/worktree/PlanExecution.h>
+#include <cli/worktree/WorkingChanges.h>
+#include <cli/worktree/Workspace.h>
+#include <common/repository/ActivityLog.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+struct Arguments {
+    std::string branch;
+    std::optional<std::string> start;
+    bool creates = false;
+    bool asJson = false;
+};
+
+/// The commit of a branch that is there.
+Expected<OdString> existingBranch(Workspace& workspace, const OdString& name) {
+    if (const std::optional<OdString> commit =
+            workspace.history().reference(name, common::RefType::Branch))
+        return *commit;
+    if (name == workspace.branch())
+        return OdString();
+    std::vector<OdString> branches;
+    for (const common::Reference& reference : workspace.history().references()) {
+        if (reference.type == common::RefType::Branch)
+            branches.push_back(reference.name);
+    }
+    OdString text = OdString::format(
+        tr(L"There is no branch '%ls' (qrv switch --create makes one)"), printable(name));
+    if (const std::optional<OdString> meant = closest(name, branches))
+        text += OdString::format(tr(L"; did you mean '%ls'?"), printable(*meant));
+    return ErrorMessage{text};
+}
+
+/// The commit that a new branch begins with; empty before the first commit.
+Expected<OdString> newBranch(Workspace& workspace, const OdString& name,
+                             const std::optional<std::string>& start) {
+    if (const Expected<OdString> valid = checkedReferenceName(name); !valid)
+        return valid.error();
+    if (workspace.history().reference(name, common::RefType::Branch) || name == workspace.branch())
+        return ErrorMessage{
+            OdString::format(tr(L"There is a branch '%ls' already"), printable(name))};
+    if (!start)
+        return workspace.headCommit();
+    return findCommit(workspace.history(), OdString::fromNarrow(*start), workspace.branch());
+}
+
+jsonlib::json::Value toJson(const Plan& plan) {
+    jsonlib::json::Object object;
+    object[L"branch"] = plan.branch.toWide();
+    object[L"commit"] = plan.commit.toWide();
+    object[L"files"] = static_cast<std::uint64_t>(plan.files.size());
+    return object;
+}
+
+Expected<Plan> planOf(Workspace& workspace, const Arguments& arguments) {
+    Plan plan;
+    plan.branch = OdString::fromNarrow(arguments.branch);
+    plan.title = OdString::format(L"switch %ls", plan.branch);
+    const Expected<OdString> commit =
+        arguments.creates ? newBranch(workspace, plan.branch, arguments.start)
+                          : existingBranch(workspace, plan.branch);
+    if (!commit)
+        return commit.error();
+    plan.commit = *commit;
+    if (plan.commit == workspace.headCommit())
+        return plan;
+    plan.files = stepsBetween(workspace.headFiles(), workspace.history().tree(plan.commit));
+    return plan;
+}
+
+Expected<void> checkFiles(Workspace& workspace, const Plan& plan) {
+    if (plan.files.empty())
+        return {};
+    const Expected<WorkingChanges> changes = findChanges(workspace);
+    return changes ? checkUnharmed(workspace, plan.files, *changes) : changes.error();
+}
+
+Expected<void> run(const Arguments& arguments, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::change);
+    if (!workspace)
+        return workspace.error();
+    if (const Expected<void> none = checkNoMerge(**workspace); !none)
+        return none.error();
+    const Expected<Plan> plan = planOf(**workspace, arguments);
+    if (!plan)
+        return plan.error();
+    if (const Expected<void> checked = checkFiles(**workspace, *plan); !checked)
+        return checked.error();
+    if (const Expected<void> done = carryOut(**workspace, *plan); !done)
+        return done.error();
+    common::logString(plan->title, (*workspace)->root());
+    if (arguments.asJson)
+        writeJson(toJson(*plan), output);
+    else
+        output.write(OdString::format(tr(L"On branch '%ls'; files changed: %i\n"),
+                                      printable(plan->branch), plan->files.size())
+                         .toNarrow());
+    return {};
+}
+
+}  // namespace
+
+Action declareSwitch(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    parser.add_option("BRANCH", arguments->branch, trUtf8(L"The branch to work on"))->required();
+    CLI::Option* const start = parser.add_option(
+        "COMMIT", arguments->start,
+        trUtf8(L"Where a new branch begins (default: the current branch's commit)"));
+    CLI::Option* const create =
+        parser.add_flag("-c,--create", arguments->creates, trUtf8(L"Make the branch"));
+    start->needs(create);
+    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the result as JSON"));
+    return [arguments](Output& output) { return run(*arguments, output); };
+}
+
+}  // namespace qrv_cli

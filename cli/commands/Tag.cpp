@@ -1,0 +1,144 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Suggestion.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/commands/ReferenceList.h>
+#include <cli/history/CommitName.h>
+#include <cli/history/CommitText.h>
+#include <cli/history/ReferenceName.h>
+#include <cli/worktree/Workspace.h>
+#include <common/repository/ActivityLog.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+using common::RefType;
+
+struct Arguments {
+    std::optional<std::string> name;
+    std::string commit = "HEAD";
+    std::optional<std::string> deleted;
+    bool asJson = false;
+};
+
+/// The history gives out no tag without a commit.
+CommitEntry commitOf(History& history, const OdString& tag) {
+    return history.commit(history.reference(tag, RefType::Tag).value()).value();
+}
+
+void writeTags(History& history, const std::vector<OdString>& tags, Output& output) {
+    int width = 0;
+    for (const OdString& tag : tags)
+        width = std::max(width, printable(tag).getLength());
+    for (const OdString& tag : tags)
+        output.write(referenceLine(tag, width, commitOf(history, tag)).toNarrow());
+}
+
+void writeDocument(History& history, const std::vector<OdString>& tags, Output& output) {
+    jsonlib::json::Array array;
+    for (const OdString& tag : tags)
+        array.emplace_back(referenceDocument(tag, commitOf(history, tag)));
+    writeJson(std::move(array), output);
+}
+
+Expected<void> list(bool asJson, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::look);
+    if (!workspace)
+        return workspace.error();
+    History& history = (*workspace)->history();
+    const std::vector<OdString> tags = namesOf(history, RefType::Tag);
+    if (asJson)
+        writeDocument(history, tags, output);
+    else
+        writeTags(history, tags, output);
+    return {};
+}
+
+Expected<CommitEntry> make(Workspace& workspace, const OdString& name, const std::string& target) {
+    if (const Expected<OdString> valid = checkedReferenceName(name); !valid)
+        return valid.error();
+    History& history = workspace.history();
+    if (history.reference(name, RefType::Tag))
+        return ErrorMessage{OdString::format(tr(L"There is a tag '%ls' already"), printable(name))};
+    const Expected<OdString> commit =
+        findCommit(history, OdString::fromNarrow(target), workspace.branch());
+    if (!commit)
+        return commit.error();
+    history.setReference(name, RefType::Tag, *commit);
+    common::logString(OdString::format(L"tag %ls", name), workspace.root());
+    return history.commit(*commit).value();
+}
+
+Expected<CommitEntry> remove(Workspace& workspace, const OdString& name) {
+    History& history = workspace.history();
+    if (!history.reference(name, RefType::Tag)) {
+        OdString text = OdString::format(tr(L"There is no tag '%ls'"), printable(name));
+        if (const auto meant = closest(name, namesOf(history, RefType::Tag)))
+            text += OdString::format(tr(L"; did you mean '%ls'?"), printable(*meant));
+        return ErrorMessage{text};
+    }
+    CommitEntry commit = commitOf(history, name);
+    history.removeReference(name, RefType::Tag);
+    common::logString(OdString::format(L"deleted the tag %ls", name), workspace.root());
+    return commit;
+}
+
+Expected<void> change(const Arguments& arguments, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", Workspace::Use::change);
+    if (!workspace)
+        return workspace.error();
+    const OdString name =
+        OdString::fromNarrow(arguments.deleted.value_or(arguments.name.value_or("")));
+    const Expected<CommitEntry> commit =
+        arguments.deleted ? remove(**workspace, name) : make(**workspace, name, arguments.commit);
+    if (!commit)
+        return commit.error();
+    if (arguments.asJson) {
+        writeJson(referenceDocument(name, *commit), output);
+        return {};
+    }
+    const OdString text = arguments.deleted
+                              ? tr(L"Deleted the tag '%ls', which was at commit %i: %ls\n")
+                              : tr(L"Made the tag '%ls' at commit %i: %ls\n");
+    output.write(
+        OdString::format(text, printable(name), commit->number, printable(titleOf(*commit)))
+            .toNarrow());
+    return {};
+}
+
+}  // namespace
+
+Action declareTag(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::Option* const name = parser.add_option(
+        "NAME", arguments->name, trUtf8(L"The tag to make (default: list the tags)"));
+    parser
+        .add_option("COMMIT", arguments->commit,
+                    trUtf8(L"The commit that it names (default: the current branch's)"))
+        ->needs(name);
+    parser.add_option("--delete", arguments->deleted, trUtf8(L"Delete the tag NAME"))
+        ->type_name("NAME")
+        ->excludes(name);
+    parser.add_flag("--json", arguments->asJson,
+                    trUtf8(L"Print an array of objects with \"name\" and \"commit\"; of a tag made "
+                           L"or deleted its object alone"));
+    return [arguments](Output& output) {
+        const bool changes = arguments->name || arguments->deleted;
+        return changes ? change(*arguments, output) : list(arguments->asJson, output);
+    };
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,94 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Repository.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/maintenance/Verification.h>
+#include <common/json/Value.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+jsonlib::json::Array toJson(const std::vector<OdString>& texts) {
+    jsonlib::json::Array array;
+    for (const OdString& text : texts)
+        array.emplace_back(text.toWide());
+    return array;
+}
+
+jsonlib::json::Value documentOf(const Verification& found, const OdString& root) {
+    jsonlib::json::Object object;
+    object[L"root"] = root.toWide();
+    object[L"commits"] = found.commits;
+    object[L"objects"] = found.objects;
+    object[L"packedObjects"] = found.packedObjects;
+    object[L"drawingVersions"] = found.drawingVersions;
+    object[L"problems"] = toJson(found.problems);
+    object[L"notes"] = toJson(found.notes);
+    return object;
+}
+
+/// Messages of the library have several lines and tabs.
+OdString oneLine(const OdString& text) {
+    std::wstring line;
+    for (const wchar_t unit : text.toWide()) {
+        if (unit == L'\n')
+            line += L"; ";
+        else
+            line += unit == L'\t' ? L' ' : unit;
+    }
+    return printable(OdString(line));
+}
+
+OdString section(const OdString& title, const std::vector<OdString>& texts) {
+    if (texts.empty())
+        return {};
+    OdString section = L"\n" + title + L"\n";
+    for (const OdString& text : texts)
+        section += L"  " + oneLine(text) + L"\n";
+    return section;
+}
+
+std::string plainText(const Verification& found) {
+    OdString text = OdString::format(tr(L"Commits: %i\n"), found.commits);
+    text += OdString::format(tr(L"Objects: %i\n"), found.objects);
+    text += OdString::format(tr(L"Packed objects: %i\n"), found.packedObjects);
+    text += OdString::format(tr(L"Drawing versions: %i\n"), found.drawingVersions);
+    if (found.problems.empty())
+        text += tr(L"Everything that was kept is there and whole\n");
+    text += section(tr(L"Problems:"), found.problems);
+    text += section(tr(L"Notes:"), found.notes);
+    return text.toNarrow();
+}
+
+Expected<void> run(bool asJson, Output& output) {
+    const Expected<common::RootPath> root = findRepository(".");
+    if (!root)
+        return root.error();
+    const Verification found = verifyRepository(*root);
+    if (asJson)
+        writeJson(documentOf(found, root->path()), output);
+    else
+        output.write(plainText(found));
+    if (found.problems.empty())
+        return {};
+    return ErrorMessage{OdString::format(tr(L"Problems: %i"), found.problems.size())};
+}
+
+}  // namespace
+
+Action declareVerify(CLI::App& parser) {
+    const auto asJson = std::make_shared<bool>(false);
+    parser.add_flag("--json", *asJson, trUtf8(L"Print what was found as a JSON object"));
+    return [asJson](Output& output) { return run(*asJson, output); };
+}
+
+}  // namespace qrv_cli

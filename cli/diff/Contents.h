@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cli/diff/Snapshot.h>
+#include <cli/worktree/Workspace.h>
+#include <common/base/Expected.h>
+#include <platform/kernel/OdString.h>
+
+#include <optional>
+#include <string>
+
+namespace qrv_cli {
+
+/// The bytes of the file `path` in this version, if they are a text whose lines can be compared:
+/// nothing for a drawing, a file of more than 10 MB, and what is not text (see isText). Fails when
+/// they cannot be read, and when what is stored is damaged.
+Expected<std::optional<std::string>> readText(Workspace& workspace, const OdString& path,
+                                              const FileVersion& version);
+
+}  // namespace qrv_cli

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cli/diff/Snapshot.h>
+#include <cli/history/Commit.h>
+#include <platform/kernel/OdString.h>
+
+#include <map>
+#include <optional>
+#include <vector>
+
+namespace qrv_cli {
+
+/// How one file differs between two snapshots. At least one side is there.
+struct Difference {
+    OdString path;
+    /// The path before, when it is another one; otherwise empty.
+    OdString previousPath;
+    std::optional<FileVersion> before;
+    std::optional<FileVersion> after;
+
+    bool isRenamed() const { return !previousPath.isEmpty(); }
+    /// The path that the file has in the older snapshot.
+    const OdString& oldPath() const { return isRenamed() ? previousPath : path; }
+    bool hasOtherContents() const;
+};
+
+/// From the new paths of files to the previous ones.
+using Renames = std::map<OdString, OdString>;
+
+/// The renames that a commit has noted.
+Renames renamesOf(const std::vector<FileDelta>& deltas);
+
+/// What leads from the one snapshot to the other, ordered by path. A file that went and one that
+/// came are one that was renamed when `noted` says so, or when their contents are the same and not
+/// empty.
+std::vector<Difference> differencesBetween(const Snapshot& before, const Snapshot& after,
+                                           const Renames& noted = {});
+
+}  // namespace qrv_cli

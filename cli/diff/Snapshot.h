@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cli/history/History.h>
+#include <cli/worktree/WorkingChanges.h>
+#include <cli/worktree/Workspace.h>
+#include <common/base/Expected.h>
+#include <platform/kernel/OdString.h>
+
+#include <cstdint>
+#include <map>
+
+namespace qrv_cli {
+
+/// The contents of a file in a commit or in the working tree.
+struct FileVersion {
+    /// The storage URL; empty for contents that only the working file has.
+    OdString url;
+    /// The digest of such contents; otherwise it is in the URL.
+    OdString digest;
+    std::int64_t sizeBytes = 0;
+};
+
+/// The digest of the contents, wherever they are.
+OdString digestOf(const FileVersion& version);
+
+/// The files of a commit, or those of the working tree, by their paths.
+using Snapshot = std::map<OdString, FileVersion>;
+
+Snapshot snapshotOf(const Tree& tree);
+
+/// The working files, those included that are not staged. Fails when one that has changed since
+/// HEAD cannot be read.
+Expected<Snapshot> snapshotOf(Workspace& workspace, const WorkingChanges& changes);
+
+}  // namespace qrv_cli

@@ -1,0 +1,235 @@
+#include <cli/Translation.h>
+#include <cli/history/HistoryCheck.h>
+#include <cli/maintenance/Collection.h>
+#include <cli/maintenance/MetadataFiles.h>
+#include <cli/maintenance/NamedVersions.h>
+#include <cli/maintenance/Packing.h>
+#include <cli/safety/StorageUrlCheck.h>
+#include <cli/storage/PackFile.h>
+#include <platform/kernel/Clock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr std::chrono::hours unnamedAge{14 * 24};
+constexpr std::chrono::hours leftoverAge{24};
+constexpr const char* packPath = ".qrv/objects.pack";
+constexpr int digestLength = 64;
+
+/// Whether nobody has written to the file for that long.
+bool isOlder(std::int64_t modifiedNs, std::chrono::hours age) {
+    const std::chrono::nanoseconds now = std::chrono::milliseconds(kernel::now());
+    return now - std::chrono::nanoseconds(modifiedNs) > age;
+}
+
+void add(Amount& amount, std::int64_t sizeBytes) {
+    ++amount.count;
+    amount.sizeBytes += sizeBytes;
+}
+
+OdString parentOf(const OdString& path) {
+    const int slash = path.reverseFind(L'/');
+    return slash < 0 ? OdString(L".") : path.left(slash);
+}
+
+class Run {
+public:
+    Run(Workspace& workspace, CollectionMode mode) : workspace_(workspace), mode_(mode) {}
+
+    Expected<Collected> collect() {
+        if (!problemsOf(workspace_.history()).empty())
+            return ErrorMessage{
+                tr(L"The history is damaged, so that nobody can say what is still "
+                   L"needed; nothing was changed (qrv verify tells more)")};
+        Expected<MetadataFiles> files = listMetadata(workspace_.root(), workspace_.folder());
+        if (!files)
+            return files.error();
+        result_.sizeBefore = sizeOf(*files);
+        findNeeded();
+        removeLeftovers(*files);
+        if (!named_.empty())
+            dropAllUnnamed(*files);
+        pack(*files);
+        if (mode_ == CollectionMode::change)
+            files = listMetadata(workspace_.root(), workspace_.folder());
+        if (!files)
+            return files.error();
+        result_.sizeAfter = sizeOf(*files);
+        return std::move(result_);
+    }
+
+private:
+    void addProblem(const OdString& problem) { result_.problems.push_back(problem); }
+
+    std::int64_t sizeOf(const MetadataFiles& files) const {
+        std::int64_t sizeBytes = 0;
+        for (const auto& list : {files.objects, files.stores, files.leftovers}) {
+            for (const MetadataFile& file : list)
+                sizeBytes += file.sizeBytes;
+        }
+        const sys::Outcome<sys::FileStatus> pack = workspace_.folder().status(packPath);
+        return sizeBytes + (pack ? pack->sizeBytes : 0);
+    }
+
+    void findNeeded() {
+        History& history = workspace_.history();
+        named_ = namedVersions(history, [](const OdString& error) { throw DatabaseError(error); });
+        for (const auto& [path, file] : workspace_.headFiles())
+            plain_.insert(file.url);
+        for (const common::Reference& reference : history.references()) {
+            if (reference.type != common::RefType::Branch)
+                continue;
+            for (const auto& [path, file] : history.tree(reference.commitHash))
+                plain_.insert(file.url);
+        }
+    }
+
+    bool isNamed(const OdString& url) const { return named_.contains(url); }
+
+    /// A failure is told, and the file stays.
+    bool remove(const OdString& path) {
+        if (mode_ == CollectionMode::look)
+            return true;
+        const std::error_code error = workspace_.folder().removeFile(path.toNarrow());
+        if (error)
+            addProblem(systemFailure(tr(L"'%ls' cannot be removed: %ls"), path, error).message);
+        return !error;
+    }
+
+    /// Working files are written beside their names as well.
+    std::vector<MetadataFile> allLeftovers(const MetadataFiles& files) const {
+        std::set<OdString> folders = {OdString(L".")};
+        for (const auto& [path, file] : workspace_.headFiles())
+            folders.insert(parentOf(path));
+        std::vector<MetadataFile> all = files.leftovers;
+        for (const OdString& folder : folders) {
+            if (folder == OdString(L".qrv/properties"))
+                continue;
+            for (const MetadataFile& file :
+                 leftoversIn(workspace_.root(), workspace_.folder(), folder))
+                all.push_back(file);
+        }
+        return all;
+    }
+
+    void removeLeftovers(const MetadataFiles& files) {
+        for (const MetadataFile& file : allLeftovers(files)) {
+            if (isOlder(file.modifiedNs, leftoverAge) && remove(file.name))
+                add(result_.leftovers, file.sizeBytes);
+        }
+    }
+
+    void dropAllUnnamed(const MetadataFiles& files) {
+        for (const MetadataFile& object : files.objects) {
+            const bool isNeeded =
+                isNamed(objectUrl(object.name)) || !isOlder(object.modifiedNs, unnamedAge);
+            if (!isNeeded && remove(L".qrv/objects/" + object.name))
+                add(result_.droppedObjects, object.sizeBytes);
+        }
+        dropPacked();
+        for (const MetadataFile& store : files.stores) {
+            if (isOlder(store.modifiedNs, unnamedAge))
+                dropVersions(store.name);
+        }
+    }
+
+    void dropPacked() {
+        const sys::Outcome<sys::FileStatus> status = workspace_.folder().status(packPath);
+        if (!status || !isOlder(status->modifiedNs, unnamedAge))
+            return;
+        std::optional<PackFile> pack = PackFile::open(workspace_.root());
+        if (!pack)
+            return;
+        std::vector<std::string> unnamed;
+        std::int64_t sizeBytes = 0;
+        for (const std::string& digest : pack->digests()) {
+            if (isNamed(objectUrl(OdString::fromNarrow(digest))))
+                continue;
+            unnamed.push_back(digest);
+            sizeBytes += pack->storedBytes(digest);
+        }
+        if (mode_ == CollectionMode::change && !unnamed.empty()) {
+            if (const Expected<void> removed = pack->remove(unnamed); !removed)
+                return addProblem(removed.error().message);
+        }
+        result_.droppedObjects.count += static_cast<std::int64_t>(unnamed.size());
+        result_.droppedObjects.sizeBytes += sizeBytes;
+    }
+
+    void dropVersions(const OdString& store) {
+        const OdString anyUrl = drawingUrl(store, OdString(std::wstring(digestLength, L'0')));
+        HostStorage& drawings = workspace_.storages().ofUrl(anyUrl);
+        Expected<std::vector<OdString>> urls = drawings.revisions(workspace_.root(), anyUrl);
+        if (!urls)
+            return addProblem(urls.error().message);
+        if (std::none_of(urls->begin(), urls->end(),
+                         [this](const OdString& url) { return isNamed(url); }))
+            return dropStore(drawings, store, *urls);
+        // The newest first: nothing builds on it, so that nothing is written anew for its sake.
+        std::reverse(urls->begin(), urls->end());
+        for (const OdString& url : *urls) {
+            if (!isNamed(url))
+                dropVersion(drawings, url);
+        }
+    }
+
+    void dropStore(HostStorage& drawings, const OdString& store,
+                   const std::vector<OdString>& urls) {
+        std::vector<std::int64_t> sizes;
+        for (const OdString& url : urls)
+            sizes.push_back(contentsSize(drawings, url));
+        if (!remove(L".qrv/tf/" + store + L".tf"))
+            return;
+        for (const std::int64_t sizeBytes : sizes)
+            add(result_.droppedDrawingVersions, sizeBytes);
+    }
+
+    void dropVersion(HostStorage& drawings, const OdString& url) {
+        const std::int64_t sizeBytes = contentsSize(drawings, url);
+        if (mode_ == CollectionMode::change) {
+            if (const Expected<void> removed = drawings.remove(workspace_.root(), url); !removed)
+                return addProblem(removed.error().message);
+        }
+        add(result_.droppedDrawingVersions, sizeBytes);
+    }
+
+    /// 0 for a version that is damaged.
+    std::int64_t contentsSize(HostStorage& storage, const OdString& url) const {
+        const Expected<std::unique_ptr<VersionReader>> version =
+            storage.open(workspace_.root(), url);
+        return version && *version != nullptr ? (*version)->sizeBytes() : 0;
+    }
+
+    void pack(const MetadataFiles& files) {
+        std::vector<PackCandidate> candidates = packCandidates(workspace_, files.objects, plain_);
+        if (mode_ == CollectionMode::change)
+            candidates = packObjects(workspace_, candidates, result_.problems);
+        for (const PackCandidate& packed : candidates)
+            add(result_.packed, packed.sizeBytes);
+    }
+
+    Workspace& workspace_;
+    CollectionMode mode_;
+    NamedVersions named_;
+    /// URLs of what stays as it is.
+    std::set<OdString> plain_;
+    Collected result_;
+};
+
+}  // namespace
+
+Expected<Collected> collectGarbage(Workspace& workspace, CollectionMode mode) {
+    return Run(workspace, mode).collect();
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,143 @@
+#include <cli/Message.h>
+#include <cli/Translation.h>
+#include <cli/maintenance/MetadataFiles.h>
+#include <cli/safety/StorageUrlCheck.h>
+#include <cli/worktree/Workspace.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace qrv_cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const wchar_t* objectsFolder = L".qrv/objects";
+constexpr const wchar_t* storesFolder = L".qrv/tf";
+constexpr std::string_view storeEnding = ".tf";
+constexpr std::string_view journalEnding = "-journal";
+constexpr int digestLength = 64;
+
+/// The names in the folder, ordered; none when there is no such folder.
+Expected<std::vector<std::string>> namesIn(const common::RootPath& root, const sys::Folder& folder,
+                                           const OdString& relative) {
+    const sys::Outcome<sys::Folder> opened = folder.openFolder(relative.toNarrow());
+    if (!opened && opened.error() == std::errc::no_such_file_or_directory)
+        return std::vector<std::string>();
+    std::error_code error = opened.error();
+    std::vector<std::string> names;
+    if (opened) {
+        fs::directory_iterator entry(root.pathTo(relative).toNarrow(), error);
+        for (; !error && entry != fs::directory_iterator(); entry.increment(error))
+            names.push_back(entry->path().filename().native());
+    }
+    if (error)
+        return systemFailure(tr(L"The folder '%ls' cannot be opened: %ls"), root.pathTo(relative),
+                             error);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool isLeftover(std::string_view name) {
+    return name.starts_with('.') && name.ends_with(".qrv-tmp");
+}
+
+OdString pathIn(const OdString& folder, const std::string& name) {
+    const OdString text = OdString::fromNarrow(name);
+    return folder == OdString(L".") ? text : folder + L'/' + text;
+}
+
+/// The file at `path`, which is to be called `name`; nothing when it is no regular one.
+std::optional<MetadataFile> regularFile(const sys::Folder& folder, const OdString& path,
+                                        const OdString& name) {
+    const sys::Outcome<sys::FileStatus> status = folder.status(path.toNarrow());
+    if (!status || status->kind != sys::FileKind::regular)
+        return std::nullopt;
+    return MetadataFile{
+        .name = name, .sizeBytes = status->sizeBytes, .modifiedNs = status->modifiedNs};
+}
+
+std::optional<OdString> digestOf(const std::string& name) {
+    const OdString digest = OdString::fromNarrow(name);
+    return CheckedUrl::check(objectUrl(digest)) ? std::optional(digest) : std::nullopt;
+}
+
+std::optional<OdString> storeOf(const std::string& name) {
+    if (!name.ends_with(storeEnding))
+        return std::nullopt;
+    const OdString store = OdString::fromNarrow(name.substr(0, name.size() - storeEnding.size()));
+    const OdString anyDigest(std::wstring(digestLength, L'0'));
+    return CheckedUrl::check(drawingUrl(store, anyDigest)) ? std::optional(store) : std::nullopt;
+}
+
+/// The journal of a store belongs to it.
+bool isJournal(const std::string& name, const std::vector<std::string>& names) {
+    if (!name.ends_with(journalEnding))
+        return false;
+    const std::string store = name.substr(0, name.size() - journalEnding.size());
+    return storeOf(store) && std::binary_search(names.begin(), names.end(), store);
+}
+
+/// Sorts what is in one of the two folders; `nameOf` knows what belongs there.
+template <class NameOf>
+Expected<void> listFolder(const common::RootPath& root, const sys::Folder& folder,
+                          const OdString& relative, NameOf nameOf, std::vector<MetadataFile>& known,
+                          MetadataFiles& all) {
+    const Expected<std::vector<std::string>> names = namesIn(root, folder, relative);
+    if (!names)
+        return names.error();
+    for (const std::string& entry : *names) {
+        const OdString path = pathIn(relative, entry);
+        const std::optional<OdString> name = nameOf(entry);
+        const std::optional<MetadataFile> file = regularFile(folder, path, name.value_or(path));
+        if (file && name)
+            known.push_back(*file);
+        else if (file && isLeftover(entry))
+            all.leftovers.push_back(*file);
+        else if (!isJournal(entry, *names))
+            all.strays.push_back(path);
+    }
+    return {};
+}
+
+}  // namespace
+
+Expected<MetadataFiles> listMetadata(const common::RootPath& root, const sys::Folder& folder) {
+    MetadataFiles all;
+    if (Expected<void> listed = listFolder(root, folder, objectsFolder, digestOf, all.objects, all);
+        !listed)
+        return std::move(listed).error();
+    if (Expected<void> listed = listFolder(root, folder, storesFolder, storeOf, all.stores, all);
+        !listed)
+        return std::move(listed).error();
+    for (const wchar_t* const other : {L".qrv", L".qrv/properties"}) {
+        const std::vector<MetadataFile> found = leftoversIn(root, folder, other);
+        all.leftovers.insert(all.leftovers.end(), found.begin(), found.end());
+    }
+    std::sort(all.leftovers.begin(), all.leftovers.end(),
+              [](const auto& left, const auto& right) { return left.name < right.name; });
+    return all;
+}
+
+std::vector<MetadataFile> leftoversIn(const common::RootPath& root, const sys::Folder& folder,
+                                      const OdString& relative) {
+    std::vector<MetadataFile> leftovers;
+    const Expected<std::vector<std::string>> names = namesIn(root, folder, relative);
+    if (!names)
+        return leftovers;
+    for (const std::string& name : *names) {
+        const OdString path = pathIn(relative, name);
+        if (!isLeftover(name))
+            continue;
+        if (const std::optional<MetadataFile> file = regularFile(folder, path, path))
+            leftovers.push_back(*file);
+    }
+    return leftovers;
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cli/storage/VersionReader.h>
+#include <common/base/Expected.h>
+
+namespace qrv_cli {
+
+/// Reads a version to its end, where its size and digest are compared, and forgets its bytes.
+/// Fails when it cannot be read or is damaged.
+Expected<void> readToEnd(VersionReader& version);
+
+}  // namespace qrv_cli

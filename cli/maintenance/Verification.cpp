@@ -1,0 +1,257 @@
+#include <cli/Message.h>
+#include <cli/Repository.h>
+#include <cli/Translation.h>
+#include <cli/history/History.h>
+#include <cli/history/HistoryCheck.h>
+#include <cli/history/Plan.h>
+#include <cli/maintenance/MetadataFiles.h>
+#include <cli/maintenance/NamedVersions.h>
+#include <cli/maintenance/ReadToEnd.h>
+#include <cli/maintenance/StateCheck.h>
+#include <cli/maintenance/Verification.h>
+#include <cli/safety/StorageUrlCheck.h>
+#include <cli/storage/PackFile.h>
+#include <cli/storage/StorageMessages.h>
+#include <cli/storage/Storages.h>
+#include <cli/terminal/Progress.h>
+#include <cli/worktree/Workspace.h>
+#include <platform/sys/Folder.h>
+#include <platform/sys/Lock.h>
+#include <platform/ut/Paths.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr const char* lockPath = ".qrv/lock";
+constexpr const char* historyPath = ".qrv/qrv.db";
+constexpr const char* statePath = ".qrv/qrv.state";
+constexpr int digestLength = 64;
+
+class Check {
+public:
+    Check(const common::RootPath& root, sys::Folder folder)
+        : root_(root),
+          folder_(std::move(folder)),
+          storages_([](const OdString&) { return OdString(); }) {}
+
+    Verification run() {
+        takeLock();
+        const Expected<MetadataFiles> files = listMetadata(root_, folder_);
+        if (!files)
+            addProblem(files.error().message);
+        const MetadataFiles listed = files ? *files : MetadataFiles();
+        attempt([this, &listed] { checkHistory(listed); });
+        checkState();
+        // Nobody has to wait for what takes long.
+        history_.reset();
+        checkObjects(listed);
+        attempt([this] { checkPack(); });
+        for (const MetadataFile& store : listed.stores)
+            attempt([this, &store] { checkStore(store.name); });
+        for (const auto& [url, name] : named_)
+            checkVersion(url);
+        noteFiles(listed);
+        return std::move(result_);
+    }
+
+private:
+    void attempt(const std::function<void()>& step) {
+        try {
+            step();
+        } catch (const DatabaseError& error) {
+            addProblem(error.description());
+        }
+    }
+
+    /// Damage at one place is met by several steps.
+    void addProblem(const OdString& problem) {
+        std::vector<OdString>& problems = result_.problems;
+        if (std::find(problems.begin(), problems.end(), problem) == problems.end())
+            problems.push_back(problem);
+    }
+
+    void addNote(const OdString& note) { result_.notes.push_back(note); }
+
+    /// A lock that is not there yet is not made: nobody has ever changed anything then.
+    void takeLock() {
+        if (!folder_.status(lockPath))
+            return;
+        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(root_.path().toNarrow() + '/' + lockPath);
+        isBusy_ = !lock && lock.error() == std::errc::operation_would_block;
+        if (lock)
+            lock_ = std::move(*lock);
+        if (isBusy_)
+            addNote(tr(L"Another process is changing the repository now"));
+    }
+
+    void checkHistory(const MetadataFiles& files) {
+        History& history = history_.emplace(History::open(root_, Database::Access::readOnly));
+        // One view of the history, also while another process goes on.
+        history.database().execute("BEGIN");
+        for (const OdString& problem : problemsOf(history))
+            addProblem(problem);
+        named_ = namedVersions(history, [this](const OdString& error) { addProblem(error); });
+        checkHistoryIsThere(files);
+        result_.commits = static_cast<std::int64_t>(commitNumbers(history).size());
+    }
+
+    /// The first command that stores anything makes the history before.
+    void checkHistoryIsThere(const MetadataFiles& files) {
+        const sys::Outcome<sys::FileStatus> status = folder_.status(historyPath);
+        const bool isEmpty = !status || status->sizeBytes == 0;
+        if (isEmpty && (!files.objects.empty() || !files.stores.empty()))
+            addProblem(
+                OdString::format(tr(L"The history '%ls' is missing"), printable(root_.dbPath())));
+    }
+
+    void checkState() {
+        const sys::Outcome<sys::FileStatus> status = folder_.status(statePath);
+        const bool isMissing = !status && status.error() == std::errc::no_such_file_or_directory;
+        if (isMissing && history_ && result_.commits == 0)
+            return addNote(tr(L"There is no state file yet (qrv init makes it)"));
+        const Host host;
+        const Expected<std::shared_ptr<common::Cache>> cache = openState(root_, host);
+        if (!cache)
+            return addProblem(cache.error().message);
+        for (const OdString& problem : problemsOf((*cache)->read()))
+            addProblem(problem);
+        if (history_)
+            attempt([this, &cache] { compareWithHistory((*cache)->read(), *history_); });
+    }
+
+    void compareWithHistory(const common::State& state, History& history) {
+        const std::optional<Plan> plan = notedPlan(history);
+        if (plan)
+            addNote(OdString::format(
+                tr(L"'%ls' was interrupted, or is being done now by another process"),
+                printable(plan->title)));
+        else if (!isBusy_ && !isStateOfHistory(state, history))
+            addProblem(OdString::format(tr(L"The state is damaged: it names the branch '%ls', but "
+                                           L"the files of HEAD are not those of that branch"),
+                                        printable(state.head.reference)));
+    }
+
+    void checkVersion(const OdString& url) {
+        if (!checked_.insert(url).second)
+            return;
+        const Expected<std::unique_ptr<VersionReader>> version =
+            storages_.ofUrl(url).open(root_, url);
+        if (version && *version == nullptr)
+            addDamage(url, notKept(url).message);
+        else
+            checkContents(url, version);
+    }
+
+    void checkContents(const OdString& url,
+                       const Expected<std::unique_ptr<VersionReader>>& version) {
+        const Expected<void> whole = version ? readToEnd(**version) : version.error();
+        if (!whole)
+            addDamage(url, whole.error().message);
+        progress_.add(version ? (*version)->sizeBytes() : 0);
+    }
+
+    /// Tells also which file it is, if that is known.
+    void addDamage(const OdString& url, const OdString& problem) {
+        const auto name = named_.find(url);
+        if (name == named_.end())
+            addProblem(problem);
+        else if (name->second.commit == 0)
+            addProblem(OdString::format(tr(L"%ls (it is '%ls' of an interrupted command)"), problem,
+                                        printable(name->second.path)));
+        else
+            addProblem(OdString::format(tr(L"%ls (it is '%ls' in commit %i)"), problem,
+                                        printable(name->second.path), name->second.commit));
+    }
+
+    void checkObjects(const MetadataFiles& files) {
+        for (const MetadataFile& object : files.objects)
+            checkVersion(objectUrl(object.name));
+        result_.objects = static_cast<std::int64_t>(files.objects.size());
+    }
+
+    void addDatabaseDamage(Database& database) {
+        for (const OdString& line : ut::splitByChar(database.damage(), L"\n", false))
+            addProblem(OdString::format(tr(L"'%ls' is damaged: %ls"), printable(database.path()),
+                                        printable(line)));
+    }
+
+    void checkPack() {
+        std::optional<PackFile> pack = PackFile::open(root_);
+        if (!pack)
+            return;
+        addDatabaseDamage(pack->database());
+        for (const std::string& digest : pack->digests()) {
+            const OdString url = objectUrl(OdString::fromNarrow(digest));
+            checked_.insert(url);
+            ++result_.packedObjects;
+            attempt([this, &pack, &digest, &url] { checkPacked(*pack, digest, url); });
+        }
+    }
+
+    void checkPacked(PackFile& pack, const std::string& digest, const OdString& url) {
+        const Expected<std::unique_ptr<VersionReader>> version = pack.read(digest);
+        if (!version || *version != nullptr)
+            checkContents(url, version);
+    }
+
+    void checkStore(const OdString& store) {
+        const OdString anyDigest(std::wstring(digestLength, L'0'));
+        const OdString anyUrl = drawingUrl(store, anyDigest);
+        const Expected<std::vector<OdString>> revisions =
+            storages_.ofUrl(anyUrl).revisions(root_, anyUrl);
+        if (!revisions)
+            return addProblem(revisions.error().message);
+        Database database(root_.pathTo(L".qrv/tf/" + store + L".tf"), Database::Access::readOnly);
+        addDatabaseDamage(database);
+        for (const OdString& url : *revisions)
+            checkVersion(url);
+        result_.drawingVersions += static_cast<std::int64_t>(revisions->size());
+    }
+
+    void noteFiles(const MetadataFiles& files) {
+        for (const MetadataFile& leftover : files.leftovers)
+            addNote(OdString::format(
+                tr(L"'%ls' was left by an interrupted command (qrv gc removes it after a day)"),
+                printable(leftover.name)));
+        for (const OdString& stray : files.strays)
+            addNote(OdString::format(tr(L"'%ls' is nothing that belongs there"), printable(stray)));
+    }
+
+    common::RootPath root_;
+    sys::Folder folder_;
+    std::optional<sys::Lock> lock_;
+    /// Whether another process holds the lock.
+    bool isBusy_ = false;
+    Storages storages_;
+    /// Nothing when it cannot be opened.
+    std::optional<History> history_;
+    NamedVersions named_;
+    /// Nobody knows before how many drawing versions there are.
+    Progress progress_{tr(L"Checking"), 0};
+    /// URLs of what was read.
+    std::set<OdString> checked_;
+    Verification result_;
+};
+
+}  // namespace
+
+Verification verifyRepository(const common::RootPath& root) {
+    sys::Outcome<sys::Folder> folder = sys::Folder::open(root.path().toNarrow());
+    if (folder)
+        return Check(root, std::move(*folder)).run();
+    Verification result;
+    result.problems.push_back(
+        systemFailure(tr(L"'%ls' cannot be opened: %ls"), root.path(), folder.error()).message);
+    return result;
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cli/history/History.h>
+#include <cli/history/Plan.h>
+#include <common/worktree/FileChange.h>
+#include <platform/kernel/OdString.h>
+
+#include <vector>
+
+namespace qrv_cli {
+
+/// A file that both sides changed, each in its own way.
+struct MergeConflict {
+    OdString path;
+    common::FileChange local = common::FileChange::modified;
+    common::FileChange remote = common::FileChange::modified;
+    /// The storage URLs of the two versions; empty where the file was removed.
+    OdString localUrl;
+    OdString remoteUrl;
+
+    friend bool operator==(const MergeConflict&, const MergeConflict&) = default;
+};
+
+/// What a merge does to our tree. Both lists are ordered by path.
+struct ThreeWayResult {
+    /// Files that only the other side changed: they come over as they are.
+    std::vector<PlannedFile> taken;
+    std::vector<MergeConflict> conflicts;
+};
+
+/// Compares two trees with the one that both come from, file by file. What both changed to the same
+/// contents, or both removed, is no conflict.
+ThreeWayResult compareThreeWays(const Tree& base, const Tree& ours, const Tree& theirs);
+
+}  // namespace qrv_cli

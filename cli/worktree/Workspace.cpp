@@ -1,0 +1,118 @@
+#include <cli/Message.h>
+#include <cli/Translation.h>
+#include <cli/worktree/PlanExecution.h>
+#include <cli/worktree/Workspace.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr std::chrono::milliseconds waitForLock{10000};
+constexpr std::chrono::milliseconds pauseBetweenTries{20};
+
+sys::Outcome<sys::Lock> takeLock(const common::RootPath& root, Workspace::Use use) {
+    const std::string path = root.qrvPath().toNarrow() + "/lock";
+    const auto end = std::chrono::steady_clock::now() + waitForLock;
+    for (;;) {
+        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(path);
+        const bool isHeld = !lock && lock.error() == std::errc::operation_would_block;
+        if (!isHeld || use == Workspace::Use::look || std::chrono::steady_clock::now() > end)
+            return lock;
+        std::this_thread::sleep_for(pauseBetweenTries);
+    }
+}
+
+ErrorMessage lockFailure(const common::RootPath& root, std::error_code cause) {
+    if (cause == std::errc::operation_would_block)
+        return {OdString::format(tr(L"Another process is changing the repository '%ls'"),
+                                 printable(root.path()))};
+    return systemFailure(tr(L"The repository '%ls' cannot be changed: %ls"), root.path(), cause);
+}
+
+Database::Access accessFor(const common::RootPath& root, Workspace::Use use, bool isLocked) {
+    if (use == Workspace::Use::change)
+        return Database::Access::create;
+    // Whoever may write lets SQLite take back what a killed process left half written.
+    std::error_code error;
+    const bool isThere = std::filesystem::exists(root.dbPath().toNarrow(), error);
+    return isLocked && isThere ? Database::Access::readWrite : Database::Access::readOnly;
+}
+
+}  // namespace
+
+ErrorMessage systemFailure(const OdString& text, const OdString& name, std::error_code cause) {
+    return {OdString::format(text, printable(name), OdString(cause.message().c_str()))};
+}
+
+Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, Use use) {
+    const Expected<common::RootPath> root = findRepository(folder);
+    if (!root)
+        return root.error();
+    sys::Outcome<sys::Lock> lock = takeLock(*root, use);
+    if (!lock && use == Use::change)
+        return lockFailure(*root, lock.error());
+    sys::Outcome<sys::Folder> rootFolder = sys::Folder::open(root->path().toNarrow());
+    if (!rootFolder)
+        return systemFailure(tr(L"'%ls' cannot be opened: %ls"), root->path(), rootFolder.error());
+
+    History history = History::open(*root, accessFor(*root, use, static_cast<bool>(lock)));
+    std::optional<sys::Lock> held;
+    if (lock)
+        held = std::move(*lock);
+    std::unique_ptr<Workspace> workspace(
+        new Workspace(*root, std::move(*rootFolder), std::move(held), std::move(history)));
+    if (const Expected<void> opened = workspace->openCache(); !opened)
+        return opened.error();
+    if (const Expected<void> recovered = recover(*workspace); !recovered)
+        return recovered.error();
+    return workspace;
+}
+
+Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sys::Lock> lock,
+                     History history)
+    : lock_(std::move(lock)),
+      root_(std::move(root)),
+      folder_(std::move(folder)),
+      history_(std::move(history)),
+      storages_(std::make_unique<Storages>([this](const OdString& path) {
+          const auto previous = state().renames.find(path);
+          const Tree& files = headFiles();
+          const auto file =
+              files.find(previous == state().renames.end() ? path : previous->second);
+          return file == files.end() ? OdString() : file->second.url;
+      })) {}
+
+Workspace::~Workspace() = default;
+
+Expected<void> Workspace::openCache() {
+    Expected<std::shared_ptr<common::Cache>> cache = openState(root_, host_);
+    if (!cache)
+        return cache.error();
+    cache_ = *cache;
+    return {};
+}
+
+OdString Workspace::headCommit() {
+    return history_.reference(branch(), common::RefType::Branch).value_or(OdString());
+}
+
+const Tree& Workspace::headFiles() {
+    if (!headFiles_)
+        headFiles_ = history_.headFiles();
+    return *headFiles_;
+}
+
+Expected<void> Workspace::saveState() {
+    // The cache writes when its last owner lets go.
+    cache_.reset();
+    const Expected<void> written = host_.lastWrite();
+    const Expected<void> opened = openCache();
+    return written ? opened : written;
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,105 @@
+#include <cli/diff/Snapshot.h>
+#include <cli/storage/Digest.h>
+#include <tests/support/Files.h>
+#include <tests/support/TemporaryFolder.h>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+using qrv_cli::digestOf;
+using qrv_cli::FileVersion;
+using qrv_cli::Snapshot;
+using qrv_cli::snapshotOf;
+using qrv_cli::WorkingChanges;
+using qrv_cli::Workspace;
+using qrv_test::TemporaryFolder;
+using qrv_test::writeFile;
+
+OdString digest(const char* bytes) {
+    return OdString(qrv_cli::Digest::of(bytes).c_str());
+}
+
+std::unique_ptr<Workspace> open(const TemporaryFolder& folder) {
+    writeFile(folder / ".qrv/qrv.state", R"({"head": {"reference": "master"}})");
+    return Workspace::open(folder.path(), Workspace::Use::change).value();
+}
+
+/// A repository whose files "kept", "gone" and "other" are those of HEAD.
+struct Office {
+    TemporaryFolder folder;
+    common::RootPath root = common::RootPath::get(folder.text(), true).value();
+    std::unique_ptr<Workspace> workspace = open(folder);
+
+    Office() {
+        for (const char* const name : {"kept", "gone", "other"}) {
+            writeFile(folder / name, name);
+            const OdString url = L"po:" + digest(name);
+            workspace->history().changeHeadFiles({{name, url, {}, 4}});
+        }
+    }
+};
+
+TEST(Snapshot, OfATreeHasItsVersions) {
+    const OdString url = L"po:" + digest("x");
+    const Snapshot files = snapshotOf({{L"a", {url, 7}}});
+    ASSERT_EQ(files.size(), 1);
+    EXPECT_EQ(files.at(L"a").url, url);
+    EXPECT_EQ(files.at(L"a").sizeBytes, 7);
+    EXPECT_EQ(digestOf(files.at(L"a")), digest("x"));
+}
+
+TEST(Snapshot, OfTheWorkingTreeHasWhatTheFilesHold) {
+    const Office office;
+    writeFile(office.folder / "other", "changed");
+    writeFile(office.folder / "new", "new one");
+    std::filesystem::remove(office.folder / "gone");
+    WorkingChanges changes;
+    changes.files.modified.emplace_back(L"other");
+    changes.files.added.emplace_back(L"new");
+    changes.files.removed.emplace_back(L"gone");
+    const Expected<Snapshot> files = snapshotOf(*office.workspace, changes);
+    ASSERT_TRUE(files);
+    ASSERT_EQ(files->size(), 3);
+    EXPECT_EQ(files->at(L"kept").url, L"po:" + digest("kept"));
+    for (const auto& [path, contents] : {std::pair(L"other", "changed"), {L"new", "new one"}}) {
+        EXPECT_EQ(files->at(path).url, OdString());
+        EXPECT_EQ(digestOf(files->at(path)), digest(contents));
+        EXPECT_EQ(files->at(path).sizeBytes, 7);
+    }
+}
+
+TEST(Snapshot, OfTheWorkingTreeLacksWhatWentAwaySinceTheScan) {
+    const Office office;
+    std::filesystem::remove(office.folder / "other");
+    std::filesystem::create_directory(office.folder / "new");
+    WorkingChanges changes;
+    changes.files.modified.emplace_back(L"other");
+    changes.files.added.emplace_back(L"new");
+    const Expected<Snapshot> files = snapshotOf(*office.workspace, changes);
+    ASSERT_TRUE(files);
+    EXPECT_EQ(files->size(), 2);
+    EXPECT_FALSE(files->contains(L"other"));
+}
+
+TEST(Snapshot, OfTheWorkingTreeNeedsEveryChangedFile) {
+    const Office office;
+    std::filesystem::remove(office.folder / "other");
+    std::filesystem::create_symlink("kept", office.folder / "other");
+    WorkingChanges changes;
+    changes.files.modified.emplace_back(L"other");
+    const Expected<Snapshot> files = snapshotOf(*office.workspace, changes);
+    ASSERT_FALSE(files);
+    EXPECT_EQ(files.error().message,
+              OdString::format(L"'other' cannot be read: %ls",
+                               OdString(std::generic_category().message(ELOOP).c_str())));
+}
+
+}  // namespace

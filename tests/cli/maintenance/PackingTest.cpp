@@ -1,0 +1,109 @@
+#include <cli/maintenance/MetadataFiles.h>
+#include <cli/maintenance/Packing.h>
+#include <cli/safety/StorageUrlCheck.h>
+#include <cli/storage/Digest.h>
+#include <cli/storage/PackFile.h>
+#include <cli/worktree/Workspace.h>
+#include <tests/cli/commands/HistoryProject.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qrv_cli::Digest;
+using qrv_cli::PackCandidate;
+using qrv_cli::Workspace;
+using qrv_test::HistoryProject;
+
+/// Names contents of one letter by it.
+std::string letterOf(const std::string& digest) {
+    for (const char letter : std::string("abcdef")) {
+        if (Digest::of(std::string(1, letter)) == digest)
+            return {letter};
+    }
+    return "?";
+}
+
+OdString urlOf(const std::string& contents) {
+    return qrv_cli::objectUrl(OdString::fromNarrow(Digest::of(contents)));
+}
+
+/// "b<a": b is packed against a.
+std::string shown(const std::vector<PackCandidate>& candidates) {
+    std::string text;
+    for (const PackCandidate& candidate : candidates)
+        text += letterOf(candidate.digest) +
+                (candidate.base ? "<" + letterOf(*candidate.base) : "") + " ";
+    return text;
+}
+
+class Packing : public testing::Test {
+protected:
+    std::vector<PackCandidate> candidates(const std::set<OdString>& needed = {}) {
+        workspace = std::move(*Workspace::open(project.folder.path(), Workspace::Use::change));
+        const auto files = qrv_cli::listMetadata(workspace->root(), workspace->folder());
+        std::vector<PackCandidate> all =
+            qrv_cli::packCandidates(*workspace, files->objects, needed);
+        std::erase_if(all, [](const auto& candidate) { return letterOf(candidate.digest) == "?"; });
+        return all;
+    }
+    void commit(const std::map<std::string, std::string>& files) const {
+        project.write(files);
+        project.commit("next");
+    }
+
+    const HistoryProject project;
+    std::unique_ptr<Workspace> workspace;
+};
+
+TEST_F(Packing, TakesTheEarlierVersionOfTheSameFile) {
+    commit({{"x", "a"}, {"y", "b"}});
+    commit({{"x", "c"}});
+    commit({{"x", "d"}, {"y", "e"}});
+    EXPECT_EQ(shown(candidates()), "a b c<a d<c e<b ");
+}
+
+TEST_F(Packing, FollowsARenamingOfAVersionThatStaysPlain) {
+    commit({{"x", "a"}});
+    commit({{"x", "b"}});
+    fs::rename(project / "x", project / "y");
+    commit({});
+    commit({{"y", "c"}});
+    EXPECT_EQ(shown(candidates({urlOf("b")})), "a c<a ");
+}
+
+TEST_F(Packing, SkipsVersionsThatStayPlain) {
+    commit({{"x", "a"}});
+    commit({{"x", "b"}});
+    commit({{"x", "c"}});
+    EXPECT_EQ(shown(candidates({urlOf("b")})), "a c<a ");
+}
+
+TEST_F(Packing, PacksEqualContentsOnce) {
+    commit({{"x", "a"}, {"y", "a"}});
+    commit({{"x", "b"}});
+    commit({{"x", "a"}});
+    EXPECT_EQ(shown(candidates()), "a b<a ");
+}
+
+TEST_F(Packing, GoesOnFromWhatIsPacked) {
+    commit({{"x", "a"}});
+    commit({{"x", "b"}});
+    const std::vector<PackCandidate> chosen = candidates();
+    std::vector<OdString> problems;
+    EXPECT_EQ(shown(qrv_cli::packObjects(*workspace, chosen, problems)), "a b<a ");
+    EXPECT_TRUE(problems.empty());
+    EXPECT_FALSE(fs::exists(project / (".qrv/objects/" + Digest::of("a"))));
+    workspace.reset();
+    commit({{"x", "c"}});
+    EXPECT_EQ(shown(candidates()), "c<b ");
+}
+
+}  // namespace

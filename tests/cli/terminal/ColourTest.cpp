@@ -1,0 +1,16 @@
+#include <cli/terminal/Colour.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using qrv_cli::Colour;
+using qrv_cli::coloured;
+
+// What a terminal sees is tested through the program, under script(1).
+TEST(Colour, LeavesTextsAloneWhereTheOutputIsNoTerminal) {
+    EXPECT_EQ(coloured(Colour::red, L"plan.dwg\n"), OdString(L"plan.dwg\n"));
+    EXPECT_EQ(coloured(Colour::bold, L""), OdString(L""));
+}
+
+}  // namespace

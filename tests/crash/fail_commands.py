@@ -1,0 +1,46 @@
+#!/usr/bin/env python3
+"""Makes each system call of `qrv` that changes anything fail once, and looks at what the program does then.
+
+Usage: fail_commands.py PROGRAM [--only NAME] [--every N]. Either the command does its work all the same, or it ends
+with status 1 and names the cause, and the repository is as before or, when only something after the work failed, as it
+was to be. No contents are lost, and the next try has its result.
+"""
+
+from functools import partial
+
+from disturbance import run_all
+from system_calls import CHANGING, injecting
+
+# Each with the words of the system or of SQLite by which a person recognises it. The library only says that the
+# state could not be written, not why.
+STATE = "Error writing to file"
+CAUSES = {
+    "ENOSPC": ("No space left on device", "full", "disk I/O error", STATE),
+    "EIO": ("Input/output error", "disk I/O error", STATE),
+    "EACCES": ("Permission denied", "disk I/O error", "unable to open database file", "readonly database", STATE),
+}
+
+
+def problem_of_failure(disturbance, call, cause):
+    def judge(repository, failed):
+        messages = failed.stderr.decode()
+        is_told = messages.startswith("qrv: ") and any(words in messages for words in CAUSES[cause])
+        if failed.returncode == disturbance.scenario.status and not is_told:
+            return disturbance.problem_left(repository, (disturbance.after,))
+        if failed.returncode != 1 or not is_told:
+            return f"it ends with {failed.returncode}: {messages}"
+        return disturbance.problem_left(repository, disturbance.allowed)
+
+    tracer = injecting(disturbance.strace, call, f"error={cause}")
+    return disturbance.problem_at(f"{call.name}-{call.number}-{cause}", tracer, judge)
+
+
+def failures(disturbance, every):
+    # Whoever cannot read the messages is told nothing.
+    chosen = [call for call in disturbance.calls if call.name in CHANGING and not call.line.startswith("write(2,")]
+    pairs = [(call, cause) for call in chosen for cause in CAUSES][::every]
+    return [(f"{e} at {c.name} {c.number} {c.line}", partial(problem_of_failure, disturbance, c, e)) for c, e in pairs]
+
+
+if __name__ == "__main__":
+    run_all(__doc__, failures)
