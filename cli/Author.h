@@ -8,8 +8,8 @@
 
 namespace qrv_cli {
 
-/// Who makes a commit: what `--author` says, else the environment's QRV_AUTHOR, else user@host. Fails
-/// for a name that is not one line of plain text.
+/// Who makes a commit: what `--author` says, else the environment's QRV_AUTHOR, else user@host.
+/// Fails for a name that is not one line of plain text.
 Expected<OdString> authorOf(const std::optional<std::string>& option);
 
 }  // namespace qrv_cli

@@ -56,8 +56,7 @@ CommandLine::CommandLine()
     // the parser would not name the word that it took for a command.
     parser_->require_subcommand(0, 1);
     for (const Command& command : commands()) {
-        CLI::App* const parser =
-            parser_->add_subcommand(command.name, trUtf8(command.summary));
+        CLI::App* const parser = parser_->add_subcommand(command.name, trUtf8(command.summary));
         parser->callback([this, action = command.declare(*parser)] { chosen_ = action; });
     }
 }

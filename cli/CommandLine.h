@@ -29,8 +29,8 @@ struct CommandText {
     std::vector<ArgumentText> arguments;
 };
 
-/// The parser of the command line with all commands. It parses once; the help, the completion of the
-/// shells and the manual pages are all made from it, so that they say the same.
+/// The parser of the command line with all commands. It parses once; the help, the completion of
+/// the shells and the manual pages are all made from it, so that they say the same.
 class CommandLine {
 public:
     CommandLine();

@@ -1,5 +1,7 @@
 #include <cli/Completion.h>
 
+#include <algorithm>
+
 namespace qrv_cli {
 
 namespace {
@@ -37,12 +39,11 @@ std::string commandWords(const std::vector<CommandText>& commands) {
 }
 
 bool wantsReference(const CommandText& command) {
-    for (const ArgumentText& argument : command.arguments) {
-        const bool namesOne = argument.names.front() == "BRANCH" || argument.names.front() == "COMMIT";
-        if (!argument.isOption && namesOne)
-            return true;
-    }
-    return false;
+    return std::any_of(command.arguments.begin(), command.arguments.end(),
+                       [](const ArgumentText& argument) {
+                           const std::string& name = argument.names.front();
+                           return !argument.isOption && (name == "BRANCH" || name == "COMMIT");
+                       });
 }
 
 std::string bashCases(const std::vector<CommandText>& commands) {
@@ -50,8 +51,8 @@ std::string bashCases(const std::vector<CommandText>& commands) {
     for (const CommandText& command : commands) {
         if (command.name.empty())
             continue;
-        cases += "    " + command.name + ") options=" + quoted(optionWords(command)) + "; names=" +
-                 (wantsReference(command) ? "references" : "files") + " ;;\n";
+        cases += "    " + command.name + ") options=" + quoted(optionWords(command)) +
+                 "; names=" + (wantsReference(command) ? "references" : "files") + " ;;\n";
     }
     return cases;
 }
@@ -70,7 +71,8 @@ _qrv() {
     done
     case $command in
     '') options=)bash" +
-           quoted(commandWords(commands) + " " + optionWords(commands.front())) + R"bash(; names=none ;;
+           quoted(commandWords(commands) + " " + optionWords(commands.front())) +
+           R"bash(; names=none ;;
 )bash" + bashCases(commands) +
            R"bash(    esac
     [ "$names" != references ] || options="$options $(qrv branch 2>/dev/null | cut -c3- | cut -d" " -f1)"
@@ -106,7 +108,9 @@ std::string zshCases(const std::vector<CommandText>& commands) {
         }
         cases += ")\n";
         if (wantsReference(command))
-            cases += "        names=(${(f)\"$(qrv branch 2>/dev/null | cut -c3- | cut -d\' \' -f1)\"})\n";
+            cases +=
+                "        names=(${(f)\"$(qrv branch 2>/dev/null | cut -c3- | cut -d\' \' "
+                "-f1)\"})\n";
         cases += "        ;;\n";
     }
     return cases;
@@ -118,7 +122,8 @@ std::string zshScript(const std::vector<CommandText>& commands) {
         if (!command.name.empty())
             words += "\n        " + zshWord(command.name, command.summary);
     }
-    return "#compdef qrv\n# Completion of qrv for zsh.\n_qrv() {\n    local -a commands options names\n"
+    return "#compdef qrv\n# Completion of qrv for zsh.\n_qrv() {\n    local -a commands options "
+           "names\n"
            "    commands=(" +
            words + ")\n    if (( CURRENT == 2 )); then\n        _describe command commands\n" +
            "        return\n    fi\n    case $words[2] in\n" + zshCases(commands) +

@@ -56,7 +56,7 @@ Expected<void> enter(const std::string& folder) {
 /// The first word that is no option, which must have been meant as a command.
 std::string wordForCommand(int argumentCount, const char* const* arguments) {
     for (int index = 1; index < argumentCount; ++index) {
-        const std::string word = arguments[index];
+        std::string word = arguments[index];
         if (word == "-C")
             ++index;
         else if (word.rfind('-', 0) != 0)

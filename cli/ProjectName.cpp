@@ -41,7 +41,7 @@ OdString projectName(const common::RootPath& root) {
 }
 
 OdString displayName(const common::RootPath& root) {
-    const OdString name = projectName(root);
+    OdString name = projectName(root);
     if (!name.isEmpty())
         return name;
     const fs::path folder = fs::path(root.path().toNarrow()).lexically_normal();

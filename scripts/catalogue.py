@@ -26,7 +26,8 @@ KEYWORDS = ("translate", "translatedError", "tr", "trUtf8", "translatable")
 OTHER_LOOK_UPS = {
     "common/base/MessageInternal.h": "declares the look-up",
     "common/base/Message.cpp": "is the look-up",
-    "cli/Main.cpp": "looks up the summaries of the commands, which their table marks",
+    "cli/CommandLine.cpp": "looks up the summaries of the commands, which their table marks",
+    "cli/commands/Config.cpp": "looks up the summaries of the settings, which their table marks",
     "cli/Translation.h": "declares the program's look-up",
     "cli/Translation.cpp": "is the program's look-up",
 }

@@ -24,10 +24,21 @@ export QRV_AUTHOR=ada
 
 say() { printf '\n# %s\n' "$*"; }
 
+# The words of a command as a person would type them.
+print_command() {
+    local word
+    printf '\n$'
+    for word in "$@"; do
+        [[ $word =~ ^[A-Za-z0-9_./=,:-]+$ ]] || word="'$word'"
+        printf ' %s' "$word"
+    done
+    printf '\n'
+}
+
 # Runs a command and tells how long it took. A merge with conflicts ends with status 1, as it should.
 show() {
     local begin=${EPOCHREALTIME/[.,]/}
-    printf '\n$%s\n' "$(printf ' %q' "$@")"
+    print_command "$@"
     "$@" 2>&1 || true
     [ "$recording" = --recording ] ||
         printf '(%s ms)\n' "$((("${EPOCHREALTIME/[.,]/}" - begin + 500) / 1000))"
@@ -90,7 +101,7 @@ printf '%s files and links to files\n' "$(find . -xtype f | wc -l)"
 # The time and the last line of what was printed; all of it would be long.
 show_last() {
     local begin=${EPOCHREALTIME/[.,]/}
-    printf '\n$%s\n' "$(printf ' %q' "$@")"
+    print_command "$@"
     "$@" >"$temporary/printed" 2>&1
     tail --lines=1 "$temporary/printed"
     printf '(%s ms)\n' "$((("${EPOCHREALTIME/[.,]/}" - begin + 500) / 1000))"

@@ -49,8 +49,7 @@ Expected<StagedFile> findByShortName(const std::string& argument,
         return ErrorMessage{OdString::format(tr(L"No file is '%ls', and it is no pattern either"),
                                              printable(name))};
     }
-    return ErrorMessage{
-        OdString::format(tr(L"There is no changed file '%ls'"), printable(name))};
+    return ErrorMessage{OdString::format(tr(L"There is no changed file '%ls'"), printable(name))};
 }
 
 Expected<std::vector<StagedFile>> findChosen(const Arguments& arguments, const Workspace& workspace,
@@ -119,9 +118,10 @@ Expected<void> add(const Arguments& arguments, Output& output) {
 
 Action declareAdd(CLI::App& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::Option* const paths = parser.add_option("PATH", arguments->paths,
-                      trUtf8(L"Files and folders, or the end of a file's name"));
-    CLI::Option* const all = parser.add_flag("--all,-a", arguments->all, trUtf8(L"Everything that has changed"));
+    CLI::Option* const paths = parser.add_option(
+        "PATH", arguments->paths, trUtf8(L"Files and folders, or the end of a file's name"));
+    CLI::Option* const all =
+        parser.add_flag("--all,-a", arguments->all, trUtf8(L"Everything that has changed"));
     requireOne(parser, {paths, all}, "PATH or --all");
     parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the staged files as JSON"));
     return [arguments](Output& output) { return add(*arguments, output); };

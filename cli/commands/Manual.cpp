@@ -22,8 +22,8 @@ Expected<void> printPage(const std::string& name, Output& output) {
         output.write(manualPage(command, all));
         return {};
     }
-    return ErrorMessage{OdString::format(tr(L"There is no command '%ls'"),
-                                         printable(OdString::fromNarrow(name)))};
+    return ErrorMessage{
+        OdString::format(tr(L"There is no command '%ls'"), printable(OdString::fromNarrow(name)))};
 }
 
 void printNames(Output& output) {
@@ -38,8 +38,8 @@ void printNames(Output& output) {
 Action declareManual(CLI::App& parser) {
     const auto command = std::make_shared<std::string>();
     const auto lists = std::make_shared<bool>(false);
-    CLI::Option* const name = parser.add_option(
-        "COMMAND", *command, trUtf8(L"The command (default: the program)"));
+    CLI::Option* const name =
+        parser.add_option("COMMAND", *command, trUtf8(L"The command (default: the program)"));
     parser.add_flag("--list", *lists, trUtf8(L"List the commands that have a page"))
         ->excludes(name);
     return [command, lists](Output& output) -> Expected<void> {

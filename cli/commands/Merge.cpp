@@ -32,14 +32,14 @@ struct Arguments {
 
 const wchar_t* codeOf(MergeOutcome::Kind kind) {
     switch (kind) {
-    case MergeOutcome::Kind::upToDate:
-        return L"upToDate";
-    case MergeOutcome::Kind::forward:
-        return L"forward";
-    case MergeOutcome::Kind::committed:
-        return L"committed";
-    case MergeOutcome::Kind::conflicts:
-        break;
+        case MergeOutcome::Kind::upToDate:
+            return L"upToDate";
+        case MergeOutcome::Kind::forward:
+            return L"forward";
+        case MergeOutcome::Kind::committed:
+            return L"committed";
+        case MergeOutcome::Kind::conflicts:
+            break;
     }
     return L"conflicts";
 }
@@ -60,15 +60,15 @@ jsonlib::json::Value documentOf(const MergeOutcome& outcome, const common::State
 OdString text(const MergeOutcome& outcome, const OdString& name) {
     const std::size_t count = outcome.files.taken.size();
     switch (outcome.kind) {
-    case MergeOutcome::Kind::upToDate:
-        return OdString::format(tr(L"'%ls' is merged already\n"), name);
-    case MergeOutcome::Kind::forward:
-        return OdString::format(tr(L"Went forward to '%ls'; files changed: %i\n"), name, count);
-    case MergeOutcome::Kind::committed:
-        return OdString::format(tr(L"Merged '%ls' as commit %i; files changed: %i\n"), name,
-                                outcome.commit->number, count);
-    case MergeOutcome::Kind::conflicts:
-        break;
+        case MergeOutcome::Kind::upToDate:
+            return OdString::format(tr(L"'%ls' is merged already\n"), name);
+        case MergeOutcome::Kind::forward:
+            return OdString::format(tr(L"Went forward to '%ls'; files changed: %i\n"), name, count);
+        case MergeOutcome::Kind::committed:
+            return OdString::format(tr(L"Merged '%ls' as commit %i; files changed: %i\n"), name,
+                                    outcome.commit->number, count);
+        case MergeOutcome::Kind::conflicts:
+            break;
     }
     return OdString::format(tr(L"Merging '%ls'; files changed: %i\n"), name, count);
 }
@@ -108,18 +108,18 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     if (!commit)
         return commit.error();
     const CommitText words = {
-        *author, arguments.message ? OdString::fromNarrow(*arguments.message)
-                                   : OdString::format(L"Merge '%ls' into '%ls'", name,
-                                                      (*workspace)->branch())};
+        *author, arguments.message
+                     ? OdString::fromNarrow(*arguments.message)
+                     : OdString::format(L"Merge '%ls' into '%ls'", name, (*workspace)->branch())};
     const Expected<MergeOutcome> outcome = merge(**workspace, *commit, name, words);
     if (!outcome)
         return outcome.error();
     if (arguments.asJson)
         writeJson(documentOf(*outcome, (*workspace)->state()), output);
     else
-        output.write((text(*outcome, printable(name)) +
-                      conflictLines((*workspace)->state().conflicts))
-                         .toNarrow());
+        output.write(
+            (text(*outcome, printable(name)) + conflictLines((*workspace)->state().conflicts))
+                .toNarrow());
     return answer(*outcome);
 }
 

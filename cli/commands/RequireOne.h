@@ -10,8 +10,8 @@ class Option;
 
 namespace qrv_cli {
 
-/// Makes exactly one of the options needed; `names` is how the message calls them. Unlike a group of
-/// the parser's, this leaves them in their places in the help.
+/// Makes exactly one of the options needed; `names` is how the message calls them. Unlike a group
+/// of the parser's, this leaves them in their places in the help.
 void requireOne(CLI::App& parser, const std::vector<CLI::Option*>& options,
                 const std::string& names);
 

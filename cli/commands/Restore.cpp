@@ -38,8 +38,8 @@ struct Arguments {
 Expected<Tree> sourceTree(Workspace& workspace, const Arguments& arguments) {
     if (!arguments.from)
         return workspace.headFiles();
-    const Expected<OdString> commit = findCommit(
-        workspace.history(), OdString::fromNarrow(*arguments.from), workspace.branch());
+    const Expected<OdString> commit =
+        findCommit(workspace.history(), OdString::fromNarrow(*arguments.from), workspace.branch());
     if (!commit)
         return commit.error();
     return workspace.history().tree(*commit);
@@ -75,8 +75,7 @@ Expected<void> exportFile(Workspace& workspace, const OdString& path, const OdSt
                                              printable(toText(target)))};
     fs::create_directories(target.parent_path(), error);
     if (error)
-        return systemFailure(tr(L"'%ls' cannot be made: %ls"), toText(target.parent_path()),
-                             error);
+        return systemFailure(tr(L"'%ls' cannot be made: %ls"), toText(target.parent_path()), error);
     return workspace.storages().ofUrl(url).exportTo(workspace.root(), url, toText(target));
 }
 
@@ -149,8 +148,7 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<Tree> tree = sourceTree(**workspace, arguments);
     if (!tree)
         return tree.error();
-    const Expected<std::vector<OdString>> paths =
-        chosenFiles(**workspace, *tree, arguments.paths);
+    const Expected<std::vector<OdString>> paths = chosenFiles(**workspace, *tree, arguments.paths);
     if (!paths)
         return paths.error();
     const Expected<std::vector<OdString>> done =
@@ -167,11 +165,13 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 Action declareRestore(CLI::App& parser) {
     const auto arguments = std::make_shared<Arguments>();
     parser.add_option("PATH", arguments->paths, trUtf8(L"Files and folders"))->required();
-    parser.add_option("--from", arguments->from,
-                      trUtf8(L"The commit whose versions are wanted (default: HEAD)"))
+    parser
+        .add_option("--from", arguments->from,
+                    trUtf8(L"The commit whose versions are wanted (default: HEAD)"))
         ->type_name("COMMIT");
-    parser.add_option("--to", arguments->folder,
-                      trUtf8(L"Write them into this folder, not into the repository"))
+    parser
+        .add_option("--to", arguments->folder,
+                    trUtf8(L"Write them into this folder, not into the repository"))
         ->type_name("DIR");
     parser.add_flag("--dry-run", arguments->dryRun, trUtf8(L"Only say what would be restored"));
     parser.add_flag("--force", arguments->force, trUtf8(L"Also replace unsaved changes"));

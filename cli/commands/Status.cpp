@@ -122,8 +122,8 @@ OdString renameLines(const std::map<OdString, OdString>& renames) {
 }
 
 OdString heading(const Status& status) {
-    OdString text = OdString::format(tr(L"Branch '%ls'"),
-                                     coloured(Colour::cyan, printable(status.branch)));
+    OdString text =
+        OdString::format(tr(L"Branch '%ls'"), coloured(Colour::cyan, printable(status.branch)));
     if (status.commit)
         text += OdString::format(tr(L", commit %i: %ls\n"), status.commit->number,
                                  printable(titleOf(*status.commit)));

@@ -74,9 +74,9 @@ Expected<Plan> planOf(Workspace& workspace, const Arguments& arguments) {
     Plan plan;
     plan.branch = OdString::fromNarrow(arguments.branch);
     plan.title = OdString::format(L"switch %ls", plan.branch);
-    const Expected<OdString> commit =
-        arguments.creates ? newBranch(workspace, plan.branch, arguments.start)
-                          : existingBranch(workspace, plan.branch);
+    const Expected<OdString> commit = arguments.creates
+                                          ? newBranch(workspace, plan.branch, arguments.start)
+                                          : existingBranch(workspace, plan.branch);
     if (!commit)
         return commit.error();
     plan.commit = *commit;

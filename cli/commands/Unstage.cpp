@@ -25,7 +25,8 @@ struct Arguments {
     bool asJson = false;
 };
 
-Expected<std::vector<OdString>> chosenPaths(const Arguments& arguments, const Workspace& workspace) {
+Expected<std::vector<OdString>> chosenPaths(const Arguments& arguments,
+                                            const Workspace& workspace) {
     if (arguments.all)
         return std::vector<OdString>{OdString()};
     std::vector<OdString> chosen;
@@ -66,8 +67,8 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 Action declareUnstage(CLI::App& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::Option* const paths = parser.add_option("PATH", arguments->paths,
-                      trUtf8(L"Staged files, or folders of them"));
+    CLI::Option* const paths =
+        parser.add_option("PATH", arguments->paths, trUtf8(L"Staged files, or folders of them"));
     CLI::Option* const all = parser.add_flag("--all,-a", arguments->all, trUtf8(L"Everything"));
     requireOne(parser, {paths, all}, "PATH or --all");
     parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the files as JSON"));

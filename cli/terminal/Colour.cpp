@@ -1,32 +1,29 @@
 #include <cli/terminal/Colour.h>
 #include <platform/sys/Terminal.h>
 
-#include <cstdlib>
+#include <QByteArray>
 
 namespace qrv_cli {
 
 namespace {
 
 bool usesColours() {
-    const char* const refusal = std::getenv("NO_COLOR");
-    const char* const terminal = std::getenv("TERM");
-    const bool isRefused = refusal != nullptr && *refusal != '\0';
-    const bool isDumb = terminal != nullptr && OdString(terminal) == OdString(L"dumb");
-    return !isRefused && !isDumb && sys::isTerminal(sys::Stream::output);
+    const bool isRefused = !qgetenv("NO_COLOR").isEmpty() || qgetenv("TERM") == "dumb";
+    return !isRefused && sys::isTerminal(sys::Stream::output);
 }
 
 const wchar_t* codeOf(Colour colour) {
     switch (colour) {
-    case Colour::bold:
-        return L"1";
-    case Colour::red:
-        return L"31";
-    case Colour::green:
-        return L"32";
-    case Colour::yellow:
-        return L"33";
-    case Colour::cyan:
-        break;
+        case Colour::bold:
+            return L"1";
+        case Colour::red:
+            return L"31";
+        case Colour::green:
+            return L"32";
+        case Colour::yellow:
+            return L"33";
+        case Colour::cyan:
+            break;
     }
     return L"36";
 }

@@ -23,8 +23,12 @@ void print(const std::string& bytes) {
 }  // namespace
 
 Progress::Progress(const OdString& title, std::size_t total)
-    : title_(title), total_(total), isTerminal_(sys::isTerminal(sys::Stream::error)),
-      begin_(Clock::now()), next_(begin_ + beforeTheFirst) {}
+    : title_(title),
+      total_(total),
+      isTerminal_(sys::isTerminal(sys::Stream::error)),
+      begin_(Clock::now()),
+      next_(begin_ + beforeTheFirst) {
+}
 
 Progress::~Progress() {
     if (isShown_)
@@ -45,9 +49,11 @@ void Progress::add(std::int64_t sizeBytes) {
 
 void Progress::show(Clock::time_point now) {
     const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - begin_);
-    const std::int64_t perSecond = sizeBytes_ * thousand / std::max<std::int64_t>(elapsed.count(), 1);
-    OdString line = total_ == 0 ? OdString::format(tr(L"%ls: %i files"), title_, count_)
-                                : OdString::format(tr(L"%ls: %i of %i files"), title_, count_, total_);
+    const std::int64_t perSecond =
+        sizeBytes_ * thousand / std::max<std::int64_t>(elapsed.count(), 1);
+    OdString line = total_ == 0
+                        ? OdString::format(tr(L"%ls: %i files"), title_, count_)
+                        : OdString::format(tr(L"%ls: %i of %i files"), title_, count_, total_);
     line += OdString::format(tr(L", %ls, %ls/s"), sizeText(sizeBytes_), sizeText(perSecond));
     line = line.left(sys::terminalWidth(sys::Stream::error) - 1);
     print("\r" + line.toNarrow() + "\x1B[K");

@@ -9,7 +9,8 @@
 namespace qrv_cli {
 
 /// A line on standard error that tells how far long work is: how many files of how many, how much,
-/// and how quickly. Appears only on a terminal and only after half a second, and is gone at its end.
+/// and how quickly. Appears only on a terminal and only after half a second, and is gone at its
+/// end.
 class Progress {
 public:
     /// `title` says what is done ("Storing"); of `total` files, or of nobody knows how many (0).

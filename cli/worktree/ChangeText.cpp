@@ -29,14 +29,14 @@ Colour colourOf(FileChange change) {
 
 OdString changeWord(FileChange change) {
     switch (change) {
-    case FileChange::added:
-        return tr(L"added");
-    case FileChange::modified:
-        return tr(L"modified");
-    case FileChange::removed:
-        return tr(L"removed");
-    case FileChange::unchanged:
-        break;
+        case FileChange::added:
+            return tr(L"added");
+        case FileChange::modified:
+            return tr(L"modified");
+        case FileChange::removed:
+            return tr(L"removed");
+        case FileChange::unchanged:
+            break;
     }
     return tr(L"unchanged");
 }

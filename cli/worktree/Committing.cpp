@@ -61,8 +61,7 @@ Expected<void> storeFile(Workspace& workspace, const OdString& path, StoredFiles
     const Expected<sys::FileStatus> before = look(workspace, path);
     if (!before)
         return before.error();
-    const Expected<OdString> url =
-        workspace.storages().ofFile(path).store(workspace.root(), path);
+    const Expected<OdString> url = workspace.storages().ofFile(path).store(workspace.root(), path);
     if (!url)
         return url.error();
     const Expected<sys::FileStatus> after = look(workspace, path);
@@ -157,12 +156,11 @@ void clearStage(Workspace& workspace, const std::map<OdString, std::int64_t>& ti
 Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& changes,
                                    const CommitText& text) {
     if (const std::size_t count = workspace.state().conflicts.size(); count > 0)
-        return ErrorMessage{OdString::format(
-            tr(L"Conflicts to resolve before a commit: %i (qrv resolve)"), count)};
+        return ErrorMessage{
+            OdString::format(tr(L"Conflicts to resolve before a commit: %i (qrv resolve)"), count)};
     const std::vector<StagedFile> staged = stagedChanges(workspace.state(), changes);
     const bool isMerge = !workspace.history().note(mergeNote).isEmpty();
-    if (const Expected<void> checked = checkStage(changes, staged, workspace);
-        !checked && !isMerge)
+    if (const Expected<void> checked = checkStage(changes, staged, workspace); !checked && !isMerge)
         return checked.error();
     Expected<StoredFiles> stored = storeAll(workspace, staged);
     if (!stored)

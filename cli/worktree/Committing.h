@@ -21,8 +21,9 @@ struct CommitText {
 /// on, the commit that was merged becomes its second parent.
 ///
 /// The order is: objects and drawing revisions, then the history in one transaction, then the
-/// state. Whatever fails, nothing is committed, and files that were stored are only not needed; what is
-/// interrupted later leaves a stage whose files are no longer changed, which the next command sees.
+/// state. Whatever fails, nothing is committed, and files that were stored are only not needed;
+/// what is interrupted later leaves a stage whose files are no longer changed, which the next
+/// command sees.
 ///
 /// Fails when a conflict is open, when nothing is staged that differs from HEAD (unless a merge is
 /// going on), and when a file cannot be stored.

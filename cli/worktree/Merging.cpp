@@ -27,8 +27,9 @@ constexpr std::int64_t millisecondsPerSecond = 1000;
 Expected<void> checkNothingStaged(const Workspace& workspace, const WorkingChanges& changes) {
     if (stagedChanges(workspace.state(), changes).empty())
         return {};
-    return ErrorMessage{tr(L"Commit the staged files first (qrv commit), or take them off the "
-                           L"stage (qrv unstage --all)")};
+    return ErrorMessage{
+        tr(L"Commit the staged files first (qrv commit), or take them off the "
+           L"stage (qrv unstage --all)")};
 }
 
 /// The working file is as in HEAD, or the merge would not have begun: so the change that the
@@ -64,8 +65,8 @@ Expected<void> takeFiles(Workspace& workspace, const Plan& plan) {
     for (const PlannedFile& step : plan.files) {
         if (step.after.isEmpty())
             continue;
-        if (const Expected<void> updated = updateFile(workspace, step.path, step.before,
-                                                      step.after, FileChange::unchanged);
+        if (const Expected<void> updated =
+                updateFile(workspace, step.path, step.before, step.after, FileChange::unchanged);
             !updated)
             return updated.error();
     }
@@ -76,14 +77,13 @@ Expected<void> recordConflicts(Workspace& workspace, const ThreeWayResult& files
                                const OdString& hash) {
     common::Transaction transaction = workspace.cache().getTransaction();
     for (const MergeConflict& conflict : files.conflicts) {
-        if (const Expected<void> recorded =
-                updateFile(workspace, conflict.path, conflict.localUrl, conflict.remoteUrl,
-                           conflict.remote);
+        if (const Expected<void> recorded = updateFile(workspace, conflict.path, conflict.localUrl,
+                                                       conflict.remoteUrl, conflict.remote);
             !recorded)
             return recorded.error();
-        common::updateConflictData(
-            workspace.cache(), common::ConflictData(conflict.path, conflict.remoteUrl,
-                                                    conflict.local, conflict.remote));
+        common::updateConflictData(workspace.cache(),
+                                   common::ConflictData(conflict.path, conflict.remoteUrl,
+                                                        conflict.local, conflict.remote));
     }
     common::State& state = workspace.cache().write();
     for (const PlannedFile& step : files.taken) {
@@ -179,9 +179,10 @@ Expected<MergeOutcome> mergeThreeWays(Workspace& workspace, const OdString& hash
     History& history = workspace.history();
     const std::optional<OdString> base = history.mergeBase(workspace.headCommit(), hash);
     MergeOutcome outcome;
-    outcome.files = compareThreeWays(history.tree(base.value_or(OdString())),
-                                     workspace.headFiles(), history.tree(hash));
-    if (const Expected<void> unharmed = checkUnharmed(workspace, touchedFiles(outcome.files), changes);
+    outcome.files = compareThreeWays(history.tree(base.value_or(OdString())), workspace.headFiles(),
+                                     history.tree(hash));
+    if (const Expected<void> unharmed =
+            checkUnharmed(workspace, touchedFiles(outcome.files), changes);
         !unharmed)
         return unharmed.error();
 
@@ -215,8 +216,9 @@ Expected<MergeOutcome> mergeThreeWays(Workspace& workspace, const OdString& hash
 Expected<void> checkNoMerge(Workspace& workspace) {
     if (workspace.history().note(mergeNote).isEmpty() && workspace.state().conflicts.empty())
         return {};
-    return ErrorMessage{tr(L"A merge is going on: resolve its conflicts and commit it, or take it "
-                           L"back with qrv merge --abort")};
+    return ErrorMessage{
+        tr(L"A merge is going on: resolve its conflicts and commit it, or take it "
+           L"back with qrv merge --abort")};
 }
 
 Expected<MergeOutcome> merge(Workspace& workspace, const OdString& hash, const OdString& name,

@@ -33,14 +33,14 @@ struct MergeOutcome {
 /// taken over through the library's `FileStorage::inFileUpdate`; of one that both changed the local
 /// bytes stay, and a conflict is recorded in the state.
 ///
-/// Fails, with nothing changed, while another merge is going on or files are staged, and when a file
-/// that the merge touches has changes that are not committed.
+/// Fails, with nothing changed, while another merge is going on or files are staged, and when a
+/// file that the merge touches has changes that are not committed.
 Expected<MergeOutcome> merge(Workspace& workspace, const OdString& hash, const OdString& name,
                              const CommitText& text);
 
-/// Ends a merge with open conflicts, or one not yet committed, and brings every file that it touched
-/// back to HEAD. Files that were edited since are an error, unless `force`: then what they hold is
-/// stored first, and named.
+/// Ends a merge with open conflicts, or one not yet committed, and brings every file that it
+/// touched back to HEAD. Files that were edited since are an error, unless `force`: then what they
+/// hold is stored first, and named.
 Expected<void> abortMerge(Workspace& workspace, bool force);
 
 /// Fails when a merge is going on, with a text that says how to end it.

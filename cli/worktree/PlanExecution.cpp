@@ -42,8 +42,8 @@ Expected<void> writeFiles(Workspace& workspace, std::span<const PlannedFile* con
         const Expected<RelativePath> path = RelativePath::check(step->path);
         if (!path)
             return path.error();
-        Expected<sys::NewFile> file = workspace.storages().ofUrl(step->after).prepare(
-            workspace.root(), step->after, *path);
+        Expected<sys::NewFile> file =
+            workspace.storages().ofUrl(step->after).prepare(workspace.root(), step->after, *path);
         if (!file)
             return file.error();
         files.push_back(std::move(*file));
@@ -91,9 +91,9 @@ OdString digestOfUrl(const OdString& url) {
     return checked ? checked->digest() : OdString();
 }
 
-/// The steps that are still to be done, and removals that are done already: repeated, they remove the
-/// folders that were made for files which did not come. Names those whose file is neither as before
-/// nor as planned.
+/// The steps that are still to be done, and removals that are done already: repeated, they remove
+/// the folders that were made for files which did not come. Names those whose file is neither as
+/// before nor as planned.
 std::vector<const PlannedFile*> unfinishedSteps(const Workspace& workspace, const Plan& plan) {
     std::vector<const PlannedFile*> steps;
     for (const PlannedFile& step : plan.files) {
@@ -147,8 +147,7 @@ void noteInIndex(Workspace& workspace, const Plan& plan) {
         if (step.after.isEmpty() || file == head.end())
             common::removeIndex(step.path, cache);
         else
-            common::updateIndex(step.path, cache, workspace.root(),
-                                file->second.url != step.after);
+            common::updateIndex(step.path, cache, workspace.root(), file->second.url != step.after);
     }
 }
 
@@ -250,7 +249,8 @@ Expected<void> finish(Workspace& workspace, const Plan& plan) {
 
 Expected<void> takeBackAfter(Workspace& workspace, const Plan& plan, const ErrorMessage& failure) {
     const Plan back = reversed(plan);
-    if (const Expected<void> done = applySteps(workspace, unfinishedSteps(workspace, back)); !done) {
+    if (const Expected<void> done = applySteps(workspace, unfinishedSteps(workspace, back));
+        !done) {
         printMessage(done.error().message);
         printMessage(plan.recovery == Plan::Recovery::finish
                          ? tr(L"Note: the next command tries again to finish this")
@@ -269,8 +269,7 @@ std::vector<PlannedFile> stepsBetween(const Tree& before, const Tree& after) {
             steps.push_back({old->first, old->second.url, {}, 0});
         const bool isOld = old != before.end() && old->first == path;
         if (!isOld || old->second.url != file.url)
-            steps.push_back(
-                {path, isOld ? old->second.url : OdString(), file.url, file.sizeBytes});
+            steps.push_back({path, isOld ? old->second.url : OdString(), file.url, file.sizeBytes});
         if (isOld)
             ++old;
     }
@@ -340,8 +339,8 @@ Expected<void> recover(Workspace& workspace) {
     removeLeftovers(workspace, *plan);
     if (Expected<void> done = applySteps(workspace, unfinishedSteps(workspace, rest)); !done)
         return done;
-    if (Expected<void> done = finishes ? finish(workspace, rest)
-                                              : finishTakingBack(workspace, rest);
+    if (Expected<void> done =
+            finishes ? finish(workspace, rest) : finishTakingBack(workspace, rest);
         !done)
         return done;
     printMessage(OdString::format(finishes ? tr(L"Note: '%ls' was interrupted and is now finished")

@@ -12,9 +12,9 @@ namespace qrv_cli {
 /// The steps that lead from the tree `before` to the tree `after`, ordered by path.
 std::vector<PlannedFile> stepsBetween(const Tree& before, const Tree& after);
 
-/// Fails, with a list of them, for files that would take the place of something that is in no commit:
-/// a link, a file that the ignore rules hide, or a file where a folder is needed. `steps` are
-/// ordered by path.
+/// Fails, with a list of them, for files that would take the place of something that is in no
+/// commit: a link, a file that the ignore rules hide, or a file where a folder is needed. `steps`
+/// are ordered by path.
 Expected<void> checkRoom(const Workspace& workspace, const std::vector<PlannedFile>& steps,
                          const WorkingChanges& changes);
 
@@ -31,9 +31,9 @@ Expected<void> checkUnharmed(const Workspace& workspace, const std::vector<Plann
 /// cannot be taken back stays noted for the next command.
 Expected<void> carryOut(Workspace& workspace, const Plan& plan);
 
-/// Does the steps that bring the files of a merge with conflicts back to HEAD, and ends the merge: the
-/// stage, the conflicts and the note of the other commit go. Interrupted, it is finished by the next
-/// command; on a failure everything is as before, as far as possible.
+/// Does the steps that bring the files of a merge with conflicts back to HEAD, and ends the merge:
+/// the stage, the conflicts and the note of the other commit go. Interrupted, it is finished by the
+/// next command; on a failure everything is as before, as far as possible.
 Expected<void> takeBackMerge(Workspace& workspace, const std::vector<PlannedFile>& steps);
 
 /// Finishes or takes back what an interrupted command left, and tells so. A working file that is

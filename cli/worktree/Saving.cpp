@@ -68,8 +68,7 @@ Expected<Present> lookAt(Workspace& workspace, const OdString& path, const Worki
 }
 
 Expected<OdString> keep(Workspace& workspace, const OdString& path) {
-    const Expected<OdString> url =
-        workspace.storages().ofFile(path).store(workspace.root(), path);
+    const Expected<OdString> url = workspace.storages().ofFile(path).store(workspace.root(), path);
     if (!url)
         return url.error();
     if (const Expected<void> flushed = workspace.storages().objects().flush(workspace.root());

@@ -19,8 +19,8 @@ enum class Unsaved {
 };
 
 /// The steps that bring the working files `paths`, ordered and each once, to their versions in
-/// `target`; a path that is not in it goes. Files that are as wanted take no step. A file whose present contents are a stored
-/// version is safe to replace, whatever commit that belongs to.
+/// `target`; a path that is not in it goes. Files that are as wanted take no step. A file whose
+/// present contents are a stored version is safe to replace, whatever commit that belongs to.
 ///
 /// Fails when a file cannot be read or stored, with `Unsaved::refuse` for files with unsaved
 /// changes, and when a file lies where another one needs a folder; nothing was changed then.

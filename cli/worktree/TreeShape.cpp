@@ -45,8 +45,7 @@ private:
 Expected<void> checkShape(const Tree& tree, const std::vector<FileDelta>& deltas) {
     const Staying staying(tree, deltas);
     for (const FileDelta& delta : deltas) {
-        const OdString other =
-            delta.url.isEmpty() ? OdString() : staying.inTheWayOf(delta.path);
+        const OdString other = delta.url.isEmpty() ? OdString() : staying.inTheWayOf(delta.path);
         if (!other.isEmpty())
             return ErrorMessage{OdString::format(
                 tr(L"'%ls' and '%ls' cannot be in one commit: one is a file where the other needs "

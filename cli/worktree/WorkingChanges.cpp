@@ -66,8 +66,7 @@ Listing lookAll(const sys::Folder& root, std::span<const OdString> paths) {
 
 template <class T>
 void append(std::vector<T>& to, std::vector<T> from) {
-    to.insert(to.end(), std::make_move_iterator(from.begin()),
-              std::make_move_iterator(from.end()));
+    to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
 }
 
 std::vector<OdString> sortedPaths(std::vector<common::File> files) {
@@ -104,11 +103,12 @@ Expected<Listing> listTree(const common::RootPath& root, const sys::Folder& fold
 class Comparison {
 public:
     Comparison(Workspace& workspace, Listing listing)
-        : workspace_(workspace), head_(workspace.headFiles()), index_(workspace.state().index),
+        : workspace_(workspace),
+          head_(workspace.headFiles()),
+          index_(workspace.state().index),
           files_(std::move(listing.files)) {
         result_.links = std::move(listing.links);
-        const sys::Outcome<sys::FileStatus> state =
-            workspace.folder().status(".qrv/qrv.state");
+        const sys::Outcome<sys::FileStatus> state = workspace.folder().status(".qrv/qrv.state");
         if (state)
             trustedBeforeTicks_ = toTicks(state->modifiedNs) - coarsestTimeStepTicks;
     }
@@ -136,13 +136,11 @@ private:
         }
         const auto middle = static_cast<std::ptrdiff_t>(files_.size());
         append(files_, std::move(hidden.files));
-        std::inplace_merge(files_.begin(), files_.begin() + middle, files_.end(),
-                           [](const PresentFile& one, const PresentFile& other) {
-                               return one.path < other.path;
-                           });
+        std::inplace_merge(
+            files_.begin(), files_.begin() + middle, files_.end(),
+            [](const PresentFile& one, const PresentFile& other) { return one.path < other.path; });
         for (const OdString& link : hidden.links) {
-            const auto place =
-                std::lower_bound(result_.links.begin(), result_.links.end(), link);
+            const auto place = std::lower_bound(result_.links.begin(), result_.links.end(), link);
             if (place == result_.links.end() || *place != link)
                 result_.links.insert(place, link);
         }
@@ -168,9 +166,7 @@ private:
             addRemoved(head->first);
     }
 
-    void addRemoved(const OdString& path) {
-        add(path, FileChange::removed, result_.files.removed);
-    }
+    void addRemoved(const OdString& path) { add(path, FileChange::removed, result_.files.removed); }
 
     void add(const OdString& path, FileChange change, std::vector<common::File>& files) {
         files.emplace_back(path);

@@ -29,9 +29,9 @@ struct WorkingChanges {
 /// Scans the working tree and compares it with HEAD.
 ///
 /// A file whose size is that of HEAD and whose time is that of an index entry which says that it is
-/// not modified, is not read. It is read all the same when its time is not safely older than the state file, because it may have changed
-/// within the same tick of the clock after it was looked at. What was found by reading goes back
-/// into the index, if the workspace may be changed.
+/// not modified, is not read. It is read all the same when its time is not safely older than the
+/// state file, because it may have changed within the same tick of the clock after it was looked
+/// at. What was found by reading goes back into the index, if the workspace may be changed.
 Expected<WorkingChanges> findChanges(Workspace& workspace);
 
 /// What a path is in `changes`; `unchanged` for everything that is in none of the lists.

@@ -1,5 +1,5 @@
-#include <cli/storage/Digest.h>
 #include <cli/Translation.h>
+#include <cli/storage/Digest.h>
 #include <cli/worktree/WorkingFile.h>
 #include <cli/worktree/Workspace.h>
 

@@ -82,10 +82,10 @@ Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sy
       storages_(std::make_unique<Storages>([this](const OdString& path) {
           const auto previous = state().renames.find(path);
           const Tree& files = headFiles();
-          const auto file =
-              files.find(previous == state().renames.end() ? path : previous->second);
+          const auto file = files.find(previous == state().renames.end() ? path : previous->second);
           return file == files.end() ? OdString() : file->second.url;
-      })) {}
+      })) {
+}
 
 Workspace::~Workspace() = default;
 

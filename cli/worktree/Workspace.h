@@ -15,11 +15,11 @@
 
 namespace qrv_cli {
 
-/// All parts of one repository while a command works on it: the state, the history, the storages and
-/// the working tree.
+/// All parts of one repository while a command works on it: the state, the history, the storages
+/// and the working tree.
 ///
-///     Expected<std::unique_ptr<Workspace>> workspace = Workspace::open(".", Workspace::Use::change);
-///     if (!workspace)
+///     Expected<std::unique_ptr<Workspace>> workspace = Workspace::open(".",
+///     Workspace::Use::change); if (!workspace)
 ///         return workspace.error();
 ///     ...
 ///     return (*workspace)->close();
@@ -59,8 +59,8 @@ public:
     /// Makes `headFiles` read them again.
     void forgetHeadFiles() { headFiles_.reset(); }
 
-    /// Writes the state, if it changed, and goes on with it. Fails when it cannot be written; the old
-    /// file is untouched then.
+    /// Writes the state, if it changed, and goes on with it. Fails when it cannot be written; the
+    /// old file is untouched then.
     Expected<void> saveState();
     /// The same at the end of a command.
     Expected<void> close() { return saveState(); }

@@ -22,13 +22,14 @@ using testing::Not;
 std::string offered(const TemporaryFolder& folder, const std::string& words) {
     const TemporaryFolder scripts;
     const std::filesystem::path script = scripts.path() / "offer";
-    qrv_test::writeFile(script, "PATH=$(dirname \"$QRV\"):$PATH\n"
-                                "eval \"$(qrv completion bash)\"\n"
-                                "compopt() { :; }\n"
-                                "COMP_WORDS=(" +
-                                    words +
-                                    ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_qrv\n"
-                                    "printf '%s\\n' \"${COMPREPLY[@]}\"\n");
+    qrv_test::writeFile(script,
+                        "PATH=$(dirname \"$QRV\"):$PATH\n"
+                        "eval \"$(qrv completion bash)\"\n"
+                        "compopt() { :; }\n"
+                        "COMP_WORDS=(" +
+                            words +
+                            ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_qrv\n"
+                            "printf '%s\\n' \"${COMPREPLY[@]}\"\n");
     return runShell(folder.path(), "QRV=\"$QRV\" bash '" + script.native() + "'").output;
 }
 
@@ -51,8 +52,9 @@ TEST(Completion, OffersFilesInBash) {
 
 TEST(Completion, OffersBranchesInBash) {
     const TemporaryFolder folder;
-    ASSERT_EQ(runShell(folder.path(), "$QRV init && $QRV add --all && $QRV commit -m x && "
-                                      "$QRV branch side")
+    ASSERT_EQ(runShell(folder.path(),
+                       "$QRV init && $QRV add --all && $QRV commit -m x && "
+                       "$QRV branch side")
                   .status,
               0);
     EXPECT_EQ(offered(folder, "qrv switch s"), "side\n");
@@ -87,10 +89,9 @@ TEST(Manual, HasAPageForTheProgramThatListsItsCommands) {
     const TemporaryFolder folder;
     const Outcome outcome = runQrv(folder.path(), {"manual"});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_THAT(outcome.output,
-                AllOf(HasSubstr(".TH QRV 1 \"\" \"qrv "),
-                      HasSubstr(".SH COMMANDS\n.TP\n\\fBqrv\\-init\\fR(1)\n"),
-                      HasSubstr(".SH EXIT STATUS\n"), Not(HasSubstr("ARGUMENTS"))));
+    EXPECT_THAT(outcome.output, AllOf(HasSubstr(".TH QRV 1 \"\" \"qrv "),
+                                      HasSubstr(".SH COMMANDS\n.TP\n\\fBqrv\\-init\\fR(1)\n"),
+                                      HasSubstr(".SH EXIT STATUS\n"), Not(HasSubstr("ARGUMENTS"))));
 }
 
 TEST(Manual, SaysOfACommandWhatItsHelpSays) {

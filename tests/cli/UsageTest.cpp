@@ -27,7 +27,8 @@ const std::string help =
     "  -C DIR                      Work as if started in the folder DIR\n"
     "\n"
     "Subcommands:\n"
-    "  init                        Make a repository in a folder, or complete the one that is there\n"
+    "  init                        Make a repository in a folder, or complete the one that is "
+    "there\n"
     "  files                       List the files that the ignore rules leave\n"
     "  status                      Show the branch, what has changed and what is staged\n"
     "  add                         Stage changed files for the next commit\n"
@@ -39,7 +40,8 @@ const std::string help =
     "  resolve                     Settle a conflict of a merge\n"
     "  ignore                      List, test or add the rules for files that are left out\n"
     "  verify                      Check that everything that was kept is there and whole\n"
-    "  gc                          Make the repository smaller; nothing that a commit names is lost\n"
+    "  gc                          Make the repository smaller; nothing that a commit names is "
+    "lost\n"
     "  log                         List the commits, newest first\n"
     "  show                        Show a commit and what it changed\n"
     "  diff                        Compare the working files and commits\n"
@@ -131,7 +133,8 @@ TEST(Usage, ExplainsTheArgumentsOfInit) {
                        "Options:\n"
                        "  -h,--help                   Print this help message and exit\n"
                        "  --name TEXT                 The project's name\n"
-                       "  --cad-ignores               Also ignore autosaves, backups, plot logs, lock files and temporary files\n"
+                       "  --cad-ignores               Also ignore autosaves, backups, plot logs, "
+                       "lock files and temporary files\n"
                        "\n",
                        ""}));
 }

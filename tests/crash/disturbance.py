@@ -80,7 +80,7 @@ def run_all(description, tasks_of):
     and a function that gives a problem or None. Ends the program."""
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("program", type=Path)
-    parser.add_argument("--only", default="", help="scenarios whose name holds this text")
+    parser.add_argument("--only", default="", help="the name of the only scenario")
     parser.add_argument("--every", type=int, default=1, help="take only each N-th call")
     arguments = parser.parse_args()
     strace = find_strace()

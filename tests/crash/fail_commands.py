@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes each system call of `qrv` that changes anything fail once, and looks at what the program does then.
 
-Usage: fail_commands.py PROGRAM [--only NAME] [--every N]. Either the command does its work all the same, or it ends
+Usage: fail_commands.py PROGRAM [--only SCENARIO] [--every N]. Either the command does its work all the same, or it ends
 with status 1 and names the cause, and the repository is as before or, when only something after the work failed, as it
 was to be. No contents are lost, and the next try has its result.
 """
@@ -11,20 +11,20 @@ from functools import partial
 from disturbance import run_all
 from system_calls import CHANGING, injecting
 
-# Each with the words of the system or of SQLite by which a person recognises it. The library only says that the
-# state could not be written, not why.
-STATE = "Error writing to file"
+# Each with the words of the system or of SQLite by which a person recognises it.
 CAUSES = {
-    "ENOSPC": ("No space left on device", "full", "disk I/O error", STATE),
-    "EIO": ("Input/output error", "disk I/O error", STATE),
-    "EACCES": ("Permission denied", "disk I/O error", "unable to open database file", "readonly database", STATE),
+    "ENOSPC": ("No space left on device", "full", "disk I/O error"),
+    "EIO": ("Input/output error", "disk I/O error"),
+    "EACCES": ("Permission denied", "disk I/O error", "unable to open database file", "readonly database"),
 }
+# The library does not say why the state could not be written; a folder that could not be removed is met later.
+WITHOUT_CAUSE = ("Error writing to file", "Is a directory")
 
 
 def problem_of_failure(disturbance, call, cause):
     def judge(repository, failed):
         messages = failed.stderr.decode()
-        is_told = messages.startswith("qrv: ") and any(words in messages for words in CAUSES[cause])
+        is_told = messages.startswith("qrv: ") and any(w in messages for w in CAUSES[cause] + WITHOUT_CAUSE)
         if failed.returncode == disturbance.scenario.status and not is_told:
             return disturbance.problem_left(repository, (disturbance.after,))
         if failed.returncode != 1 or not is_told:

@@ -61,13 +61,17 @@ class Repository:
         }
 
     def run(self, *arguments, tracer=()):
-        return subprocess.run(
+        result = subprocess.run(
             [*tracer, self.program, *arguments],
             cwd=self.folder,
             env=self.environment,
             stdout=subprocess.PIPE,
             stderr=subprocess.PIPE,
         )
+        # A sanitizer may end the program with the status of a failed command.
+        if b"Sanitizer" in result.stderr or b"runtime error: " in result.stderr:
+            raise RuntimeError(result.stderr.decode())
+        return result
 
     def do(self, *arguments, status=0):
         result = self.run(*arguments)
@@ -168,13 +172,13 @@ def many(count):
 
 
 def make_scenarios(program, folder, only=""):
-    """Those whose name holds the text `only`."""
+    """All, or the one with the name `only`."""
     made = []
 
     def scenario(name, on_master, prepare, arguments, status=0, again=(0,), is_halved=False):
-        if only not in name:
+        if only not in ("", name):
             return
-        repository = begin(program, folder / name.replace(" ", "-") / "root", on_master)
+        repository = begin(program, folder / name / "root", on_master)
         prepare(repository)
         made.append(Scenario(name, repository.folder, arguments, status, again, is_halved))
 
@@ -199,11 +203,11 @@ def make_scenarios(program, folder, only=""):
 
     scenario("add", {}, edit, ["add", "--all"])
     scenario("commit", {}, stage, ["commit", "-m", "work"], again=(1,))
-    scenario("commit of many", {}, stage_many, ["commit", "-m", "work"], again=(1,))
+    scenario("commit-of-many", {}, stage_many, ["commit", "-m", "work"], again=(1,))
     scenario("switch", ON_MASTER, lambda _: None, ["switch", "side"])
-    scenario("clean merge", ON_MASTER, lambda _: None, ["merge", "side"])
-    scenario("merge forward", {}, lambda _: None, ["merge", "side"])
-    scenario("merge with conflicts", CONFLICTING, lambda _: None, ["merge", "side"], status=1, again=(1,))
+    scenario("clean-merge", ON_MASTER, lambda _: None, ["merge", "side"])
+    scenario("merge-forward", {}, lambda _: None, ["merge", "side"])
+    scenario("merge-with-conflicts", CONFLICTING, lambda _: None, ["merge", "side"], status=1, again=(1,))
     scenario("resolve", CONFLICTING, conflict, ["resolve", "parts/list.csv", "--theirs"], again=(1,), is_halved=True)
     scenario("abort", CONFLICTING, conflict, ["merge", "--abort"], again=(1,))
     scenario("restore", {}, edit, ["restore", ".", "--force"])

@@ -66,6 +66,9 @@ class Walk:
             stderr=subprocess.PIPE,
         )
         self.journal.append(f"  {' '.join(map(repr, arguments))} -> {result.returncode} {result.stderr!r}")
+        # A sanitizer may end the program with the status of a failed command.
+        if b"Sanitizer" in result.stderr or b"runtime error: " in result.stderr:
+            raise Difference("the program is wrong in itself")
         return result
 
     def document(self, *arguments):

@@ -61,7 +61,6 @@ TEST(HistoryCheck, FindsNothingWhereAllIsWell) {
     EXPECT_THAT(repository.problems(), IsEmpty());
     Repository empty;
     EXPECT_THAT(problemsOf(empty.history), IsEmpty());
-
 }
 
 TEST(HistoryCheck, ChangesNothing) {
