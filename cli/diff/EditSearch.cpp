@@ -55,15 +55,17 @@ public:
     }
 
     bool isReached(int diagonal) const { return reach(diagonal) != unreachable; }
-    int reach(int diagonal) const {
-        return reaches_[static_cast<std::size_t>(diagonal + mostRounds + 1)];
-    }
+    int reach(int diagonal) const { return reaches_[place(diagonal)]; }
 
 private:
     static constexpr int unreachable = -1;
 
     static int size(Sequence sequence) { return static_cast<int>(sequence.size()); }
-    int& at(int diagonal) { return reaches_[static_cast<std::size_t>(diagonal + mostRounds + 1)]; }
+    int& at(int diagonal) { return reaches_[place(diagonal)]; }
+    static std::size_t place(int diagonal) {
+        const int index = diagonal + mostRounds + 1;
+        return static_cast<std::size_t>(index);
+    }
 
     int afterRemoval(int diagonal) const {
         const int x = reach(diagonal - 1);

@@ -97,15 +97,17 @@ std::vector<CommitEntry> entriesOf(Database& database, std::int64_t newest,
 void nameParents(const Database& database, const ReachedCommits& reached,
                  std::vector<CommitEntry>& entries) {
     std::unordered_map<std::int64_t, OdString> hashes;
-    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
-        const std::vector<std::int64_t>& parents = reached.at(entry->number);
-        for (auto parent = parents.rbegin(); parent != parents.rend(); ++parent) {
-            const auto known = hashes.find(*parent);
+    for (std::size_t left = entries.size(); left > 0; --left) {
+        CommitEntry& entry = entries[left - 1];
+        const std::vector<std::int64_t>& parents = reached.at(entry.number);
+        for (std::size_t parentsLeft = parents.size(); parentsLeft > 0; --parentsLeft) {
+            const std::int64_t parent = parents[parentsLeft - 1];
+            const auto known = hashes.find(parent);
             if (known == hashes.end())
-                failBuildsOn(database, entry->number, *parent);
-            entry->parents.push_back(known->second);
+                failBuildsOn(database, entry.number, parent);
+            entry.parents.push_back(known->second);
         }
-        hashes.emplace(entry->number, entry->hash);
+        hashes.emplace(entry.number, entry.hash);
     }
 }
 

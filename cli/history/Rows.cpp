@@ -39,7 +39,7 @@ OdString CheckedRow::url(int column) const {
 }
 
 OdString CheckedRow::hash(int column) const {
-    const OdString hash = row_.text(column);
+    OdString hash = row_.text(column);
     if (!isHash(hash))
         failDamaged(database_, OdString::format(tr(L"'%ls' is no hash"), printable(hash)));
     return hash;

@@ -100,6 +100,7 @@ TEST_F(WorkingTree, IsReadAgainWhereTheIndexSaysModified) {
     project.write({{"a.txt", "TEXT"}});
     fs::last_write_time(project / "a.txt", longAgo);
     EXPECT_EQ(shown(changes()), "a.txt modified, ");
+    EXPECT_EQ(shown(changes()), "a.txt modified, ");
     // As if a commit had kept it, and not come to write the state.
     project.write({{"a.txt", "text"}});
     fs::last_write_time(project / "a.txt", longAgo);
