@@ -186,6 +186,7 @@ private:
     void dropStore(HostStorage& drawings, const OdString& store,
                    const std::vector<OdString>& urls) {
         std::vector<std::int64_t> sizes;
+        sizes.reserve(urls.size());
         for (const OdString& url : urls)
             sizes.push_back(contentsSize(drawings, url));
         if (!remove(L".qrv/tf/" + store + L".tf"))

@@ -20,11 +20,14 @@ bool isBetween(std::string_view sequence, std::string_view first, std::string_vi
 
 // The code points that HFS+ leaves out when it compares names, each of three bytes in UTF-8: U+200C
 // to U+200F, U+202A to U+202E, U+206A to U+206F and U+FEFF.
+// They are written as bytes here, so that no reader of this file is misled.
+// NOLINTBEGIN(misc-misleading-bidirectional)
 bool isIgnored(std::string_view sequence) {
     return isBetween(sequence, "\xE2\x80\x8C", "\xE2\x80\x8F") ||
            isBetween(sequence, "\xE2\x80\xAA", "\xE2\x80\xAE") ||
            isBetween(sequence, "\xE2\x81\xAA", "\xE2\x81\xAF") || sequence == "\xEF\xBB\xBF";
 }
+// NOLINTEND(misc-misleading-bidirectional)
 
 // No character beyond ASCII has q, r, v or the full stop for its other case or its decomposition,
 // so that nothing but A to Z needs folding.

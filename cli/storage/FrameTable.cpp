@@ -54,8 +54,9 @@ std::string fromHex(std::string_view hex) {
 }  // namespace
 
 FrameTable::FrameTable(const OdString& path, Database::Access access, std::int64_t applicationId)
-    : applicationId_(applicationId), database_(std::make_shared<Database>(path, access)) {
-    isEmpty_ = database_->schemaVersion() == 0;
+    : applicationId_(applicationId),
+      database_(std::make_shared<Database>(path, access)),
+      isEmpty_(database_->schemaVersion() == 0) {
     if (isEmpty_ && access == Database::Access::create)
         makeTables();
     if (!isEmpty_)

@@ -95,7 +95,7 @@ Expected<void> ObjectFolder::flush() {
     WaitingObjects objects = std::exchange(waiting_, {});
     if (objects.empty())
         return {};
-    if (const Expected<void> flushed = flushContents(objects); !flushed)
+    if (Expected<void> flushed = flushContents(objects); !flushed)
         return flushed;
     for (auto& [digest, object] : objects) {
         // Another process may have stored the same: then the one file takes the other's place.

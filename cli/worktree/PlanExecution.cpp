@@ -66,14 +66,14 @@ Expected<void> applySteps(Workspace& workspace, const std::vector<const PlannedF
     for (const PlannedFile* step : steps) {
         if (!step->after.isEmpty())
             written.push_back(step);
-        else if (const Expected<void> removed = removeWorkingFile(workspace, step->path); !removed)
+        else if (Expected<void> removed = removeWorkingFile(workspace, step->path); !removed)
             return removed;
     }
     Progress progress(tr(L"Writing"), written.size());
     for (std::size_t begin = 0; begin < written.size(); begin += filesAtOnce) {
         const std::size_t count = std::min(filesAtOnce, written.size() - begin);
         const std::span<const PlannedFile* const> part(written.data() + begin, count);
-        if (const Expected<void> done = writeFiles(workspace, part, progress); !done)
+        if (Expected<void> done = writeFiles(workspace, part, progress); !done)
             return done;
     }
     return {};
