@@ -21,7 +21,7 @@ public:
     /// One that lies where `path` needs a folder, or below its name; empty when there is none.
     OdString inTheWayOf(const OdString& path) const {
         for (int slash = path.find(L'/'); slash >= 0; slash = path.find(L'/', slash + 1)) {
-            const OdString folder = path.left(slash);
+            OdString folder = path.left(slash);
             if (tree_.contains(folder) && !removed_.contains(folder))
                 return folder;
         }
