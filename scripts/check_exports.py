@@ -41,19 +41,19 @@ def updated(text, exported):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("list", type=pathlib.Path)
-    parser.add_argument("library")
+    parser.add_argument("binary")
     parser.add_argument("--sanitized", action="store_true")
     parser.add_argument("--update", action="store_true")
     arguments = parser.parse_args()
 
-    exported = library_names.of_library(arguments.library, "--defined-only")
+    exported = library_names.of_library(arguments.binary, "--defined-only")
     text = arguments.list.read_text(encoding="utf-8")
     if arguments.update:
         arguments.list.write_text(updated(text, exported), encoding="utf-8")
         return 0
     status = sources.report(problems(exported, listed(text), arguments.sanitized))
     if status:
-        print(f"When this is meant: python3 {sys.argv[0]} {arguments.list} {arguments.library} --update")
+        print(f"When this is meant: python3 {sys.argv[0]} {arguments.list} {arguments.binary} --update")
     return status
 
 
