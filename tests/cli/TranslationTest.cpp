@@ -162,8 +162,9 @@ TEST_F(InstalledTranslation, IsNeverLookedForInTheCurrentFolder) {
 TEST_F(InstalledTranslation, IsNotLookedForWhereALanguageIsAPath) {
     writeFile(folder / "share/locale/x/y/LC_MESSAGES/qrv.mo", compiled);
     writeFile(folder / "share/evil/LC_MESSAGES/qrv.mo", compiled);
-    for (const std::string language :
-         {"x/y", "../evil", "de/../../evil", (folder / "share/evil").string().c_str()}) {
+    const std::string outside = (folder / "share/evil").string();
+    for (const std::string& language :
+         std::vector<std::string>{"x/y", "../evil", "de/../../evil", outside}) {
         EXPECT_EQ(runInstalled({{"LANG", language}}), englishFailure) << language;
         EXPECT_EQ(runInstalled({{"LANG", "it"}, {"LANGUAGE", language}}), englishFailure)
             << language;

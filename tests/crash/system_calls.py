@@ -32,9 +32,10 @@ def available(strace, names):
 
 
 def calls_of(strace, repository, arguments, names):
-    """What the first thread calls, in order, from where it finds the repository; the loader's work is left out."""
+    """What the first thread calls, in order, from where it finds the repository. The loader's work is left out, and so
+    are pipes of its own: a sanitizer asks through one whether memory can be read."""
     log = repository.folder.with_name(repository.folder.name + "-trace")
-    tracer = [strace, "-f", "-qq", "-s", "200", "-e", f"trace={','.join(names)}", "-o", str(log)]
+    tracer = [strace, "-f", "-qq", "-y", "-s", "200", "-e", f"trace={','.join(names)}", "-o", str(log)]
     result = repository.run(*arguments, tracer=tracer)
     counts, calls, has_begun = Counter(), [], False
     first = None
@@ -47,7 +48,7 @@ def calls_of(strace, repository, arguments, names):
             continue
         counts[match.group(2)] += 1
         has_begun = has_begun or ".qrv" in line
-        if has_begun:
+        if has_begun and not re.search(r"\(([3-9]|\d\d+)<pipe:", line):
             calls.append(Call(match.group(2), counts[match.group(2)], line.split(" ", 1)[1]))
     return result, calls
 
