@@ -2,6 +2,8 @@
 #include <cli/CommandLine.h>
 #include <cli/Translation.h>
 
+#include <utility>
+
 namespace qrv_cli {
 
 namespace {
@@ -35,18 +37,61 @@ void addArguments(const CLI::App& parser, std::vector<ArgumentText>& arguments) 
         arguments.push_back(textOf(*option));
 }
 
-CommandText textOf(const CLI::App& parser, const std::string& name) {
+std::vector<const CLI::App*> subcommandsOf(const CLI::App& parser) {
+    return parser.get_subcommands([](const CLI::App* app) { return !app->get_name().empty(); });
+}
+
+CommandText textOf(const CLI::App& parser) {
     CommandText text;
-    text.name = name;
+    text.name = parser.get_name();
     text.summary = parser.get_description();
     addArguments(parser, text.arguments);
+    for (const CLI::App* subcommand : subcommandsOf(parser))
+        text.subcommands.push_back(textOf(*subcommand));
     return text;
+}
+
+/// The words of the help that the parser brings in English.
+void translateHelp(CLI::FormatterBase& formatter) {
+    struct Label {
+        const char* key;
+        const wchar_t* text;
+    };
+    static constexpr Label labels[] = {
+        {"Usage", translatable(L"Usage")},
+        {"OPTIONS", translatable(L"OPTIONS")},
+        {"SUBCOMMAND", translatable(L"COMMAND")},
+        {"SUBCOMMANDS", translatable(L"COMMANDS")},
+        {"Positionals", translatable(L"Arguments")},
+        {"REQUIRED", translatable(L"(required)")},
+        {"Needs", translatable(L"with")},
+        {"Excludes", translatable(L"without")},
+        {"TEXT", translatable(L"TEXT")},
+        {"POSITIVE", translatable(L"above 0")},
+    };
+    for (const Label& label : labels)
+        formatter.label(label.key, tr(label.text).toNarrow());
+}
+
+void prepareHelp(CLI::App& parser) {
+    for (CLI::Option* option : parser.get_options()) {
+        // What stands without an option says by its name what it is.
+        if (option->get_positional())
+            option->type_name("");
+    }
+    for (CLI::App* subcommand : parser.get_subcommands({})) {
+        if (!subcommand->get_name().empty())
+            subcommand->group(trUtf8(L"Commands"));
+        prepareHelp(*subcommand);
+    }
 }
 
 }  // namespace
 
 CommandLine::CommandLine()
     : parser_(std::make_unique<CLI::App>(trUtf8(L"Versions a folder of drawings."), "qrv")) {
+    translateHelp(*parser_->get_formatter());
+    parser_->option_defaults()->group(trUtf8(L"Options"));
     parser_->set_help_flag("-h,--help", trUtf8(L"Print this help message and exit"));
     parser_->set_version_flag("--version", version,
                               trUtf8(L"Display program version information and exit"));
@@ -59,16 +104,17 @@ CommandLine::CommandLine()
         CLI::App* const parser = parser_->add_subcommand(command.name, trUtf8(command.summary));
         parser->callback([this, action = command.declare(*parser)] { chosen_ = action; });
     }
+    prepareHelp(*parser_);
 }
 
 CommandLine::~CommandLine() = default;
 
 std::vector<CommandText> CommandLine::texts() const {
-    const CLI::App& parser = *parser_;
-    std::vector<CommandText> all = {textOf(parser, "")};
-    for (const CLI::App* command :
-         parser.get_subcommands([](const CLI::App* app) { return !app->get_name().empty(); }))
-        all.push_back(textOf(*command, command->get_name()));
+    CommandText program = textOf(*parser_);
+    program.name.clear();
+    std::vector<CommandText> all = std::move(program.subcommands);
+    program.subcommands.clear();
+    all.insert(all.begin(), std::move(program));
     return all;
 }
 

@@ -27,6 +27,8 @@ struct CommandText {
     std::string name;
     std::string summary;
     std::vector<ArgumentText> arguments;
+    /// What the command can be told to do, as `list` in `qrv ignore list`.
+    std::vector<CommandText> subcommands;
 };
 
 /// The parser of the command line with all commands. It parses once; the help, the completion of

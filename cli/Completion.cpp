@@ -18,32 +18,48 @@ std::string quoted(const std::string& text) {
     return result + "'";
 }
 
-std::string optionWords(const CommandText& command) {
+bool standsForReference(const std::string& placeholder) {
+    return placeholder == "COMMIT" || placeholder == "BRANCH";
+}
+
+/// "COMMIT", "BRANCH" or nothing: what the command takes, at first without an option.
+std::string referenceOf(const CommandText& command) {
+    for (const bool isOption : {false, true}) {
+        for (const ArgumentText& argument : command.arguments) {
+            const std::string& placeholder = isOption ? argument.value : argument.names.front();
+            if (argument.isOption == isOption && standsForReference(placeholder))
+                return placeholder;
+        }
+    }
+    return {};
+}
+
+/// The commands that list the names of the repository that can be written behind the command.
+std::string listOfNames(const CommandText& command) {
+    const std::string reference = referenceOf(command);
+    if (reference == "COMMIT")
+        return "qrv branch --names 2>/dev/null; qrv tag --names 2>/dev/null";
+    return reference.empty() ? reference : "qrv branch --names 2>/dev/null";
+}
+
+/// Files are offered wherever it is not known that none is wanted.
+bool takesFiles(const CommandText& command) {
+    return std::none_of(command.arguments.begin(), command.arguments.end(),
+                        [](const ArgumentText& argument) {
+                            return !argument.isOption && standsForReference(argument.names.front());
+                        });
+}
+
+/// All that can be written behind the command, but for names.
+std::string bashWords(const CommandText& command) {
     std::string words;
+    for (const CommandText& subcommand : command.subcommands)
+        words += ' ' + subcommand.name;
     for (const ArgumentText& argument : command.arguments) {
-        if (!argument.isOption)
-            continue;
         for (const std::string& name : argument.names)
-            words += (words.empty() ? "" : " ") + name;
+            words += argument.isOption ? ' ' + name : "";
     }
-    return words;
-}
-
-std::string commandWords(const std::vector<CommandText>& commands) {
-    std::string words;
-    for (const CommandText& command : commands) {
-        if (!command.name.empty())
-            words += (words.empty() ? "" : " ") + command.name;
-    }
-    return words;
-}
-
-bool wantsReference(const CommandText& command) {
-    return std::any_of(command.arguments.begin(), command.arguments.end(),
-                       [](const ArgumentText& argument) {
-                           const std::string& name = argument.names.front();
-                           return !argument.isOption && (name == "BRANCH" || name == "COMMIT");
-                       });
+    return words.substr(1);
 }
 
 std::string bashCases(const std::vector<CommandText>& commands) {
@@ -51,16 +67,25 @@ std::string bashCases(const std::vector<CommandText>& commands) {
     for (const CommandText& command : commands) {
         if (command.name.empty())
             continue;
-        cases += "    " + command.name + ") options=" + quoted(optionWords(command)) +
-                 "; names=" + (wantsReference(command) ? "references" : "files") + " ;;\n";
+        const std::string names = listOfNames(command);
+        cases += "    " + command.name + ")\n        words=(" + bashWords(command) + ")\n";
+        if (!names.empty())
+            cases += "        mapfile -t names < <(" + names + ")\n";
+        if (takesFiles(command))
+            cases += "        files=yes\n";
+        cases += "        ;;\n";
     }
     return cases;
 }
 
 std::string bashScript(const std::vector<CommandText>& commands) {
+    std::string names;
+    for (const CommandText& command : commands)
+        names += command.name + ' ';
     return R"bash(# Completion of qrv for bash.
 _qrv() {
-    local current=${COMP_WORDS[COMP_CWORD]} command='' index=1 options='' names=''
+    local current=${COMP_WORDS[COMP_CWORD]} command='' index=1 files='' word
+    local -a words=() names=()
     while [ "$index" -lt "$COMP_CWORD" ]; do
         case ${COMP_WORDS[index]} in
         -C) index=$((index + 1)) ;;
@@ -70,14 +95,17 @@ _qrv() {
         index=$((index + 1))
     done
     case $command in
-    '') options=)bash" +
-           quoted(commandWords(commands) + " " + optionWords(commands.front())) +
-           R"bash(; names=none ;;
+    '') words=()bash" +
+           names + bashWords(commands.front()) + R"bash()
+        ;;
 )bash" + bashCases(commands) +
            R"bash(    esac
-    [ "$names" != references ] || options="$options $(qrv branch 2>/dev/null | cut -c3- | cut -d" " -f1)"
-    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
-    if [ "$names" = files ] && [[ $current != -* ]]; then
+    COMPREPLY=()
+    # The names come from the repository, and what is offered is typed into the shell.
+    for word in "${words[@]}" "${names[@]}"; do
+        [[ $word != "$current"* ]] || COMPREPLY+=("$(printf '%q' "$word")")
+    done
+    if [ -n "$files" ] && [[ $current != -* ]]; then
         compopt -o filenames
         mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -f -- "$current")
     fi
@@ -100,6 +128,8 @@ std::string zshCases(const std::vector<CommandText>& commands) {
         if (command.name.empty())
             continue;
         cases += "    " + command.name + ")\n        options=(";
+        for (const CommandText& subcommand : command.subcommands)
+            cases += "\n            " + zshWord(subcommand.name, subcommand.summary);
         for (const ArgumentText& argument : command.arguments) {
             for (const std::string& name : argument.names) {
                 if (argument.isOption)
@@ -107,10 +137,8 @@ std::string zshCases(const std::vector<CommandText>& commands) {
             }
         }
         cases += ")\n";
-        if (wantsReference(command))
-            cases +=
-                "        names=(${(f)\"$(qrv branch 2>/dev/null | cut -c3- | cut -d\' \' "
-                "-f1)\"})\n";
+        if (const std::string names = listOfNames(command); !names.empty())
+            cases += "        names=(${(f)\"$(" + names + ")\"})\n";
         cases += "        ;;\n";
     }
     return cases;
@@ -128,7 +156,7 @@ std::string zshScript(const std::vector<CommandText>& commands) {
            words + ")\n    if (( CURRENT == 2 )); then\n        _describe command commands\n" +
            "        return\n    fi\n    case $words[2] in\n" + zshCases(commands) +
            "    esac\n    _describe option options\n"
-           "    (( ! $#names )) || _describe name names\n    _files\n}\n_qrv \"$@\"\n";
+           "    (( ! $#names )) || compadd -a names\n    _files\n}\n_qrv \"$@\"\n";
 }
 
 void addFishOptions(const CommandText& command, const std::string& condition, std::string& script) {
@@ -154,9 +182,12 @@ std::string fishScript(const std::vector<CommandText>& commands) {
         const std::string isChosen = "__fish_seen_subcommand_from " + command.name;
         script += "complete -c qrv -n __fish_use_subcommand -f -a " + quoted(command.name) +
                   " -d " + quoted(command.summary) + "\n";
-        if (wantsReference(command))
-            script += "complete -c qrv -n " + quoted(isChosen) +
-                      " -f -a '(qrv branch 2>/dev/null | cut -c3- | cut -d\" \" -f1)'\n";
+        for (const CommandText& subcommand : command.subcommands)
+            script += "complete -c qrv -n " + quoted(isChosen) + " -f -a " +
+                      quoted(subcommand.name) + " -d " + quoted(subcommand.summary) + "\n";
+        if (const std::string names = listOfNames(command); !names.empty())
+            script += "complete -c qrv -n " + quoted(isChosen) + " -f -a " +
+                      quoted("(" + names + ")") + "\n";
         addFishOptions(command, isChosen, script);
     }
     return script;

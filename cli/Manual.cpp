@@ -1,5 +1,7 @@
 #include <cli/Manual.h>
 
+#include <algorithm>
+
 namespace qrv_cli {
 
 namespace {
@@ -39,11 +41,19 @@ std::string namesOf(const ArgumentText& argument) {
     return argument.value.empty() ? names : names + " \\fI" + escaped(argument.value) + "\\fR";
 }
 
+bool isAmong(const ArgumentText& argument, const std::vector<ArgumentText>& all) {
+    return std::any_of(all.begin(), all.end(), [&argument](const ArgumentText& other) {
+        return other.names == argument.names;
+    });
+}
+
 std::string synopsis(const CommandText& command) {
     std::string line = ".B qrv\n";
     if (command.name.empty())
         return line + "[\\fIOPTIONS\\fR] \\fICOMMAND\\fR ...\n";
     line += ".B " + escaped(command.name) + "\n[\\fIOPTIONS\\fR]";
+    if (!command.subcommands.empty())
+        line += " [\\fICOMMAND\\fR ...]";
     for (const ArgumentText& argument : command.arguments) {
         if (!argument.isOption)
             line += " [\\fI" + escaped(argument.names.front()) + "\\fR]";
@@ -71,6 +81,25 @@ std::string commandList(const std::vector<CommandText>& all) {
     return text;
 }
 
+/// Options that every level has are told once, for the whole command.
+std::string subcommandList(const CommandText& command) {
+    std::string text;
+    for (const CommandText& subcommand : command.subcommands) {
+        text += ".TP\n\\fB" + escaped(subcommand.name) + "\\fR";
+        for (const ArgumentText& argument : subcommand.arguments) {
+            if (!argument.isOption)
+                text += " \\fI" + escaped(argument.names.front()) + "\\fR";
+        }
+        text += "\n" + escaped(subcommand.summary) + "\n";
+        for (const ArgumentText& argument : subcommand.arguments) {
+            if (!isAmong(argument, command.arguments))
+                text += ".RS\n.TP\n" + namesOf(argument) + "\n" + escaped(argument.description) +
+                        "\n.RE\n";
+        }
+    }
+    return text.empty() ? text : ".SH COMMANDS\n" + text;
+}
+
 constexpr const char* exitStatus =
     ".SH EXIT STATUS\n.TP\n0\nDone.\n.TP\n1\nFailed, or conflicts are open; a message says why.\n"
     ".TP\n2\nWrong usage.\n";
@@ -84,6 +113,7 @@ std::string manualPage(const CommandText& command, const std::vector<CommandText
     page += ".SH SYNOPSIS\n" + synopsis(command);
     page += section("ARGUMENTS", command.arguments, false);
     page += section("OPTIONS", command.arguments, true);
+    page += subcommandList(command);
     if (command.name.empty())
         page += commandList(all);
     return page + exitStatus;

@@ -10,7 +10,7 @@ packages=(
     libwxgtk3.2-dev  # Debian has no package of the base library's headers alone
     # testing
     libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev rapidjson-dev
-    python3 gcovr strace locales patch
+    python3 gcovr strace locales patch fish zsh
     binutils  # nm lists the names that a library exports and needs
     # the manual
     doxygen

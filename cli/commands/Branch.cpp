@@ -30,6 +30,7 @@ struct Arguments {
     std::string start = "HEAD";
     std::optional<std::string> deleted;
     bool force = false;
+    bool namesOnly = false;
     bool asJson = false;
 };
 
@@ -79,13 +80,21 @@ void writeDocument(Workspace& workspace, Output& output) {
     writeJson(std::move(array), output);
 }
 
-Expected<void> list(bool asJson, Output& output) {
+/// For the completion of the shells; no name has a line feed.
+void writeNames(Workspace& workspace, Output& output) {
+    for (const Branch& branch : branchesOf(workspace))
+        output.write(branch.name.toNarrow() + '\n');
+}
+
+Expected<void> list(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
         Workspace::open(".", Workspace::Use::look);
     if (!workspace)
         return workspace.error();
-    if (asJson)
+    if (arguments.asJson)
         writeDocument(**workspace, output);
+    else if (arguments.namesOnly)
+        writeNames(**workspace, output);
     else
         writeBranches(**workspace, output);
     return {};
@@ -184,12 +193,17 @@ Action declareBranch(CLI::App& parser) {
         .add_flag("--force", arguments->force,
                   trUtf8(L"Delete it also when its commits are in no other branch or tag"))
         ->needs(deleted);
-    parser.add_flag("--json", arguments->asJson,
-                    trUtf8(L"Print an array of objects with \"name\", \"commit\" and \"current\"; "
-                           L"of a branch made or deleted its object alone"));
+    CLI::Option* const names =
+        parser.add_flag("--names", arguments->namesOnly, trUtf8(L"List only the names"))
+            ->excludes(name);
+    parser
+        .add_flag("--json", arguments->asJson,
+                  trUtf8(L"Print an array of objects with \"name\", \"commit\" and \"current\"; "
+                         L"of a branch made or deleted its object alone"))
+        ->excludes(names);
     return [arguments](Output& output) {
         const bool changes = arguments->name || arguments->deleted;
-        return changes ? change(*arguments, output) : list(arguments->asJson, output);
+        return changes ? change(*arguments, output) : list(*arguments, output);
     };
 }
 

@@ -29,6 +29,7 @@ struct Arguments {
     std::optional<std::string> name;
     std::string commit = "HEAD";
     std::optional<std::string> deleted;
+    bool namesOnly = false;
     bool asJson = false;
 };
 
@@ -52,15 +53,23 @@ void writeDocument(History& history, const std::vector<OdString>& tags, Output& 
     writeJson(std::move(array), output);
 }
 
-Expected<void> list(bool asJson, Output& output) {
+/// For the completion of the shells; no name has a line feed.
+void writeNames(const std::vector<OdString>& tags, Output& output) {
+    for (const OdString& tag : tags)
+        output.write(tag.toNarrow() + '\n');
+}
+
+Expected<void> list(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
         Workspace::open(".", Workspace::Use::look);
     if (!workspace)
         return workspace.error();
     History& history = (*workspace)->history();
     const std::vector<OdString> tags = namesOf(history, RefType::Tag);
-    if (asJson)
+    if (arguments.asJson)
         writeDocument(history, tags, output);
+    else if (arguments.namesOnly)
+        writeNames(tags, output);
     else
         writeTags(history, tags, output);
     return {};
@@ -132,12 +141,17 @@ Action declareTag(CLI::App& parser) {
     parser.add_option("--delete", arguments->deleted, trUtf8(L"Delete the tag NAME"))
         ->type_name("NAME")
         ->excludes(name);
-    parser.add_flag("--json", arguments->asJson,
-                    trUtf8(L"Print an array of objects with \"name\" and \"commit\"; of a tag made "
-                           L"or deleted its object alone"));
+    CLI::Option* const names =
+        parser.add_flag("--names", arguments->namesOnly, trUtf8(L"List only the names"))
+            ->excludes(name);
+    parser
+        .add_flag("--json", arguments->asJson,
+                  trUtf8(L"Print an array of objects with \"name\" and \"commit\"; of a tag made "
+                         L"or deleted its object alone"))
+        ->excludes(names);
     return [arguments](Output& output) {
         const bool changes = arguments->name || arguments->deleted;
-        return changes ? change(*arguments, output) : list(arguments->asJson, output);
+        return changes ? change(*arguments, output) : list(*arguments, output);
     };
 }
 

@@ -60,6 +60,68 @@ TEST(Completion, OffersBranchesInBash) {
     EXPECT_EQ(offered(folder, "qrv switch s"), "side\n");
 }
 
+TEST(Completion, OffersBranchesAndTagsForACommitInBash) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(runShell(folder.path(),
+                       "$QRV init && $QRV add --all && $QRV commit -m x && "
+                       "$QRV branch side && $QRV tag sent")
+                  .status,
+              0);
+    EXPECT_EQ(offered(folder, "qrv log s"), "side\nsent\n");
+    EXPECT_EQ(offered(folder, "qrv switch s"), "side\n");
+    qrv_test::writeFile(folder.path() / "sheet.dxf", "x");
+    EXPECT_EQ(offered(folder, "qrv restore --from s"), "side\nsent\nsheet.dxf\n");
+}
+
+TEST(Completion, OffersWhatACommandCanBeToldToDoInBash) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(offered(folder, "qrv ignore ch"), "check\n");
+}
+
+TEST(Completion, NeitherRunsNorTypesWhatABranchIsCalledInBash) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(runShell(folder.path(),
+                       "$QRV init && $QRV add --all && $QRV commit -m x && "
+                       "$QRV branch 's$(touch${IFS}made)'")
+                  .status,
+              0);
+    EXPECT_EQ(offered(folder, "qrv switch s"), "s\\$\\(touch\\$\\{IFS\\}made\\)\n");
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "made"));
+}
+
+/// What a shell offers for the line, one a line, in a repository with the branches "side" and
+/// "s$(touch${IFS}made)".
+std::string offeredBy(const std::string& shell, const std::string& line) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(runShell(folder.path(),
+                       "$QRV init && $QRV add --all && $QRV commit -m x && $QRV branch side && "
+                       "$QRV branch 's$(touch${IFS}made)'")
+                  .status,
+              0);
+    const Outcome outcome = runShell(
+        folder.path(), "PATH=$(dirname \"$QRV\"):$PATH; export PATH; " + shell + " '" + line + "'");
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "made"));
+    EXPECT_EQ(outcome.messages, "");
+    return outcome.output;
+}
+
+TEST(Completion, OffersCommandsAndBranchesInFish) {
+    const std::string fish =
+        "fish --no-config -c 'qrv completion fish | source; complete -C $argv[1]'";
+    EXPECT_EQ(offeredBy(fish, "qrv resto"), "restore\tBring back files as they were in a commit\n");
+    EXPECT_EQ(offeredBy(fish, "qrv commit --me"), "--message\tWhat was done\n");
+    EXPECT_EQ(offeredBy(fish, "qrv switch si"), "side\n");
+    EXPECT_EQ(offeredBy(fish, "qrv switch s"), "s$(touch${IFS}made)\nside\n");
+    EXPECT_EQ(offeredBy(fish, "qrv ignore ch"),
+              "check\tTell which rule ignores a path; fails when none does\n");
+}
+
+TEST(Completion, IsUnderstoodByZsh) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(runShell(folder.path(), "$QRV completion zsh > _qrv; zsh -n _qrv"),
+              (Outcome{0, "", ""}));
+}
+
 TEST(Completion, DescribesEveryCommandForZshAndFish) {
     const TemporaryFolder folder;
     const std::string names = runQrv(folder.path(), {"manual", "--list"}).output;
@@ -100,6 +162,17 @@ TEST(Manual, SaysOfACommandWhatItsHelpSays) {
     EXPECT_THAT(outcome.output, HasSubstr(".SH NAME\nqrv\\-log\\-note \\- Write a line into the "
                                           "activity log\n.SH SYNOPSIS\n.B qrv\n.B log\\-note\n"
                                           "[\\fIOPTIONS\\fR] [\\fITEXT\\fR]\n"));
+}
+
+TEST(Manual, ExplainsWhatACommandCanBeToldToDo) {
+    const TemporaryFolder folder;
+    EXPECT_THAT(
+        runQrv(folder.path(), {"manual", "projects"}).output,
+        AllOf(HasSubstr("[\\fIOPTIONS\\fR] [\\fICOMMAND\\fR ...]\n"),
+              HasSubstr(".SH COMMANDS\n.TP\n\\fBlist\\fR\nList the projects (the default)\n"),
+              HasSubstr(".TP\n\\fBadd\\fR \\fIDIR\\fR\n"
+                        "Register the repository that holds a folder\n.RS\n.TP\n\\fBDIR\\fR\n"),
+              HasSubstr(".RS\n.TP\n\\fB\\-\\-name\\fR \\fITEXT\\fR\nThe name to list")));
 }
 
 TEST(Manual, FailsForACommandThatIsNone) {

@@ -287,11 +287,11 @@ TEST_F(ConvertCommand, RefusesAnUnknownKindAndListsThose) {
                        "Read a record of the server and print it as JSON\n"
                        "Usage: qrv convert [OPTIONS] RECORD [FILE]\n"
                        "\n"
-                       "Positionals:\n"
-                       "  RECORD TEXT REQUIRED        The kind of record: " +
+                       "Arguments:\n"
+                       "  RECORD (required)           The kind of record: " +
                            known +
                            "\n"
-                           "  FILE TEXT                   The record's file (default: -, standard "
+                           "  FILE                        The record's file (default: -, standard "
                            "input)\n"
                            "\n"
                            "Options:\n"

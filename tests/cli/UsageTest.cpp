@@ -19,14 +19,14 @@ using testing::IsEmpty;
 
 const std::string help =
     "Versions a folder of drawings.\n"
-    "Usage: qrv [OPTIONS] [SUBCOMMAND]\n"
+    "Usage: qrv [OPTIONS] [COMMAND]\n"
     "\n"
     "Options:\n"
     "  -h,--help                   Print this help message and exit\n"
     "  --version                   Display program version information and exit\n"
     "  -C DIR                      Work as if started in the folder DIR\n"
     "\n"
-    "Subcommands:\n"
+    "Commands:\n"
     "  init                        Make a repository in a folder, or complete the one that is "
     "there\n"
     "  files                       List the files that the ignore rules leave\n"
@@ -84,7 +84,7 @@ TEST(Usage, ExplainsEachCommandWithoutCarryingItOut) {
         {{"status"}, "[DIR]"},
         {{"state"}, "[DIR]"},
         {{"name"}, "[NEW]"},
-        {{"projects"}, "[SUBCOMMAND]"},
+        {{"projects"}, "[COMMAND]"},
         {{"projects", "list"}, ""},
         {{"projects", "add"}, "[DIR]"},
         {{"projects", "remove"}, "[DIR]"},
@@ -126,8 +126,8 @@ TEST(Usage, ExplainsTheArgumentsOfInit) {
                        "Make a repository in a folder, or complete the one that is there\n"
                        "Usage: qrv init [OPTIONS] [DIR]\n"
                        "\n"
-                       "Positionals:\n"
-                       "  DIR TEXT                    The project's folder, made if it is missing "
+                       "Arguments:\n"
+                       "  DIR                         The project's folder, made if it is missing "
                        "(default: the current one)\n"
                        "\n"
                        "Options:\n"

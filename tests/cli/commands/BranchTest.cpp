@@ -43,6 +43,14 @@ std::string shortOf(const OdString& hash) {
     return hash.left(10).toNarrow();
 }
 
+TEST_F(BranchCommand, ListsOnlyNamesForOtherPrograms) {
+    repository.history.setReference(L"side", RefType::Branch, first);
+    repository.history.setReference(L"tag", RefType::Tag, first);
+    EXPECT_EQ(branch({"--names"}), (Outcome{0, "master\nside\n", ""}));
+    EXPECT_EQ(branch({"--names", "--json"}).status, 2);
+    EXPECT_EQ(branch({"--names", "new"}).status, 2);
+}
+
 TEST_F(BranchCommand, ListsBranchesAndMarksTheCurrentOne) {
     repository.history.setReference(L"a-b\u00FC", RefType::Branch, first);
     repository.history.setReference(L"ground-floor", RefType::Branch, second);

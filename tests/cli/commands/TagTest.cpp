@@ -33,6 +33,13 @@ protected:
     OdString second;
 };
 
+TEST_F(TagCommand, ListsOnlyNamesForOtherPrograms) {
+    repository.history.setReference(L"tender", RefType::Tag, second);
+    repository.history.setReference(L"as-built", RefType::Tag, first);
+    EXPECT_EQ(tag({"--names"}), (Outcome{0, "as-built\ntender\n", ""}));
+    EXPECT_EQ(tag({"--names", "--json"}).status, 2);
+}
+
 TEST_F(TagCommand, ListsTags) {
     EXPECT_EQ(tag({}), (Outcome{0, "", ""}));
     repository.history.setReference(L"tender", RefType::Tag, second);
