@@ -12,25 +12,36 @@ include(CMakePackageConfigHelpers)
 set(qrv_libraries qrv_common)
 set(qrv_pc_libraries "-lqrv-common")
 set(qrv_pc_requires "Qt5Core")
+set(qrv_platform_is_external OFF)
 if(QRV_PLATFORM STREQUAL "bundled")
     list(APPEND qrv_libraries qrv_platform)
     string(APPEND qrv_pc_libraries " -lqrv-platform")
 else()
     string(APPEND qrv_pc_requires " qrv-platform")
+    set(qrv_platform_is_external ON)
 endif()
 
-# The libraries find each other, and the program finds them, wherever the tree stands.
-set_target_properties(${qrv_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
+# The libraries find each other, and the program finds them, wherever the tree stands; and just so in the build
+# tree. With a run path of its own there, CMake would end it with an empty entry, which stands for the current folder:
+# a library that somebody put among drawings would be taken for one of the system's.
+file(RELATIVE_PATH qrv_libraries_from_program ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set(qrv_built_programs ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_BINDIR})
+set_target_properties(${qrv_libraries} PROPERTIES
+    INSTALL_RPATH "$ORIGIN"
+    BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH_USE_LINK_PATH ${qrv_platform_is_external}
+    LIBRARY_OUTPUT_DIRECTORY ${qrv_built_programs}/${qrv_libraries_from_program})
 install(TARGETS ${qrv_libraries}
     EXPORT qrv-targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qrv)
 
 if(TARGET qrv_cli)
-    file(RELATIVE_PATH qrv_libraries_from_program
-        ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(qrv_cli PROPERTIES
-        INSTALL_RPATH "$ORIGIN/${qrv_libraries_from_program}")
+        INSTALL_RPATH "$ORIGIN/${qrv_libraries_from_program}"
+        BUILD_WITH_INSTALL_RPATH ON
+        INSTALL_RPATH_USE_LINK_PATH ${qrv_platform_is_external}
+        RUNTIME_OUTPUT_DIRECTORY ${qrv_built_programs})
     install(TARGETS qrv_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     # Manual pages and the completion of the shells are printed by the program itself.
     install(CODE "set(program \"$<TARGET_FILE:qrv_cli>\")

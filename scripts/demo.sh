@@ -14,7 +14,7 @@ if [ "$recording" != --recording ]; then
         -DQRV_BUILD_TESTS=OFF -DQRV_BUILD_BENCH=OFF -DQRV_WARNINGS_AS_ERRORS=OFF
     cmake --build build/demo --target qrv_cli
 fi
-PATH=$PWD/build/demo/cli:$PATH
+PATH=$PWD/build/demo/bin:$PATH
 
 temporary=$(mktemp -d)
 trap 'rm -rf "$temporary"' EXIT

@@ -9,18 +9,18 @@ top=$PWD/build/external
 rm -rf "$top"
 options=(-DQRV_BUILD_TESTS=OFF -DQRV_BUILD_BENCH=OFF)
 host=("-Dqrv-platform_DIR=$PWD/tests/external" "-DQRV_HOST_HEADERS=$PWD"
-    "-DQRV_HOST_LIBRARY=$top/host/platform/libqrv-platform.so.0")
+    "-DQRV_HOST_LIBRARY=$top/host/lib/libqrv-platform.so.0")
 
 cmake --preset dev -B "$top/host" "${options[@]}"
 cmake --build "$top/host" --target qrv_platform
 
 cmake --preset dev -B "$top/build" "${options[@]}" -DQRV_PLATFORM=external "${host[@]}"
 cmake --build "$top/build"
-if [ -e "$top/build/platform" ]; then
+if [ -e "$top/build/lib/libqrv-platform.so" ]; then
     echo "the bundled platform was built all the same"
     exit 1
 fi
-"$top/build/cli/qrv" --version
+"$top/build/bin/qrv" --version
 cmake --install "$top/build" --prefix "$top/prefix"
 if [ -e "$top/prefix/include/qrv/platform" ]; then
     echo "the bundled platform was installed all the same"

@@ -14,6 +14,7 @@ import check_calls
 import check_exports
 import check_includes
 import check_lists
+import check_run_path
 import check_samples
 import check_silence
 import check_sizes
@@ -307,6 +308,21 @@ class Silence(unittest.TestCase):
     def test_exceptions_hold_for_their_library_only(self):
         self.assertEqual(self.found("raise", check_silence.PLATFORM), [])
         self.assertEqual(self.found("raise"), ["libqrv-common.so ends the process: raise"])
+
+
+class RunPath(unittest.TestCase):
+    def found(self, folders):
+        line = f" 0x000000000000001d (RUNPATH)            Library runpath: [{folders}]\n"
+        return list(check_run_path.problems("qrv", line))
+
+    def test_an_empty_or_relative_folder_is_found(self):
+        for folders in ("", "/build/common:", ":/build", "$ORIGIN/../lib::/usr/lib", "lib", "./lib:/usr/lib"):
+            self.assertEqual(len(self.found(folders)), 1, folders)
+
+    def test_other_folders_pass(self):
+        for folders in ("$ORIGIN", "$ORIGIN/../lib:/opt/qrv/lib", "/usr/lib"):
+            self.assertEqual(self.found(folders), [], folders)
+        self.assertEqual(list(check_run_path.problems("qrv", " (NEEDED) Shared library: [libc.so.6]\n")), [])
 
 
 class Samples(unittest.TestCase):

@@ -119,6 +119,13 @@ protected:
         fs::create_directories(catalogue.parent_path());
         fs::create_directory(folder / "bin");
         fs::copy_file(QRV_PROGRAM, folder / "bin/qrv");
+        // Where the program looks for its libraries.
+        const fs::path libraries = QRV_LIBRARIES;
+        const fs::path fromProgram =
+            libraries.lexically_relative(fs::path(QRV_PROGRAM).parent_path());
+        const fs::path link = (folder / "bin" / fromProgram).lexically_normal();
+        fs::create_directories(link.parent_path());
+        fs::create_directory_symlink(libraries, link);
     }
 
     Outcome runInstalled(const Environment& environment = german) const {
