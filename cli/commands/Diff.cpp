@@ -9,11 +9,14 @@
 #include <cli/diff/Differences.h>
 #include <cli/diff/Patch.h>
 #include <cli/history/CommitName.h>
+#include <cli/terminal/Colour.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
+#include <platform/sys/Terminal.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -97,10 +100,41 @@ void writeNames(const std::vector<Difference>& differences, std::string_view end
     }
 }
 
-/// The one place where lines of patches are printed. They keep their own bytes, so that the patch
-/// can be applied.
-void writeLine(PatchLine, std::string_view line, Output& output) {
-    output.write(line);
+std::optional<Colour> colourOf(PatchLine kind) {
+    switch (kind) {
+        case PatchLine::heading:
+            return Colour::bold;
+        case PatchLine::position:
+            return Colour::cyan;
+        case PatchLine::removed:
+            return Colour::red;
+        case PatchLine::added:
+            return Colour::green;
+        case PatchLine::context:
+        case PatchLine::remark:
+            break;
+    }
+    return std::nullopt;
+}
+
+/// What the line may do to a terminal is shown instead, but for tabs.
+std::string printableLine(std::string_view line) {
+    std::string text;
+    for (std::size_t begin = 0; begin <= line.size();) {
+        const std::size_t end = std::min(line.find('\t', begin), line.size());
+        text += printable(OdString::fromNarrow(line.substr(begin, end - begin))).toNarrow();
+        text += end < line.size() ? "\t" : "";
+        begin = end + 1;
+    }
+    return text;
+}
+
+/// Elsewhere lines of patches keep their own bytes, so that the patch can be applied.
+void writeLine(PatchLine kind, std::string_view line, Output& output) {
+    const std::optional<Colour> colour = colourOf(kind);
+    const std::string text =
+        sys::isTerminal(sys::Stream::output) ? printableLine(line) : std::string(line);
+    output.write(colour ? coloured(*colour, text) : text);
     output.write("\n");
 }
 

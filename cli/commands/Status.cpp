@@ -18,7 +18,9 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -28,6 +30,13 @@ namespace {
 
 using common::FileChange;
 using common::StagedFile;
+
+struct Arguments {
+    std::string folder = ".";
+    bool namesOnly = false;
+    bool endWithNul = false;
+    bool asJson = false;
+};
 
 /// What the texts are made of.
 struct Status {
@@ -152,19 +161,40 @@ std::string plainText(const Status& status) {
     return text.toNarrow();
 }
 
-Expected<void> showStatus(const std::string& folder, bool asJson, Output& output) {
+/// The own bytes of all paths that the plain text names, each once and sorted, so that another
+/// program can open the files.
+void writeNames(const Status& status, std::string_view end, Output& output) {
+    std::set<OdString> names;
+    for (const auto* files : {&status.staged, &status.unstaged}) {
+        for (const StagedFile& file : *files)
+            names.insert(file.path);
+    }
+    for (const common::ConflictData& conflict : status.conflicts)
+        names.insert(conflict.path);
+    for (const OdString& name : names) {
+        output.write(name.toNarrow());
+        output.write(end);
+    }
+}
+
+void write(const Status& status, const Arguments& arguments, Output& output) {
+    if (arguments.asJson)
+        writeJson(documentOf(status), output);
+    else if (arguments.namesOnly)
+        writeNames(status, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
+    else
+        output.write(plainText(status));
+}
+
+Expected<void> showStatus(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(folder, Workspace::Use::look);
+        Workspace::open(arguments.folder, Workspace::Use::look);
     if (!workspace)
         return workspace.error();
     const Expected<WorkingChanges> changes = findChanges(**workspace);
     if (!changes)
         return changes.error();
-    const Status status = statusOf(**workspace, *changes);
-    if (asJson)
-        writeJson(documentOf(status), output);
-    else
-        output.write(plainText(status));
+    write(statusOf(**workspace, *changes), arguments, output);
     // What was found by reading is only remembered to be quicker next time.
     if (const Expected<void> closed = (*workspace)->close(); !closed)
         printMessage(closed.error().message);
@@ -174,12 +204,17 @@ Expected<void> showStatus(const std::string& folder, bool asJson, Output& output
 }  // namespace
 
 Action declareStatus(CLI::App& parser) {
-    const auto folder = std::make_shared<std::string>(".");
-    const auto asJson = std::make_shared<bool>(false);
-    parser.add_option("DIR", *folder,
+    const auto arguments = std::make_shared<Arguments>();
+    parser.add_option("DIR", arguments->folder,
                       trUtf8(L"A folder in the repository (default: the current one)"));
-    parser.add_flag("--json", *asJson, trUtf8(L"Print the status as a JSON object"));
-    return [folder, asJson](Output& output) { return showStatus(*folder, *asJson, output); };
+    CLI::Option* const names = parser.add_flag("--names", arguments->namesOnly,
+                                               trUtf8(L"Print only the paths of what has changed"));
+    parser
+        .add_flag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
+        ->needs(names);
+    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the status as a JSON object"))
+        ->excludes(names);
+    return [arguments](Output& output) { return showStatus(*arguments, output); };
 }
 
 }  // namespace qrv_cli

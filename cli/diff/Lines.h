@@ -24,7 +24,8 @@ private:
     std::vector<std::uint32_t> begins_;
 };
 
-/// Whether a person can read it: UTF-8 throughout, without a NUL near its beginning.
+/// Whether a person can compare it by lines: there is no NUL near its beginning. Any encoding will
+/// do, for the drawings and lists of an office are often older than UTF-8.
 bool isText(std::string_view bytes);
 
 }  // namespace qrv_cli

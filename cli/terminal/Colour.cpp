@@ -7,38 +7,47 @@ namespace qrv_cli {
 
 namespace {
 
-bool usesColours() {
+bool findWhetherColoursAreUsed() {
     const bool isRefused = !qgetenv("NO_COLOR").isEmpty() || qgetenv("TERM") == "dumb";
     return !isRefused && sys::isTerminal(sys::Stream::output);
 }
 
-const wchar_t* codeOf(Colour colour) {
+bool usesColours() {
+    static const bool isOn = findWhetherColoursAreUsed();
+    return isOn;
+}
+
+std::string_view codeOf(Colour colour) {
     switch (colour) {
         case Colour::bold:
-            return L"1";
+            return "1";
         case Colour::red:
-            return L"31";
+            return "31";
         case Colour::green:
-            return L"32";
+            return "32";
         case Colour::yellow:
-            return L"33";
+            return "33";
         case Colour::cyan:
             break;
     }
-    return L"36";
+    return "36";
 }
 
 }  // namespace
 
 OdString coloured(Colour colour, const OdString& text) {
-    static const bool isOn = usesColours();
-    if (!isOn || text.isEmpty())
-        return text;
-    const int last = text.getLength() - 1;
-    const bool endsLine = text[last] == L'\n';
-    const OdString body = endsLine ? text.left(last) : text;
-    return OdString(L"\x1B[") + codeOf(colour) + L"m" + body + L"\x1B[0m" +
-           (endsLine ? L"\n" : L"");
+    // Without colours no text is converted.
+    return usesColours() ? OdString::fromNarrow(coloured(colour, text.toNarrow())) : text;
+}
+
+std::string coloured(Colour colour, std::string_view bytes) {
+    if (!usesColours() || bytes.empty())
+        return std::string(bytes);
+    const bool endsLine = bytes.back() == '\n';
+    const std::string_view body = bytes.substr(0, bytes.size() - (endsLine ? 1 : 0));
+    std::string text = "\x1B[";
+    text.append(codeOf(colour)).append("m").append(body).append("\x1B[0m");
+    return endsLine ? text + '\n' : text;
 }
 
 }  // namespace qrv_cli

@@ -47,6 +47,21 @@ TEST_F(StatusCommand, ShowsAQuietRepository) {
                                  ""}));
 }
 
+TEST_F(StatusCommand, ListsOnlyPathsForOtherPrograms) {
+    using namespace std::string_literals;
+    begin();
+    EXPECT_EQ(project.qrv({"status", "--names"}), (Outcome{0, "", ""}));
+    project.write({{"plan.dwg", "plan 2"}, {"b\x1B\n\xE4", "x"}, {"a", "x"}});
+    fs::remove(project / "list.csv");
+    project.run({"add", "plan.dwg"});
+    EXPECT_EQ(project.qrv({"status", "--names"}),
+              (Outcome{0, "a\nb\x1B\n\xE4\nlist.csv\nplan.dwg\n", ""}));
+    EXPECT_EQ(project.qrv({"status", "--names", "-0"}),
+              (Outcome{0, "a\0b\x1B\n\xE4\0list.csv\0plan.dwg\0"s, ""}));
+    EXPECT_EQ(project.qrv({"status", "-0"}).status, 2);
+    EXPECT_EQ(project.qrv({"status", "--names", "--json"}).status, 2);
+}
+
 TEST_F(StatusCommand, ShowsWhatIsStagedChangedAndRenamed) {
     begin();
     project.write({{"list.csv", "4"}, {"sub/new\nname.txt", "n"}});

@@ -59,7 +59,7 @@ TEST(ReadText, GivesTheContentsOfAText) {
 
 TEST(ReadText, GivesNothingForOtherContents) {
     const Office office;
-    for (const std::string& bytes : {"a\0b"s, "\xFC"s}) {
+    for (const std::string& bytes : {"a\0b"s, "\0"s}) {
         EXPECT_EQ(office.read(L"a", office.working("a", bytes)).value(), std::nullopt);
         EXPECT_EQ(office.read(L"b", office.stored("b", bytes)).value(), std::nullopt);
     }
