@@ -93,24 +93,26 @@ void print(const std::vector<StagedFile>& files, bool asJson, Output& output) {
 
 Expected<void> add(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", Workspace::Use::change, Workspace::Scan::ahead);
     if (!workspace)
         return workspace.error();
     const Expected<WorkingChanges> changes = findChanges(**workspace);
     if (!changes)
         return changes.error();
-    const common::RepoFileExplorer explorer(changes->files, (*workspace)->root());
+    common::RepoChanges files = changes->files;
+    files.unchanged = unchangedFiles(*changes, **workspace);
+    const common::RepoFileExplorer explorer(files, (*workspace)->root());
     Expected<std::vector<StagedFile>> chosen = findChosen(arguments, **workspace, explorer);
     if (!chosen)
         return chosen.error();
-    const std::vector<StagedFile> files = withRenameHalves(*chosen, *changes);
-    if (Expected<void> safe = refuseUnsafe(files); !safe)
+    const std::vector<StagedFile> staged = withRenameHalves(*chosen, *changes);
+    if (Expected<void> safe = refuseUnsafe(staged); !safe)
         return safe;
-    warnBeforeStaging(files, *changes, **workspace);
-    stage(files, *changes, (*workspace)->cache());
+    warnBeforeStaging(staged, *changes, **workspace);
+    stage(staged, *changes, (*workspace)->cache());
     if (Expected<void> closed = (*workspace)->close(); !closed)
         return closed;
-    print(files, arguments.asJson, output);
+    print(staged, arguments.asJson, output);
     return {};
 }
 

@@ -46,7 +46,7 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     if (text.message.isEmpty())
         return ErrorMessage{tr(L"A commit needs a message that says what was done")};
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", Workspace::Use::change, Workspace::Scan::ahead);
     if (!workspace)
         return workspace.error();
     const Expected<WorkingChanges> changes = findChanges(**workspace);

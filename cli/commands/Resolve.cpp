@@ -114,8 +114,8 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     }
     if (const Expected<void> settled = settle(**workspace, *path); !settled)
         return settled.error();
-    if (const Expected<void> closed = (*workspace)->close(); !closed)
-        return closed.error();
+    if (const Expected<void> saved = (*workspace)->saveState(); !saved)
+        return saved.error();
     print(**workspace, *path, arguments.asJson, output);
     return {};
 }

@@ -188,7 +188,7 @@ void write(const Status& status, const Arguments& arguments, Output& output) {
 
 Expected<void> showStatus(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(arguments.folder, Workspace::Use::look);
+        Workspace::open(arguments.folder, Workspace::Use::look, Workspace::Scan::ahead);
     if (!workspace)
         return workspace.error();
     const Expected<WorkingChanges> changes = findChanges(**workspace);

@@ -43,6 +43,12 @@ struct TreeFile {
     friend bool operator==(const TreeFile&, const TreeFile&) = default;
 };
 
+/// A file without its contents.
+struct SizedFile {
+    OdString path;
+    std::int64_t sizeBytes = 0;
+};
+
 /// All files of a commit by their paths.
 using Tree = std::map<OdString, TreeFile>;
 

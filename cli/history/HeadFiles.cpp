@@ -1,6 +1,8 @@
 #include <cli/history/History.h>
 #include <cli/history/RowsInternal.h>
 
+#include <algorithm>
+
 namespace qrv_cli {
 
 Tree History::headFiles() {
@@ -11,6 +13,27 @@ Tree History::headFiles() {
     while (query.step())
         files.insert_or_assign(files.end(), row.path(0), TreeFile{row.url(1), row.sizeBytes(2)});
     return files;
+}
+
+std::vector<SizedFile> History::headSizes() {
+    Statement query = database_->prepare("SELECT path, size FROM head_files ORDER BY path");
+    const CheckedRow row(*database_, query);
+    std::vector<SizedFile> files;
+    while (query.step())
+        files.push_back({row.path(0), row.sizeBytes(1)});
+    // The order of the bytes is not always that of the texts.
+    const auto isBefore = [](const SizedFile& one, const SizedFile& other) {
+        return one.path < other.path;
+    };
+    if (!std::is_sorted(files.begin(), files.end(), isBefore))
+        std::sort(files.begin(), files.end(), isBefore);
+    return files;
+}
+
+OdString History::headUrl(const OdString& path) {
+    Statement query = database_->prepare("SELECT url FROM head_files WHERE path = ?");
+    query.bind(path);
+    return query.step() ? CheckedRow(*database_, query).url(0) : OdString();
 }
 
 void History::changeHeadFiles(const std::vector<FileDelta>& deltas) {

@@ -78,6 +78,10 @@ public:
 
     // HEAD: the files that the working tree was last brought to.
     Tree headFiles();
+    /// The same without the URLs, ordered by path: for a comparison, most of which needs none.
+    std::vector<SizedFile> headSizes();
+    /// The URL of a file of HEAD; empty when there is no such file.
+    OdString headUrl(const OdString& path);
     /// Makes `deltas` part of the files of HEAD. Files that go although they are not there are no
     /// error.
     void changeHeadFiles(const std::vector<FileDelta>& deltas);

@@ -32,10 +32,10 @@ OdString CheckedRow::path(int column) const {
 }
 
 OdString CheckedRow::url(int column) const {
-    const Expected<CheckedUrl> url = CheckedUrl::check(row_.text(column));
-    if (!url)
-        failDamaged(database_, url.error().message);
-    return url->text();
+    OdString url = row_.text(column);
+    if (!isCheckedUrl(url))
+        failDamaged(database_, CheckedUrl::check(url).error().message);
+    return url;
 }
 
 OdString CheckedRow::hash(int column) const {

@@ -87,6 +87,10 @@ bool CheckedUrl::isDrawing() const {
     return !store_.isEmpty();
 }
 
+bool isCheckedUrl(const OdString& url) {
+    return partsOf(url.toWide()).has_value();
+}
+
 OdString objectUrl(const OdString& digest) {
     return L"po:" + digest;
 }

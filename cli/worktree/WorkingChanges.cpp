@@ -1,19 +1,19 @@
 #include <cli/Message.h>
 #include <cli/safety/StorageUrlCheck.h>
+#include <cli/worktree/TreeScan.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/WorkingFile.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <common/storage/StorageUrl.h>
-#include <common/worktree/CollectFiles.h>
 #include <common/worktree/FileIdentity.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <future>
-#include <iterator>
+#include <deque>
 #include <memory>
-#include <span>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace qrv_cli {
@@ -25,12 +25,6 @@ using common::FileChange;
 /// The coarsest step in which a file system counts its times.
 constexpr std::int64_t coarsestTimeStepTicks = 20'000'000;
 
-struct PresentFile {
-    OdString path;
-    std::int64_t sizeBytes = 0;
-    std::int64_t ticks = 0;
-};
-
 /// What reading a file told, for the index.
 struct Verdict {
     OdString path;
@@ -38,135 +32,114 @@ struct Verdict {
     bool isModified = false;
 };
 
-/// What lies in the working tree. Both lists are ordered by path.
-struct Listing {
-    std::vector<PresentFile> files;
-    std::vector<OdString> links;
-    /// What is wrong with the ignore rules.
-    std::vector<OdString> messages;
-};
-
-void note(const OdString& path, const sys::Outcome<sys::FileStatus>& status, Listing& listing) {
-    // What went away since the scan is not there.
-    if (!status)
-        return;
-    if (status->kind == sys::FileKind::link)
-        listing.links.push_back(path);
-    else if (status->kind == sys::FileKind::regular)
-        listing.files.push_back({path, status->sizeBytes, toTicks(status->modifiedNs)});
-}
-
-Listing lookAll(const sys::Folder& root, std::span<const OdString> paths) {
-    Listing listing;
-    listing.files.reserve(paths.size());
-    for (const OdString& path : paths)
-        note(path, root.statusOfListed(path.toNarrow()), listing);
-    return listing;
-}
-
-template <class T>
-void append(std::vector<T>& to, std::vector<T> from) {
-    to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
-}
-
-std::vector<OdString> sortedPaths(std::vector<common::File> files) {
-    std::vector<OdString> paths;
-    paths.reserve(files.size());
-    for (common::File& file : files)
-        paths.push_back(std::move(file.path));
-    std::sort(paths.begin(), paths.end());
-    return paths;
-}
-
-/// Asking the system for every file's size and time takes most of the time of a status, and two can
-/// ask at once.
-Expected<Listing> listTree(const common::RootPath& root, const sys::Folder& folder) {
-    std::vector<OdString> messages;
-    const auto remember = [&messages](const OdString& text) { messages.push_back(text); };
-    Expected<std::vector<common::File>> files = common::collectRepoFiles(remember, root);
-    if (!files)
-        return files.error();
-    const std::vector<OdString> paths = sortedPaths(std::move(*files));
-    const std::span<const OdString> all(paths);
-    const std::size_t half = paths.size() / 2;
-    std::future<Listing> second = std::async(
-        std::launch::async, [&folder, all, half] { return lookAll(folder, all.subspan(half)); });
-    Listing listing = lookAll(folder, all.first(half));
-    Listing rest = second.get();
-    append(listing.files, std::move(rest.files));
-    append(listing.links, std::move(rest.links));
-    listing.messages = std::move(messages);
-    return listing;
-}
-
-/// In the order of the paths, like the trees and the index, so that one walk compares them.
+/// The files of HEAD, whose order the result has, against what lies in the tree in any order.
 class Comparison {
 public:
-    Comparison(Workspace& workspace, Listing listing)
+    /// The scan must have its paths.
+    Comparison(Workspace& workspace, std::vector<SizedFile> head, TreeScan& scan)
         : workspace_(workspace),
-          head_(workspace.headFiles()),
           index_(workspace.state().index),
-          files_(std::move(listing.files)) {
-        result_.links = std::move(listing.links);
-        const sys::Outcome<sys::FileStatus> state = workspace.folder().status(".qrv/qrv.state");
-        if (state)
-            trustedBeforeTicks_ = toTicks(state->modifiedNs) - coarsestTimeStepTicks;
+          head_(std::move(head)),
+          scan_(scan),
+          present_(head_.size(), nullptr) {
+        if (const std::optional<std::int64_t> written = workspace.stateModifiedNs())
+            trustedBeforeTicks_ = toTicks(*written) - coarsestTimeStepTicks;
     }
 
-    void compare() {
-        addHiddenHeadFiles();
+    WorkingChanges compare() {
+        const std::vector<std::size_t> others = matchWithHead();
+        scan_.finish();
+        sortOut(others);
+        addHiddenFiles();
         classify();
         findRenames();
+        std::sort(result_.links.begin(), result_.links.end());
+        return std::move(result_);
     }
 
-    WorkingChanges take() { return std::move(result_); }
     const std::vector<Verdict>& verdicts() const { return verdicts_; }
 
 private:
-    /// A file of HEAD stays versioned when a rule ignores it later.
-    void addHiddenHeadFiles() {
-        Listing hidden;
-        auto next = files_.begin();
-        for (const auto& [path, file] : head_) {
-            while (next != files_.end() && next->path < path)
-                ++next;
-            if (next == files_.end() || next->path != path)
-                // Not listed: its folder may have become a link.
-                note(path, workspace_.folder().status(path.toNarrow()), hidden);
+    /// Gives the places of the other paths. By a table: sorting the paths would take several times
+    /// as long.
+    std::vector<std::size_t> matchWithHead() {
+        std::unordered_map<std::wstring_view, std::size_t> places;
+        places.reserve(head_.size());
+        for (std::size_t place = 0; place < head_.size(); ++place)
+            places.emplace(head_[place].path.toWide(), place);
+        std::vector<std::size_t> others;
+        for (std::size_t place = 0; place < scan_.paths().size(); ++place) {
+            const auto found = places.find(scan_.paths()[place].toWide());
+            if (found == places.end())
+                others.push_back(place);
+            else
+                present_[found->second] = &scan_.statuses()[place];
         }
-        const auto middle = static_cast<std::ptrdiff_t>(files_.size());
-        append(files_, std::move(hidden.files));
-        std::inplace_merge(
-            files_.begin(), files_.begin() + middle, files_.end(),
-            [](const PresentFile& one, const PresentFile& other) { return one.path < other.path; });
-        for (const OdString& link : hidden.links) {
-            const auto place = std::lower_bound(result_.links.begin(), result_.links.end(), link);
-            if (place == result_.links.end() || *place != link)
-                result_.links.insert(place, link);
+        return others;
+    }
+
+    /// What is new, and links. One that took the place of a file of HEAD is met by its path there.
+    void sortOut(const std::vector<std::size_t>& others) {
+        for (const std::size_t place : others) {
+            const sys::FileStatus& status = scan_.statuses()[place];
+            if (status.kind == sys::FileKind::regular)
+                newFiles_.push_back({scan_.paths()[place], status.sizeBytes});
+            else if (status.kind == sys::FileKind::link)
+                result_.links.push_back(scan_.paths()[place]);
+        }
+        std::sort(newFiles_.begin(), newFiles_.end(),
+                  [](const auto& one, const auto& other) { return one.path < other.path; });
+    }
+
+    /// A file of HEAD stays versioned when a rule ignores it later.
+    void addHiddenFiles() {
+        for (std::size_t place = 0; place < head_.size(); ++place) {
+            const OdString& path = head_[place].path;
+            if (present_[place] == nullptr) {
+                // Not listed: its folder may have become a link.
+                if (const auto status = workspace_.folder().status(path.toNarrow()))
+                    present_[place] = &hidden_.emplace_back(*status);
+            }
+            if (present_[place] == nullptr || present_[place]->kind == sys::FileKind::regular)
+                continue;
+            if (present_[place]->kind == sys::FileKind::link)
+                result_.links.push_back(path);
+            present_[place] = nullptr;
         }
     }
 
     void classify() {
-        auto head = head_.begin();
-        for (const PresentFile& file : files_) {
-            for (; head != head_.end() && head->first < file.path; ++head)
-                addRemoved(head->first);
-            result_.present.push_back(file.path);
-            if (head == head_.end() || head->first != file.path) {
-                add(file.path, FileChange::added, result_.files.added);
-                continue;
-            }
-            if (isModified(file, head->second))
-                add(file.path, FileChange::modified, result_.files.modified);
+        result_.present.reserve(head_.size() + newFiles_.size());
+        auto next = newFiles_.begin();
+        for (std::size_t place = 0; place < head_.size(); ++place) {
+            SizedFile& head = head_[place];
+            for (; next != newFiles_.end() && next->path < head.path; ++next)
+                addNew(*next);
+            if (present_[place] == nullptr)
+                addRemoved(head);
             else
-                result_.files.unchanged.push_back({file.path, head->second.url});
-            ++head;
+                addOld(*present_[place], head);
         }
-        for (; head != head_.end(); ++head)
-            addRemoved(head->first);
+        for (; next != newFiles_.end(); ++next)
+            addNew(*next);
     }
 
-    void addRemoved(const OdString& path) { add(path, FileChange::removed, result_.files.removed); }
+    void addNew(const SizedFile& file) {
+        result_.present.push_back(file.path);
+        add(file.path, FileChange::added, result_.files.added);
+    }
+
+    /// The path is not needed afterwards.
+    void addOld(const sys::FileStatus& status, SizedFile& head) {
+        if (isModified(status, head))
+            add(head.path, FileChange::modified, result_.files.modified);
+        result_.present.push_back(std::move(head.path));
+    }
+
+    void addRemoved(const SizedFile& file) {
+        removedBySize_.emplace(file.sizeBytes, file.path);
+        add(file.path, FileChange::removed, result_.files.removed);
+    }
 
     void add(const OdString& path, FileChange change, std::vector<common::File>& files) {
         files.emplace_back(path);
@@ -177,21 +150,30 @@ private:
         }
     }
 
-    bool isModified(const PresentFile& file, const TreeFile& head) {
-        if (file.sizeBytes != head.sizeBytes)
+    bool isModified(const sys::FileStatus& status, const SizedFile& head) {
+        if (status.sizeBytes != head.sizeBytes)
             return true;
-        while (nextEntry_ != index_.end() && nextEntry_->first < file.path)
-            ++nextEntry_;
+        const std::int64_t ticks = toTicks(status.modifiedNs);
         // "Modified" is not believed: a commit that was interrupted before it wrote the state may
         // have made it untrue.
-        const bool isNoted = nextEntry_ != index_.end() && nextEntry_->first == file.path &&
-                             nextEntry_->second.lastChecked == file.ticks &&
-                             !nextEntry_->second.modified;
-        if (isNoted && file.ticks < trustedBeforeTicks_)
+        const common::IndexData* const noted = indexEntry(head.path);
+        const bool isNoted = noted != nullptr && noted->lastChecked == ticks && !noted->modified;
+        if (isNoted && ticks < trustedBeforeTicks_)
             return false;
-        const bool differs = differsFrom(file.path, head.url);
-        verdicts_.push_back({file.path, file.ticks, differs});
+        const bool differs = differsFrom(head.path, workspace_.history().headUrl(head.path));
+        verdicts_.push_back({head.path, ticks, differs});
         return differs;
+    }
+
+    /// Asked for in the order of the index, so that a step or two lead from one to the next.
+    const common::IndexData* indexEntry(const OdString& path) {
+        for (; nextEntry_ != index_.end(); ++nextEntry_) {
+            if (nextEntry_->first == path)
+                return &nextEntry_->second;
+            if (path < nextEntry_->first)
+                return nullptr;
+        }
+        return nullptr;
     }
 
     bool differsFrom(const OdString& path, const OdString& url) const {
@@ -204,43 +186,48 @@ private:
     }
 
     void findRenames() {
-        std::multimap<std::int64_t, OdString> removedBySize;
-        for (const common::File& file : result_.files.removed)
-            removedBySize.emplace(head_.at(file.path).sizeBytes, file.path);
-        if (removedBySize.empty())
-            return;
-        for (const PresentFile& file : files_) {
+        for (const SizedFile& file : newFiles_) {
+            if (removedBySize_.empty())
+                return;
             // All empty files are equal, which says nothing about where one came from.
-            if (file.sizeBytes != 0 && !head_.contains(file.path))
-                findPrevious(file, removedBySize);
+            if (file.sizeBytes != 0)
+                findPrevious(file);
         }
     }
 
-    void findPrevious(const PresentFile& file,
-                      std::multimap<std::int64_t, OdString>& removedBySize) {
-        const auto [begin, end] = removedBySize.equal_range(file.sizeBytes);
+    void findPrevious(const SizedFile& file) {
+        const auto [begin, end] = removedBySize_.equal_range(file.sizeBytes);
         if (begin == end)
             return;
         const Expected<OdString> digest = digestOfFile(workspace_.folder(), file.path);
         const auto isSame = [this, &digest](const auto& removed) {
-            const Expected<CheckedUrl> url = CheckedUrl::check(head_.at(removed.second).url);
+            const Expected<CheckedUrl> url =
+                CheckedUrl::check(workspace_.history().headUrl(removed.second));
             return digest && url && *digest == url->digest();
         };
         const auto found = std::find_if(begin, end, isSame);
         if (found == end)
             return;
         result_.renames.emplace(file.path, found->second);
-        removedBySize.erase(found);
+        removedBySize_.erase(found);
     }
 
     Workspace& workspace_;
-    const Tree& head_;
     const std::map<OdString, common::IndexData>& index_;
     std::map<OdString, common::IndexData>::const_iterator nextEntry_ = index_.begin();
     // Nothing is trusted without a state file.
     std::int64_t trustedBeforeTicks_ = 0;
-    std::vector<PresentFile> files_;
+    std::vector<SizedFile> head_;
+    TreeScan& scan_;
+    /// For each file of HEAD what it is now, in `scan_` or `hidden_`; null when it is gone.
+    std::vector<const sys::FileStatus*> present_;
+    /// Of files of HEAD that the scan left out.
+    std::deque<sys::FileStatus> hidden_;
+    /// Ordered by path.
+    std::vector<SizedFile> newFiles_;
     std::vector<Verdict> verdicts_;
+    /// Of which no renaming has been found.
+    std::multimap<std::int64_t, OdString> removedBySize_;
     WorkingChanges result_;
 };
 
@@ -269,20 +256,27 @@ bool holds(const std::vector<common::File>& files, const OdString& path) {
 }  // namespace
 
 Expected<WorkingChanges> findChanges(Workspace& workspace) {
-    std::future<Expected<Listing>> scan = std::async(std::launch::async, [&workspace] {
-        return listTree(workspace.root(), workspace.folder());
-    });
+    const std::unique_ptr<TreeScan> scan = workspace.takeScan();
     // Meanwhile, as neither needs the other.
-    workspace.headFiles();
-    Expected<Listing> listing = scan.get();
-    if (!listing)
-        return listing.error();
-    for (const OdString& message : listing->messages)
+    std::vector<SizedFile> head = workspace.history().headSizes();
+    if (Expected<void> listed = scan->waitForPaths(); !listed)
+        return std::move(listed).error();
+    for (const OdString& message : scan->messages())
         printMessage(message);
-    Comparison comparison(workspace, std::move(*listing));
-    comparison.compare();
+    Comparison comparison(workspace, std::move(head), *scan);
+    WorkingChanges changes = comparison.compare();
     refreshIndex(workspace, comparison.verdicts());
-    return comparison.take();
+    return changes;
+}
+
+std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,
+                                                  Workspace& workspace) {
+    std::vector<common::UnchangedFile> files;
+    for (const auto& [path, file] : workspace.headFiles()) {
+        if (changeOf(path, changes) == FileChange::unchanged)
+            files.push_back({path, file.url});
+    }
+    return files;
 }
 
 FileChange changeOf(const OdString& path, const WorkingChanges& changes) {

@@ -12,7 +12,8 @@ namespace qrv_cli {
 
 /// How the working tree differs from HEAD.
 struct WorkingChanges {
-    /// As the library takes them. Each list is ordered by path.
+    /// As the library takes them, but without the unchanged files, of which there are many and
+    /// which few ask for (see `unchangedFiles`). Each list is ordered by path.
     common::RepoChanges files;
     /// From the new path of a file that is in `files.added` to its path in HEAD, which is in
     /// `files.removed`: both have the same contents.
@@ -33,6 +34,10 @@ struct WorkingChanges {
 /// state file, because it may have changed within the same tick of the clock after it was looked
 /// at. What was found by reading goes back into the index, if the workspace may be changed.
 Expected<WorkingChanges> findChanges(Workspace& workspace);
+
+/// The files of HEAD that are as they were committed, ordered by path.
+std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,
+                                                  Workspace& workspace);
 
 /// What a path is in `changes`; `unchanged` for everything that is in none of the lists.
 common::FileChange changeOf(const OdString& path, const WorkingChanges& changes);

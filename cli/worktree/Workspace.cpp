@@ -1,6 +1,7 @@
 #include <cli/Message.h>
 #include <cli/Translation.h>
 #include <cli/worktree/PlanExecution.h>
+#include <cli/worktree/TreeScan.h>
 #include <cli/worktree/Workspace.h>
 
 #include <chrono>
@@ -49,7 +50,8 @@ ErrorMessage systemFailure(const OdString& text, const OdString& name, std::erro
     return {OdString::format(text, printable(name), OdString(cause.message().c_str()))};
 }
 
-Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, Use use) {
+Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, Use use,
+                                                     Scan scan) {
     const Expected<common::RootPath> root = findRepository(folder);
     if (!root)
         return root.error();
@@ -66,6 +68,9 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
         held = std::move(*lock);
     std::unique_ptr<Workspace> workspace(
         new Workspace(*root, std::move(*rootFolder), std::move(held), std::move(history)));
+    // What was interrupted changes files before they are looked at.
+    if (scan == Scan::ahead && !notedPlan(workspace->history()))
+        workspace->scan_ = std::make_unique<TreeScan>(workspace->root_, workspace->folder_);
     if (const Expected<void> opened = workspace->openCache(); !opened)
         return opened.error();
     if (const Expected<void> recovered = recover(*workspace); !recovered)
@@ -90,6 +95,10 @@ Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sy
 Workspace::~Workspace() = default;
 
 Expected<void> Workspace::openCache() {
+    // Before it is read: should somebody replace it meanwhile, its time is too early, and less of
+    // the index is trusted.
+    const sys::Outcome<sys::FileStatus> status = folder_.status(".qrv/qrv.state");
+    stateModifiedNs_ = status ? std::optional(status->modifiedNs) : std::nullopt;
     Expected<std::shared_ptr<common::Cache>> cache = openState(root_, host_);
     if (!cache)
         return cache.error();
@@ -107,10 +116,18 @@ const Tree& Workspace::headFiles() {
     return *headFiles_;
 }
 
-Expected<void> Workspace::saveState() {
+std::unique_ptr<TreeScan> Workspace::takeScan() {
+    return scan_ ? std::move(scan_) : std::make_unique<TreeScan>(root_, folder_);
+}
+
+Expected<void> Workspace::close() {
     // The cache writes when its last owner lets go.
     cache_.reset();
-    const Expected<void> written = host_.lastWrite();
+    return host_.lastWrite();
+}
+
+Expected<void> Workspace::saveState() {
+    const Expected<void> written = close();
     const Expected<void> opened = openCache();
     return written ? opened : written;
 }

@@ -9,11 +9,14 @@
 #include <platform/sys/Folder.h>
 #include <platform/sys/Lock.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace qrv_cli {
+
+class TreeScan;
 
 /// All parts of one repository while a command works on it: the state, the history, the storages
 /// and the working tree.
@@ -32,10 +35,15 @@ public:
         change,  ///< holds the lock from here to its end
     };
 
+    enum class Scan { later, ahead };
+
     /// Opens the repository that holds `folder`. For a change, waits some seconds for another
     /// process that holds the lock, and fails when it does not let go. What an interrupted command
     /// left is finished first, and told; without the lock, it is only told.
-    static Expected<std::unique_ptr<Workspace>> open(const std::string& folder, Use use);
+    ///
+    /// With `Scan::ahead` a scan of the working tree begins meanwhile, for `findChanges`.
+    static Expected<std::unique_ptr<Workspace>> open(const std::string& folder, Use use,
+                                                     Scan scan = Scan::later);
 
     Workspace(const Workspace&) = delete;
     Workspace& operator=(const Workspace&) = delete;
@@ -46,6 +54,9 @@ public:
     const sys::Folder& folder() const { return folder_; }
     common::Cache& cache() { return *cache_; }
     const common::State& state() const { return cache_->read(); }
+    /// When the state file was written, in nanoseconds since 1970-01-01T00:00:00Z; nothing when it
+    /// was not there.
+    std::optional<std::int64_t> stateModifiedNs() const { return stateModifiedNs_; }
     History& history() { return history_; }
     Storages& storages() { return *storages_; }
 
@@ -59,11 +70,15 @@ public:
     /// Makes `headFiles` read them again.
     void forgetHeadFiles() { headFiles_.reset(); }
 
+    /// The scan that was begun when the workspace was opened, or a new one. It must end before the
+    /// workspace.
+    std::unique_ptr<TreeScan> takeScan();
+
     /// Writes the state, if it changed, and goes on with it. Fails when it cannot be written; the
     /// old file is untouched then.
     Expected<void> saveState();
-    /// The same at the end of a command.
-    Expected<void> close() { return saveState(); }
+    /// The same at the end of a command: afterwards there is no state here any more.
+    Expected<void> close();
 
 private:
     Workspace(common::RootPath root, sys::Folder folder, std::optional<sys::Lock> lock,
@@ -78,8 +93,10 @@ private:
     Host host_;
     History history_;
     std::shared_ptr<common::Cache> cache_;
+    std::optional<std::int64_t> stateModifiedNs_;
     std::unique_ptr<Storages> storages_;
     std::optional<Tree> headFiles_;
+    std::unique_ptr<TreeScan> scan_;
 };
 
 /// The error of a system call: what could not be done, as a text with one "%ls" for `name` and one

@@ -81,15 +81,6 @@ Outcome<FileStatus> Folder::status(const std::string& relative) const {
     return toFileStatus(status);
 }
 
-Outcome<FileStatus> Folder::statusOfListed(const std::string& relative) const {
-    struct stat status = {};
-    if (relative.find('\0') != std::string::npos)
-        return std::make_error_code(std::errc::no_such_file_or_directory);
-    if (calls::statusAt(number(), relative, status) < 0)
-        return calls::lastError();
-    return toFileStatus(status);
-}
-
 Outcome<InputFile> Folder::openFile(const std::string& relative) const {
     Handle handle = openBeneath(number(), relative, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW);
     if (!handle.isOpen()) {

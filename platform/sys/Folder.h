@@ -39,10 +39,6 @@ public:
     Outcome<Folder> openFolder(const std::string& relative) const;
 
     Outcome<FileStatus> status(const std::string& relative) const;
-    /// The same for a path that this process has just listed itself, several times as quick: a link
-    /// that somebody put in the way since is followed. Good for looking, not for a decision that
-    /// touches anything.
-    Outcome<FileStatus> statusOfListed(const std::string& relative) const;
     /// Opens a regular file for reading. Anything else is refused, without waiting for a pipe: a
     /// folder with `is_a_directory`, a link with `too_many_symbolic_link_levels`, the rest with
     /// `operation_not_supported`.

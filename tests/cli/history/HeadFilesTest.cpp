@@ -35,6 +35,21 @@ TEST(HeadFiles, AreOrderedAsTextsAre) {
     EXPECT_EQ(shown(repository.history.headFiles()), "a\xFF 3 1, \U0001F600 2 1, \uFF21 1 1, ");
 }
 
+TEST(HeadFiles, AreGivenWithoutTheirContentsInTheSameOrder) {
+    Repository repository;
+    auto& history = repository.history;
+    EXPECT_TRUE(history.headSizes().empty());
+    history.changeHeadFiles(
+        {file("\uFF21", '1', 10), file("\U0001F600", '2', 20), file("a\xFF", '3', 30)});
+    std::string sizes;
+    for (const qrv_cli::SizedFile& head : history.headSizes()) {
+        sizes += head.path.toNarrow() + ' ' + std::to_string(head.sizeBytes) + ", ";
+        EXPECT_EQ(history.headUrl(head.path), history.headFiles().at(head.path).url);
+    }
+    EXPECT_EQ(sizes, "a\xFF 30, \U0001F600 20, \uFF21 10, ");
+    EXPECT_EQ(history.headUrl(L"none"), OdString());
+}
+
 TEST(HeadFiles, StayWhenADeltaIsRefused) {
     Repository repository;
     auto& history = repository.history;

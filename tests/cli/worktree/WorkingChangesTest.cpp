@@ -10,6 +10,7 @@ namespace {
 namespace fs = std::filesystem;
 using common::FileChange;
 using qrv_cli::findChanges;
+using qrv_cli::unchangedFiles;
 using qrv_cli::WorkingChanges;
 using qrv_cli::Workspace;
 using qrv_test::shown;
@@ -37,9 +38,21 @@ protected:
 TEST_F(WorkingTree, HasNoChangesAfterACommit) {
     const WorkingChanges found = changes();
     EXPECT_TRUE(found.isEmpty());
-    EXPECT_EQ(found.files.unchanged.size(), 5);
     EXPECT_EQ(found.present, (std::vector<OdString>{L".qrv/properties/ignore", L"a.txt", L"b.dwg",
                                                     L"empty", L"sub/c.txt"}));
+}
+
+TEST_F(WorkingTree, ListsTheUnchangedFilesWhenAsked) {
+    project.write({{"b.dwg", "DRAWING"}, {"sub/d.txt", "new"}});
+    fs::remove(project / "empty");
+    const auto workspace = project.open();
+    const WorkingChanges found = *findChanges(*workspace);
+    std::string shown;
+    for (const common::UnchangedFile& file : unchangedFiles(found, *workspace)) {
+        shown += file.path.toNarrow() + ", ";
+        EXPECT_EQ(file.url, workspace->headFiles().at(file.path).url);
+    }
+    EXPECT_EQ(shown, ".qrv/properties/ignore, a.txt, sub/c.txt, ");
 }
 
 TEST_F(WorkingTree, ListsEachChangeInTheOrderOfThePaths) {
