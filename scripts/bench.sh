@@ -23,6 +23,8 @@ for subject in "${subjects[@]}"; do
 done
 
 if [ $# -eq 0 ]; then
+    python3 bench/versioning.py build/release/bin/qrv >"$results/1-versioning.md"
+    python3 bench/drawings.py build/release/bin/qrv >"$results/2-drawings.md"
     python3 scripts/bench_table.py "$results" docs/performance.md
 else
     python3 scripts/bench_table.py "$results"

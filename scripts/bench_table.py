@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes the page of measurements from the reports that Google Benchmark wrote.
+"""Makes the page of measurements from the reports that Google Benchmark wrote, and tables that are finished.
 
     bench_table.py FOLDER           prints the rows whose reports are in FOLDER
     bench_table.py FOLDER PAGE      writes the whole page; every report must be there
@@ -68,6 +68,9 @@ Machine: {machine}. Each figure is the median of {repetitions} runs.
 {ratios}
 A ratio below 1 means that we are faster, or need less. "missed" marks a target that is not reached.
 
+## The program against git
+
+{sections}
 ## All measurements
 
 {measurements}"""
@@ -137,13 +140,14 @@ def processor():
     return platform.machine()
 
 
-def page(reports, context):
+def page(reports, sections, context):
     repetitions = max(len(runs) for runs in next(iter(reports.values())).values())
     return PAGE.format(
         date=datetime.date.today().isoformat(),
         machine=f"{processor()}, {context['num_cpus']} cores, Linux {platform.release().split('-')[0]}",
         repetitions=repetitions,
         ratios=ratio_table(reports),
+        sections="\n".join(sections),
         measurements=measurement_table(reports))
 
 
@@ -156,7 +160,8 @@ def main(arguments):
     if missing:
         print(f"no report of {', '.join(sorted(missing))}", file=sys.stderr)
         return 1
-    pathlib.Path(arguments[1]).write_text(page(reports, context), encoding="utf-8")
+    sections = [path.read_text(encoding="utf-8") for path in sorted(pathlib.Path(arguments[0]).glob("*.md"))]
+    pathlib.Path(arguments[1]).write_text(page(reports, sections, context), encoding="utf-8")
     return 0
 
 

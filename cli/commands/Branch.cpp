@@ -162,16 +162,10 @@ Expected<void> change(const Arguments& arguments, Output& output) {
                                              : make(**workspace, name, arguments.start);
     if (!commit)
         return commit.error();
-    if (arguments.asJson) {
-        writeJson(referenceDocument(name, *commit), output);
-        return {};
-    }
     const OdString text = arguments.deleted
                               ? tr(L"Deleted the branch '%ls', which was at commit %i: %ls\n")
                               : tr(L"Made the branch '%ls' at commit %i: %ls\n");
-    output.write(
-        OdString::format(text, printable(name), commit->number, printable(titleOf(*commit)))
-            .toNarrow());
+    writeReference(name, *commit, text, arguments.asJson, output);
     return {};
 }
 

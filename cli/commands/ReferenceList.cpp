@@ -1,4 +1,6 @@
+#include <cli/JsonOutput.h>
 #include <cli/Message.h>
+#include <cli/Output.h>
 #include <cli/Translation.h>
 #include <cli/commands/ReferenceList.h>
 #include <cli/history/CommitText.h>
@@ -65,6 +67,14 @@ jsonlib::json::Object referenceDocument(const OdString& name,
     object[L"name"] = name.toWide();
     object[L"commit"] = commit ? jsonlib::json::Value(toJson(*commit)) : jsonlib::json::Value();
     return object;
+}
+
+void writeReference(const OdString& name, const CommitEntry& commit, const OdString& text,
+                    bool asJson, Output& output) {
+    if (asJson)
+        return writeJson(referenceDocument(name, commit), output);
+    output.write(OdString::format(text, printable(name), commit.number, printable(titleOf(commit)))
+                     .toNarrow());
 }
 
 }  // namespace qrv_cli

@@ -11,6 +11,8 @@
 
 namespace qrv_cli {
 
+class Output;
+
 /// The branches and tags of a repository, by the hashes of their commits.
 class ReferenceList {
 public:
@@ -36,5 +38,10 @@ OdString referenceLine(const OdString& name, int width, const CommitEntry& commi
 /// An object with "name" and "commit"; the latter is null for a branch without a commit.
 jsonlib::json::Object referenceDocument(const OdString& name,
                                         const std::optional<CommitEntry>& commit);
+
+/// Tells that a branch or tag was made or deleted: its document, or the text with its name ("%ls"),
+/// the commit's number ("%i") and title ("%ls").
+void writeReference(const OdString& name, const CommitEntry& commit, const OdString& text,
+                    bool asJson, Output& output);
 
 }  // namespace qrv_cli

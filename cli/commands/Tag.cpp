@@ -115,16 +115,10 @@ Expected<void> change(const Arguments& arguments, Output& output) {
         arguments.deleted ? remove(**workspace, name) : make(**workspace, name, arguments.commit);
     if (!commit)
         return commit.error();
-    if (arguments.asJson) {
-        writeJson(referenceDocument(name, *commit), output);
-        return {};
-    }
     const OdString text = arguments.deleted
                               ? tr(L"Deleted the tag '%ls', which was at commit %i: %ls\n")
                               : tr(L"Made the tag '%ls' at commit %i: %ls\n");
-    output.write(
-        OdString::format(text, printable(name), commit->number, printable(titleOf(*commit)))
-            .toNarrow());
+    writeReference(name, *commit, text, arguments.asJson, output);
     return {};
 }
 

@@ -3,6 +3,7 @@
 #include <cli/database/Database.h>
 #include <cli/safety/RelativePath.h>
 #include <cli/safety/StorageUrlCheck.h>
+#include <cli/storage/Age.h>
 #include <cli/storage/Digest.h>
 #include <cli/storage/DrawingStorage.h>
 #include <cli/storage/FrameStore.h>
@@ -140,8 +141,12 @@ Expected<OdString> DrawingStorage::store(const common::RootPath& root, const OdS
             return made.error();
         FrameStore store = openStore(root, line->store, Database::Access::create);
         const Expected<std::string> digest = addTo(store, **file, *line);
-        if (digest)
+        if (digest) {
+            // It may have been there already, in a file that nobody wrote to for long.
+            if (const std::error_code error = folder->refresh(pathOf(line->store), ageToRefresh))
+                return cannotUse(pathOf(line->store), causeOf(error));
             return drawingUrl(line->store, OdString::fromNarrow(*digest));
+        }
         if (isRetry || !(**file).hasChanged())
             return digest.error();
     }

@@ -1,5 +1,6 @@
 #include <cli/Message.h>
 #include <cli/Translation.h>
+#include <cli/storage/Age.h>
 #include <cli/storage/LooseObject.h>
 #include <cli/storage/ObjectFolder.h>
 #include <cli/storage/StorageMessages.h>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr const char* metadataFolder = ".qrv";
 constexpr const char* objectsFolder = ".qrv/objects";
+constexpr const char* packPath = ".qrv/objects.pack";
 constexpr std::chrono::hours leftoverAge{24};
 // Nobody needs to write to an object again.
 constexpr std::uint32_t objectPermissions = 0444;
@@ -116,9 +118,10 @@ bool ObjectFolder::hasWhole(const std::string& digest, std::int64_t sizeBytes) {
     if (waiting_.contains(digest))
         return true;
     if (const std::optional<std::int64_t> size = looseSize(digest))
-        return *size == sizeBytes;
+        return *size == sizeBytes && !start().refresh(pathOf(digest), ageToRefresh);
     PackFile* const packed = pack();
-    return packed != nullptr && packed->contains(digest);
+    return packed != nullptr && packed->contains(digest) &&
+           !rootFolder_.refresh(packPath, ageToRefresh);
 }
 
 Expected<std::unique_ptr<VersionReader>> ObjectFolder::read(const std::string& digest,

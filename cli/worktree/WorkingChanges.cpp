@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <memory_resource>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -63,7 +64,8 @@ private:
     /// Gives the places of the other paths. By a table: sorting the paths would take several times
     /// as long.
     std::vector<std::size_t> matchWithHead() {
-        std::unordered_map<std::wstring_view, std::size_t> places;
+        std::pmr::monotonic_buffer_resource memory;
+        std::pmr::unordered_map<std::wstring_view, std::size_t> places(&memory);
         places.reserve(head_.size());
         for (std::size_t place = 0; place < head_.size(); ++place)
             places.emplace(head_[place].path.toWide(), place);

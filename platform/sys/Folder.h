@@ -56,6 +56,10 @@ public:
     /// Removes files of that folder which are named as a NewFile before it is published and were
     /// not written to for `age`. What cannot be removed stays, without a word.
     void removeLeftovers(const std::string& relative, std::chrono::seconds age) const;
+    /// Sets the time of a file's last change to now when it is older than `age`, so that it counts
+    /// as new again.
+    [[nodiscard]] std::error_code refresh(const std::string& relative,
+                                          std::chrono::seconds age) const;
     /// Makes a folder and those above it; existing ones are no error.
     [[nodiscard]] std::error_code makeFolders(const std::string& relative) const;
     /// Flushes the entries of a folder to the disk. A file system that cannot do that has no better

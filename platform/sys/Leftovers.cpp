@@ -4,6 +4,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <memory>
 #include <string_view>
@@ -37,14 +38,31 @@ std::vector<std::string> temporaryNames(int folder) {
     return names;
 }
 
+/// That long ago.
+std::chrono::nanoseconds before(std::chrono::seconds age) {
+    return std::chrono::system_clock::now().time_since_epoch() - age;
+}
+
 }  // namespace
+
+std::error_code Folder::refresh(const std::string& relative, std::chrono::seconds age) const {
+    const Outcome<FileStatus> old = status(relative);
+    if (!old)
+        return old.error();
+    if (old->modifiedNs > before(age).count())
+        return {};
+    const Handle file = openBeneath(number(), relative, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
+    constexpr timespec now = {.tv_sec = 0, .tv_nsec = UTIME_NOW};
+    if (!file.isOpen() || calls::setModified(file.number(), now) < 0)
+        return calls::lastError();
+    return {};
+}
 
 void Folder::removeLeftovers(const std::string& relative, std::chrono::seconds age) const {
     const Outcome<Folder> folder = openFolder(relative);
     if (!folder)
         return;
-    const std::chrono::nanoseconds now = std::chrono::system_clock::now().time_since_epoch();
-    const std::chrono::nanoseconds latest = now - age;
+    const std::chrono::nanoseconds latest = before(age);
     for (const std::string& name : temporaryNames(folder->number())) {
         const Outcome<FileStatus> status = folder->status(name);
         if (status && status->modifiedNs <= latest.count())

@@ -3,6 +3,8 @@
 #include <cli/terminal/Progress.h>
 #include <tests/cli/commands/HistoryProject.h>
 
+#include <gmock/gmock.h>
+
 #include <chrono>
 #include <filesystem>
 #include <set>
@@ -207,6 +209,32 @@ TEST_F(GcCommand, DropsDrawingVersionsOfAStoreThatRested) {
     EXPECT_EQ(project.run({"verify"}),
               "Commits: 5\nObjects: 2\nPacked objects: 3\nDrawing versions: 1\n"
               "Everything that was kept is there and whole\n");
+}
+
+TEST_F(GcCommand, KeepsForTwoWeeksWhatWasStoredOnceMore) {
+    project.write({{"plan.dwg", "first plan"}});
+    project.commit("plan");
+    const auto loseBoth = [this] {
+        project.write({{"parts.csv", "lost list"}, {"plan.dwg", "lost plan"}});
+        project.run({"restore", "--force", "parts.csv", "plan.dwg"});
+    };
+    loseBoth();
+    makeOlder(project / ".qrv/objects" / Digest::of("lost list"), Days(15));
+    makeOlder(store(), Days(15));
+    loseBoth();
+    EXPECT_THAT(project.run({"gc"}),
+                testing::AllOf(testing::HasSubstr("Objects dropped: 0 (0 bytes)\n"),
+                               testing::HasSubstr("Drawing versions dropped: 0 (0 bytes)\n")));
+}
+
+TEST_F(GcCommand, KeepsForTwoWeeksWhatIsPackedAndWasStoredOnceMore) {
+    project.run({"gc"});
+    // The first version is in the pack only.
+    project.write({{"parts.csv", partsList(1)}});
+    makeOlder(project / ".qrv/objects.pack", Days(15));
+    project.commit("5");
+    EXPECT_GT(fs::last_write_time(project / ".qrv/objects.pack"),
+              fs::file_time_type::clock::now() - Days(1));
 }
 
 TEST_F(GcCommand, RemovesAStoreOfWhichNoCommitNamesAVersion) {

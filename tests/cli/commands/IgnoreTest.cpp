@@ -1,5 +1,7 @@
 #include <tests/cli/commands/HistoryProject.h>
 
+#include <gmock/gmock.h>
+
 #include <filesystem>
 #include <string>
 

@@ -5,6 +5,8 @@
 #include <common/repository/RootPath.h>
 #include <tests/cli/commands/HistoryProject.h>
 
+#include <gmock/gmock.h>
+
 #include <filesystem>
 #include <string>
 #include <string_view>

@@ -2,6 +2,8 @@
 #include <platform/sys/ScopedFault.h>
 #include <tests/cli/storage/StorageFolder.h>
 
+#include <gmock/gmock.h>
+
 #include <cerrno>
 #include <filesystem>
 #include <fstream>

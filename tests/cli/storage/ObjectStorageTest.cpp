@@ -1,6 +1,7 @@
 #include <cli/storage/PackFile.h>
 #include <tests/cli/storage/StorageFolder.h>
 
+#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 #include <atomic>

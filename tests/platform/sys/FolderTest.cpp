@@ -221,6 +221,28 @@ TEST_F(Folder, RemovesLeftoversThatAreOldEnough) {
     folder_.removeLeftovers("none", std::chrono::hours(24));
 }
 
+TEST_F(Folder, LetsOnlyAnOldFileCountAsNewAgain) {
+    writeFile(temporary_ / "a/old", "x");
+    writeFile(temporary_ / "young", "x");
+    fs::permissions(temporary_ / "a/old", fs::perms::owner_read);
+    fs::create_symlink("a/old", temporary_ / "link");
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const auto hourAgo = std::chrono::floor<std::chrono::seconds>(now) - std::chrono::hours(1);
+    for (const char* name : {"a/old", "young"})
+        setTime(name, {.tv_sec = hourAgo.count(), .tv_nsec = 0});
+    const std::int64_t hourAgoNs = std::chrono::nanoseconds(hourAgo).count();
+
+    EXPECT_FALSE(folder_.refresh("young", std::chrono::hours(2)));
+    EXPECT_EQ(folder_.status("young")->modifiedNs, hourAgoNs);
+    EXPECT_EQ(folder_.refresh("link", std::chrono::minutes(0)),
+              std::errc::too_many_symbolic_link_levels);
+    EXPECT_EQ(folder_.refresh("none", std::chrono::minutes(0)),
+              std::errc::no_such_file_or_directory);
+    EXPECT_EQ(folder_.status("a/old")->modifiedNs, hourAgoNs);
+    EXPECT_FALSE(folder_.refresh("a/old", std::chrono::minutes(59)));
+    EXPECT_GT(folder_.status("a/old")->modifiedNs, hourAgoNs);
+}
+
 // What one thread renames, another opens by the old path: whichever it gets, it never lies outside.
 TEST_F(Folder, StaysInsideWhileAnotherExchangesAFolderForALink) {
     writeFile(temporary_ / "root/a/file", "inside");
