@@ -170,6 +170,16 @@ Expected<std::unique_ptr<VersionReader>> DrawingStorage::open(const common::Root
     return ErrorMessage{error.description()};
 }
 
+Expected<bool> DrawingStorage::renew(const common::RootPath& root, const OdString& url) {
+    Expected<bool> isKept = contains(root, url);
+    if (!isKept || !*isKept)
+        return isKept;
+    const Expected<sys::Folder> folder = folderOf(root);
+    if (!folder)
+        return folder.error();
+    return !folder->refresh(pathOf(CheckedUrl::check(url)->store()), ageToRefresh);
+}
+
 Expected<bool> DrawingStorage::contains(const common::RootPath& root, const OdString& url) try {
     const Expected<sys::Folder> folder = folderOf(root);
     if (!folder)

@@ -29,6 +29,7 @@ public:
     Expected<OdString> store(const common::RootPath& root, const OdString& path) override;
     Expected<std::unique_ptr<VersionReader>> open(const common::RootPath& root,
                                                   const OdString& url) override;
+    Expected<bool> renew(const common::RootPath& root, const OdString& url) override;
     Expected<bool> contains(const common::RootPath& root, const OdString& url) override;
     /// Forgets the revision; the one that was kept as a difference from it is written anew first,
     /// in one transaction. One that is not there is no error.

@@ -23,6 +23,9 @@ public:
     /// Opens a version for reading; null when it is not kept here.
     virtual Expected<std::unique_ptr<VersionReader>> open(const common::RootPath& root,
                                                           const OdString& url) = 0;
+    /// Whether the version is kept here. If so, it counts as new again, so that `gc` does not take
+    /// it for long unused.
+    virtual Expected<bool> renew(const common::RootPath& root, const OdString& url) = 0;
     /// Writes the version beside the working file `path`, with the permissions of the file that
     /// lies there, and leaves the rest, flushing and giving it the name, to the caller. The file is
     /// closed, so that any number of them can wait. Fails when the version is not kept here, and

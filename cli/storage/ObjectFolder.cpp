@@ -114,14 +114,18 @@ bool ObjectFolder::contains(const std::string& digest) {
     return packed != nullptr && packed->contains(digest);
 }
 
-bool ObjectFolder::hasWhole(const std::string& digest, std::int64_t sizeBytes) {
+bool ObjectFolder::renew(const std::string& digest) {
     if (waiting_.contains(digest))
         return true;
-    if (const std::optional<std::int64_t> size = looseSize(digest))
-        return *size == sizeBytes && !start().refresh(pathOf(digest), ageToRefresh);
+    if (looseSize(digest))
+        return !start().refresh(pathOf(digest), ageToRefresh);
     PackFile* const packed = pack();
     return packed != nullptr && packed->contains(digest) &&
            !rootFolder_.refresh(packPath, ageToRefresh);
+}
+
+bool ObjectFolder::hasWhole(const std::string& digest, std::int64_t sizeBytes) {
+    return looseSize(digest).value_or(sizeBytes) == sizeBytes && renew(digest);
 }
 
 Expected<std::unique_ptr<VersionReader>> ObjectFolder::read(const std::string& digest,

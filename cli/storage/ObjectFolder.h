@@ -38,8 +38,9 @@ public:
     Expected<void> flush();
 
     bool contains(const std::string& digest);
-    /// Whether there is no need to store it: unlike `contains`, sees a file that was cut off. What
-    /// is there counts as new again, so that nothing removes it as long unused.
+    /// The same, and then it counts as new again, so that nothing removes it as long unused.
+    bool renew(const std::string& digest);
+    /// Whether there is no need to store it: unlike `renew`, sees a file that was cut off.
     bool hasWhole(const std::string& digest, std::int64_t sizeBytes);
     /// Null when it is not there. `url` is for the messages.
     Expected<std::unique_ptr<VersionReader>> read(const std::string& digest, const OdString& url);

@@ -108,6 +108,13 @@ Expected<std::unique_ptr<VersionReader>> ObjectStorage::open(const common::RootP
                     });
 }
 
+Expected<bool> ObjectStorage::renew(const common::RootPath& root, const OdString& url) {
+    return onObject(root, url, Expected<bool>(false),
+                    [](ObjectFolder& objects, const std::string& digest) {
+                        return Expected<bool>(objects.renew(digest));
+                    });
+}
+
 Expected<bool> ObjectStorage::contains(const common::RootPath& root, const OdString& url) {
     return onObject(root, url, Expected<bool>(false),
                     [](ObjectFolder& objects, const std::string& digest) {

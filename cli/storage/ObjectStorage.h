@@ -39,6 +39,7 @@ public:
 
     Expected<std::unique_ptr<VersionReader>> open(const common::RootPath& root,
                                                   const OdString& url) override;
+    Expected<bool> renew(const common::RootPath& root, const OdString& url) override;
     Expected<bool> contains(const common::RootPath& root, const OdString& url) override;
     /// Forgets the object, also in the pack, where a version that is kept as a difference from it
     /// is written anew first. One that is not there is no error.

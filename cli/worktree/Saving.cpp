@@ -57,8 +57,7 @@ Expected<Present> lookAt(Workspace& workspace, const OdString& path, const Worki
     if (!digest)
         return digest.error();
     for (const OdString& url : possibleUrls(origins, path, *digest)) {
-        const Expected<bool> isKept =
-            workspace.storages().ofUrl(url).contains(workspace.root(), url);
+        const Expected<bool> isKept = workspace.storages().ofUrl(url).renew(workspace.root(), url);
         if (!isKept)
             return isKept.error();
         if (*isKept)

@@ -68,8 +68,7 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
         held = std::move(*lock);
     std::unique_ptr<Workspace> workspace(
         new Workspace(*root, std::move(*rootFolder), std::move(held), std::move(history)));
-    // What was interrupted changes files before they are looked at.
-    if (scan == Scan::ahead && !notedPlan(workspace->history()))
+    if (scan == Scan::ahead && workspace->canScanAhead())
         workspace->scan_ = std::make_unique<TreeScan>(workspace->root_, workspace->folder_);
     if (const Expected<void> opened = workspace->openCache(); !opened)
         return opened.error();
@@ -93,6 +92,12 @@ Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sy
 }
 
 Workspace::~Workspace() = default;
+
+bool Workspace::canScanAhead() {
+    // A scan makes the ignore file when there is none, and a command that fails is to make nothing.
+    // What was interrupted changes files before they are looked at.
+    return folder_.status(".qrv/properties/ignore") && !notedPlan(history_);
+}
 
 Expected<void> Workspace::openCache() {
     // Before it is read: should somebody replace it meanwhile, its time is too early, and less of

@@ -84,6 +84,7 @@ private:
     Workspace(common::RootPath root, sys::Folder folder, std::optional<sys::Lock> lock,
               History history);
 
+    bool canScanAhead();
     Expected<void> openCache();
 
     // The lock is let go last, after the state was written.
