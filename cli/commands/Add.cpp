@@ -14,8 +14,10 @@
 #include <cli/worktree/Workspace.h>
 #include <common/worktree/RepoFileExplorer.h>
 
+#include <algorithm>
 #include <memory>
 #include <regex>
+#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -75,12 +77,34 @@ Expected<std::vector<StagedFile>> findChosen(const Arguments& arguments, const W
     return chosen;
 }
 
-Expected<void> refuseUnsafe(const std::vector<StagedFile>& files) {
+bool isNamed(const OdString& path, const Arguments& arguments, const Workspace& workspace) {
+    return std::any_of(arguments.paths.begin(), arguments.paths.end(), [&](const auto& argument) {
+        const Expected<OdString> named = pathInRepository(workspace.root(), argument);
+        return named && *named == path;
+    });
+}
+
+/// Leaves out files whose paths could not be used on every system, and says so: one of them in a
+/// large folder must not keep the rest from being staged. One that is named itself is an error.
+Expected<std::vector<StagedFile>> withoutUnsafe(std::vector<StagedFile> files,
+                                                const WorkingChanges& changes,
+                                                const Arguments& arguments,
+                                                const Workspace& workspace) {
+    std::set<OdString> leftOut;
     for (const StagedFile& file : files) {
-        if (const Expected<RelativePath> path = RelativePath::check(file.path); !path)
+        const Expected<RelativePath> path = RelativePath::check(file.path);
+        if (path)
+            continue;
+        if (isNamed(file.path, arguments, workspace))
             return path.error();
+        printMessage(OdString::format(tr(L"Note: left out: %ls"), path.error().message));
+        leftOut.insert(file.path);
+        // Otherwise a commit would hold neither half of a renaming.
+        if (const auto rename = changes.renames.find(file.path); rename != changes.renames.end())
+            leftOut.insert(rename->second);
     }
-    return {};
+    std::erase_if(files, [&leftOut](const auto& file) { return leftOut.contains(file.path); });
+    return files;
 }
 
 void print(const std::vector<StagedFile>& files, bool asJson, Output& output) {
@@ -105,14 +129,15 @@ Expected<void> add(const Arguments& arguments, Output& output) {
     Expected<std::vector<StagedFile>> chosen = findChosen(arguments, **workspace, explorer);
     if (!chosen)
         return chosen.error();
-    const std::vector<StagedFile> staged = withRenameHalves(*chosen, *changes);
-    if (Expected<void> safe = refuseUnsafe(staged); !safe)
-        return safe;
-    warnBeforeStaging(staged, *changes, **workspace);
-    stage(staged, *changes, (*workspace)->cache());
+    const Expected<std::vector<StagedFile>> staged =
+        withoutUnsafe(withRenameHalves(*chosen, *changes), *changes, arguments, **workspace);
+    if (!staged)
+        return staged.error();
+    warnBeforeStaging(*staged, *changes, **workspace);
+    stage(*staged, *changes, (*workspace)->cache());
     if (Expected<void> closed = (*workspace)->close(); !closed)
         return closed;
-    print(staged, arguments.asJson, output);
+    print(*staged, arguments.asJson, output);
     return {};
 }
 

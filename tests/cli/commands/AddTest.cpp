@@ -160,13 +160,25 @@ TEST_F(AddCommand, StagesStrangeNames) {
     EXPECT_NE(project.run({"status"}).find("Nothing has changed"), std::string::npos);
 }
 
-TEST_F(AddCommand, RefusesANameThatNoRepositoryCanHold) {
+TEST_F(AddCommand, LeavesOutOfManyWhatNoRepositoryCanHold) {
+    project.write({{"notes/sheet 1:50.txt", "scale"}, {"notes/plain.txt", "plain"}});
+    fs::rename(project / "notes/minutes.txt", project / "notes/9:30.txt");
+    const std::string note = "' cannot be used as a path: it has a colon in it\n";
+    const Outcome expected = {0, "  added     notes/plain.txt\nStaged: 1\n",
+                              "qrv: Note: left out: 'notes/9:30.txt" + note +
+                                  "qrv: Note: left out: 'notes/sheet 1:50.txt" + note};
+    EXPECT_EQ(add({"--all"}), expected);
+    EXPECT_EQ(project.qrv({"unstage", "--all"}).status, 0);
+    EXPECT_EQ(add({"notes"}), expected);
+}
+
+TEST_F(AddCommand, RefusesANamedFileThatNoRepositoryCanHold) {
     project.write({{"plans\\roof.dwg", "roof"}, {"list.csv", "flange;4"}});
-    const Outcome outcome = add({"--all"});
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.output, "");
-    EXPECT_NE(outcome.messages.find("plans\\roof.dwg"), std::string::npos);
-    EXPECT_EQ(add({"list.csv"}).status, 0);
+    EXPECT_EQ(add({"list.csv", "plans\\roof.dwg"}),
+              (Outcome{1, "",
+                       "qrv: 'plans\\roof.dwg' cannot be used as a path: it has a backslash in "
+                       "it\n"}));
+    EXPECT_EQ(project.run({"unstage", "--all"}), "Taken off the stage: 0\n");
 }
 
 TEST_F(AddCommand, LeavesOutLinks) {
