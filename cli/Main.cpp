@@ -6,8 +6,7 @@
 #include <cli/Suggestion.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
-
-#include <malloc.h>
+#include <platform/sys/Memory.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -110,9 +109,6 @@ ExitStatus run(int argumentCount, const char* const* arguments) {
 }  // namespace qrv_cli
 
 int main(int argumentCount, char** arguments) {
-    // Otherwise the C library asks the system for memory page by page, thousands of times in a
-    // large repository. What is not used takes none.
-    constexpr int stepBytes = 32 << 20;
-    mallopt(M_TOP_PAD, stepBytes);
+    sys::takeMemoryInLargeSteps();
     return qrv_cli::run(argumentCount, arguments);
 }
