@@ -81,7 +81,7 @@ std::string bashCases(const std::vector<CommandText>& commands) {
 std::string bashScript(const std::vector<CommandText>& commands) {
     std::string names;
     for (const CommandText& command : commands)
-        names += command.name + ' ';
+        names += command.name.empty() ? "" : command.name + ' ';
     return R"bash(# Completion of qrv for bash.
 _qrv() {
     local current=${COMP_WORDS[COMP_CWORD]} command='' index=1 files='' word

@@ -1,5 +1,7 @@
 #include <cli/Message.h>
 #include <cli/safety/StorageUrlCheck.h>
+#include <cli/worktree/MatchedTree.h>
+#include <cli/worktree/Renames.h>
 #include <cli/worktree/TreeScan.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/WorkingFile.h>
@@ -10,11 +12,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <deque>
 #include <memory>
-#include <memory_resource>
-#include <string_view>
-#include <unordered_map>
+#include <optional>
 #include <utility>
 
 namespace qrv_cli {
@@ -33,99 +32,38 @@ struct Verdict {
     bool isModified = false;
 };
 
-/// The files of HEAD, whose order the result has, against what lies in the tree in any order.
+/// Tells what each file is, in the order of the paths.
 class Comparison {
 public:
-    /// The scan must have its paths.
-    Comparison(Workspace& workspace, std::vector<SizedFile> head, TreeScan& scan)
-        : workspace_(workspace),
-          index_(workspace.state().index),
-          head_(std::move(head)),
-          scan_(scan),
-          present_(head_.size(), nullptr) {
+    Comparison(Workspace& workspace, MatchedTree tree)
+        : workspace_(workspace), index_(workspace.state().index), tree_(std::move(tree)) {
         if (const std::optional<std::int64_t> written = workspace.stateModifiedNs())
             trustedBeforeTicks_ = toTicks(*written) - coarsestTimeStepTicks;
     }
 
     WorkingChanges compare() {
-        const std::vector<std::size_t> others = matchWithHead();
-        scan_.finish();
-        sortOut(others);
-        addHiddenFiles();
-        classify();
-        findRenames();
-        std::sort(result_.links.begin(), result_.links.end());
+        const std::vector<SizedFile>& newFiles = tree_.newFiles();
+        result_.present.reserve(tree_.head().size() + newFiles.size());
+        auto next = newFiles.begin();
+        for (std::size_t place = 0; place < tree_.head().size(); ++place) {
+            SizedFile& head = tree_.head()[place];
+            for (; next != newFiles.end() && next->path < head.path; ++next)
+                addNew(*next);
+            if (tree_.present()[place] == nullptr)
+                addRemoved(head);
+            else
+                addOld(*tree_.present()[place], head);
+        }
+        for (; next != newFiles.end(); ++next)
+            addNew(*next);
+        result_.renames = findRenames(workspace_, newFiles, removed_);
+        result_.links = tree_.takeLinks();
         return std::move(result_);
     }
 
     const std::vector<Verdict>& verdicts() const { return verdicts_; }
 
 private:
-    /// Gives the places of the other paths. By a table: sorting the paths would take several times
-    /// as long.
-    std::vector<std::size_t> matchWithHead() {
-        std::pmr::monotonic_buffer_resource memory;
-        std::pmr::unordered_map<std::wstring_view, std::size_t> places(&memory);
-        places.reserve(head_.size());
-        for (std::size_t place = 0; place < head_.size(); ++place)
-            places.emplace(head_[place].path.toWide(), place);
-        std::vector<std::size_t> others;
-        for (std::size_t place = 0; place < scan_.paths().size(); ++place) {
-            const auto found = places.find(scan_.paths()[place].toWide());
-            if (found == places.end())
-                others.push_back(place);
-            else
-                present_[found->second] = &scan_.statuses()[place];
-        }
-        return others;
-    }
-
-    /// What is new, and links. One that took the place of a file of HEAD is met by its path there.
-    void sortOut(const std::vector<std::size_t>& others) {
-        for (const std::size_t place : others) {
-            const sys::FileStatus& status = scan_.statuses()[place];
-            if (status.kind == sys::FileKind::regular)
-                newFiles_.push_back({scan_.paths()[place], status.sizeBytes});
-            else if (status.kind == sys::FileKind::link)
-                result_.links.push_back(scan_.paths()[place]);
-        }
-        std::sort(newFiles_.begin(), newFiles_.end(),
-                  [](const auto& one, const auto& other) { return one.path < other.path; });
-    }
-
-    /// A file of HEAD stays versioned when a rule ignores it later.
-    void addHiddenFiles() {
-        for (std::size_t place = 0; place < head_.size(); ++place) {
-            const OdString& path = head_[place].path;
-            if (present_[place] == nullptr) {
-                // Not listed: its folder may have become a link.
-                if (const auto status = workspace_.folder().status(path.toNarrow()))
-                    present_[place] = &hidden_.emplace_back(*status);
-            }
-            if (present_[place] == nullptr || present_[place]->kind == sys::FileKind::regular)
-                continue;
-            if (present_[place]->kind == sys::FileKind::link)
-                result_.links.push_back(path);
-            present_[place] = nullptr;
-        }
-    }
-
-    void classify() {
-        result_.present.reserve(head_.size() + newFiles_.size());
-        auto next = newFiles_.begin();
-        for (std::size_t place = 0; place < head_.size(); ++place) {
-            SizedFile& head = head_[place];
-            for (; next != newFiles_.end() && next->path < head.path; ++next)
-                addNew(*next);
-            if (present_[place] == nullptr)
-                addRemoved(head);
-            else
-                addOld(*present_[place], head);
-        }
-        for (; next != newFiles_.end(); ++next)
-            addNew(*next);
-    }
-
     void addNew(const SizedFile& file) {
         result_.present.push_back(file.path);
         add(file.path, FileChange::added, result_.files.added);
@@ -139,7 +77,7 @@ private:
     }
 
     void addRemoved(const SizedFile& file) {
-        removedBySize_.emplace(file.sizeBytes, file.path);
+        removed_.push_back(file);
         add(file.path, FileChange::removed, result_.files.removed);
     }
 
@@ -187,49 +125,14 @@ private:
         return !drawing || !digest || *digest != drawing->digest();
     }
 
-    void findRenames() {
-        for (const SizedFile& file : newFiles_) {
-            if (removedBySize_.empty())
-                return;
-            // All empty files are equal, which says nothing about where one came from.
-            if (file.sizeBytes != 0)
-                findPrevious(file);
-        }
-    }
-
-    void findPrevious(const SizedFile& file) {
-        const auto [begin, end] = removedBySize_.equal_range(file.sizeBytes);
-        if (begin == end)
-            return;
-        const Expected<OdString> digest = digestOfFile(workspace_.folder(), file.path);
-        const auto isSame = [this, &digest](const auto& removed) {
-            const Expected<CheckedUrl> url =
-                CheckedUrl::check(workspace_.history().headUrl(removed.second));
-            return digest && url && *digest == url->digest();
-        };
-        const auto found = std::find_if(begin, end, isSame);
-        if (found == end)
-            return;
-        result_.renames.emplace(file.path, found->second);
-        removedBySize_.erase(found);
-    }
-
     Workspace& workspace_;
     const std::map<OdString, common::IndexData>& index_;
     std::map<OdString, common::IndexData>::const_iterator nextEntry_ = index_.begin();
     // Nothing is trusted without a state file.
     std::int64_t trustedBeforeTicks_ = 0;
-    std::vector<SizedFile> head_;
-    TreeScan& scan_;
-    /// For each file of HEAD what it is now, in `scan_` or `hidden_`; null when it is gone.
-    std::vector<const sys::FileStatus*> present_;
-    /// Of files of HEAD that the scan left out.
-    std::deque<sys::FileStatus> hidden_;
-    /// Ordered by path.
-    std::vector<SizedFile> newFiles_;
+    MatchedTree tree_;
+    std::vector<SizedFile> removed_;
     std::vector<Verdict> verdicts_;
-    /// Of which no renaming has been found.
-    std::multimap<std::int64_t, OdString> removedBySize_;
     WorkingChanges result_;
 };
 
@@ -265,7 +168,7 @@ Expected<WorkingChanges> findChanges(Workspace& workspace) {
         return std::move(listed).error();
     for (const OdString& message : scan->messages())
         printMessage(message);
-    Comparison comparison(workspace, std::move(head), *scan);
+    Comparison comparison(workspace, MatchedTree(std::move(head), *scan, workspace.folder()));
     WorkingChanges changes = comparison.compare();
     refreshIndex(workspace, comparison.verdicts());
     return changes;
