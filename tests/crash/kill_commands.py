@@ -18,7 +18,8 @@ SAMPLE = 12
 def problem_of_kill(disturbance, call):
     def judge(repository, killed):
         # How often the threads wait for each other, and with which calls, is left to chance.
-        if killed.returncode == disturbance.scenario.status and call.name not in CHANGING:
+        is_certain = call.name in CHANGING and call.name not in disturbance.by_chance
+        if killed.returncode == disturbance.scenario.status and not is_certain:
             return None
         if killed.returncode != -9:
             return f"it was not killed, but ended with {killed.returncode}"

@@ -32,13 +32,14 @@ def available(strace, names):
 
 
 def calls_of(strace, repository, arguments, names):
-    """What the first thread calls, in order, from where it finds the repository. The loader's work is left out, and so
-    are pipes of its own: a sanitizer asks through one whether memory can be read."""
+    """What the first thread calls, in order, from where it finds the repository, without the loader's work; and the
+    names of those calls whose numbers another run may give to others. A sanitizer asks through a pipe whether memory
+    can be read, and how often is left to chance; what it calls itself is left out."""
     log = repository.folder.with_name(repository.folder.name + "-trace")
     tracer = [strace, "-f", "-qq", "-y", "-s", "200", "-e", f"trace={','.join(names)}", "-o", str(log)]
     result = repository.run(*arguments, tracer=tracer)
     counts, calls, has_begun = Counter(), [], False
-    first = None
+    first, by_chance = None, set()
     for line in log.read_text(errors="replace").splitlines():
         match = re.match(r"(\d+) +(\w+)\(", line)
         if not match:
@@ -48,9 +49,11 @@ def calls_of(strace, repository, arguments, names):
             continue
         counts[match.group(2)] += 1
         has_begun = has_begun or ".qrv" in line
-        if has_begun and not re.search(r"\(([3-9]|\d\d+)<pipe:", line):
+        if re.search(r"\(([3-9]|\d\d+)<pipe:", line):
+            by_chance.add(match.group(2))
+        elif has_begun:
             calls.append(Call(match.group(2), counts[match.group(2)], line.split(" ", 1)[1]))
-    return result, calls
+    return result, calls, by_chance
 
 
 def injecting(strace, call, effect):
