@@ -5,8 +5,9 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/install-deps.sh
-top=$PWD/build/external
-rm -rf "$top"
+# Really outside: the run path leaves out what lies within the project.
+top=$(mktemp -d)
+trap 'rm -rf "$top"' EXIT
 options=(-DQRV_BUILD_TESTS=OFF -DQRV_BUILD_BENCH=OFF)
 host=("-Dqrv-platform_DIR=$PWD/tests/external" "-DQRV_HOST_HEADERS=$PWD"
     "-DQRV_HOST_LIBRARY=$top/host/lib/libqrv-platform.so.0")
