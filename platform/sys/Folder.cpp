@@ -81,6 +81,16 @@ Outcome<FileStatus> Folder::status(const std::string& relative) const {
     return toFileStatus(status);
 }
 
+Outcome<FileVersion> Folder::version(const std::string& relative) const {
+    struct stat status = {};
+    if (statusBeneath(number(), relative, status) < 0)
+        return calls::lastError();
+    return FileVersion{.number = status.st_ino,
+                       .sizeBytes = status.st_size,
+                       .modifiedNs = modifiedNs(status),
+                       .changedNs = changedNs(status)};
+}
+
 Outcome<InputFile> Folder::openFile(const std::string& relative) const {
     Handle handle = openBeneath(number(), relative, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW);
     if (!handle.isOpen()) {

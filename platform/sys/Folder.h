@@ -23,6 +23,21 @@ struct FileStatus {
     std::uint32_t permissions = 0;
 };
 
+/// What tells one version of a file from another without reading either: whoever changes or
+/// replaces the file changes one of these, unless it happens within one tick of the file system's
+/// clock.
+struct FileVersion {
+    /// Of the file within its file system.
+    std::uint64_t number = 0;
+    std::int64_t sizeBytes = 0;
+    /// Of the contents, in nanoseconds since 1970-01-01T00:00:00Z.
+    std::int64_t modifiedNs = 0;
+    /// Of the contents, the name or the permissions.
+    std::int64_t changedNs = 0;
+
+    friend bool operator==(const FileVersion&, const FileVersion&) = default;
+};
+
 /// An open folder, and what lies below it. Every operation takes a path relative to it and never
 /// leaves it: nothing is cached, and a path that leads through a symbolic link is refused by the
 /// system itself at the moment of use, so that nothing can be exchanged between a check and the
@@ -39,6 +54,7 @@ public:
     Outcome<Folder> openFolder(const std::string& relative) const;
 
     Outcome<FileStatus> status(const std::string& relative) const;
+    Outcome<FileVersion> version(const std::string& relative) const;
     /// Opens a regular file for reading. Anything else is refused, without waiting for a pipe: a
     /// folder with `is_a_directory`, a link with `too_many_symbolic_link_levels`, the rest with
     /// `operation_not_supported`.

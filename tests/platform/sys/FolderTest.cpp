@@ -98,6 +98,25 @@ TEST_F(Folder, KeepsTimesBefore1970AndCutsThoseThatDoNotFit) {
     EXPECT_GT(folder_.status("file")->modifiedNs, 2147483647LL * 1000000000);
 }
 
+TEST_F(Folder, TellsVersionsOfAFileApart) {
+    writeFile(temporary_ / "file", "before");
+    const sys::FileVersion before = *folder_.version("file");
+    EXPECT_EQ(*folder_.version("file"), before);
+    EXPECT_EQ(before.sizeBytes, 6);
+    EXPECT_EQ(before.modifiedNs, folder_.status("file")->modifiedNs);
+    setTime("file", {.tv_sec = 1700000000, .tv_nsec = 1});
+    const sys::FileVersion changed = *folder_.version("file");
+    EXPECT_EQ(changed.number, before.number);
+    EXPECT_EQ(changed.modifiedNs, 1700000000000000001);
+    EXPECT_GE(changed.changedNs, before.changedNs);
+    // Another file with the same bytes and time.
+    writeFile(temporary_ / "other", "before");
+    setTime("other", {.tv_sec = 1700000000, .tv_nsec = 1});
+    fs::rename(temporary_ / "other", temporary_ / "file");
+    EXPECT_NE(folder_.version("file")->number, changed.number);
+    EXPECT_EQ(errorOf(folder_.version("missing")), code(std::errc::no_such_file_or_directory));
+}
+
 TEST_F(Folder, ReadsAFileToItsEnd) {
     writeFile(temporary_ / "a/file", "0123456789");
     sys::Outcome<sys::InputFile> file = folder_.openFile("a/file");
