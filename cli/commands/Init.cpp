@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/ProjectName.h>
@@ -11,6 +12,7 @@
 #include <platform/ut/FileName.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -30,6 +32,7 @@ struct Arguments {
     std::string folder = ".";
     std::optional<std::string> name;
     bool cadIgnores = false;
+    bool asJson = false;
 };
 
 Expected<fs::path> absolutePath(const std::string& folder) {
@@ -93,6 +96,24 @@ void noteFailedRegistration(const Expected<void>& registered) {
                                       registered.error().message));
 }
 
+jsonlib::json::Value documentOf(const common::RootPath& root, int addedRules) {
+    jsonlib::json::Object object;
+    object[L"root"] = root.path().toWide();
+    object[L"name"] = displayName(root).toWide();
+    object[L"made"] = root.isNew();
+    object[L"ignoreRulesAdded"] = static_cast<std::int64_t>(addedRules);
+    return object;
+}
+
+OdString plainText(const common::RootPath& root, const Arguments& arguments, int addedRules) {
+    const OdString pattern =
+        root.isNew() ? tr(L"Made a repository in '%ls'\n") : tr(L"'%ls' is already a repository\n");
+    OdString text = OdString::format(pattern, printable(root.path()));
+    if (arguments.cadIgnores)
+        text += OdString::format(tr(L"Ignore rules added: %i\n"), addedRules);
+    return text;
+}
+
 Expected<void> initialise(const Arguments& arguments, Output& output) {
     const Expected<fs::path> folder = absolutePath(arguments.folder);
     if (!folder)
@@ -113,11 +134,10 @@ Expected<void> initialise(const Arguments& arguments, Output& output) {
 
     if (root->isNew())
         noteOuterRepository(*folder);
-    const OdString pattern = root->isNew() ? tr(L"Made a repository in '%ls'\n")
-                                           : tr(L"'%ls' is already a repository\n");
-    output.write(OdString::format(pattern, printable(root->path())).toNarrow());
-    if (arguments.cadIgnores)
-        output.write(OdString::format(tr(L"Ignore rules added: %i\n"), *addedRules).toNarrow());
+    if (arguments.asJson)
+        writeJson(documentOf(*root, *addedRules), output);
+    else
+        output.write(plainText(*root, arguments, *addedRules).toNarrow());
     return {};
 }
 
@@ -133,6 +153,7 @@ Action declareInit(CLI::App& parser) {
     parser.add_flag("--cad-ignores", arguments->cadIgnores,
                     trUtf8(L"Also ignore autosaves, backups, plot logs, lock files and temporary "
                            L"files"));
+    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the result as JSON"));
     return [arguments](Output& output) { return initialise(*arguments, output); };
 }
 

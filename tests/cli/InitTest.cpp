@@ -63,6 +63,22 @@ TEST_F(Init, MakesAWholeRepositoryInTheCurrentFolder) {
     EXPECT_EQ(contentsOf(folder.path()), newRepository());
 }
 
+TEST_F(Init, TellsAProgramWhatItMade) {
+    const auto answer = [this](const std::string& made, const std::string& name,
+                               const std::string& rules) {
+        return Outcome{0,
+                       "{\n    \"ignoreRulesAdded\" : " + rules + ",\n    \"made\" : " + made +
+                           ",\n    \"name\" : \"" + name + "\",\n    \"root\" : \"" + path +
+                           "\"\n}\n",
+                       ""};
+    };
+    EXPECT_EQ(runQrv(folder.path(), {"init", "--json", "--name", "Annex"}),
+              answer("true", "Annex", "0"));
+    EXPECT_EQ(runQrv(folder.path(), {"init", "--json"}), answer("false", "Annex", "0"));
+    EXPECT_EQ(runQrv(folder.path(), {"init", "--json", "--cad-ignores"}),
+              answer("false", "Annex", "16"));
+}
+
 TEST_F(Init, MakesTheFolderAndThoseAboveIt) {
     EXPECT_EQ(runQrv(folder.path(), {"init", "a/b/"}), made("/a/b"));
     EXPECT_EQ(contentsOf(folder / "a/b"), newRepository());

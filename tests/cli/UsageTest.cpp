@@ -135,6 +135,7 @@ TEST(Usage, ExplainsTheArgumentsOfInit) {
                        "  --name TEXT                 The project's name\n"
                        "  --cad-ignores               Also ignore autosaves, backups, plot logs, "
                        "lock files and temporary files\n"
+                       "  --json                      Print the result as JSON\n"
                        "\n",
                        ""}));
 }
