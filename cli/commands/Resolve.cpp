@@ -34,7 +34,7 @@ struct Arguments {
 };
 
 Expected<common::ConflictData> findConflict(const Workspace& workspace, const OdString& path) {
-    for (const common::ConflictData& conflict : workspace.state().conflicts) {
+    for (const common::ConflictData& conflict : workspace.stateWithoutIndex().conflicts) {
         if (conflict.path == path)
             return conflict;
     }
@@ -88,7 +88,7 @@ Expected<void> settle(Workspace& workspace, const OdString& path) {
 }
 
 void print(const Workspace& workspace, const OdString& path, bool asJson, Output& output) {
-    const std::vector<common::ConflictData>& open = workspace.state().conflicts;
+    const std::vector<common::ConflictData>& open = workspace.stateWithoutIndex().conflicts;
     if (asJson)
         return writeJson(toJson(open), output);
     output.write(

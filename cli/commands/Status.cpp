@@ -85,9 +85,9 @@ Status statusOf(Workspace& workspace, const WorkingChanges& changes) {
     if (!head.isEmpty())
         status.commit = workspace.history().commit(head);
     status.merging = workspace.history().note(mergeNote);
-    status.fileCount = changes.present.size();
-    status.staged = stagedChanges(workspace.state(), changes);
-    status.conflicts = workspace.state().conflicts;
+    status.fileCount = changes.presentCount();
+    status.staged = stagedChanges(workspace.stateWithoutIndex(), changes);
+    status.conflicts = workspace.stateWithoutIndex().conflicts;
     status.unstaged = unstagedChanges(status, changes);
     status.renames = changes.renames;
     return status;
@@ -195,6 +195,7 @@ Expected<void> showStatus(const Arguments& arguments, Output& output) {
     if (!changes)
         return changes.error();
     write(statusOf(**workspace, *changes), arguments, output);
+    (*workspace)->keepBaseline(changes->baseline);
     // What was found by reading is only remembered to be quicker next time.
     if (const Expected<void> closed = (*workspace)->close(); !closed)
         printMessage(closed.error().message);

@@ -37,7 +37,7 @@ Expected<std::vector<OdString>> chosenPaths(const Arguments& arguments,
         const auto isStaged = [&path](const common::StagedFile& file) {
             return isChosen(file.path, {*path});
         };
-        const std::vector<common::StagedFile>& staged = workspace.state().stagedFiles;
+        const std::vector<common::StagedFile>& staged = workspace.stateWithoutIndex().stagedFiles;
         if (std::none_of(staged.begin(), staged.end(), isStaged))
             return ErrorMessage{OdString::format(tr(L"'%ls' is not staged"), printable(*path))};
         chosen.push_back(*path);

@@ -14,6 +14,7 @@
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/Storages.h>
 #include <cli/terminal/Progress.h>
+#include <cli/worktree/KeptBaseline.h>
 #include <cli/worktree/Workspace.h>
 #include <platform/sys/Folder.h>
 #include <platform/sys/Lock.h>
@@ -119,6 +120,7 @@ private:
         if (isMissing && history_ && result_.commits == 0)
             return addNote(tr(L"There is no state file yet (qrv init makes it)"));
         const Host host;
+        const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
         const Expected<std::shared_ptr<common::Cache>> cache = openState(root_, host);
         if (!cache)
             return addProblem(cache.error().message);
@@ -126,6 +128,24 @@ private:
             addProblem(problem);
         if (history_)
             attempt([this, &cache] { compareWithHistory((*cache)->read(), *history_); });
+        if (history_ && version)
+            attempt([&] { checkBaseline((*cache)->read(), *version, *history_); });
+    }
+
+    /// Nothing is lost with it, but a disk that damaged it damages other files, too.
+    void checkBaseline(const common::State& state, const sys::FileVersion& stateFile,
+                       History& history) {
+        const Expected<std::optional<KeptBaseline>> kept = readBaseline(folder_);
+        if (!kept)
+            return addProblem(kept.error().message);
+        const OdString head = history.note(headNote);
+        // An old one is not used.
+        if (isBusy_ || !*kept || (*kept)->stateFile != stateFile || (*kept)->headCommit != head)
+            return;
+        const auto expected = std::make_shared<const Baseline>(
+            Baseline::of(history.headSizes(), state.index, stateFile.modifiedNs));
+        if (toBytes(**kept) != toBytes(toKept(state, stateFile, head, expected)))
+            addProblem(damagedBaseline().message);
     }
 
     void compareWithHistory(const common::State& state, History& history) {

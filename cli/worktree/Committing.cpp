@@ -5,8 +5,8 @@
 #include <cli/worktree/Committing.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/Staging.h>
+#include <cli/worktree/Ticks.h>
 #include <cli/worktree/TreeShape.h>
-#include <cli/worktree/WorkingFile.h>
 #include <common/repository/ActivityLog.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>

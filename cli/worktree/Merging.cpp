@@ -25,7 +25,7 @@ using common::FileChange;
 constexpr std::int64_t millisecondsPerSecond = 1000;
 
 Expected<void> checkNothingStaged(const Workspace& workspace, const WorkingChanges& changes) {
-    if (stagedChanges(workspace.state(), changes).empty())
+    if (stagedChanges(workspace.stateWithoutIndex(), changes).empty())
         return {};
     return ErrorMessage{
         tr(L"Commit the staged files first (qrv commit), or take them off the "

@@ -173,15 +173,15 @@ bool holds(const std::vector<OdString>& sorted, const OdString& path) {
 
 /// What stays where it is: present, and removed by no step.
 std::vector<OdString> stayingFiles(const std::vector<PlannedFile>& steps,
-                                   const WorkingChanges& changes) {
+                                   const std::vector<OdString>& present) {
     std::vector<OdString> removed;
     for (const PlannedFile& step : steps) {
         if (step.after.isEmpty())
             removed.push_back(step.path);
     }
     std::vector<OdString> staying;
-    std::set_difference(changes.present.begin(), changes.present.end(), removed.begin(),
-                        removed.end(), std::back_inserter(staying));
+    std::set_difference(present.begin(), present.end(), removed.begin(), removed.end(),
+                        std::back_inserter(staying));
     return staying;
 }
 
@@ -199,8 +199,8 @@ bool isBlocked(const OdString& path, const std::vector<OdString>& staying) {
 /// Whether something lies there that the scan does not count: a link, also in place of a folder, or
 /// a file that the ignore rules hide. It is in no commit.
 bool isUnknownFile(const Workspace& workspace, const OdString& path,
-                   const WorkingChanges& changes) {
-    if (holds(changes.present, path))
+                   const std::vector<OdString>& present) {
+    if (holds(present, path))
         return false;
     const sys::Outcome<sys::FileStatus> status = workspace.folder().status(path.toNarrow());
     if (!status)
@@ -280,11 +280,12 @@ std::vector<PlannedFile> stepsBetween(const Tree& before, const Tree& after) {
 
 Expected<void> checkRoom(const Workspace& workspace, const std::vector<PlannedFile>& steps,
                          const WorkingChanges& changes) {
-    const std::vector<OdString> staying = stayingFiles(steps, changes);
+    const std::vector<OdString> present = presentFiles(changes);
+    const std::vector<OdString> staying = stayingFiles(steps, present);
     std::vector<OdString> blocked;
     for (const PlannedFile& step : steps) {
         const bool needsRoom = !step.after.isEmpty() && isBlocked(step.path, staying);
-        if (needsRoom || isUnknownFile(workspace, step.path, changes))
+        if (needsRoom || isUnknownFile(workspace, step.path, present))
             blocked.push_back(step.path);
     }
     if (blocked.empty())

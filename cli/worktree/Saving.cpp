@@ -49,9 +49,11 @@ std::vector<OdString> possibleUrls(const Origins& origins, const OdString& path,
 
 Expected<Present> lookAt(Workspace& workspace, const OdString& path, const WorkingChanges& changes,
                          const Origins& origins) {
-    if (!std::binary_search(changes.present.begin(), changes.present.end(), path))
+    const common::FileChange change = changeOf(path, changes);
+    if (change == common::FileChange::removed)
         return Present();
-    if (changeOf(path, changes) == common::FileChange::unchanged)
+    // In HEAD, or nowhere.
+    if (change == common::FileChange::unchanged)
         return Present{urlOf(workspace.headFiles(), path), false};
     const Expected<OdString> digest = digestOfFile(workspace.folder(), path);
     if (!digest)

@@ -123,7 +123,7 @@ bool exceeds(std::int64_t sizeBytes, std::int64_t limitMegabytes) {
 void warnOfSizes(const std::vector<StagedFile>& files, const Workspace& workspace,
                  const Settings& settings) {
     const std::set<OdString> chosen = contentsOf(files);
-    std::set<OdString> staged = contentsOf(workspace.state().stagedFiles);
+    std::set<OdString> staged = contentsOf(workspace.stateWithoutIndex().stagedFiles);
     staged.insert(chosen.begin(), chosen.end());
     Notes notes;
     std::int64_t total = 0;
@@ -152,7 +152,7 @@ void warnOfNames(const std::vector<StagedFile>& files, const WorkingChanges& cha
     }
     if (added.empty())
         return;
-    const NameTable table(changes.present);
+    const NameTable table(presentFiles(changes));
     std::set<std::pair<OdString, OdString>> told;
     Notes clashes;
     Notes unportable;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cli/worktree/Baseline.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <platform/kernel/OdString.h>
@@ -8,44 +9,64 @@
 #include <atomic>
 #include <cstddef>
 #include <future>
+#include <memory>
 #include <vector>
 
 namespace qrv_cli {
 
-/// A scan of the working tree with every file's size and time, which goes on while its maker does
-/// something else. Asking the system for sizes and times takes most of it, and two can ask at once.
+/// A look at the working tree: at each file of a baseline, and at whatever else the library's scan
+/// finds. Its maker goes on while the tree is listed. Asking the system for sizes and times takes
+/// most of the time, and two threads can ask at once.
+///
+///     TreeScan scan(root, folder);
+///     ... make the baseline ...
+///     if (Expected<void> looked = scan.lookAt(baseline); !looked)
+///         return looked;
 class TreeScan {
 public:
-    /// Begins at once. The folder is that of the root, and must live as long.
+    /// Begins to list the tree at once. The folder is that of the root, and must live as long.
     TreeScan(const common::RootPath& root, const sys::Folder& folder);
     TreeScan(const TreeScan&) = delete;
     TreeScan& operator=(const TreeScan&) = delete;
-    ~TreeScan() = default;
+    ~TreeScan();
 
-    /// Waits for the paths. Fails as the library's scan does.
-    Expected<void> waitForPaths();
-    /// Everything that the scan found, in its order. Only after `waitForPaths`.
-    const std::vector<OdString>& paths() const { return paths_; }
-    /// What is wrong with the ignore rules. Only after `waitForPaths`.
+    /// Looks at all files of the baseline, also where a rule ignores them: they stay versioned.
+    /// Then at what else was listed. Once. Fails as the library's scan does.
+    Expected<void> lookAt(std::shared_ptr<const Baseline> baseline);
+
+    // Only after `lookAt`.
+
+    /// Of each file of the baseline what lies there; what is gone is `other`.
+    const std::vector<sys::FileStatus>& known() const { return knownStatuses_; }
+    struct Other {
+        OdString path;
+        sys::FileStatus status;
+    };
+    /// What is listed and not in the baseline, ordered by path.
+    const std::vector<Other>& others() const { return others_; }
+    /// What is wrong with the ignore rules.
     const std::vector<OdString>& messages() const { return messages_; }
-
-    /// Helps with what is left to do. Only after `waitForPaths`, once.
-    void finish();
-    /// Of each path; what went away since it was listed is as a device. Only after `finish`.
-    const std::vector<sys::FileStatus>& statuses() const { return statuses_; }
 
 private:
     Expected<void> list();
-    void look();
+    void keepOthers(const Baseline& baseline, std::vector<common::File> listed);
+    void lookAtKnown();
+    void lookAtOthers();
 
     const common::RootPath root_;
     const sys::Folder& folder_;
+    using Given = std::shared_ptr<const Baseline>;
+    /// Null when nobody will look.
+    std::promise<Given> promise_;
+    std::shared_future<Given> baseline_;
+    bool isGiven_ = false;
     std::vector<OdString> messages_;
-    std::vector<OdString> paths_;
-    /// Each is written by one thread only.
-    std::vector<sys::FileStatus> statuses_;
-    /// The first path that nobody has begun to ask for.
-    std::atomic<std::size_t> next_{0};
+    // Each element is written by one thread only.
+    std::vector<sys::FileStatus> knownStatuses_;
+    std::vector<Other> others_;
+    // The first that nobody has begun to ask for.
+    std::atomic<std::size_t> nextKnown_{0};
+    std::atomic<std::size_t> nextOther_{0};
     // Last, so that what goes on has ended before anything else is gone.
     std::shared_future<Expected<void>> listed_;
     std::future<void> looked_;

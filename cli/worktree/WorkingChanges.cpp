@@ -1,7 +1,7 @@
 #include <cli/Message.h>
 #include <cli/safety/StorageUrlCheck.h>
-#include <cli/worktree/MatchedTree.h>
 #include <cli/worktree/Renames.h>
+#include <cli/worktree/Ticks.h>
 #include <cli/worktree/TreeScan.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/WorkingFile.h>
@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <optional>
 #include <utility>
 
 namespace qrv_cli {
@@ -22,9 +21,6 @@ namespace {
 
 using common::FileChange;
 
-/// The coarsest step in which a file system counts its times.
-constexpr std::int64_t coarsestTimeStepTicks = 20'000'000;
-
 /// What reading a file told, for the index.
 struct Verdict {
     OdString path;
@@ -32,88 +28,86 @@ struct Verdict {
     bool isModified = false;
 };
 
-/// Tells what each file is, in the order of the paths.
+OdString textOf(const KnownFile& file) {
+    return OdString::fromNarrow(file.path);
+}
+
+/// Tells what each file is.
 class Comparison {
 public:
-    Comparison(Workspace& workspace, MatchedTree tree)
-        : workspace_(workspace), index_(workspace.state().index), tree_(std::move(tree)) {
-        if (const std::optional<std::int64_t> written = workspace.stateModifiedNs())
-            trustedBeforeTicks_ = toTicks(*written) - coarsestTimeStepTicks;
-    }
+    Comparison(Workspace& workspace, const TreeScan& scan) : workspace_(workspace), scan_(scan) {}
 
-    WorkingChanges compare() {
-        const std::vector<SizedFile>& newFiles = tree_.newFiles();
-        result_.present.reserve(tree_.head().size() + newFiles.size());
-        auto next = newFiles.begin();
-        for (std::size_t place = 0; place < tree_.head().size(); ++place) {
-            SizedFile& head = tree_.head()[place];
-            for (; next != newFiles.end() && next->path < head.path; ++next)
-                addNew(*next);
-            if (tree_.present()[place] == nullptr)
-                addRemoved(head);
-            else
-                addOld(*tree_.present()[place], head);
-        }
-        for (; next != newFiles.end(); ++next)
-            addNew(*next);
-        result_.renames = findRenames(workspace_, newFiles, removed_);
-        result_.links = tree_.takeLinks();
+    WorkingChanges compare(std::shared_ptr<const Baseline> baseline) {
+        const std::vector<KnownFile>& known = baseline->files();
+        for (std::size_t place = 0; place < known.size(); ++place)
+            addKnown(known[place], scan_.known()[place]);
+        for (const TreeScan::Other& other : scan_.others())
+            addOther(other);
+        // Both were found in the order of the paths.
+        std::inplace_merge(
+            changes_.begin(), changes_.begin() + static_cast<std::ptrdiff_t>(knownChanges_),
+            changes_.end(),
+            [](const auto& one, const auto& other) { return one.path < other.path; });
+        for (const common::StagedFile& change : changes_)
+            add(change.path, change.change);
+        std::sort(result_.links.begin(), result_.links.end());
+        result_.renames = findRenames(workspace_, newFiles_, removed_);
+        result_.baseline = std::move(baseline);
         return std::move(result_);
     }
 
     const std::vector<Verdict>& verdicts() const { return verdicts_; }
 
 private:
-    void addNew(const SizedFile& file) {
-        result_.present.push_back(file.path);
-        add(file.path, FileChange::added, result_.files.added);
+    void addKnown(const KnownFile& file, const sys::FileStatus& status) {
+        if (status.kind == sys::FileKind::regular && !isModified(file, status))
+            return;
+        ++knownChanges_;
+        if (status.kind == sys::FileKind::regular) {
+            changes_.emplace_back(textOf(file), FileChange::modified);
+            return;
+        }
+        if (status.kind == sys::FileKind::link)
+            result_.links.push_back(textOf(file));
+        removed_.push_back({textOf(file), file.sizeBytes});
+        changes_.emplace_back(textOf(file), FileChange::removed);
     }
 
-    /// The path is not needed afterwards.
-    void addOld(const sys::FileStatus& status, SizedFile& head) {
-        if (isModified(status, head))
-            add(head.path, FileChange::modified, result_.files.modified);
-        result_.present.push_back(std::move(head.path));
+    void addOther(const TreeScan::Other& other) {
+        if (other.status.kind == sys::FileKind::link)
+            result_.links.push_back(other.path);
+        if (other.status.kind != sys::FileKind::regular)
+            return;
+        newFiles_.push_back({other.path, other.status.sizeBytes});
+        changes_.emplace_back(other.path, FileChange::added);
     }
 
-    void addRemoved(const SizedFile& file) {
-        removed_.push_back(file);
-        add(file.path, FileChange::removed, result_.files.removed);
-    }
-
-    void add(const OdString& path, FileChange change, std::vector<common::File>& files) {
-        files.emplace_back(path);
+    void add(const OdString& path, FileChange change) {
+        listOf(change).emplace_back(path);
         common::StatusRef& status = result_.files.changes.emplace_back(path, change);
-        for (const common::ConflictData& conflict : workspace_.state().conflicts) {
+        for (const common::ConflictData& conflict : workspace_.stateWithoutIndex().conflicts) {
             if (conflict.path == path)
                 status.conflictInfo() = std::make_shared<common::ConflictData>(conflict);
         }
     }
 
-    bool isModified(const sys::FileStatus& status, const SizedFile& head) {
-        if (status.sizeBytes != head.sizeBytes)
-            return true;
-        const std::int64_t ticks = toTicks(status.modifiedNs);
-        // "Modified" is not believed: a commit that was interrupted before it wrote the state may
-        // have made it untrue.
-        const common::IndexData* const noted = indexEntry(head.path);
-        const bool isNoted = noted != nullptr && noted->lastChecked == ticks && !noted->modified;
-        if (isNoted && ticks < trustedBeforeTicks_)
-            return false;
-        const bool differs = differsFrom(head.path, workspace_.history().headUrl(head.path));
-        verdicts_.push_back({head.path, ticks, differs});
-        return differs;
+    std::vector<common::File>& listOf(FileChange change) {
+        if (change == FileChange::added)
+            return result_.files.added;
+        return change == FileChange::modified ? result_.files.modified : result_.files.removed;
     }
 
-    /// Asked for in the order of the index, so that a step or two lead from one to the next.
-    const common::IndexData* indexEntry(const OdString& path) {
-        for (; nextEntry_ != index_.end(); ++nextEntry_) {
-            if (nextEntry_->first == path)
-                return &nextEntry_->second;
-            if (path < nextEntry_->first)
-                return nullptr;
-        }
-        return nullptr;
+    bool isModified(const KnownFile& file, const sys::FileStatus& status) {
+        if (status.sizeBytes != file.sizeBytes)
+            return true;
+        const std::int64_t ticks = toTicks(status.modifiedNs);
+        if (ticks == file.unmodifiedTicks)
+            return false;
+        const OdString path = textOf(file);
+        const bool differs = differsFrom(path, workspace_.history().headUrl(path));
+        if (!differs || ticks != file.modifiedTicks)
+            verdicts_.push_back({path, ticks, differs});
+        return differs;
     }
 
     bool differsFrom(const OdString& path, const OdString& url) const {
@@ -126,11 +120,11 @@ private:
     }
 
     Workspace& workspace_;
-    const std::map<OdString, common::IndexData>& index_;
-    std::map<OdString, common::IndexData>::const_iterator nextEntry_ = index_.begin();
-    // Nothing is trusted without a state file.
-    std::int64_t trustedBeforeTicks_ = 0;
-    MatchedTree tree_;
+    const TreeScan& scan_;
+    std::vector<common::StagedFile> changes_;
+    /// How many of them are of known files, which come first.
+    std::size_t knownChanges_ = 0;
+    std::vector<SizedFile> newFiles_;
     std::vector<SizedFile> removed_;
     std::vector<Verdict> verdicts_;
     WorkingChanges result_;
@@ -160,18 +154,40 @@ bool holds(const std::vector<common::File>& files, const OdString& path) {
 
 }  // namespace
 
+std::size_t WorkingChanges::presentCount() const {
+    return baseline->files().size() - files.removed.size() + files.added.size();
+}
+
 Expected<WorkingChanges> findChanges(Workspace& workspace) {
     const std::unique_ptr<TreeScan> scan = workspace.takeScan();
-    // Meanwhile, as neither needs the other.
-    std::vector<SizedFile> head = workspace.history().headSizes();
-    if (Expected<void> listed = scan->waitForPaths(); !listed)
-        return std::move(listed).error();
+    // Meanwhile the tree is listed.
+    std::shared_ptr<const Baseline> baseline = workspace.baseline();
+    if (Expected<void> looked = scan->lookAt(baseline); !looked)
+        return std::move(looked).error();
     for (const OdString& message : scan->messages())
         printMessage(message);
-    Comparison comparison(workspace, MatchedTree(std::move(head), *scan, workspace.folder()));
-    WorkingChanges changes = comparison.compare();
+    Comparison comparison(workspace, *scan);
+    WorkingChanges changes = comparison.compare(std::move(baseline));
     refreshIndex(workspace, comparison.verdicts());
     return changes;
+}
+
+std::vector<OdString> presentFiles(const WorkingChanges& changes) {
+    std::vector<OdString> paths;
+    paths.reserve(changes.presentCount());
+    auto removed = changes.files.removed.begin();
+    for (const KnownFile& file : changes.baseline->files()) {
+        OdString path = textOf(file);
+        if (removed != changes.files.removed.end() && removed->path == path)
+            ++removed;
+        else
+            paths.push_back(std::move(path));
+    }
+    const auto old = static_cast<std::ptrdiff_t>(paths.size());
+    for (const common::File& file : changes.files.added)
+        paths.push_back(file.path);
+    std::inplace_merge(paths.begin(), paths.begin() + old, paths.end());
+    return paths;
 }
 
 std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,

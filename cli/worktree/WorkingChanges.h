@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cli/worktree/Baseline.h>
 #include <cli/worktree/Workspace.h>
 #include <common/worktree/RepoChanges.h>
 #include <platform/kernel/OdString.h>
 
-#include <cstdint>
+#include <cstddef>
 #include <map>
+#include <memory>
 #include <vector>
 
 namespace qrv_cli {
@@ -18,22 +20,25 @@ struct WorkingChanges {
     /// From the new path of a file that is in `files.added` to its path in HEAD, which is in
     /// `files.removed`: both have the same contents.
     std::map<OdString, OdString> renames;
-    /// Everything that the scan found, and files of HEAD that are there although a rule ignores
-    /// them; ordered.
-    std::vector<OdString> present;
     /// Symbolic links, which are not versioned; ordered.
     std::vector<OdString> links;
+    /// What the working tree was compared with.
+    std::shared_ptr<const Baseline> baseline;
 
     bool isEmpty() const { return files.changes.empty(); }
+    /// The number of `presentFiles`.
+    std::size_t presentCount() const;
 };
 
 /// Scans the working tree and compares it with HEAD.
 ///
-/// A file whose size is that of HEAD and whose time is that of an index entry which says that it is
-/// not modified, is not read. It is read all the same when its time is not safely older than the
-/// state file, because it may have changed within the same tick of the clock after it was looked
-/// at. What was found by reading goes back into the index, if the workspace may be changed.
+/// A file whose size is that of HEAD is only read when its time is not one that the baseline
+/// believes. What was found by reading goes back into the index, if the workspace may be changed.
 Expected<WorkingChanges> findChanges(Workspace& workspace);
+
+/// The regular files that are in the working tree: everything that the scan found, and files of
+/// HEAD that are there although a rule ignores them; ordered.
+std::vector<OdString> presentFiles(const WorkingChanges& changes);
 
 /// The files of HEAD that are as they were committed, ordered by path.
 std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,

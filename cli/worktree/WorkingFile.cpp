@@ -12,9 +12,6 @@ namespace qrv_cli {
 namespace {
 
 constexpr std::size_t bufferSizeBytes = 1 << 18;
-constexpr std::int64_t nanosecondsPerTick = 100;
-// From 1601-01-01 to 1970-01-01.
-constexpr std::int64_t ticksBefore1970 = 116'444'736'000'000'000;
 
 ErrorMessage unreadable(const OdString& path, std::error_code cause) {
     return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, cause);
@@ -44,13 +41,6 @@ Expected<OdString> digestOfFile(const sys::Folder& root, const OdString& path) {
         if (*count < buffer.size())
             return OdString(digest.finish().c_str());
     }
-}
-
-std::int64_t toTicks(std::int64_t modifiedNs) {
-    // Towards the past also before 1970, as the library rounds.
-    const std::int64_t remainder = modifiedNs % nanosecondsPerTick;
-    const std::int64_t whole = modifiedNs / nanosecondsPerTick - (remainder < 0 ? 1 : 0);
-    return whole + ticksBefore1970;
 }
 
 }  // namespace qrv_cli

@@ -1,11 +1,17 @@
 #include <cli/Message.h>
 #include <cli/Translation.h>
+#include <cli/worktree/KeptBaseline.h>
 #include <cli/worktree/PlanExecution.h>
+#include <cli/worktree/Ticks.h>
 #include <cli/worktree/TreeScan.h>
 #include <cli/worktree/Workspace.h>
+#include <platform/kernel/Clock.h>
+#include <platform/kernel/OdError.h>
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
+#include <map>
 #include <thread>
 #include <utility>
 
@@ -13,6 +19,8 @@ namespace qrv_cli {
 
 namespace {
 
+constexpr const char* statePath = ".qrv/qrv.state";
+constexpr std::int64_t nanosecondsPerMillisecond = 1'000'000;
 constexpr std::chrono::milliseconds waitForLock{10000};
 constexpr std::chrono::milliseconds pauseBetweenTries{20};
 
@@ -70,8 +78,12 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
         new Workspace(*root, std::move(*rootFolder), std::move(held), std::move(history)));
     if (scan == Scan::ahead && workspace->canScanAhead())
         workspace->scan_ = std::make_unique<TreeScan>(workspace->root_, workspace->folder_);
-    if (const Expected<void> opened = workspace->openCache(); !opened)
-        return opened.error();
+    if (workspace->scan_ && use == Use::look)
+        workspace->takeKeptBaseline();
+    if (!workspace->kept_) {
+        if (const Expected<void> opened = workspace->openCache(); !opened)
+            return opened.error();
+    }
     if (const Expected<void> recovered = recover(*workspace); !recovered)
         return recovered.error();
     return workspace;
@@ -84,9 +96,10 @@ Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sy
       folder_(std::move(folder)),
       history_(std::move(history)),
       storages_(std::make_unique<Storages>([this](const OdString& path) {
-          const auto previous = state().renames.find(path);
+          const std::map<OdString, OdString>& renames = stateWithoutIndex().renames;
+          const auto previous = renames.find(path);
           const Tree& files = headFiles();
-          const auto file = files.find(previous == state().renames.end() ? path : previous->second);
+          const auto file = files.find(previous == renames.end() ? path : previous->second);
           return file == files.end() ? OdString() : file->second.url;
       })) {
 }
@@ -99,16 +112,58 @@ bool Workspace::canScanAhead() {
     return folder_.status(".qrv/properties/ignore") && !notedPlan(history_);
 }
 
+/// One that cannot be read is no loss.
+void Workspace::takeKeptBaseline() {
+    const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
+    Expected<std::optional<KeptBaseline>> kept = readBaseline(folder_);
+    if (version && kept && *kept && (*kept)->stateFile == *version &&
+        (*kept)->headCommit == history_.note(headNote))
+        kept_ = std::move(*kept);
+}
+
 Expected<void> Workspace::openCache() {
     // Before it is read: should somebody replace it meanwhile, its time is too early, and less of
     // the index is trusted.
-    const sys::Outcome<sys::FileStatus> status = folder_.status(".qrv/qrv.state");
-    stateModifiedNs_ = status ? std::optional(status->modifiedNs) : std::nullopt;
+    const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
+    stateVersion_ = version ? std::optional(*version) : std::nullopt;
     Expected<std::shared_ptr<common::Cache>> cache = openState(root_, host_);
     if (!cache)
         return cache.error();
     cache_ = *cache;
+    kept_.reset();
     return {};
+}
+
+common::Cache& Workspace::cache() {
+    if (!cache_) {
+        if (const Expected<void> opened = openCache(); !opened)
+            throw OdError(opened.error().message);
+    }
+    return *cache_;
+}
+
+const common::State& Workspace::stateWithoutIndex() const {
+    return kept_ ? kept_->state : cache_->read();
+}
+
+std::shared_ptr<const Baseline> Workspace::baseline() {
+    if (kept_)
+        return kept_->baseline;
+    const std::optional<std::int64_t> modifiedNs =
+        stateVersion_ ? std::optional(stateVersion_->modifiedNs) : std::nullopt;
+    return std::make_shared<const Baseline>(
+        Baseline::of(history_.headSizes(), state().index, modifiedNs));
+}
+
+void Workspace::keepBaseline(std::shared_ptr<const Baseline> baseline) {
+    // Conflicts do not last, and have too many parts to be kept twice.
+    if (!mayChange() || kept_ || !stateVersion_ || !state().conflicts.empty())
+        return;
+    // The next version of a younger state file may have the same time.
+    const std::int64_t nowTicks = toTicks(kernel::now() * nanosecondsPerMillisecond);
+    if (toTicks(stateVersion_->modifiedNs) >= nowTicks - coarsestTimeStepTicks)
+        return;
+    toKeep_ = toKept(state(), *stateVersion_, history_.note(headNote), std::move(baseline));
 }
 
 OdString Workspace::headCommit() {
@@ -128,7 +183,18 @@ std::unique_ptr<TreeScan> Workspace::takeScan() {
 Expected<void> Workspace::close() {
     // The cache writes when its last owner lets go.
     cache_.reset();
+    writeKeptBaseline();
     return host_.lastWrite();
+}
+
+/// Without it the next look takes longer, and tries again: nobody need know.
+void Workspace::writeKeptBaseline() {
+    if (!toKeep_)
+        return;
+    const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
+    if (version && *version == toKeep_->stateFile)
+        static_cast<void>(writeBaseline(*toKeep_, folder_));
+    toKeep_.reset();
 }
 
 Expected<void> Workspace::saveState() {

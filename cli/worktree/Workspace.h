@@ -3,13 +3,13 @@
 #include <cli/Repository.h>
 #include <cli/history/History.h>
 #include <cli/storage/Storages.h>
+#include <cli/worktree/BaselineBytes.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <common/state/Cache.h>
 #include <platform/sys/Folder.h>
 #include <platform/sys/Lock.h>
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,7 +41,8 @@ public:
     /// process that holds the lock, and fails when it does not let go. What an interrupted command
     /// left is finished first, and told; without the lock, it is only told.
     ///
-    /// With `Scan::ahead` a scan of the working tree begins meanwhile, for `findChanges`.
+    /// With `Scan::ahead` a scan of the working tree begins meanwhile, for `findChanges`, and a
+    /// look is content with a kept baseline instead of the whole state.
     static Expected<std::unique_ptr<Workspace>> open(const std::string& folder, Use use,
                                                      Scan scan = Scan::later);
 
@@ -52,17 +53,23 @@ public:
 
     const common::RootPath& root() const { return root_; }
     const sys::Folder& folder() const { return folder_; }
-    common::Cache& cache() { return *cache_; }
-    const common::State& state() const { return cache_->read(); }
-    /// When the state file was written, in nanoseconds since 1970-01-01T00:00:00Z; nothing when it
-    /// was not there.
-    std::optional<std::int64_t> stateModifiedNs() const { return stateModifiedNs_; }
+    // The state is read when the workspace is opened, unless a kept baseline replaces most of it;
+    // then when it is first asked for, and `OdError` is thrown when it cannot be.
+    common::Cache& cache();
+    const common::State& state() { return cache().read(); }
+    /// The same, but its index may be missing.
+    const common::State& stateWithoutIndex() const;
+    /// What the working tree is to be compared with now.
+    std::shared_ptr<const Baseline> baseline();
+    /// Lets `close` keep the baseline, so that the next look takes less time. It does so only with
+    /// the lock, and when it can be told later whether the baseline still holds.
+    void keepBaseline(std::shared_ptr<const Baseline> baseline);
     History& history() { return history_; }
     Storages& storages() { return *storages_; }
 
     /// Whether this process holds the lock, so that it may write.
     bool mayChange() const { return lock_.has_value(); }
-    OdString branch() const { return state().head.reference; }
+    OdString branch() const { return stateWithoutIndex().head.reference; }
     /// The hash of the branch's commit; empty before the first one.
     OdString headCommit();
     /// The files of HEAD; read once.
@@ -85,7 +92,9 @@ private:
               History history);
 
     bool canScanAhead();
+    void takeKeptBaseline();
     Expected<void> openCache();
+    void writeKeptBaseline();
 
     // The lock is let go last, after the state was written.
     std::optional<sys::Lock> lock_;
@@ -94,7 +103,11 @@ private:
     Host host_;
     History history_;
     std::shared_ptr<common::Cache> cache_;
-    std::optional<std::int64_t> stateModifiedNs_;
+    /// Of the state file when it was read; nothing when it was not there.
+    std::optional<sys::FileVersion> stateVersion_;
+    /// Instead of the cache, as long as there is none.
+    std::optional<KeptBaseline> kept_;
+    std::optional<KeptBaseline> toKeep_;
     std::unique_ptr<Storages> storages_;
     std::optional<Tree> headFiles_;
     std::unique_ptr<TreeScan> scan_;

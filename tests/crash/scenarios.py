@@ -201,6 +201,15 @@ def make_scenarios(program, folder, only=""):
         repository.write({"parts/list.csv": b"flange;6\n" * 2000})
         repository.commit("newer list")
 
+    def age(repository):
+        """Only beside files and a state that are not quite new a look leaves anything but a newer state."""
+        edit(repository)
+        minute = time.time() - 60
+        for name in (".qrv/properties/ignore", ".qrv/properties/project_name"):
+            os.utime(repository.folder / name, (minute, minute))
+        repository.do("status")
+        os.utime(repository.folder / ".qrv/qrv.state", (minute + 30, minute + 30))
+
     scenario("add", {}, edit, ["add", "--all"])
     scenario("commit", {}, stage, ["commit", "-m", "work"], again=(1,))
     scenario("commit-of-many", {}, stage_many, ["commit", "-m", "work"], again=(1,))
@@ -212,4 +221,5 @@ def make_scenarios(program, folder, only=""):
     scenario("abort", CONFLICTING, conflict, ["merge", "--abort"], again=(1,))
     scenario("restore", {}, edit, ["restore", ".", "--force"])
     scenario("gc", CONFLICTING, pack, ["gc"])
+    scenario("status", ON_MASTER, age, ["status"])
     return made

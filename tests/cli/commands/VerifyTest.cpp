@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -126,6 +128,55 @@ TEST_F(VerifyCommand, PrintsJsonWhenAsked) {
               replaced(replaced(document, "DIGEST", digestOf("1;bolt\n")), "ROOT", root));
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.messages, "qrv: Problems: 1\n");
+}
+
+/// With a baseline that a look kept beside a state that is not quite new.
+class VerifyBaseline : public VerifyCommand {
+protected:
+    VerifyBaseline() {
+        for (const auto& [path, contents] : contentsOf(project.folder.path())) {
+            if (path.find(".qrv/") != 0 || path == ".qrv/properties/ignore")
+                makeOlder(path, std::chrono::hours(1));
+        }
+        project.run({"status"});
+        makeOlder(".qrv/qrv.state", std::chrono::seconds(10));
+        project.run({"status"});
+    }
+    void makeOlder(const std::string& path, std::chrono::seconds by) const {
+        fs::last_write_time(project / path, fs::last_write_time(project / path) - by);
+    }
+
+    const fs::path baseline = project / ".qrv/baseline";
+    const std::string damage = "'.qrv/baseline' is damaged (qrv status makes it anew)";
+};
+
+TEST_F(VerifyBaseline, FindsNothingInAWholeOne) {
+    ASSERT_TRUE(fs::exists(baseline));
+    EXPECT_EQ(project.qrv({"verify"}), (Outcome{0, counts + allIsWell, ""}));
+}
+
+TEST_F(VerifyBaseline, FindsAFlippedBit) {
+    flipByte(baseline, 100);
+    EXPECT_EQ(project.qrv({"verify"}), problem(counts, damage));
+    project.run({"status"});
+    EXPECT_EQ(project.qrv({"verify"}), (Outcome{0, counts + allIsWell, ""}));
+}
+
+TEST_F(VerifyBaseline, FindsOneThatSaysSomethingElseThanStateAndHistory) {
+    std::string bytes = qrv_test::readFile(baseline);
+    const std::size_t name = bytes.find("master");
+    ASSERT_NE(name, std::string::npos);
+    bytes.replace(name, 6, "matser");
+    const std::size_t body = 15 + 64;
+    bytes.replace(15, 64, digestOf(bytes.substr(body)));
+    qrv_test::writeFile(baseline, bytes);
+    EXPECT_EQ(project.qrv({"verify"}), problem(counts, damage));
+}
+
+TEST_F(VerifyBaseline, MindsNoOldOne) {
+    project.write({{"parts.csv", "3;bolts\n"}});
+    project.commit("third");
+    EXPECT_EQ(project.qrv({"verify"}).status, 0);
 }
 
 TEST_F(VerifyCommand, FindsAFlippedBitOfAnObject) {

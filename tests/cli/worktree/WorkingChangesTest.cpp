@@ -38,8 +38,19 @@ protected:
 TEST_F(WorkingTree, HasNoChangesAfterACommit) {
     const WorkingChanges found = changes();
     EXPECT_TRUE(found.isEmpty());
-    EXPECT_EQ(found.present, (std::vector<OdString>{L".qrv/properties/ignore", L"a.txt", L"b.dwg",
-                                                    L"empty", L"sub/c.txt"}));
+    EXPECT_EQ(presentFiles(found), (std::vector<OdString>{L".qrv/properties/ignore", L"a.txt",
+                                                          L"b.dwg", L"empty", L"sub/c.txt"}));
+    EXPECT_EQ(found.presentCount(), 5U);
+}
+
+TEST_F(WorkingTree, ListsWhatIsPresentInOrder) {
+    project.write({{"sub/d.txt", "new"}, {"Z.txt", "new, too"}, {"sub/c.bak", "ignored"}});
+    fs::remove(project / "a.txt");
+    const WorkingChanges found = changes();
+    EXPECT_EQ(presentFiles(found),
+              (std::vector<OdString>{L".qrv/properties/ignore", L"Z.txt", L"b.dwg", L"empty",
+                                     L"sub/c.txt", L"sub/d.txt"}));
+    EXPECT_EQ(found.presentCount(), 6U);
 }
 
 TEST_F(WorkingTree, ListsTheUnchangedFilesWhenAsked) {

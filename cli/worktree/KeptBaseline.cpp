@@ -1,0 +1,72 @@
+#include <cli/Translation.h>
+#include <cli/worktree/KeptBaseline.h>
+#include <cli/worktree/Workspace.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr std::uint32_t permissions = 0644;
+
+ErrorMessage unreadable(std::error_code cause) {
+    return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString(baselinePath), cause);
+}
+
+}  // namespace
+
+KeptBaseline toKept(const common::State& state, const sys::FileVersion& stateFile,
+                    const OdString& headCommit, std::shared_ptr<const Baseline> baseline) {
+    KeptBaseline kept;
+    kept.stateFile = stateFile;
+    kept.headCommit = headCommit;
+    kept.state.head = state.head;
+    kept.state.stagedFiles = state.stagedFiles;
+    kept.state.renames = state.renames;
+    kept.baseline = std::move(baseline);
+    return kept;
+}
+
+Expected<std::optional<KeptBaseline>> readBaseline(const sys::Folder& root) {
+    sys::Outcome<sys::InputFile> file = root.openFile(baselinePath);
+    if (!file && file.error() == std::errc::no_such_file_or_directory)
+        return std::optional<KeptBaseline>();
+    if (!file)
+        return unreadable(file.error());
+    const sys::Outcome<sys::InputFile::Stamp> stamp = file->stamp();
+    if (!stamp)
+        return unreadable(stamp.error());
+    std::vector<char> bytes(static_cast<std::size_t>(stamp->sizeBytes));
+    const sys::Outcome<std::size_t> count = file->read(bytes);
+    if (!count)
+        return unreadable(count.error());
+    bytes.resize(*count);
+    if (isOfLaterProgram({bytes.data(), bytes.size()}))
+        return std::optional<KeptBaseline>();
+    std::optional<KeptBaseline> kept = fromBytes(std::move(bytes));
+    if (!kept)
+        return damagedBaseline();
+    return kept;
+}
+
+ErrorMessage damagedBaseline() {
+    return {OdString::format(tr(L"'%ls' is damaged (qrv status makes it anew)"),
+                             OdString(baselinePath))};
+}
+
+std::error_code writeBaseline(const KeptBaseline& kept, const sys::Folder& root) {
+    sys::Outcome<sys::NewFile> file = root.newFile(baselinePath, permissions);
+    if (!file)
+        return file.error();
+    const std::string bytes = toBytes(kept);
+    if (const std::error_code error = file->write(bytes))
+        return error;
+    return file->publish(sys::NewFile::Existing::replace);
+}
+
+}  // namespace qrv_cli

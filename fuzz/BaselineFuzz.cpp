@@ -1,0 +1,20 @@
+// A baseline with a right digest may have been made by anybody. What is read is written back as it
+// was.
+
+#include <cli/storage/Digest.h>
+#include <cli/worktree/BaselineBytes.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    const std::string body(reinterpret_cast<const char*>(bytes), size);
+    const std::string whole = "qrv baseline 1\n" + qrv_cli::Digest::of(body) + body;
+    const std::optional<qrv_cli::KeptBaseline> kept =
+        qrv_cli::fromBytes({whole.begin(), whole.end()});
+    if (kept && qrv_cli::toBytes(*kept) != whole)
+        std::abort();
+    return 0;
+}

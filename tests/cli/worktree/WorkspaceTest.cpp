@@ -1,0 +1,224 @@
+#include <cli/worktree/KeptBaseline.h>
+#include <platform/kernel/OdError.h>
+#include <tests/cli/worktree/Working.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qrv_cli::findChanges;
+using qrv_cli::Workspace;
+using qrv_test::readFile;
+using qrv_test::Working;
+using qrv_test::writeFile;
+
+/// A repository with a baseline that was kept some seconds after the last change.
+class KeptBaselineOfAWorkspace : public testing::Test {
+protected:
+    KeptBaselineOfAWorkspace() {
+        project.write({{"a.txt", "text"}, {"b.dwg", "drawing"}});
+        for (const char* const name : {"a.txt", "b.dwg", ".qrv/properties/ignore"})
+            makeOlder(name, std::chrono::hours(1));
+        project.commit("First");
+        keep();
+    }
+
+    void makeOlder(const char* path, std::chrono::seconds by) const {
+        fs::last_write_time(project / path, fs::last_write_time(project / path) - by);
+    }
+    /// As if some seconds had passed since the state was written.
+    void keep() const {
+        makeOlder(".qrv/qrv.state", std::chrono::seconds(10));
+        look();
+    }
+    std::string look() const { return project.run({"status"}); }
+    std::unique_ptr<Workspace> open(Workspace::Use use = Workspace::Use::look) const {
+        return std::move(*Workspace::open(project.folder.path(), use, Workspace::Scan::ahead));
+    }
+    bool isUsed() const { return open()->stateWithoutIndex().index.empty(); }
+    bool isKept() const { return fs::exists(project / ".qrv/baseline"); }
+
+    const Working project;
+};
+
+TEST_F(KeptBaselineOfAWorkspace, IsUsedInsteadOfTheState) {
+    const auto workspace = open();
+    EXPECT_TRUE(workspace->stateWithoutIndex().index.empty());
+    EXPECT_EQ(workspace->branch(), OdString(L"master"));
+    const auto changes = findChanges(*workspace);
+    EXPECT_TRUE(changes->isEmpty());
+    EXPECT_EQ(changes->presentCount(), 3U);
+    EXPECT_EQ(presentFiles(*changes),
+              (std::vector<OdString>{L".qrv/properties/ignore", L"a.txt", L"b.dwg"}));
+    EXPECT_TRUE(workspace->stateWithoutIndex().index.empty());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, GivesWayToTheStateWhenThatIsAskedFor) {
+    const auto workspace = open();
+    EXPECT_EQ(workspace->state().index.size(), 3U);
+    EXPECT_EQ(workspace->stateWithoutIndex().index.size(), 3U);
+}
+
+TEST_F(KeptBaselineOfAWorkspace, LeadsToAnExceptionWhenTheStateCannotBeReadAnyMore) {
+    const auto workspace = open();
+    fs::remove(project / ".qrv/qrv.state");
+    EXPECT_THROW(workspace->state(), OdError);
+    EXPECT_EQ(workspace->branch(), OdString(L"master"));
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAChange) {
+    EXPECT_EQ(open(Workspace::Use::change)->stateWithoutIndex().index.size(), 3U);
+}
+
+TEST_F(KeptBaselineOfAWorkspace, ShowsEachChangeAsTheStateDoes) {
+    project.write({{"a.txt", "longer text"}, {"new", "n"}, {"old.txt", "text"}});
+    fs::rename(project / "b.dwg", project / "c.dwg");
+    project.run({"add", "b.dwg"});
+    fs::remove(project / ".qrv/baseline");
+    makeOlder(".qrv/qrv.state", std::chrono::seconds(10));
+    const std::string shown = look();
+    EXPECT_TRUE(isUsed());
+    EXPECT_EQ(look(), shown);
+    EXPECT_EQ(shown,
+              "Branch 'master', commit 1: First\n"
+              "\n"
+              "Staged for the next commit:\n"
+              "  removed   b.dwg\n"
+              "  added     c.dwg\n"
+              "\n"
+              "Changed, not staged (qrv add PATH):\n"
+              "  modified  a.txt\n"
+              "  added     new\n"
+              "  added     old.txt\n"
+              "\n"
+              "Renamed:\n"
+              "  b.dwg -> c.dwg\n");
+}
+
+TEST_F(KeptBaselineOfAWorkspace, LetsAFileBeReadWhoseTimeIsAnotherAndNotesThat) {
+    const std::string before = readFile(project / ".qrv/qrv.state");
+    project.write({{"a.txt", "TEXT"}});
+    makeOlder("a.txt", std::chrono::hours(2));
+    EXPECT_EQ(qrv_test::shown(*findChanges(*open())), "a.txt modified, ");
+    project.write({{"a.txt", "text"}});
+    makeOlder("a.txt", std::chrono::hours(3));
+    EXPECT_TRUE(findChanges(*open())->isEmpty());
+    EXPECT_NE(readFile(project / ".qrv/qrv.state"), before);
+}
+
+TEST_F(KeptBaselineOfAWorkspace, StaysOfUseWhileAFileIsModifiedWithoutAnotherSize) {
+    project.write({{"a.txt", "TEXT"}});
+    makeOlder("a.txt", std::chrono::hours(2));
+    look();
+    keep();
+    EXPECT_TRUE(isUsed());
+    const std::string state = readFile(project / ".qrv/qrv.state");
+    const auto written = fs::last_write_time(project / ".qrv/qrv.state");
+    EXPECT_EQ(qrv_test::shown(*findChanges(*open())), "a.txt modified, ");
+    EXPECT_EQ(fs::last_write_time(project / ".qrv/qrv.state"), written);
+    EXPECT_EQ(readFile(project / ".qrv/qrv.state"), state);
+    EXPECT_TRUE(isUsed());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherStateFile) {
+    EXPECT_TRUE(isUsed());
+    makeOlder(".qrv/qrv.state", std::chrono::seconds(1));
+    EXPECT_FALSE(isUsed());
+    look();
+    EXPECT_TRUE(isUsed());
+    // The same bytes with the same time, but another file.
+    const fs::path state = project / ".qrv/qrv.state";
+    fs::copy(state, project / "copy");
+    fs::last_write_time(project / "copy", fs::last_write_time(state));
+    fs::rename(project / "copy", state);
+    EXPECT_FALSE(isUsed());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherCommit) {
+    {
+        const auto workspace = open(Workspace::Use::change);
+        workspace->history().setNote(qrv_cli::headNote, L"another");
+    }
+    EXPECT_FALSE(isUsed());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWhileTheStateFileIsNew) {
+    project.write({{"new", "n"}});
+    project.run({"add", "new"});
+    const std::string before = readFile(project / ".qrv/baseline");
+    look();
+    EXPECT_EQ(readFile(project / ".qrv/baseline"), before);
+    EXPECT_FALSE(isUsed());
+    keep();
+    EXPECT_NE(readFile(project / ".qrv/baseline"), before);
+    EXPECT_TRUE(isUsed());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWhenTheLookChangedTheState) {
+    fs::remove(project / ".qrv/baseline");
+    project.write({{"a.txt", "TEXT"}});
+    makeOlder("a.txt", std::chrono::hours(2));
+    makeOlder(".qrv/qrv.state", std::chrono::seconds(1));
+    look();
+    EXPECT_FALSE(isKept());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWithoutTheLock) {
+    fs::remove(project / ".qrv/baseline");
+    const auto holder = open(Workspace::Use::change);
+    look();
+    EXPECT_FALSE(isKept());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWithConflicts) {
+    fs::remove(project / ".qrv/baseline");
+    {
+        const auto workspace = open(Workspace::Use::change);
+        workspace->cache().write().conflicts.emplace_back(
+            L"a.txt", OdString(), common::FileChange::modified, common::FileChange::modified);
+    }
+    keep();
+    EXPECT_FALSE(isKept());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsMadeAnewWhenItIsDamaged) {
+    const std::string before = readFile(project / ".qrv/baseline");
+    for (const std::string& damaged : {std::string(), before.substr(1), before + "x"}) {
+        writeFile(project / ".qrv/baseline", damaged);
+        EXPECT_FALSE(isUsed());
+        look();
+        EXPECT_EQ(readFile(project / ".qrv/baseline"), before);
+    }
+}
+
+TEST_F(KeptBaselineOfAWorkspace, OfALaterProgramIsPassedOver) {
+    writeFile(project / ".qrv/baseline", "qrv baseline 2\nsomething");
+    EXPECT_FALSE(isUsed());
+    EXPECT_TRUE(*qrv_cli::readBaseline(*sys::Folder::open(project.folder.path())) == std::nullopt);
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsNoFileOfTheProject) {
+    EXPECT_EQ(project.run({"files"}), "a.txt\nb.dwg\n.qrv/properties/ignore\n");
+}
+
+TEST_F(KeptBaselineOfAWorkspace, ThatIsAFolderOrALinkHarmsNothing) {
+    fs::remove(project / ".qrv/baseline");
+    fs::create_directory(project / ".qrv/baseline");
+    const std::string shown = look();
+    fs::remove(project / ".qrv/baseline");
+    writeFile(project.folder.path().string() + "-outside", "outside");
+    fs::create_symlink(project.folder.path().string() + "-outside", project / ".qrv/baseline");
+    EXPECT_EQ(look(), shown);
+    EXPECT_EQ(readFile(project.folder.path().string() + "-outside"), "outside");
+    EXPECT_FALSE(fs::is_symlink(project / ".qrv/baseline"));
+    EXPECT_TRUE(isUsed());
+    fs::remove(project.folder.path().string() + "-outside");
+}
+
+}  // namespace
