@@ -13,6 +13,8 @@ namespace qrv_cli {
 namespace {
 
 constexpr std::uint32_t permissions = 0644;
+/// Enough for some millions of files. More is not worth the memory.
+constexpr std::size_t maximumSizeBytes = 256 << 20;
 
 ErrorMessage unreadable(std::error_code cause) {
     return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString(baselinePath), cause);
@@ -41,6 +43,8 @@ Expected<std::optional<KeptBaseline>> readBaseline(const sys::Folder& root) {
     const sys::Outcome<sys::InputFile::Stamp> stamp = file->stamp();
     if (!stamp)
         return unreadable(stamp.error());
+    if (std::cmp_greater(stamp->sizeBytes, maximumSizeBytes))
+        return damagedBaseline();
     std::vector<char> bytes(static_cast<std::size_t>(stamp->sizeBytes));
     const sys::Outcome<std::size_t> count = file->read(bytes);
     if (!count)
@@ -60,10 +64,12 @@ ErrorMessage damagedBaseline() {
 }
 
 std::error_code writeBaseline(const KeptBaseline& kept, const sys::Folder& root) {
+    const std::string bytes = toBytes(kept);
+    if (bytes.size() > maximumSizeBytes)
+        return std::make_error_code(std::errc::file_too_large);
     sys::Outcome<sys::NewFile> file = root.newFile(baselinePath, permissions);
     if (!file)
         return file.error();
-    const std::string bytes = toBytes(kept);
     if (const std::error_code error = file->write(bytes))
         return error;
     return file->publish(sys::NewFile::Existing::replace);

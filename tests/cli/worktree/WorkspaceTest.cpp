@@ -197,6 +197,13 @@ TEST_F(KeptBaselineOfAWorkspace, IsMadeAnewWhenItIsDamaged) {
     }
 }
 
+TEST_F(KeptBaselineOfAWorkspace, ThatIsFarTooLongIsNotRead) {
+    const std::string before = readFile(project / ".qrv/baseline");
+    fs::resize_file(project / ".qrv/baseline", 1ULL << 40);
+    look();
+    EXPECT_EQ(readFile(project / ".qrv/baseline"), before);
+}
+
 TEST_F(KeptBaselineOfAWorkspace, OfALaterProgramIsPassedOver) {
     writeFile(project / ".qrv/baseline", "qrv baseline 2\nsomething");
     EXPECT_FALSE(isUsed());
