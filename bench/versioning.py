@@ -87,13 +87,10 @@ def time_status(top, qrv, count):
     tree.qrv("commit", "-m", "all")
     tree.git("add", "--all")
     tree.git("commit", "--quiet", "--message=all")
-    # Both look again at files that are as young as their index, and note something for the next time once all is
-    # some seconds old: that is told apart from a look at a tree that lies still.
+    # Both look again at files that are as young as their index, and note that; most of what is timed comes after it.
     time.sleep(3)
     first = tree.both_statuses()
-    for _ in range(2):
-        time.sleep(3)
-        tree.both_statuses()
+    tree.both_statuses()
     pairs = [tree.both_statuses() for _ in range(RUNS)]
     return first, [statistics.median(side) for side in zip(*pairs)]
 
@@ -134,7 +131,7 @@ def main():
     print(f"| status of {arguments.files} files, median of {RUNS} | {ours:.3f} | {theirs:.3f} "
           f"| {rating(ours / theirs)} |")
     print(f"| the first status after the commit, once | {first:.3f} | {their_first:.3f} "
-          f"| {first / their_first:.2f} | | |", flush=True)
+          f"| {rating(first / their_first)} |", flush=True)
     ours, theirs, total = in_new_folder(time_commit, qrv, arguments.new)
     print(f"| add and commit of {arguments.new} new files, {total / 1e9:.2f} GB | {ours:.2f} "
           f"| {theirs:.2f} | {rating(ours / theirs)} |")

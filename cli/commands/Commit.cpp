@@ -59,7 +59,9 @@ Expected<void> run(const Arguments& arguments, Output& output) {
         writeJson(toJson(*commit), output);
     else
         print(*commit, (*workspace)->branch(), output);
-    return {};
+    // A look is what often comes next.
+    (*workspace)->keepBaseline((*workspace)->baseline());
+    return (*workspace)->close();
 }
 
 }  // namespace

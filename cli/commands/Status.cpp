@@ -28,7 +28,6 @@ namespace qrv_cli {
 
 namespace {
 
-using common::FileChange;
 using common::StagedFile;
 
 struct Arguments {

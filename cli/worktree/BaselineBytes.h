@@ -17,7 +17,7 @@ namespace qrv_cli {
 /// ".qrv/baseline": neither the state, whose index is long, nor the files of HEAD need be read
 /// then. It holds for one version of the state file and one commit; whoever reads it compares both.
 /// It is made of other files only, so that it may be lost. docs/formats/baseline-file.md describes
-/// it.
+/// it, and when it is believed.
 struct KeptBaseline {
     sys::FileVersion stateFile;
     /// The commit whose files those of HEAD are; empty before the first one.

@@ -2,10 +2,8 @@
 #include <cli/Translation.h>
 #include <cli/worktree/KeptBaseline.h>
 #include <cli/worktree/PlanExecution.h>
-#include <cli/worktree/Ticks.h>
 #include <cli/worktree/TreeScan.h>
 #include <cli/worktree/Workspace.h>
-#include <platform/kernel/Clock.h>
 #include <platform/kernel/OdError.h>
 
 #include <chrono>
@@ -20,7 +18,6 @@ namespace qrv_cli {
 namespace {
 
 constexpr const char* statePath = ".qrv/qrv.state";
-constexpr std::int64_t nanosecondsPerMillisecond = 1'000'000;
 constexpr std::chrono::milliseconds waitForLock{10000};
 constexpr std::chrono::milliseconds pauseBetweenTries{20};
 
@@ -34,6 +31,12 @@ sys::Outcome<sys::Lock> takeLock(const common::RootPath& root, Workspace::Use us
             return lock;
         std::this_thread::sleep_for(pauseBetweenTries);
     }
+}
+
+/// Whether the clock of the file system had gone on between the two, so that no version of the
+/// older file that comes after the younger one can have the times of this one.
+bool isLater(const sys::FileVersion& younger, const sys::FileVersion& older) {
+    return younger.modifiedNs > older.modifiedNs && younger.changedNs > older.changedNs;
 }
 
 ErrorMessage lockFailure(const common::RootPath& root, std::error_code cause) {
@@ -114,9 +117,12 @@ bool Workspace::canScanAhead() {
 
 /// One that cannot be read is no loss.
 void Workspace::takeKeptBaseline() {
-    const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
+    const sys::Outcome<sys::FileVersion> stateFile = folder_.version(statePath);
+    const sys::Outcome<sys::FileVersion> keptFile = folder_.version(baselinePath);
+    if (!stateFile || !keptFile || !isLater(*keptFile, *stateFile))
+        return;
     Expected<std::optional<KeptBaseline>> kept = readBaseline(folder_);
-    if (version && kept && *kept && (*kept)->stateFile == *version &&
+    if (kept && *kept && (*kept)->stateFile == *stateFile &&
         (*kept)->headCommit == history_.note(headNote))
         kept_ = std::move(*kept);
 }
@@ -156,12 +162,10 @@ std::shared_ptr<const Baseline> Workspace::baseline() {
 }
 
 void Workspace::keepBaseline(std::shared_ptr<const Baseline> baseline) {
-    // Conflicts do not last, and have too many parts to be kept twice.
-    if (!mayChange() || kept_ || !stateVersion_ || !state().conflicts.empty())
+    if (!mayChange() || kept_ || !stateVersion_ || baseline->files().empty())
         return;
-    // The next version of a younger state file may have the same time.
-    const std::int64_t nowTicks = toTicks(kernel::now() * nanosecondsPerMillisecond);
-    if (toTicks(stateVersion_->modifiedNs) >= nowTicks - coarsestTimeStepTicks)
+    // Conflicts do not last, and have too many parts to be kept twice.
+    if (!state().conflicts.empty())
         return;
     toKeep_ = toKept(state(), *stateVersion_, history_.note(headNote), std::move(baseline));
 }

@@ -61,8 +61,8 @@ public:
     const common::State& stateWithoutIndex() const;
     /// What the working tree is to be compared with now.
     std::shared_ptr<const Baseline> baseline();
-    /// Lets `close` keep the baseline, so that the next look takes less time. It does so only with
-    /// the lock, and when it can be told later whether the baseline still holds.
+    /// Lets `close` keep the baseline, so that the next look takes less time. That needs the lock,
+    /// files in HEAD, and a state without conflicts that is not written after this.
     void keepBaseline(std::shared_ptr<const Baseline> baseline);
     History& history() { return history_; }
     Storages& storages() { return *storages_; }

@@ -202,13 +202,12 @@ def make_scenarios(program, folder, only=""):
         repository.commit("newer list")
 
     def age(repository):
-        """Only beside files and a state that are not quite new a look leaves anything but a newer state."""
+        """Only beside files that are not quite new a look leaves anything but a newer state."""
         edit(repository)
         minute = time.time() - 60
         for name in (".qrv/properties/ignore", ".qrv/properties/project_name"):
             os.utime(repository.folder / name, (minute, minute))
-        repository.do("status")
-        os.utime(repository.folder / ".qrv/qrv.state", (minute + 30, minute + 30))
+        repository.do("add", "--all")
 
     scenario("add", {}, edit, ["add", "--all"])
     scenario("commit", {}, stage, ["commit", "-m", "work"], again=(1,))

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -18,7 +20,7 @@ using qrv_test::readFile;
 using qrv_test::Working;
 using qrv_test::writeFile;
 
-/// A repository with a baseline that was kept some seconds after the last change.
+/// A repository with a baseline that a look has kept.
 class KeptBaselineOfAWorkspace : public testing::Test {
 protected:
     KeptBaselineOfAWorkspace() {
@@ -26,18 +28,17 @@ protected:
         for (const char* const name : {"a.txt", "b.dwg", ".qrv/properties/ignore"})
             makeOlder(name, std::chrono::hours(1));
         project.commit("First");
-        keep();
+        look();
     }
 
     void makeOlder(const char* path, std::chrono::seconds by) const {
         fs::last_write_time(project / path, fs::last_write_time(project / path) - by);
     }
-    /// As if some seconds had passed since the state was written.
-    void keep() const {
-        makeOlder(".qrv/qrv.state", std::chrono::seconds(10));
-        look();
+    /// After a moment in which the clock of the file system goes on.
+    std::string look() const {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        return project.run({"status"});
     }
-    std::string look() const { return project.run({"status"}); }
     std::unique_ptr<Workspace> open(Workspace::Use use = Workspace::Use::look) const {
         return std::move(*Workspace::open(project.folder.path(), use, Workspace::Scan::ahead));
     }
@@ -80,8 +81,6 @@ TEST_F(KeptBaselineOfAWorkspace, ShowsEachChangeAsTheStateDoes) {
     project.write({{"a.txt", "longer text"}, {"new", "n"}, {"old.txt", "text"}});
     fs::rename(project / "b.dwg", project / "c.dwg");
     project.run({"add", "b.dwg"});
-    fs::remove(project / ".qrv/baseline");
-    makeOlder(".qrv/qrv.state", std::chrono::seconds(10));
     const std::string shown = look();
     EXPECT_TRUE(isUsed());
     EXPECT_EQ(look(), shown);
@@ -116,7 +115,7 @@ TEST_F(KeptBaselineOfAWorkspace, StaysOfUseWhileAFileIsModifiedWithoutAnotherSiz
     project.write({{"a.txt", "TEXT"}});
     makeOlder("a.txt", std::chrono::hours(2));
     look();
-    keep();
+    look();
     EXPECT_TRUE(isUsed());
     const std::string state = readFile(project / ".qrv/qrv.state");
     const auto written = fs::last_write_time(project / ".qrv/qrv.state");
@@ -148,23 +147,47 @@ TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherCommit) {
     EXPECT_FALSE(isUsed());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWhileTheStateFileIsNew) {
+TEST_F(KeptBaselineOfAWorkspace, IsMadeAnewAfterTheStateChanged) {
     project.write({{"new", "n"}});
     project.run({"add", "new"});
     const std::string before = readFile(project / ".qrv/baseline");
-    look();
-    EXPECT_EQ(readFile(project / ".qrv/baseline"), before);
     EXPECT_FALSE(isUsed());
-    keep();
+    look();
     EXPECT_NE(readFile(project / ".qrv/baseline"), before);
     EXPECT_TRUE(isUsed());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsNotUsedWhenItIsNotYoungerThanTheState) {
+    const auto ofState = fs::last_write_time(project / ".qrv/qrv.state");
+    fs::last_write_time(project / ".qrv/baseline", ofState + std::chrono::nanoseconds(1));
+    EXPECT_TRUE(isUsed());
+    fs::last_write_time(project / ".qrv/baseline", ofState);
+    EXPECT_FALSE(isUsed());
+    fs::last_write_time(project / ".qrv/baseline", ofState - std::chrono::seconds(1));
+    EXPECT_FALSE(isUsed());
+    look();
+    EXPECT_TRUE(isUsed());
+}
+
+TEST_F(KeptBaselineOfAWorkspace, IsKeptByACommit) {
+    project.write({{"new", "n"}});
+    makeOlder("new", std::chrono::hours(1));
+    project.run({"add", "new"});
+    fs::remove(project / ".qrv/baseline");
+    project.run({"commit", "-m", "Second"});
+    const auto kept = qrv_cli::readBaseline(*sys::Folder::open(project.folder.path()));
+    ASSERT_TRUE(kept && *kept);
+    EXPECT_TRUE((*kept)->state.stagedFiles.empty());
+    const std::vector<qrv_cli::KnownFile>& files = (*kept)->baseline->files();
+    ASSERT_EQ(files.size(), 4U);
+    EXPECT_EQ(files.back().path, "new");
+    EXPECT_NE(files.back().unmodifiedTicks, qrv_cli::KnownFile::never);
 }
 
 TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWhenTheLookChangedTheState) {
     fs::remove(project / ".qrv/baseline");
     project.write({{"a.txt", "TEXT"}});
     makeOlder("a.txt", std::chrono::hours(2));
-    makeOlder(".qrv/qrv.state", std::chrono::seconds(1));
     look();
     EXPECT_FALSE(isKept());
 }
@@ -176,6 +199,12 @@ TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWithoutTheLock) {
     EXPECT_FALSE(isKept());
 }
 
+TEST_F(KeptBaselineOfAWorkspace, IsNotKeptBeforeTheFirstCommit) {
+    const Working fresh;
+    fresh.run({"status"});
+    EXPECT_FALSE(fs::exists(fresh / ".qrv/baseline"));
+}
+
 TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWithConflicts) {
     fs::remove(project / ".qrv/baseline");
     {
@@ -183,7 +212,7 @@ TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWithConflicts) {
         workspace->cache().write().conflicts.emplace_back(
             L"a.txt", OdString(), common::FileChange::modified, common::FileChange::modified);
     }
-    keep();
+    look();
     EXPECT_FALSE(isKept());
 }
 
