@@ -126,9 +126,15 @@ TEST_F(KeptBaselineOfAWorkspace, StaysOfUseWhileAFileIsModifiedWithoutAnotherSiz
 }
 
 TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherStateFile) {
-    EXPECT_TRUE(isUsed());
+    // The baseline is made younger than each of them.
+    const auto isUsedWhenYounger = [this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        fs::last_write_time(project / ".qrv/baseline", fs::file_time_type::clock::now());
+        return isUsed();
+    };
+    EXPECT_TRUE(isUsedWhenYounger());
     makeOlder(".qrv/qrv.state", std::chrono::seconds(1));
-    EXPECT_FALSE(isUsed());
+    EXPECT_FALSE(isUsedWhenYounger());
     look();
     EXPECT_TRUE(isUsed());
     // The same bytes with the same time, but another file.
@@ -136,7 +142,7 @@ TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherStateFile) {
     fs::copy(state, project / "copy");
     fs::last_write_time(project / "copy", fs::last_write_time(state));
     fs::rename(project / "copy", state);
-    EXPECT_FALSE(isUsed());
+    EXPECT_FALSE(isUsedWhenYounger());
 }
 
 TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherCommit) {
