@@ -1,6 +1,7 @@
 #include <cli/worktree/Baseline.h>
 #include <cli/worktree/Ticks.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -29,7 +30,31 @@ private:
     Index::const_iterator next_;
 };
 
+bool isAscii(wchar_t unit) {
+    constexpr wchar_t firstBeyond = 0x80;
+    return unit >= 0 && unit < firstBeyond;
+}
+
 }  // namespace
+
+int compare(std::string_view bytes, const OdString& text) {
+    // Most paths are ASCII, or differ before they are anything else: nothing is decoded then.
+    const std::wstring& units = text.toWide();
+    const auto [byte, unit] =
+        std::mismatch(bytes.begin(), bytes.end(), units.begin(), units.end(),
+                      [](char one, wchar_t other) { return isAscii(one) && one == other; });
+    if (byte == bytes.end() || unit == units.end())
+        return static_cast<int>(byte != bytes.end()) - static_cast<int>(unit != units.end());
+    if (isAscii(*byte) && isAscii(*unit))
+        return *byte < *unit ? -1 : 1;
+    const OdString decoded = OdString::fromNarrow(bytes);
+    return static_cast<int>(decoded > text) - static_cast<int>(decoded < text);
+}
+
+bool isUnmodified(const KnownFile& file, const sys::FileStatus& status) {
+    return status.kind == sys::FileKind::regular && status.sizeBytes == file.sizeBytes &&
+           toTicks(status.modifiedNs) == file.unmodifiedTicks;
+}
 
 Baseline Baseline::of(const std::vector<SizedFile>& head, const Index& index,
                       std::optional<std::int64_t> stateModifiedNs) {

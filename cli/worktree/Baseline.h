@@ -3,6 +3,7 @@
 #include <cli/history/Commit.h>
 #include <common/state/State.h>
 #include <platform/kernel/OdString.h>
+#include <platform/sys/Folder.h>
 
 #include <cstdint>
 #include <limits>
@@ -28,6 +29,12 @@ struct KnownFile {
     /// note.
     std::int64_t modifiedTicks = never;
 };
+
+/// The order of the bytes' text and another text: negative, zero or positive.
+int compare(std::string_view bytes, const OdString& text);
+
+/// Whether a file that is there like that need not be read, because it is as in HEAD.
+bool isUnmodified(const KnownFile& file, const sys::FileStatus& status);
 
 /// What the working tree is compared with: the files of HEAD. It is made of bytes, not of texts,
 /// since there may be very many and few of them have ever changed.

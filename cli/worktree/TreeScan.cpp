@@ -2,11 +2,10 @@
 #include <common/worktree/CollectFiles.h>
 
 #include <algorithm>
-#include <memory_resource>
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 
 namespace qrv_cli {
@@ -57,6 +56,71 @@ void forEachPortion(std::atomic<std::size_t>& next, std::size_t count, Look look
     }
 }
 
+using Given = std::shared_ptr<const Baseline>;
+
+/// Keeps of the listed paths those that the baseline does not have. Those that come before the
+/// baseline wait for it.
+class OtherPaths {
+public:
+    explicit OtherPaths(std::shared_future<Given> baseline) : baseline_(std::move(baseline)) {}
+
+    void add(OdString path) {
+        if (baseline_.wait_for(std::chrono::seconds(0)) == std::future_status::ready)
+            sortOut(std::move(path));
+        else
+            waiting_.push_back(std::move(path));
+    }
+
+    /// Ordered.
+    std::vector<OdString> take() {
+        sortOutWaiting();
+        std::sort(others_.begin(), others_.end());
+        return std::move(others_);
+    }
+
+private:
+    void sortOut(OdString path) {
+        sortOutWaiting();
+        if (!isKnown(path))
+            others_.push_back(std::move(path));
+    }
+
+    void sortOutWaiting() {
+        for (OdString& path : std::exchange(waiting_, {})) {
+            if (!isKnown(path))
+                others_.push_back(std::move(path));
+        }
+    }
+
+    bool isKnown(const OdString& path) {
+        const Given& baseline = baseline_.get();
+        if (!baseline)
+            return false;
+        const std::vector<KnownFile>& files = baseline->files();
+        // The files of a folder are listed in order, so that one mostly follows the other.
+        if (next_ == files.size() || compare(files[next_].path, path) != 0)
+            next_ = placeOf(path, files);
+        if (next_ == files.size() || compare(files[next_].path, path) != 0)
+            return false;
+        ++next_;
+        return true;
+    }
+
+    static std::size_t placeOf(const OdString& path, const std::vector<KnownFile>& files) {
+        const auto isBefore = [](const KnownFile& file, const OdString& sought) {
+            return compare(file.path, sought) < 0;
+        };
+        const auto place = std::lower_bound(files.begin(), files.end(), path, isBefore);
+        return static_cast<std::size_t>(place - files.begin());
+    }
+
+    std::shared_future<Given> baseline_;
+    std::vector<OdString> waiting_;
+    /// Where in the baseline the next path is looked for first.
+    std::size_t next_ = 0;
+    std::vector<OdString> others_;
+};
+
 }  // namespace
 
 TreeScan::TreeScan(const common::RootPath& root, const sys::Folder& folder)
@@ -75,7 +139,6 @@ TreeScan::~TreeScan() {
 }
 
 Expected<void> TreeScan::lookAt(std::shared_ptr<const Baseline> baseline) {
-    knownStatuses_.resize(baseline->files().size());
     isGiven_ = true;
     promise_.set_value(std::move(baseline));
     lookAtKnown();
@@ -83,32 +146,21 @@ Expected<void> TreeScan::lookAt(std::shared_ptr<const Baseline> baseline) {
         return listed;
     lookAtOthers();
     looked_.get();
+    std::sort(striking_.begin(), striking_.end(),
+              [](const Known& one, const Known& other) { return one.place < other.place; });
     return {};
 }
 
 Expected<void> TreeScan::list() {
     const auto remember = [this](const OdString& text) { messages_.push_back(text); };
-    Expected<std::vector<common::File>> files = common::collectRepoFiles(remember, root_);
-    if (!files)
-        return files.error();
-    if (const Given& baseline = baseline_.get())
-        keepOthers(*baseline, std::move(*files));
+    OtherPaths others(baseline_);
+    Expected<void> visited = common::visitRepoFiles(
+        remember, root_, [&others](OdString path) { others.add(std::move(path)); });
+    if (!visited)
+        return visited;
+    for (OdString& path : others.take())
+        others_.push_back({std::move(path), {}});
     return {};
-}
-
-/// By a table: sorting the paths would take several times as long.
-void TreeScan::keepOthers(const Baseline& baseline, std::vector<common::File> listed) {
-    std::pmr::monotonic_buffer_resource memory;
-    std::pmr::unordered_set<std::string_view> known(&memory);
-    known.reserve(baseline.files().size());
-    for (const KnownFile& file : baseline.files())
-        known.insert(file.path);
-    for (common::File& file : listed) {
-        if (!known.contains(file.path.toNarrow()))
-            others_.push_back({std::move(file.path), {}});
-    }
-    std::sort(others_.begin(), others_.end(),
-              [](const Other& one, const Other& other) { return one.path < other.path; });
 }
 
 void TreeScan::lookAtKnown() {
@@ -116,9 +168,15 @@ void TreeScan::lookAtKnown() {
     if (!baseline)
         return;
     StatusByFolder folders(folder_);
+    std::vector<Known> striking;
     forEachPortion(nextKnown_, baseline->files().size(), [&](std::size_t place) {
-        knownStatuses_[place] = folders.status(baseline->files()[place].path);
+        const KnownFile& file = baseline->files()[place];
+        const sys::FileStatus status = folders.status(file.path);
+        if (!isUnmodified(file, status))
+            striking.push_back({place, status});
     });
+    const std::scoped_lock lock(strikingMutex_);
+    striking_.insert(striking_.end(), striking.begin(), striking.end());
 }
 
 void TreeScan::lookAtOthers() {

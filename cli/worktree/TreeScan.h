@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <future>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace qrv_cli {
@@ -36,8 +37,13 @@ public:
 
     // Only after `lookAt`.
 
-    /// Of each file of the baseline what lies there; what is gone is `other`.
-    const std::vector<sys::FileStatus>& known() const { return knownStatuses_; }
+    struct Known {
+        std::size_t place = 0;
+        sys::FileStatus status;
+    };
+    /// Of the files of the baseline, by their places there, those that are not seen to be as in
+    /// HEAD, with what lies there now; what is gone is `other`. In order.
+    const std::vector<Known>& striking() const { return striking_; }
     struct Other {
         OdString path;
         sys::FileStatus status;
@@ -49,20 +55,19 @@ public:
 
 private:
     Expected<void> list();
-    void keepOthers(const Baseline& baseline, std::vector<common::File> listed);
     void lookAtKnown();
     void lookAtOthers();
 
     const common::RootPath root_;
     const sys::Folder& folder_;
-    using Given = std::shared_ptr<const Baseline>;
     /// Null when nobody will look.
-    std::promise<Given> promise_;
-    std::shared_future<Given> baseline_;
+    std::promise<std::shared_ptr<const Baseline>> promise_;
+    std::shared_future<std::shared_ptr<const Baseline>> baseline_;
     bool isGiven_ = false;
     std::vector<OdString> messages_;
+    std::mutex strikingMutex_;
+    std::vector<Known> striking_;
     // Each element is written by one thread only.
-    std::vector<sys::FileStatus> knownStatuses_;
     std::vector<Other> others_;
     // The first that nobody has begun to ask for.
     std::atomic<std::size_t> nextKnown_{0};

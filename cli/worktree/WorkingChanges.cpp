@@ -39,8 +39,8 @@ public:
 
     WorkingChanges compare(std::shared_ptr<const Baseline> baseline) {
         const std::vector<KnownFile>& known = baseline->files();
-        for (std::size_t place = 0; place < known.size(); ++place)
-            addKnown(known[place], scan_.known()[place]);
+        for (const TreeScan::Known& striking : scan_.striking())
+            addKnown(known[striking.place], striking.status);
         for (const TreeScan::Other& other : scan_.others())
             addOther(other);
         // Both were found in the order of the paths.
@@ -59,6 +59,7 @@ public:
     const std::vector<Verdict>& verdicts() const { return verdicts_; }
 
 private:
+    /// A file that has to be read may turn out to be as in HEAD.
     void addKnown(const KnownFile& file, const sys::FileStatus& status) {
         if (status.kind == sys::FileKind::regular && !isModified(file, status))
             return;
@@ -101,8 +102,6 @@ private:
         if (status.sizeBytes != file.sizeBytes)
             return true;
         const std::int64_t ticks = toTicks(status.modifiedNs);
-        if (ticks == file.unmodifiedTicks)
-            return false;
         const OdString path = textOf(file);
         const bool differs = differsFrom(path, workspace_.history().headUrl(path));
         if (!differs || ticks != file.modifiedTicks)

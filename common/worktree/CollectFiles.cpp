@@ -22,16 +22,15 @@ OdString joined(const OdString& prefix, const OdString& name) {
     return OdString(std::move(text));
 }
 
-struct WalkOptions {
-    bool collectDirectories = false;
-    std::uint32_t listFlags = 0;
-};
+using TakePath = std::function<void(OdString)>;
 
 /// Walks folders without recursion, however deep they are, and reads each of them once.
 class Walk {
 public:
-    Walk(const WalkOptions& options, const NameRules& excludes)
-        : options_(options), excludes_(excludes) {}
+    /// The two functions take the paths of files and of folders; all must live as long.
+    Walk(std::uint32_t listFlags, const NameRules& excludes, const TakePath& onFile,
+         const TakePath& onFolder)
+        : listFlags_(listFlags), excludes_(excludes), onFile_(onFile), onFolder_(onFolder) {}
 
     /// Lists what is below `folder`; reported paths begin with `prefix`.
     void run(const OdString& folder, const OdString& prefix) {
@@ -39,13 +38,10 @@ public:
         while (!pending_.empty()) {
             const PendingFolder next = std::move(pending_.back());
             pending_.pop_back();
-            if (options_.collectDirectories)
-                contents_.directories.push_back(next.reported);
+            onFolder_(next.reported);
             visit(next.path, next.reported + separator_);
         }
     }
-
-    DirContents takeContents() { return std::move(contents_); }
 
 private:
     struct PendingFolder {
@@ -62,15 +58,15 @@ private:
     }
 
     void addFiles(const ut::Dir& dir, const OdString& prefix) {
-        for (const OdString& name : dir.list({}, options_.listFlags | ut::Dir::kFiles)) {
+        for (const OdString& name : dir.list({}, listFlags_ | ut::Dir::kFiles)) {
             if (!name.isEmpty() && !excludes_.exclude(name))
-                contents_.files.push_back(joined(prefix, name));
+                onFile_(joined(prefix, name));
         }
     }
 
     /// The last folder of the listing goes first onto the stack, so that the first is walked next.
     void addFolders(const ut::Dir& dir, const OdString& prefix) {
-        std::vector<OdString> names = dir.list({}, options_.listFlags | ut::Dir::kFolders);
+        std::vector<OdString> names = dir.list({}, listFlags_ | ut::Dir::kFolders);
         std::reverse(names.begin(), names.end());
         const OdString folder = dir.getName() + separator_;
         for (const OdString& name : names) {
@@ -81,10 +77,11 @@ private:
         }
     }
 
-    const WalkOptions options_;
+    const std::uint32_t listFlags_;
     const NameRules& excludes_;
+    const TakePath& onFile_;
+    const TakePath& onFolder_;
     const wchar_t separator_ = ut::FileName::getPathSeparator();
-    DirContents contents_;
     std::vector<PendingFolder> pending_;
 };
 
@@ -100,16 +97,36 @@ CollectOptions::CollectOptions(bool isRelative, bool withDirectories, bool exten
 
 DirContents collectDirContents(const OdString& folder, const CollectOptions& options) {
     const NameRules excludes(options.excludes);
-    Walk walk({options.collectDirectories, options.listFlags}, excludes);
+    DirContents contents;
+    const TakePath addFile = [&contents](OdString path) {
+        contents.files.push_back(std::move(path));
+    };
+    const TakePath addFolder = [&](OdString path) {
+        if (options.collectDirectories)
+            contents.directories.push_back(std::move(path));
+    };
+    Walk walk(options.listFlags, excludes, addFile, addFolder);
     walk.run(folder, options.relative ? OdString() : folder + ut::FileName::getPathSeparator());
-    return walk.takeContents();
+    return contents;
 }
 
 Expected<std::vector<File>> collectRepoFiles(std::function<void(const OdString&)> onError,
                                              const RootPath& root) {
+    std::vector<File> files;
+    const TakePath addFile = [&files](OdString path) {
+        files.emplace_back().path = std::move(path);
+    };
+    if (Expected<void> visited = visitRepoFiles(std::move(onError), root, addFile); !visited)
+        return std::move(visited).error();
+    return files;
+}
+
+Expected<void> visitRepoFiles(std::function<void(const OdString&)> onError, const RootPath& root,
+                              const std::function<void(OdString)>& onFile) {
     const RepoIgnore ignore(std::move(onError), root);
     const NameRules excludes(ignore, L".qrv");
-    Walk walk({}, excludes);
+    const TakePath passFolder = [](const OdString&) {};
+    Walk walk(0, excludes, onFile, passFolder);
     walk.run(root.path(), {});
 
     const OdString properties = root.propertiesPath();
@@ -117,12 +134,7 @@ Expected<std::vector<File>> collectRepoFiles(std::function<void(const OdString&)
     if (!relativeProperties)
         return relativeProperties.error();
     walk.run(properties, *relativeProperties + ut::FileName::getPathSeparator());
-
-    std::vector<OdString> paths = walk.takeContents().files;
-    std::vector<File> files(paths.size());
-    for (std::size_t i = 0; i < paths.size(); ++i)
-        files[i].path = std::move(paths[i]);
-    return files;
+    return {};
 }
 
 }  // namespace common

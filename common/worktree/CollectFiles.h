@@ -46,4 +46,10 @@ QRV_COMMON_EXPORT DirContents collectDirContents(const OdString& folder,
 QRV_COMMON_EXPORT Expected<std::vector<File>> collectRepoFiles(
     std::function<void(const OdString&)> onError, const RootPath& root);
 
+/// Gives the paths of the same files to `onFile`, in the same order, each as soon as it is found:
+/// for whoever needs few of them. What `onFile` throws ends the walk.
+QRV_COMMON_EXPORT Expected<void> visitRepoFiles(std::function<void(const OdString&)> onError,
+                                                const RootPath& root,
+                                                const std::function<void(OdString)>& onFile);
+
 }  // namespace common

@@ -13,6 +13,7 @@ namespace {
 
 using common::IndexData;
 using qrv_cli::Baseline;
+using qrv_cli::isUnmodified;
 using qrv_cli::KnownFile;
 using qrv_cli::SizedFile;
 
@@ -73,6 +74,55 @@ TEST(Baseline, RemembersTheTimeOfAModifiedFile) {
     EXPECT_EQ(baseline.files()[0].modifiedTicks, 1);
     EXPECT_EQ(baseline.files()[1].modifiedTicks, KnownFile::never);
     EXPECT_EQ(baseline.files()[2].modifiedTicks, KnownFile::never);
+}
+
+TEST(BaselineOrder, IsThatOfTheDecodedTexts) {
+    const std::string paths[] = {"",
+                                 "a",
+                                 "a/b",
+                                 "a/b.txt",
+                                 "ab",
+                                 "b",
+                                 "\x7F",
+                                 "pl\xC3\xA4n",
+                                 "pl\xE4n",
+                                 "pl\xEE\x80\x80",
+                                 "pl\xF0\x9F\x98\x80",
+                                 "pl\xEF\xBF\xBD",
+                                 "pl\xED\xA0\x80",
+                                 "plan",
+                                 "pl\xC3\xA4n/x",
+                                 std::string("a\0b", 3)};
+    for (const std::string& bytes : paths) {
+        for (const std::string& other : paths) {
+            const OdString one = OdString::fromNarrow(bytes);
+            const OdString text = OdString::fromNarrow(other);
+            EXPECT_EQ(qrv_cli::compare(bytes, text), (one > text) - (one < text))
+                << bytes << " and " << other;
+        }
+    }
+}
+
+TEST(KnownFile, IsUnmodifiedOnlyWithItsSizeAndTimeAndAsAFile) {
+    const sys::FileStatus status = {
+        .kind = sys::FileKind::regular, .sizeBytes = 5, .modifiedNs = writtenNs, .permissions = 0};
+    const KnownFile file = {.path = "a",
+                            .sizeBytes = 5,
+                            .unmodifiedTicks = writtenTicks(),
+                            .modifiedTicks = KnownFile::never};
+    EXPECT_TRUE(isUnmodified(file, status));
+    sys::FileStatus other = status;
+    other.sizeBytes = 6;
+    EXPECT_FALSE(isUnmodified(file, other));
+    other = status;
+    other.modifiedNs += 100;
+    EXPECT_FALSE(isUnmodified(file, other));
+    other = status;
+    other.kind = sys::FileKind::link;
+    EXPECT_FALSE(isUnmodified(file, other));
+    KnownFile unbelieved = file;
+    unbelieved.unmodifiedTicks = KnownFile::never;
+    EXPECT_FALSE(isUnmodified(unbelieved, status));
 }
 
 }  // namespace

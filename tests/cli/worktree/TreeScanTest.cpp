@@ -1,14 +1,19 @@
 #include <cli/worktree/TreeScan.h>
+#include <common/state/Index.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -38,6 +43,7 @@ protected:
 
     static std::shared_ptr<const Baseline> baselineOf(const std::vector<std::string>& paths) {
         std::vector<SizedFile> files;
+        files.reserve(paths.size());
         for (const std::string& path : paths)
             files.push_back({OdString::fromNarrow(path), 0});
         return std::make_shared<const Baseline>(Baseline::of(files, {}, std::nullopt));
@@ -56,7 +62,7 @@ protected:
 TEST_F(ScannedTree, GivesWhatIsNotKnownWithItsSizeAndTimeInOrder) {
     TreeScan scan(root, rootFolder);
     ASSERT_TRUE(scan.lookAt(baselineOf({})));
-    EXPECT_TRUE(scan.known().empty());
+    EXPECT_TRUE(scan.striking().empty());
     std::map<std::string, sys::FileStatus> found;
     std::vector<OdString> paths;
     for (const TreeScan::Other& other : scan.others()) {
@@ -77,18 +83,56 @@ TEST_F(ScannedTree, GivesOfEachKnownFileWhatLiesThere) {
                                       "link/in", "part1",    "part1/old.bak"};
     for (int number = 0; number < 1200; ++number)
         known.push_back(pathOf(number));
+    std::sort(known.begin(), known.end());
     TreeScan scan(root, rootFolder);
     ASSERT_TRUE(scan.lookAt(baselineOf(known)));
-    ASSERT_EQ(scan.known().size(), known.size());
-    const sys::FileKind kinds[] = {sys::FileKind::other,  sys::FileKind::other,
-                                   sys::FileKind::link,   sys::FileKind::other,
-                                   sys::FileKind::folder, sys::FileKind::regular};
-    for (std::size_t place = 0; place < std::size(kinds); ++place)
-        EXPECT_EQ(scan.known()[place].kind, kinds[place]) << known[place];
+    ASSERT_EQ(scan.striking().size(), known.size());
+    std::map<std::string, sys::FileStatus> found;
+    for (const TreeScan::Known& striking : scan.striking())
+        found.emplace(known.at(striking.place), striking.status);
+    EXPECT_EQ(found.size(), known.size());
+    EXPECT_EQ(found.at("gone").kind, sys::FileKind::other);
+    EXPECT_EQ(found.at("gone/too").kind, sys::FileKind::other);
+    EXPECT_EQ(found.at("link").kind, sys::FileKind::link);
+    EXPECT_EQ(found.at("link/in").kind, sys::FileKind::other);
+    EXPECT_EQ(found.at("part1").kind, sys::FileKind::folder);
+    EXPECT_EQ(found.at("part1/old.bak").kind, sys::FileKind::regular);
     for (int number = 0; number < 1200; ++number)
-        expectFile(number, scan.known()[std::size(kinds) + static_cast<std::size_t>(number)]);
+        expectFile(number, found.at(pathOf(number)));
     ASSERT_EQ(scan.others().size(), 1U);
     EXPECT_EQ(scan.others().front().path, OdString(L".qrv/properties/ignore"));
+}
+
+TEST_F(ScannedTree, PassesOverFilesThatAreSeenToBeAsInHead) {
+    std::vector<SizedFile> head;
+    std::map<OdString, common::IndexData> index;
+    for (int number = 0; number < 1200; ++number) {
+        const OdString path = OdString::fromNarrow(pathOf(number));
+        // Of every hundredth the size is another.
+        head.push_back({path, number % 50 + (number % 100 == 0 ? 1 : 0)});
+        index[path].lastChecked = common::modifyTime(path, root);
+    }
+    std::sort(head.begin(), head.end(),
+              [](const SizedFile& one, const SizedFile& other) { return one.path < other.path; });
+    const std::int64_t later = rootFolder.status(pathOf(1199))->modifiedNs + 10'000'000'000;
+    const auto baseline = std::make_shared<const Baseline>(Baseline::of(head, index, later));
+    TreeScan scan(root, rootFolder);
+    ASSERT_TRUE(scan.lookAt(baseline));
+    EXPECT_EQ(scan.striking().size(), 12U);
+    EXPECT_TRUE(
+        std::is_sorted(scan.striking().begin(), scan.striking().end(),
+                       [](const auto& one, const auto& other) { return one.place < other.place; }));
+    for (const TreeScan::Known& striking : scan.striking())
+        EXPECT_EQ(head[striking.place].sizeBytes, striking.status.sizeBytes + 1);
+    EXPECT_EQ(scan.others().size(), 2U);
+}
+
+// Which comes first, the baseline or the end of the listing, makes no difference.
+TEST_F(ScannedTree, WaitsForALateBaseline) {
+    TreeScan scan(root, rootFolder);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    ASSERT_TRUE(scan.lookAt(baselineOf({"part0/0", "part0/7", "part1/1"})));
+    EXPECT_EQ(scan.others().size(), 1199U);
 }
 
 TEST_F(ScannedTree, TellsWhatIsWrongWithTheRules) {

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <stdexcept>
 #include <type_traits>
 
 namespace {
@@ -293,6 +294,32 @@ TEST_F(CollectRepoFiles, GoesOnWithTheValidRulesAfterTellingTheWrongOnes) {
     ASSERT_EQ(messages.size(), 2U);
     EXPECT_EQ(messages[0], "An error occurred while parsing the ignored file:");
     EXPECT_EQ(messages[1].substr(0, 8), "Line 2: ");
+}
+
+TEST_F(CollectRepoFiles, GivesThemOneByOneAsWell) {
+    addFiles({"b.dwg", "a.bak", "plans/c.dwg", "plans/deep/d.dwg", "a.dwg"});
+    repository.writeRules("*.bak\n^[\n");
+    std::vector<std::string> told;
+    std::vector<std::string> visited;
+    ASSERT_TRUE(common::visitRepoFiles(
+        [&told](const OdString& text) { told.push_back(text.toNarrow()); }, repository.root,
+        [&visited](const OdString& path) { visited.push_back(path.toNarrow()); }));
+    EXPECT_THAT(visited, ElementsAre("a.dwg", "b.dwg", "plans/c.dwg", "plans/deep/d.dwg",
+                                     ".qrv/properties/ignore"));
+    EXPECT_EQ(visited, collect());
+    EXPECT_EQ(told, messages);
+}
+
+TEST_F(CollectRepoFiles, EndsWithWhatItsVisitorThrows) {
+    addFiles({"a.dwg", "b.dwg", "c.dwg"});
+    int visited = 0;
+    const auto visit = [&visited](const OdString&) {
+        if (++visited == 2)
+            throw std::runtime_error("enough");
+    };
+    EXPECT_THROW(static_cast<void>(common::visitRepoFiles(nullptr, repository.root, visit)),
+                 std::runtime_error);
+    EXPECT_EQ(visited, 2);
 }
 
 TEST_F(CollectRepoFiles, LetsAMissingCallbackForAWrongRuleShow) {
