@@ -25,4 +25,10 @@ private:
     std::error_code error_;
 };
 
+/// Whether the error says that nothing of that name is there. Any other says that nobody could
+/// look, which is no answer: what is unreadable now may hold everything.
+inline bool meansAbsent(std::error_code error) {
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
 }  // namespace sys
