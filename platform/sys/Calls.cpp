@@ -12,6 +12,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 
 namespace sys::calls {
 
@@ -100,6 +101,32 @@ int lock(int file) {
     return repeatedWhenInterrupted([&] { return ::flock(file, LOCK_EX | LOCK_NB); });
 }
 
+bool isOpenForWriting(int file) {
+    // The system grants a lease for reading only while nobody has the file open for writing. Who
+    // opens it meanwhile waits for a moment, and this process is told by a signal: by one that
+    // nobody minds.
+    repeatedWhenInterrupted([&] { return ::fcntl(file, F_SETSIG, SIGURG); });
+    if (repeatedWhenInterrupted([&] { return ::fcntl(file, F_SETLEASE, F_RDLCK); }) < 0)
+        return errno == EAGAIN;
+    repeatedWhenInterrupted([&] { return ::fcntl(file, F_SETLEASE, F_UNLCK); });
+    return false;
+}
+
+bool isLocked(int file) {
+    // Asked for as if the whole file was to be written, which no other lock allows.
+    struct flock asked = {
+        .l_type = F_WRLCK, .l_whence = SEEK_SET, .l_start = 0, .l_len = 0, .l_pid = 0};
+    const bool isAnswered =
+        repeatedWhenInterrupted([&] { return ::fcntl(file, F_GETLK, &asked); }) == 0;
+    if (isAnswered && asked.l_type != F_UNLCK)
+        return true;
+    // The other kind of lock cannot be asked for without taking it.
+    if (lock(file) < 0)
+        return errno == EWOULDBLOCK;
+    repeatedWhenInterrupted([&] { return ::flock(file, LOCK_UN); });
+    return false;
+}
+
 int status(int file, struct stat& status) {
     return repeatedWhenInterrupted([&] { return ::fstat(file, &status); });
 }
@@ -135,7 +162,24 @@ int renameToFree(int folder, const std::string& from, const std::string& to) {
         return result;
     const int linked = repeatedWhenInterrupted(
         [&] { return ::linkat(folder, from.c_str(), folder, to.c_str(), 0); });
-    return linked < 0 ? linked : removeFile(folder, from);
+    if (linked == 0)
+        return removeFile(folder, from);
+    if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS)
+        return linked;
+    // Some know neither. Then a last look has to do.
+    struct stat taken = {};
+    if (statusAt(folder, to, taken) == 0)
+        errno = EEXIST;
+    return errno == ENOENT ? rename(folder, from, folder, to) : -1;
+}
+
+int exchange(int folder, const std::string& one, const std::string& other) {
+    const int result = repeatedWhenInterrupted(
+        [&] { return ::renameat2(folder, one.c_str(), folder, other.c_str(), RENAME_EXCHANGE); });
+    // A container's filter may answer "not permitted" to a call that it does not know.
+    if (result < 0 && (errno == EINVAL || errno == ENOSYS || errno == EPERM))
+        errno = ENOTSUP;
+    return result;
 }
 
 int removeFile(int folder, const std::string& name) {

@@ -33,6 +33,11 @@ int flushFileSystem(int file);
 int close(int file);
 int shareBlocks(int target, int source);
 int lock(int file);
+/// Whether another process has the file open for writing; a file that is open only for reading
+/// here. What cannot be told is "no", with the cause in `errno`.
+bool isOpenForWriting(int file);
+/// Whether somebody else holds a lock on any part of it, likewise.
+bool isLocked(int file);
 
 int status(int file, struct stat& status);
 /// Of a link itself.
@@ -44,6 +49,8 @@ int makeFolder(int folder, const std::string& name);
 int rename(int fromFolder, const std::string& from, int toFolder, const std::string& to);
 /// Fails with EEXIST when `to` is taken.
 int renameToFree(int folder, const std::string& from, const std::string& to);
+/// Fails with ENOTSUP where the system or the file system does not know how.
+int exchange(int folder, const std::string& one, const std::string& other);
 int removeFile(int folder, const std::string& name);
 int removeFolder(int folder, const std::string& name);
 

@@ -25,6 +25,7 @@ FileStatus toFileStatus(const struct stat& status) {
     return {.kind = kindOf(status.st_mode),
             .sizeBytes = status.st_size,
             .modifiedNs = modifiedNs(status),
+            .changedNs = changedNs(status),
             .permissions = permissionsOf(status)};
 }
 
@@ -85,10 +86,7 @@ Outcome<FileVersion> Folder::version(const std::string& relative) const {
     struct stat status = {};
     if (statusBeneath(number(), relative, status) < 0)
         return calls::lastError();
-    return FileVersion{.number = status.st_ino,
-                       .sizeBytes = status.st_size,
-                       .modifiedNs = modifiedNs(status),
-                       .changedNs = changedNs(status)};
+    return versionOf(status);
 }
 
 Outcome<InputFile> Folder::openFile(const std::string& relative) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <platform/sys/FileVersion.h>
 #include <platform/sys/InputFile.h>
 #include <platform/sys/NewFile.h>
 #include <platform/sys/Outcome.h>
@@ -9,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace sys {
 
@@ -20,22 +22,9 @@ struct FileStatus {
     std::int64_t sizeBytes = 0;
     /// Nanoseconds since 1970-01-01T00:00:00Z.
     std::int64_t modifiedNs = 0;
-    std::uint32_t permissions = 0;
-};
-
-/// What tells one version of a file from another without reading either: whoever changes or
-/// replaces the file changes one of these, unless it happens within one tick of the file system's
-/// clock.
-struct FileVersion {
-    /// Of the file within its file system.
-    std::uint64_t number = 0;
-    std::int64_t sizeBytes = 0;
-    /// Of the contents, in nanoseconds since 1970-01-01T00:00:00Z.
-    std::int64_t modifiedNs = 0;
-    /// Of the contents, the name or the permissions.
+    /// The same for the last change of contents, name or permissions, which nobody can set back.
     std::int64_t changedNs = 0;
-
-    friend bool operator==(const FileVersion&, const FileVersion&) = default;
+    std::uint32_t permissions = 0;
 };
 
 /// An open folder, and what lies below it. Every operation takes a path relative to it and never
@@ -67,6 +56,15 @@ public:
     /// Renames a file or folder within this folder, over an existing file. The folders of both
     /// names must exist.
     [[nodiscard]] std::error_code rename(const std::string& from, const std::string& to) const;
+    /// Renames a file or folder of this very folder, and replaces nothing: `file_exists` when `to`
+    /// is taken. Both are names, not paths.
+    [[nodiscard]] std::error_code renameToFree(const std::string& from,
+                                               const std::string& to) const;
+    /// Two files or folders of this very folder change their names, in one step.
+    /// `operation_not_supported` where the file system, or the system, cannot do that.
+    [[nodiscard]] std::error_code exchange(const std::string& one, const std::string& other) const;
+    /// The names in a folder, ordered. Fails when only some of them can be told.
+    Outcome<std::vector<std::string>> list(const std::string& relative = ".") const;
     /// Removes the folders above `relative`, innermost first, as long as they are empty.
     void removeEmptyParents(const std::string& relative) const;
     /// Removes files of that folder which are named as a NewFile before it is published and were

@@ -27,4 +27,15 @@ Outcome<InputFile::Stamp> InputFile::stamp() const {
                  .permissions = permissionsOf(status)};
 }
 
+Outcome<FileVersion> InputFile::version() const {
+    struct stat status = {};
+    if (calls::status(handle_.number(), status) < 0)
+        return calls::lastError();
+    return versionOf(status);
+}
+
+bool InputFile::isInUse() const {
+    return calls::isOpenForWriting(handle_.number()) || calls::isLocked(handle_.number());
+}
+
 }  // namespace sys

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <platform/sys/FileVersion.h>
 #include <platform/sys/Handle.h>
 #include <platform/sys/Outcome.h>
 
@@ -27,6 +28,12 @@ public:
         friend bool operator==(const Stamp&, const Stamp&) = default;
     };
     Outcome<Stamp> stamp() const;
+    Outcome<FileVersion> version() const;
+
+    /// Whether another process has the file open for writing, or holds a lock on any part of it.
+    /// What the system does not tell (of another user's file, or on some network shares) counts as
+    /// "no".
+    bool isInUse() const;
 
 private:
     friend class Folder;

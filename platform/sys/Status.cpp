@@ -25,6 +25,13 @@ std::int64_t changedNs(const struct stat& status) {
     return nanoseconds(status.st_ctim);
 }
 
+FileVersion versionOf(const struct stat& status) {
+    return {.number = status.st_ino,
+            .sizeBytes = status.st_size,
+            .modifiedNs = modifiedNs(status),
+            .changedNs = changedNs(status)};
+}
+
 std::uint32_t permissionsOf(const struct stat& status) {
     constexpr mode_t permissionBits = 0777;
     return status.st_mode & permissionBits;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <platform/sys/FileVersion.h>
+
 #include <sys/stat.h>
 
 #include <cstdint>
@@ -11,6 +13,7 @@ namespace sys {
 std::int64_t modifiedNs(const struct stat& status);
 /// The same for the time of the last change of contents, name or permissions.
 std::int64_t changedNs(const struct stat& status);
+FileVersion versionOf(const struct stat& status);
 
 /// What `chmod` sets.
 std::uint32_t permissionsOf(const struct stat& status);
