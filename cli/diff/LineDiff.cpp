@@ -2,15 +2,17 @@
 #include <cli/diff/LineDiff.h>
 
 #include <algorithm>
-#include <numeric>
+#include <functional>
+#include <span>
 #include <string_view>
 
 namespace qrv_cli {
 
 namespace {
 
-/// More are not compared.
-constexpr std::size_t mostLines = 2'000'000;
+/// More are not compared. They are more than two of the longest texts of which the program shows
+/// patches can have, and take less than half a gigabyte.
+constexpr std::size_t mostLines = 25'000'000;
 
 /// What lies between the lines that both texts begin and end with.
 struct Middle {
@@ -58,32 +60,65 @@ private:
                                  : after_[middle_.begin + place - oldCount_];
     }
 
+    /// A line's hash, and its place in the lower half.
+    using Key = std::uint64_t;
+    using Keys = std::span<Key>;
+
+    static std::uint32_t placeOf(Key key) { return static_cast<std::uint32_t>(key); }
+    static Key hashOf(Key key) { return key >> placeBits; }
+
     /// By sorting, because there are no lines that make that slow, as there are for a hash table.
+    /// Numbers are sorted much faster than texts.
     void number() {
-        std::vector<std::uint32_t> places(numbers_.size());
-        std::iota(places.begin(), places.end(), 0U);
-        std::sort(places.begin(), places.end(), [this](std::uint32_t one, std::uint32_t other) {
-            return line(one) < line(other);
-        });
-        std::uint32_t next = 0;
-        for (auto begin = places.begin(); begin != places.end(); ++next) {
-            const std::string_view text = line(*begin);
-            const auto end = std::find_if(begin, places.end(),
-                                          [&](std::uint32_t place) { return line(place) != text; });
-            numberEqualLines(begin, end, next);
-            begin = end;
+        std::vector<Key> keys(numbers_.size());
+        for (std::size_t place = 0; place < keys.size(); ++place) {
+            const Key hash = std::hash<std::string_view>()(line(place));
+            keys[place] = (hash & ~Key{0} << placeBits) | place;
+        }
+        std::sort(keys.begin(), keys.end());
+        for (Keys rest = keys; !rest.empty();) {
+            const Keys group =
+                leading(rest, [](Key first, Key key) { return hashOf(first) == hashOf(key); });
+            numberLinesOfOneHash(group);
+            rest = rest.subspan(group.size());
         }
     }
 
-    template <class Iterator>
-    void numberEqualLines(Iterator begin, Iterator end, std::uint32_t number) {
-        const auto isOld = [this](std::uint32_t place) { return place < oldCount_; };
-        const bool isCommon = std::any_of(begin, end, isOld) && !std::all_of(begin, end, isOld);
-        for (auto place = begin; place != end; ++place) {
-            numbers_[*place] = number;
-            isCommon_[*place] = isCommon;
+    void numberLinesOfOneHash(Keys keys) {
+        const auto areEqual = [this](Key first, Key key) {
+            return line(placeOf(first)) == line(placeOf(key));
+        };
+        if (leading(keys, areEqual).size() < keys.size())
+            std::sort(keys.begin(), keys.end(), [this](Key one, Key other) {
+                return line(placeOf(one)) < line(placeOf(other));
+            });
+        for (Keys rest = keys; !rest.empty();) {
+            const Keys equal = leading(rest, areEqual);
+            numberEqualLines(equal);
+            rest = rest.subspan(equal.size());
         }
     }
+
+    /// As many of the first ones as belong together with the very first.
+    template <class Predicate>
+    static Keys leading(Keys keys, Predicate belongs) {
+        const auto end = std::find_if_not(keys.begin(), keys.end(),
+                                          [&](Key key) { return belongs(keys.front(), key); });
+        return keys.first(static_cast<std::size_t>(end - keys.begin()));
+    }
+
+    void numberEqualLines(Keys keys) {
+        const auto isOld = [this](Key key) { return placeOf(key) < oldCount_; };
+        const bool isCommon = std::any_of(keys.begin(), keys.end(), isOld) &&
+                              !std::all_of(keys.begin(), keys.end(), isOld);
+        for (const Key key : keys) {
+            numbers_[placeOf(key)] = next_;
+            isCommon_[placeOf(key)] = isCommon;
+        }
+        ++next_;
+    }
+
+    static constexpr int placeBits = 32;
 
     const Lines& before_;
     const Lines& after_;
@@ -91,12 +126,13 @@ private:
     std::size_t oldCount_;
     std::vector<std::uint32_t> numbers_;
     std::vector<bool> isCommon_;
+    std::uint32_t next_ = 0;
 };
 
 /// The lines that both texts have, with their places.
 struct CommonLines {
     std::vector<std::uint32_t> numbers;
-    std::vector<std::size_t> places;
+    std::vector<std::uint32_t> places;
 };
 
 CommonLines commonLines(const Numbering& lines, std::size_t begin, std::size_t end) {
@@ -104,7 +140,7 @@ CommonLines commonLines(const Numbering& lines, std::size_t begin, std::size_t e
     for (std::size_t place = begin; place < end; ++place) {
         if (lines.isCommon(place)) {
             common.numbers.push_back(lines[place]);
-            common.places.push_back(place);
+            common.places.push_back(static_cast<std::uint32_t>(place));
         }
     }
     return common;

@@ -19,7 +19,8 @@ struct LineChange {
 
 /// The changes that make `before` into `after`, in their order, with at least one common line
 /// between two of them. As few lines as possible for texts that are not too different; what would
-/// take too long to compare line by line is one change as a whole. So the time grows no faster than
+/// take too long to compare line by line is one change as a whole, and so are more than 25,000,000
+/// lines between the common beginning and the common end. So the time grows no faster than
 /// the texts, whatever they hold.
 std::vector<LineChange> changesOfLines(const Lines& before, const Lines& after);
 

@@ -192,10 +192,18 @@ TEST(ChangesOfLines, AreFoundQuicklyFor200000LinesInAnotherOrder) {
     EXPECT_LT(sizeOf(found), 400'000);
 }
 
-TEST(ChangesOfLines, AreOneAsAWholeBeyondTwoMillionLines) {
-    const std::string before = "a\n" + std::string(1'000'000, '\n') + "b\n";
-    const std::string after = "c\n" + std::string(1'000'000, '\n') + "d\n";
-    EXPECT_THAT(changes(before, after), ElementsAre(LineChange{0, 1'000'002, 0, 1'000'002}));
+// Two changed lines of 1,100,000 made a patch of 2,200,001 lines: more than two million lines
+// between the common beginning and end were not compared.
+TEST(ChangesOfLines, AreTwoWhenTheFirstAndTheLastOfMoreThanAMillionDiffer) {
+    const std::string common = numbers(0, 1'000'000);
+    EXPECT_THAT(changes("a\n" + common + "b\n", "c\n" + common + "d\n"),
+                ElementsAre(LineChange{0, 1, 0, 1}, LineChange{1'000'001, 1, 1'000'001, 1}));
+}
+
+TEST(ChangesOfLines, AreOneAsAWholeBeyond25MillionLines) {
+    const std::string common(12'500'000, '\n');
+    EXPECT_THAT(changes("a\n" + common + "b\n", "c\n" + common + "d\n"),
+                ElementsAre(LineChange{0, 12'500'002, 0, 12'500'002}));
 }
 
 }  // namespace
