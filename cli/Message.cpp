@@ -1,4 +1,6 @@
 #include <cli/Message.h>
+#include <cli/Names.h>
+#include <platform/sys/Terminal.h>
 
 #include <cstdio>
 #include <string>
@@ -33,6 +35,35 @@ bool isUnsafe(wchar_t unit) {
     return isControl || endsLine || isSurrogate(unit) || changesWritingDirection(unit);
 }
 
+/// By such characters two names can differ that look the same.
+bool isInvisible(wchar_t unit) {
+    const bool isFiller = unit == 0x115F || unit == 0x1160 || unit == 0x3164 || unit == 0xFFA0;
+    const bool isMark = unit == 0xAD || unit == 0x34F || unit == 0x180E || unit == 0xFEFF ||
+                        (unit >= 0xFFF9 && unit <= 0xFFFB);
+    return isFiller || isMark || unit == 0x200B || (unit >= 0x2060 && unit <= 0x206F);
+}
+
+/// Joining letters and keeping them apart is spelling in some scripts, and makes one picture of
+/// several; beside ASCII it is only invisible.
+bool joinsNothing(const OdString& text, int index) {
+    constexpr wchar_t nonJoiner = 0x200C;
+    constexpr wchar_t joiner = 0x200D;
+    if (text[index] != nonJoiner && text[index] != joiner)
+        return false;
+    const bool isAtEnd = index == 0 || index + 1 == text.getLength();
+    return isAtEnd || text[index - 1] < 0x80 || text[index + 1] < 0x80;
+}
+
+/// Calls `add` with each character, as one unit or a pair of them.
+template <class Add>
+void forEachCharacter(const OdString& text, Add add) {
+    for (int index = 0; index < text.getLength(); ++index) {
+        const bool isPair = beginsPair(text, index);
+        add(index, isPair);
+        index += isPair ? 1 : 0;
+    }
+}
+
 OdString escape(wchar_t unit) {
     static constexpr wchar_t digits[] = L"0123456789ABCDEF";
     const bool isByte = unit < 0x80 || standsForByte(unit);
@@ -57,17 +88,28 @@ OdString oneLine(const OdString& text) {
 
 OdString printable(const OdString& name) {
     OdString safe;
-    for (int index = 0; index < name.getLength(); ++index) {
-        if (beginsPair(name, index)) {
+    forEachCharacter(name, [&](int index, bool isPair) {
+        const wchar_t unit = name[index];
+        if (isPair)
             safe += name.mid(index, 2);
-            ++index;
-        } else if (isUnsafe(name[index])) {
-            safe += escape(name[index]);
-        } else {
-            safe += name[index];
-        }
-    }
+        else if (isUnsafe(unit) || isInvisible(unit) || joinsNothing(name, index))
+            safe += escape(unit);
+        else
+            safe += unit;
+    });
     return safe;
+}
+
+bool isHarmless(const OdString& text) {
+    bool isSafe = true;
+    forEachCharacter(text, [&](int index, bool isPair) {
+        isSafe = isSafe && (isPair || !isUnsafe(text[index]));
+    });
+    return isSafe;
+}
+
+std::string nameForOutput(const OdString& name) {
+    return (sys::isTerminal(sys::Stream::output) ? printable(name) : name).toNarrow();
 }
 
 void printMessage(const OdString& text) {

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
+#include <cli/Names.h>
 #include <cli/Output.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
@@ -92,10 +93,9 @@ Expected<std::vector<Difference>> findDifferences(Workspace& workspace,
     return differences;
 }
 
-/// The names' own bytes, so that another program can open them.
 void writeNames(const std::vector<Difference>& differences, std::string_view end, Output& output) {
     for (const Difference& difference : differences) {
-        output.write(difference.path.toNarrow());
+        output.write(nameForOutput(difference.path));
         output.write(end);
     }
 }

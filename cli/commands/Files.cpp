@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
+#include <cli/Names.h>
 #include <cli/Output.h>
 #include <cli/Repository.h>
 #include <cli/Translation.h>
@@ -24,10 +25,9 @@ struct Arguments {
     bool endWithNul = false;
 };
 
-/// The names' own bytes, so that another program can open them; a terminal has to cope.
 void writePaths(const std::vector<common::File>& files, std::string_view end, Output& output) {
     for (const common::File& file : files) {
-        output.write(file.path.toNarrow());
+        output.write(nameForOutput(file.path));
         output.write(end);
     }
 }

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
+#include <cli/Names.h>
 #include <cli/Output.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
@@ -160,8 +161,7 @@ std::string plainText(const Status& status) {
     return text.toNarrow();
 }
 
-/// The own bytes of all paths that the plain text names, each once and sorted, so that another
-/// program can open the files.
+/// All paths that the plain text names, each once and sorted.
 void writeNames(const Status& status, std::string_view end, Output& output) {
     std::set<OdString> names;
     for (const auto* files : {&status.staged, &status.unstaged}) {
@@ -171,7 +171,7 @@ void writeNames(const Status& status, std::string_view end, Output& output) {
     for (const common::ConflictData& conflict : status.conflicts)
         names.insert(conflict.path);
     for (const OdString& name : names) {
-        output.write(name.toNarrow());
+        output.write(nameForOutput(name));
         output.write(end);
     }
 }

@@ -1,4 +1,5 @@
 #include <cli/Message.h>
+#include <cli/Names.h>
 #include <cli/Translation.h>
 #include <cli/history/ReferenceName.h>
 
@@ -43,7 +44,7 @@ const wchar_t* refusalOf(const OdString& name) {
         return translatable(L"it is longer than 200 characters");
     if (std::any_of(units.begin(), units.end(), isBlank))
         return translatable(L"it has a blank in it");
-    if (printable(name) != name)
+    if (!isHarmless(name))
         return translatable(L"it has a character in it that cannot be shown");
     if (units.front() == L'-')
         return translatable(L"it begins like an option");

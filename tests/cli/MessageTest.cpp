@@ -1,4 +1,5 @@
 #include <cli/Message.h>
+#include <cli/Names.h>
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,11 @@ TEST(Message, ShowsWhatCouldSteerATerminalAsAnEscape) {
         {"right to left \u202Efxd.exe", "right to left \\u202Efxd.exe"},
         {"isolate \u2066\u2069 mark \u200F\u061C", "isolate \\u2066\\u2069 mark \\u200F\\u061C"},
         {"separators \u2028\u2029", "separators \\u2028\\u2029"},
+        {"nothing \u200B\uFEFF\u00AD\u2060", "nothing \\u200B\\uFEFF\\u00AD\\u2060"},
+        {"fillers \u3164\u115F", "fillers \\u3164\\u115F"},
+        {"joined a\u200Db, at the end ä\u200C", "joined a\\u200Db, at the end ä\\u200C"},
+        {"spelling \u0645\u06CC\u200C\u062E, picture \U0001F469\u200D\U0001F467",
+         "spelling \u0645\u06CC\u200C\u062E, picture \U0001F469\u200D\U0001F467"},
         {"", ""},
     };
     for (const Case& each : cases)
@@ -38,6 +44,13 @@ TEST(Message, ShowsASurrogateThatStandsForNothingAsItsNumber) {
                   .toNarrow(),
               "a\\uD83Db\\uDC00");
     EXPECT_EQ(qrv_cli::printable(L"\xD83D").toNarrow(), "\\uD83D");
+}
+
+TEST(Message, CallsATextHarmlessThatIsOnlyPartlyInvisible) {
+    for (const char* const text : {"", "plan.dwg", "\U0001F4D0", "a\u200Bb", "\u3164"})
+        EXPECT_TRUE(qrv_cli::isHarmless(OdString::fromNarrow(text))) << text;
+    for (const char* const text : {"\x1B", "a\nb", "\xFF", "\u202E", "\u2028"})
+        EXPECT_FALSE(qrv_cli::isHarmless(OdString::fromNarrow(text))) << text;
 }
 
 TEST(Message, KeepsANulInsideAName) {

@@ -69,6 +69,20 @@ TEST_F(Terminal, IsNotSteeredByTheContentsOfAFile) {
     EXPECT_THAT(project.run({"diff"}), HasSubstr("+" + line));
 }
 
+// The list of files sent what stands in a name to the terminal, where the other commands show it
+// escaped: names were printed with their own bytes everywhere.
+TEST_F(Terminal, IsNotSteeredByTheNameOfAFile) {
+    const std::string name = "a\x1B[2J\u202Eb\u200Bc";
+    const std::string shownName = "a\\x1B[2J\\u202Eb\\u200Bc\r\n";
+    project.write({{name, "x"}});
+    EXPECT_THAT(shown("$QRV files"), HasSubstr(shownName));
+    EXPECT_THAT(shown("$QRV status --names"), HasSubstr(shownName));
+    EXPECT_THAT(shown("$QRV diff --names"), HasSubstr(shownName));
+    EXPECT_THAT(shown("$QRV files --json"), HasSubstr("a\\u001B[2J\\u202Eb\\u200Bc\""));
+    EXPECT_THAT(project.run({"files"}), HasSubstr(name + "\n"));
+    EXPECT_THAT(project.run({"files", "--json"}), HasSubstr("\u202Eb\u200Bc\""));
+}
+
 TEST_F(Terminal, ShowsHowFarLongWorkIsAndWipesItOut) {
     for (const std::string name : {"a", "b", "c", "d", "e", "f", "g", "h"})
         project.write({{name, name}});

@@ -59,7 +59,7 @@ TEST(ReferenceName, RefusesTheOthersWithAReason) {
         {" a", " a", blank},
         {"a\u00A0b", "a\u00A0b", blank},
         {"a\u3000", "a\u3000", blank},
-        {"a\u200Bb", "a\u200Bb", blank},
+        {"a\u200Bb", "a\\u200Bb", blank},
         {"a\tb", "a\\x09b", unshowable},
         {"a\nb", "a\\x0Ab", unshowable},
         {"\x1B[2J", "\\x1B[2J", unshowable},
