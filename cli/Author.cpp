@@ -1,11 +1,26 @@
 #include <cli/Author.h>
 #include <cli/Message.h>
 #include <cli/Translation.h>
+#include <platform/qut/toQt.h>
 #include <platform/sys/Terminal.h>
 
 #include <QByteArray>
+#include <QString>
 
 namespace qrv_cli {
+
+namespace {
+
+/// Every list of commits shows the author in a line with other things.
+constexpr int longestAuthor = 200;
+/// Enough to recognise a text that is refused.
+constexpr int shownUnits = 40;
+
+OdString beginningOf(const OdString& text) {
+    return text.getLength() > shownUnits ? text.left(shownUnits) + L"..." : text;
+}
+
+}  // namespace
 
 Expected<OdString> authorOf(const std::optional<std::string>& option) {
     const std::string variable = qgetenv("QRV_AUTHOR").toStdString();
@@ -15,10 +30,12 @@ Expected<OdString> authorOf(const std::optional<std::string>& option) {
     else if (!variable.empty())
         name = variable;
     const OdString author = OdString::fromNarrow(name);
-    if (author.isEmpty() || printable(author) != author)
-        return ErrorMessage{
-            OdString::format(tr(L"'%ls' cannot be an author: it must be one line of plain text"),
-                             printable(author))};
+    const bool isEmpty = qut::toQt(author).trimmed().isEmpty();
+    if (isEmpty || author.getLength() > longestAuthor || printable(author) != author)
+        return ErrorMessage{OdString::format(
+            tr(L"'%ls' cannot be an author: it must be one line of plain text, not only blanks, of "
+               L"at most %i characters"),
+            printable(beginningOf(author)), longestAuthor)};
     return author;
 }
 

@@ -34,6 +34,16 @@ struct Arguments {
     bool asJson = false;
 };
 
+/// For the parser: empty, or what is wrong with the number.
+std::string refusalOfCount(const std::string& count) {
+    const bool hasOnlyDigits = count.find_first_not_of("0123456789") == std::string::npos;
+    if (hasOnlyDigits && count.find_first_not_of('0') != std::string::npos)
+        return {};
+    return OdString::format(tr(L"'%ls' is no number above 0"),
+                            printable(OdString::fromNarrow(count)))
+        .toNarrow();
+}
+
 /// The units that the library made the text from.
 OdString toText(const QString& text) {
     return std::wstring(text.utf16(), text.utf16() + text.size());
@@ -126,7 +136,7 @@ Action declareLog(CLI::App& parser) {
                       trUtf8(L"The newest one to list (default: the current branch's)"));
     parser.add_option("-n", arguments->count, trUtf8(L"List at most N commits"))
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Validator(refusalOfCount, "POSITIVE"));
     parser
         .add_option("--path", arguments->path,
                     trUtf8(L"Only commits that changed the file, also under former names, or "

@@ -35,6 +35,11 @@ struct Arguments {
     bool asJson = false;
 };
 
+/// For the parser: empty, or what is wrong with the folder.
+std::string refusalOfFolder(const std::string& folder) {
+    return folder.empty() ? trUtf8(L"A folder's name cannot be empty") : std::string();
+}
+
 Expected<Tree> sourceTree(Workspace& workspace, const Arguments& arguments) {
     if (!arguments.from)
         return workspace.headFiles();
@@ -172,7 +177,8 @@ Action declareRestore(CLI::App& parser) {
     parser
         .add_option("--to", arguments->folder,
                     trUtf8(L"Write them into this folder, not into the repository"))
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(refusalOfFolder);
     parser.add_flag("--dry-run", arguments->dryRun, trUtf8(L"Only say what would be restored"));
     parser.add_flag("--force", arguments->force, trUtf8(L"Also replace unsaved changes"));
     parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the paths as JSON"));

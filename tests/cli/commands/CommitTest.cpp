@@ -70,7 +70,28 @@ TEST_F(CommitCommand, NeedsAMessageAndAnAuthor) {
     EXPECT_EQ(project.qrv({"commit", "-m", "x", "--author", "two\nlines"}),
               (Outcome{1, "",
                        "qrv: 'two\\x0Alines' cannot be an author: it must be one line of plain "
-                       "text\n"}));
+                       "text, not only blanks, of at most 200 characters\n"}));
+}
+
+// An author of one blank or of 100,000 letters was taken: only an empty text was refused.
+TEST_F(CommitCommand, RefusesAnAuthorThatNobodyCanReadInAList) {
+    const std::string all = std::string(40, 'x') + "...";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", ""},
+        {" ", " "},
+        {" \u00A0\u3000", " \u00A0\u3000"},
+        {"\u200B", "\\u200B"},
+        {std::string(201, 'x'), all},
+        {std::string(100'000, 'x'), all},
+    };
+    for (const auto& [author, shown] : cases)
+        EXPECT_EQ(project.qrv({"commit", "-m", "x", "--author", author}),
+                  (Outcome{1, "",
+                           "qrv: '" + shown +
+                               "' cannot be an author: it must be one line of plain text, not only "
+                               "blanks, of at most 200 characters\n"}));
+    project.qrv({"add", "--all"});
+    EXPECT_EQ(project.qrv({"commit", "-m", "x", "--author", std::string(200, 'x')}).status, 0);
 }
 
 TEST_F(CommitCommand, RefusesAnEmptyStage) {

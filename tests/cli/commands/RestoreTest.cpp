@@ -50,6 +50,13 @@ TEST_F(RestoreCommand, BringsBackWhatIsGone) {
     EXPECT_NE(project.run({"status"}).find("Nothing has changed"), std::string::npos);
 }
 
+// The answer was "filesystem error: cannot make absolute path: Invalid argument": an empty name
+// reached the standard library, which throws for it.
+TEST_F(RestoreCommand, RefusesAFolderWithoutAName) {
+    EXPECT_EQ(restore({"plan.dwg", "--to", ""}),
+              (Outcome{2, "", "qrv: --to: A folder's name cannot be empty (see qrv --help)\n"}));
+}
+
 TEST_F(RestoreCommand, DoesNothingWhereNothingIsToBeDone) {
     EXPECT_EQ(restore({"."}), (Outcome{0, "Files restored: 0\n", ""}));
 }
