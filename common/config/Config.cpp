@@ -12,14 +12,35 @@ constexpr int anyKind = 0x1FFF;
 
 // The live configurations of this process. Entries stay; one whose configuration has ended is used
 // again.
-std::map<OdString, std::weak_ptr<Config>>& liveConfigs() {
-    static std::map<OdString, std::weak_ptr<Config>> configs;
-    return configs;
+struct LiveConfigs {
+    LiveConfigs() = default;
+    LiveConfigs(const LiveConfigs&) = delete;
+    LiveConfigs& operator=(const LiveConfigs&) = delete;
+    ~LiveConfigs() { hasEnded = true; }
+
+    std::map<OdString, std::weak_ptr<Config>> byDirectory;
+
+    // It ends with the process, before objects of the application may, and those may still load
+    // one.
+    static constinit bool hasEnded;
+};
+
+constinit bool LiveConfigs::hasEnded = false;
+
+// Null when they have ended.
+LiveConfigs* liveConfigs() {
+    if (LiveConfigs::hasEnded)
+        return nullptr;
+    static LiveConfigs configs;
+    return &configs;
 }
 
 std::shared_ptr<Config> liveConfig(const OdString& directory) {
-    const auto found = liveConfigs().find(directory);
-    return found == liveConfigs().end() ? nullptr : found->second.lock();
+    const LiveConfigs* live = liveConfigs();
+    if (live == nullptr)
+        return nullptr;
+    const auto found = live->byDirectory.find(directory);
+    return found == live->byDirectory.end() ? nullptr : found->second.lock();
 }
 
 Expected<ConfigData> readRegistry(const ut::FileName& file) {
@@ -49,7 +70,8 @@ Expected<std::shared_ptr<Config>> Config::load(const OdString& directory, const 
 std::shared_ptr<Config> Config::shared(const ConfigPath& path, ConfigData data,
                                        const IoInterface& io) {
     std::shared_ptr<Config> config(new Config(path, std::move(data), io));
-    liveConfigs()[path.path()] = config;
+    if (LiveConfigs* live = liveConfigs())
+        live->byDirectory[path.path()] = config;
     return config;
 }
 

@@ -17,11 +17,12 @@ using jsonlib::json::Value_type;
 
 namespace {
 
-const OdString projectsKey = L"projects_map";
-const OdString pathKey = L"path";
-const OdString infoKey = L"info";
-const OdString nameKey = L"name";
-const OdString uidKey = L"uid";
+// Plain constants: a registry may be written when every object of this library has been destroyed.
+constexpr const wchar_t* projectsKey = L"projects_map";
+constexpr const wchar_t* pathKey = L"path";
+constexpr const wchar_t* infoKey = L"info";
+constexpr const wchar_t* nameKey = L"name";
+constexpr const wchar_t* uidKey = L"uid";
 
 std::pair<OdString, ProjectInfo> readProject(const Object& record) {
     const Object& info = getObjectValue(record, infoKey, OdString());
@@ -33,11 +34,11 @@ std::pair<OdString, ProjectInfo> readProject(const Object& record) {
 
 Object writeProject(const OdString& path, const ProjectInfo& project) {
     Object info;
-    info[nameKey.toWide()] = project.name.toWide();
-    info[uidKey.toWide()] = project.uid.toWide();
+    info[nameKey] = project.name.toWide();
+    info[uidKey] = project.uid.toWide();
     Object record;
-    record[pathKey.toWide()] = path.toWide();
-    record[infoKey.toWide()] = std::move(info);
+    record[pathKey] = path.toWide();
+    record[infoKey] = std::move(info);
     return record;
 }
 
@@ -47,7 +48,7 @@ Value toJson(const ConfigData& projects) {
         records.emplace_back(writeProject(path, project));
     Object document;
     if (!records.empty())
-        document[projectsKey.toWide()] = std::move(records);
+        document[projectsKey] = std::move(records);
     return document;
 }
 

@@ -29,9 +29,9 @@ std::int64_t truncated(double number) {
 
 Object serializeAnnotation(const OdString& author, const OdString& date, const OdString& message) {
     Object record;
-    record[recordKeys::author.toWide()] = author.toWide();
-    record[recordKeys::date.toWide()] = date.toWide();
-    record[recordKeys::message.toWide()] = message.toWide();
+    record[recordKeys::author] = author.toWide();
+    record[recordKeys::date] = date.toWide();
+    record[recordKeys::message] = message.toWide();
     return record;
 }
 

@@ -14,18 +14,18 @@ namespace {
 
 Object serializeFile(const RepoFile& file) {
     Object record;
-    record[recordKeys::path.toWide()] = file.path.toWide();
-    record[recordKeys::storagePath.toWide()] = file.url.toWide();
+    record[recordKeys::path] = file.path.toWide();
+    record[recordKeys::storagePath] = file.url.toWide();
     if (file.file && !file.file->path.isEmpty() && file.file->path != file.path)
-        record[recordKeys::previousPath.toWide()] = file.file->path.toWide();
+        record[recordKeys::previousPath] = file.file->path.toWide();
     return record;
 }
 
 Object serializeReference(const Reference& reference) {
     Object record;
-    record[recordKeys::refType.toWide()] = toString(reference.type).toWide();
-    record[recordKeys::name.toWide()] = reference.name.toWide();
-    record[recordKeys::commitHash.toWide()] = reference.commitHash.toWide();
+    record[recordKeys::refType] = toString(reference.type).toWide();
+    record[recordKeys::name] = reference.name.toWide();
+    record[recordKeys::commitHash] = reference.commitHash.toWide();
     return record;
 }
 
@@ -43,11 +43,11 @@ Object serializeCommit(const std::vector<RepoFile>& files, const OdString& autho
 
     const OdTimeStamp now(OdTimeStamp::kInitUniversalTime);
     Object record;
-    record[recordKeys::annotation.toWide()] =
+    record[recordKeys::annotation] =
         serializeAnnotation(author, now.strftime(L"%Y-%m-%dT%H:%M:%SZ"), message);
-    record[recordKeys::hash.toWide()] = hash.toWide();
-    record[recordKeys::files.toWide()] = std::move(fileRecords);
-    record[recordKeys::parentsHashes.toWide()] = std::move(parents);
+    record[recordKeys::hash] = hash.toWide();
+    record[recordKeys::files] = std::move(fileRecords);
+    record[recordKeys::parentsHashes] = std::move(parents);
     return record;
 }
 
@@ -60,8 +60,8 @@ Value serializeCommitInfo(const CommitInfo& commitInfo) {
         references.emplace_back(serializeReference(reference));
 
     Object record;
-    record[recordKeys::commits.toWide()] = std::move(commits);
-    record[recordKeys::references.toWide()] = std::move(references);
+    record[recordKeys::commits] = std::move(commits);
+    record[recordKeys::references] = std::move(references);
     return record;
 }
 

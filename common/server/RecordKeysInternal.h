@@ -1,28 +1,29 @@
 #pragma once
 
-#include <platform/kernel/OdString.h>
-
 /// The names of the members of the server's records.
+///
+/// These are plain constants, not objects: a host may let go of what it has when the process ends,
+/// after everything that this library would have to destroy.
 namespace common::recordKeys {
 
-inline const OdString annotation = L"annotation";
-inline const OdString author = L"author";
-inline const OdString commandVersion = L"commandVersion";
-inline const OdString commitHash = L"commitHash";
-inline const OdString commitNo = L"commitNo";
-inline const OdString commits = L"commits";
-inline const OdString date = L"date";
-inline const OdString files = L"files";
-inline const OdString hash = L"hash";
-inline const OdString id = L"id";
-inline const OdString message = L"message";
-inline const OdString name = L"name";
-inline const OdString parentsHashes = L"parentsHashes";
-inline const OdString path = L"path";
-inline const OdString previousPath = L"previousPath";
-inline const OdString refType = L"refType";
-inline const OdString references = L"references";
-inline const OdString repository = L"repository";
-inline const OdString storagePath = L"storagePath";
+inline constexpr wchar_t annotation[] = L"annotation";
+inline constexpr wchar_t author[] = L"author";
+inline constexpr wchar_t commandVersion[] = L"commandVersion";
+inline constexpr wchar_t commitHash[] = L"commitHash";
+inline constexpr wchar_t commitNo[] = L"commitNo";
+inline constexpr wchar_t commits[] = L"commits";
+inline constexpr wchar_t date[] = L"date";
+inline constexpr wchar_t files[] = L"files";
+inline constexpr wchar_t hash[] = L"hash";
+inline constexpr wchar_t id[] = L"id";
+inline constexpr wchar_t message[] = L"message";
+inline constexpr wchar_t name[] = L"name";
+inline constexpr wchar_t parentsHashes[] = L"parentsHashes";
+inline constexpr wchar_t path[] = L"path";
+inline constexpr wchar_t previousPath[] = L"previousPath";
+inline constexpr wchar_t refType[] = L"refType";
+inline constexpr wchar_t references[] = L"references";
+inline constexpr wchar_t repository[] = L"repository";
+inline constexpr wchar_t storagePath[] = L"storagePath";
 
 }  // namespace common::recordKeys

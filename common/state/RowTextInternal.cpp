@@ -31,10 +31,10 @@ RowText::RowText(ut::TextFile& file, std::size_t limitUnits) : file_(file), unit
     units_.reserve(unitsAtOnce + unitsAtOnce / 8);
 }
 
-void RowText::name(const OdString& key) {
+void RowText::name(std::wstring_view key) {
     beginLine();
     units_ += L'"';
-    units_ += key.toWide();
+    units_ += key;
     units_.append(L"\" : ", 4);
 }
 

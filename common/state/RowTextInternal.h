@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
 
 namespace common {
 
@@ -34,7 +35,7 @@ public:
     void openArray() { open(L'['); }
     void closeArray() { close(L']'); }
     /// Begins a member of the innermost object; its value comes next.
-    void name(const OdString& key);
+    void name(std::wstring_view key);
     /// Begins an element of the innermost array; it comes next.
     void element() { beginLine(); }
 

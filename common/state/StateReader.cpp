@@ -24,7 +24,7 @@ using jsonlib::json::Value;
 using jsonlib::json::Value_type;
 
 /// What a message says was being read, where there is nothing to say beyond the member's name.
-const OdString noContext;
+constexpr const wchar_t* noContext = L"";
 
 /// Turns one element of a list into a part of the state. Missing members and members of the wrong
 /// type are thrown; the rest is returned.
@@ -32,7 +32,7 @@ using ElementReader = Expected<void> (*)(const Object& element, State& state);
 
 /// One of the lists at the top level of the file.
 struct List {
-    const OdString& key;
+    const wchar_t* key;
     const wchar_t* elementContext;
     ElementReader readElement;
 };
@@ -123,7 +123,7 @@ Expected<void> readElement(const Value& element, const List& list, State& state)
 }
 
 Expected<void> readList(Object& file, const List& list, State& state) {
-    const auto member = file.find(list.key.toWide());
+    const auto member = file.find(list.key);
     if (member == file.end())
         return {};
     checkType(member->second, Value_type::array, list.key, list.key);

@@ -3,6 +3,7 @@
 #include <common/state/StateRowsInternal.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace common {
@@ -29,10 +30,10 @@ private:
     std::optional<Content> content_;
 };
 
-/// All keys are ASCII, so each unit is one byte.
-bool is(std::string_view name, const OdString& key) {
-    const std::wstring& units = key.toWide();
-    return std::equal(name.begin(), name.end(), units.begin(), units.end());
+/// All keys are ASCII, so each unit is one byte. `size` counts the NUL behind the key.
+template <std::size_t size>
+bool is(std::string_view name, const wchar_t (&key)[size]) {
+    return name.size() == size - 1 && std::equal(name.begin(), name.end(), key);
 }
 
 /// Calls `readMember` with the name of each member; it must read the member's value.

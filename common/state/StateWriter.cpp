@@ -4,6 +4,7 @@
 #include <common/state/StateKeysInternal.h>
 #include <platform/ut/TextFile.h>
 
+#include <string_view>
 #include <utility>
 
 namespace common {
@@ -21,12 +22,12 @@ void writeHead(const Head& head, RowText& text) {
     text.closeObject();
 }
 
-void writeMember(const OdString& key, const OdString& value, RowText& text) {
+void writeMember(std::wstring_view key, const OdString& value, RowText& text) {
     text.name(key);
     text.string(value);
 }
 
-Expected<void> writeMember(const OdString& key, FileChange change, RowText& text) {
+Expected<void> writeMember(std::wstring_view key, FileChange change, RowText& text) {
     const Expected<OdString> code = toString(change);
     if (!code)
         return code.error();
@@ -65,7 +66,7 @@ Expected<void> writeIndexEntry(const std::pair<const OdString, IndexData>& entry
     return {};
 }
 
-void writeHandleList(const OdString& key, const OdArray<OdDbHandle>& handles, RowText& text) {
+void writeHandleList(std::wstring_view key, const OdArray<OdDbHandle>& handles, RowText& text) {
     if (handles.empty())
         return;
     text.name(key);
@@ -104,8 +105,8 @@ Expected<void> writeConflict(const ConflictData& conflict, RowText& text) {
 
 /// A list without elements is left out of the file.
 template <class Container, class WriteElement>
-Expected<void> writeList(const OdString& key, const Container& container, WriteElement writeElement,
-                         RowText& text) {
+Expected<void> writeList(std::wstring_view key, const Container& container,
+                         WriteElement writeElement, RowText& text) {
     if (container.empty())
         return {};
     text.name(key);

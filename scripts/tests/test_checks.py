@@ -11,6 +11,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent))
 
 import bench_table
 import check_calls
+import check_endings
 import check_exports
 import check_includes
 import check_lists
@@ -308,6 +309,26 @@ class Silence(unittest.TestCase):
     def test_exceptions_hold_for_their_library_only(self):
         self.assertEqual(self.found("raise", check_silence.PLATFORM), [])
         self.assertEqual(self.found("raise"), ["libqrv-common.so ends the process: raise"])
+
+
+class Endings(unittest.TestCase):
+    def found(self, path, *asked):
+        return list(check_endings.problems("".join(f"{path}:                 U {name}\n" for name in asked)))
+
+    def test_an_object_that_ends_with_the_process_or_a_thread_is_found(self):
+        path = "/common/build/common/CMakeFiles/qrv_common.dir/./state/Cache.cpp.o"
+        for function in ("__cxa_atexit", "__cxa_thread_atexit", "__cxa_thread_atexit_impl"):
+            self.assertEqual(self.found(path, "free", function), [
+                "common/state/Cache.cpp.o: has an object that is destroyed when the process or a thread ends: "
+                + function])
+
+    def test_everything_else_passes(self):
+        self.assertEqual(self.found("platform/ut/Dir.cpp.o", "__cxa_finalize", "__cxa_guard_acquire", "free"), [])
+
+    def test_exceptions_hold_for_their_file_only(self):
+        folder = "build/dev/common/CMakeFiles/qrv_common.dir/config/"
+        self.assertEqual(self.found(folder + "Config.cpp.o", "__cxa_atexit"), [])
+        self.assertEqual(len(self.found(folder + "ConfigData.cpp.o", "__cxa_atexit")), 1)
 
 
 class RunPath(unittest.TestCase):
