@@ -66,6 +66,22 @@ TEST_P(LateRelease, OfARegistryWritesItWhole) {
     EXPECT_EQ(bytesOf("directories.state"), registry);
 }
 
+// A process that could not write its state when it ended crashed instead of saying so: a message
+// without a translation asked the catalogue's library for data that had ended with the thread.
+TEST_P(LateRelease, OfAStateThatCannotBeWrittenIsTold) {
+    EXPECT_EQ(run("openCache", "broken"),
+              (Ending{"written\nError writing to file '" + (project() / ".qrv/qrv.state").string() +
+                          "'\n",
+                      0}));
+}
+
+TEST_P(LateRelease, OfARegistryThatCannotBeWrittenIsTold) {
+    EXPECT_EQ(
+        run("openConfig", "broken"),
+        (Ending{"Error writing to file '" + (project() / "directories.state").string() + "'\n",
+                0}));
+}
+
 // A registry opened when the process ended was looked for among loaded ones that were destroyed.
 TEST_P(LateRelease, MayOpenARegistry) {
     EXPECT_EQ(run("openConfigLate"), (Ending{"written\n", 0}));
