@@ -1,6 +1,5 @@
 #include <cli/Message.h>
 #include <cli/Names.h>
-#include <platform/sys/Terminal.h>
 
 #include <cstdio>
 #include <string>
@@ -106,10 +105,6 @@ bool isHarmless(const OdString& text) {
         isSafe = isSafe && (isPair || !isUnsafe(text[index]));
     });
     return isSafe;
-}
-
-std::string nameForOutput(const OdString& name) {
-    return (sys::isTerminal(sys::Stream::output) ? printable(name) : name).toNarrow();
 }
 
 void printMessage(const OdString& text) {

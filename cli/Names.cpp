@@ -1,0 +1,11 @@
+#include <cli/Message.h>
+#include <cli/Names.h>
+#include <platform/sys/Terminal.h>
+
+namespace qrv_cli {
+
+std::string nameForOutput(const OdString& name) {
+    return (sys::isTerminal(sys::Stream::output) ? printable(name) : name).toNarrow();
+}
+
+}  // namespace qrv_cli
