@@ -72,6 +72,10 @@ std::error_code writeBaseline(const KeptBaseline& kept, const sys::Folder& root)
         return file.error();
     if (const std::error_code error = file->write(bytes))
         return error;
+    // Otherwise a cut of the power can leave the new name with half the bytes, which looks like
+    // damage. That the name may be gone again then is no loss.
+    if (const std::error_code error = file->flush())
+        return error;
     return file->publish(sys::NewFile::Existing::replace);
 }
 

@@ -70,7 +70,7 @@ Expected<void> takeFiles(Workspace& workspace, const Plan& plan) {
             !updated)
             return updated.error();
     }
-    return {};
+    return flushWorkingFiles(workspace);
 }
 
 Expected<void> recordConflicts(Workspace& workspace, const ThreeWayResult& files,

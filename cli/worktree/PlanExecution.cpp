@@ -49,9 +49,8 @@ Expected<void> writeFiles(Workspace& workspace, std::span<const PlannedFile* con
         files.push_back(std::move(*file));
         progress.add(step->sizeBytes);
     }
-    if (const std::error_code error = workspace.folder().flushFileSystem())
-        return systemFailure(tr(L"The files of '%ls' cannot be written: %ls"),
-                             workspace.root().path(), error);
+    if (Expected<void> flushed = flushWorkingFiles(workspace); !flushed)
+        return flushed;
     for (std::size_t index = 0; index < files.size(); ++index) {
         if (const std::error_code error = files[index].publish(sys::NewFile::Existing::replace))
             return systemFailure(tr(L"'%ls' cannot be written: %ls"), steps[index]->path, error);
@@ -76,7 +75,8 @@ Expected<void> applySteps(Workspace& workspace, const std::vector<const PlannedF
         if (Expected<void> done = writeFiles(workspace, part, progress); !done)
             return done;
     }
-    return {};
+    // The names, too: the plan is forgotten for good soon.
+    return flushWorkingFiles(workspace);
 }
 
 std::vector<const PlannedFile*> allOf(const Plan& plan) {
@@ -216,6 +216,13 @@ ErrorMessage listed(const OdString& heading, const std::vector<OdString>& paths)
 }
 
 }  // namespace
+
+Expected<void> flushWorkingFiles(const Workspace& workspace) {
+    if (const std::error_code error = workspace.folder().flushFileSystem())
+        return systemFailure(tr(L"The files of '%ls' cannot be written: %ls"),
+                             workspace.root().path(), error);
+    return {};
+}
 
 Expected<void> removeWorkingFile(const Workspace& workspace, const OdString& path) {
     const Expected<RelativePath> safe = RelativePath::check(path);

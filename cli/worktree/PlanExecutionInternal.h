@@ -19,4 +19,8 @@ Expected<void> finish(Workspace& workspace, const Plan& plan);
 /// cannot be taken back stays noted, for the next command, which is told.
 Expected<void> takeBackAfter(Workspace& workspace, const Plan& plan, const ErrorMessage& failure);
 
+/// Hands all contents and names of the working files over to the disk. Without it a cut of the
+/// power could take back what was done by a plan that is forgotten.
+Expected<void> flushWorkingFiles(const Workspace& workspace);
+
 }  // namespace qrv_cli
