@@ -1,9 +1,11 @@
 #include <cli/Message.h>
+#include <cli/MetadataCheck.h>
 #include <cli/Repository.h>
 #include <cli/Translation.h>
 
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace qrv_cli {
 
@@ -23,6 +25,29 @@ Expected<fs::path> existingFolder(const std::string& folder) {
                                          OdString(error.message().c_str()))};
 }
 
+/// Also when that is a link, for whoever made it meant this folder and none above it. A file of
+/// that name means nothing.
+bool hasMetadata(const fs::path& folder) {
+    std::error_code error;
+    const fs::file_type type = fs::symlink_status(folder / ".qrv", error).type();
+    return type == fs::file_type::directory || type == fs::file_type::symlink;
+}
+
+Expected<OpenRepository> openAt(const fs::path& path) {
+    sys::Outcome<sys::Folder> folder = sys::Folder::open(path.native());
+    if (!folder)
+        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be opened: %ls"),
+                                             printable(toText(path)),
+                                             OdString(folder.error().message().c_str()))};
+    const OdString text = toText(path);
+    if (const Expected<void> checked = checkMetadata(*folder, text); !checked)
+        return checked.error();
+    const Expected<common::RootPath> root = common::RootPath::get(text, false);
+    if (!root)
+        return root.error();
+    return OpenRepository{.root = *root, .folder = std::move(*folder)};
+}
+
 }  // namespace
 
 OdString toText(const fs::path& path) {
@@ -31,29 +56,47 @@ OdString toText(const fs::path& path) {
     return OdString::fromNarrow(path == "/" ? "/." : path.native());
 }
 
-std::optional<common::RootPath> enclosingRepository(fs::path folder) {
-    for (;; folder = folder.parent_path()) {
-        if (Expected<common::RootPath> root = common::RootPath::get(toText(folder), false))
-            return *root;
-        if (folder == folder.root_path())
-            return std::nullopt;
+Expected<std::optional<OpenRepository>> enclosingRepository(const fs::path& folder) {
+    for (fs::path path = folder;; path = path.parent_path()) {
+        if (hasMetadata(path)) {
+            Expected<OpenRepository> repository = openAt(path);
+            if (!repository)
+                return repository.error();
+            return std::optional(std::move(*repository));
+        }
+        if (path == path.root_path())
+            return std::optional<OpenRepository>();
     }
 }
 
-Expected<common::RootPath> findRepository(const std::string& folder) {
+Expected<OpenRepository> openRepository(const std::string& folder) {
     const Expected<fs::path> path = existingFolder(folder);
     if (!path)
         return path.error();
-    if (const std::optional<common::RootPath> root = enclosingRepository(*path))
-        return *root;
+    Expected<std::optional<OpenRepository>> repository = enclosingRepository(*path);
+    if (!repository)
+        return repository.error();
+    if (*repository)
+        return std::move(**repository);
     return ErrorMessage{OdString::format(
         tr(L"'%ls' is not in a repository, nor is any folder above it one (qrv init makes one)"),
         printable(toText(*path)))};
 }
 
-Expected<std::shared_ptr<common::Cache>> openState(const common::RootPath& root, const Host& host) {
+Expected<common::RootPath> findRepository(const std::string& folder) {
+    Expected<OpenRepository> repository = openRepository(folder);
+    if (!repository)
+        return repository.error();
+    return std::move(repository->root);
+}
+
+Expected<std::shared_ptr<common::Cache>> openState(const common::RootPath& root,
+                                                   const sys::Folder& folder, const Host& host) {
     try {
-        return common::Cache::get(root, host);
+        Expected<std::shared_ptr<common::Cache>> cache = common::Cache::get(root, host);
+        if (const Expected<void> checked = checkMetadata(folder, root.path()); !checked)
+            return checked.error();
+        return cache;
     } catch (const std::length_error&) {
         return ErrorMessage{OdString::format(
             tr(L"The state file '%ls' ends in the middle of a text"), printable(root.statePath()))};

@@ -4,6 +4,7 @@
 #include <common/repository/IoInterface.h>
 #include <common/repository/RootPath.h>
 #include <common/state/Cache.h>
+#include <platform/sys/Folder.h>
 
 #include <filesystem>
 #include <memory>
@@ -28,16 +29,28 @@ private:
 /// The path as the library takes it.
 OdString toText(const std::filesystem::path& path);
 
+/// A repository and its root, which is open: all that the program itself reads and writes there, it
+/// reaches beneath this one handle.
+struct OpenRepository {
+    common::RootPath root;
+    sys::Folder folder;
+};
+
 /// The innermost repository among `folder`, an absolute path without links, and the folders above
-/// it.
-std::optional<common::RootPath> enclosingRepository(std::filesystem::path folder);
+/// it, if there is one. A folder or link that is called `.qrv` ends the search. Fails when that is
+/// no metadata folder, or as `checkMetadata` does.
+Expected<std::optional<OpenRepository>> enclosingRepository(const std::filesystem::path& folder);
 
 /// The repository that holds the existing folder `folder`. Fails when that is no folder, or in no
-/// repository.
+/// repository, or as `checkMetadata` does.
+Expected<OpenRepository> openRepository(const std::string& folder);
+/// The same for what needs the path alone.
 Expected<common::RootPath> findRepository(const std::string& folder);
 
-/// Reads the state of a repository; `host` must outlive it. Fails like `Cache::get`, and in place
-/// of its exception for a file that ends inside a text with a message.
-Expected<std::shared_ptr<common::Cache>> openState(const common::RootPath& root, const Host& host);
+/// Reads the state of a repository; `host` must outlive it. Fails like `Cache::get`, in place of
+/// its exception for a file that ends inside a text with a message, and as `checkMetadata` does
+/// when somebody exchanged the file meanwhile.
+Expected<std::shared_ptr<common::Cache>> openState(const common::RootPath& root,
+                                                   const sys::Folder& folder, const Host& host);
 
 }  // namespace qrv_cli

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
+#include <cli/MetadataCheck.h>
 #include <cli/Output.h>
 #include <cli/ProjectName.h>
 #include <cli/ProjectRegistry.h>
@@ -50,11 +51,19 @@ Expected<fs::path> absolutePath(const std::string& folder) {
     return path.has_filename() ? path : path.parent_path();
 }
 
+/// What is there already may come from a stranger.
+Expected<void> checkOld(const fs::path& folder) {
+    const sys::Outcome<sys::Folder> opened = sys::Folder::open(folder.native());
+    return opened ? checkMetadata(*opened, toText(folder)) : Expected<void>();
+}
+
 Expected<common::RootPath> makeRoot(const fs::path& folder) {
     std::error_code error;
     if (fs::exists(folder, error) && !fs::is_directory(folder, error))
         return ErrorMessage{
             OdString::format(tr(L"'%ls' is not a folder"), printable(toText(folder)))};
+    if (Expected<void> checked = checkOld(folder); !checked)
+        return checked.error();
     return common::RootPath::get(toText(folder), true);
 }
 
@@ -72,10 +81,11 @@ Expected<void> makeMissingFiles(const common::RootPath& root) {
 }
 
 void noteOuterRepository(const fs::path& folder) {
-    if (const auto outer = enclosingRepository(folder.parent_path()))
+    const auto outer = enclosingRepository(folder.parent_path());
+    if (outer && *outer)
         printMessage(
             OdString::format(tr(L"Note: the repository '%ls' above it goes on listing its files"),
-                             printable(outer->path())));
+                             printable((*outer)->root.path())));
 }
 
 /// A project that is registered keeps its name there, unless it was just given one.

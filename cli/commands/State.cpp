@@ -17,16 +17,18 @@ namespace {
 /// Prints the file's document in the form in which the library writes one, and not the file's
 /// bytes: so it is valid UTF-8 and in one layout also where somebody edited the file.
 Expected<void> printState(const std::string& folder, Output& output) {
-    const Expected<common::RootPath> root = findRepository(folder);
-    if (!root)
-        return root.error();
+    const Expected<OpenRepository> repository = openRepository(folder);
+    if (!repository)
+        return repository.error();
+    const common::RootPath& root = repository->root;
     const Host host;
     // The library's reader decides whether the document is a state at all.
-    const Expected<std::shared_ptr<common::Cache>> state = openState(*root, host);
+    const Expected<std::shared_ptr<common::Cache>> state =
+        openState(root, repository->folder, host);
     if (!state)
         return state.error();
 
-    const OdString text = ut::readEntireFile(root->statePath());
+    const OdString text = ut::readEntireFile(root.statePath());
     jsonlib::json::Value document;
     if (!jsonlib::json::read(text.c_str(), text.c_str() + text.getLength(), document))
         return ErrorMessage{tr(L"The state file was changed while it was read")};

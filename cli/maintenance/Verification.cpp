@@ -86,7 +86,7 @@ private:
     void takeLock() {
         if (!folder_.status(lockPath))
             return;
-        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(root_.path().toNarrow() + '/' + lockPath);
+        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder_, lockPath);
         isBusy_ = !lock && lock.error() == std::errc::operation_would_block;
         if (lock)
             lock_ = std::move(*lock);
@@ -121,7 +121,7 @@ private:
             return addNote(tr(L"There is no state file yet (qrv init makes it)"));
         const Host host;
         const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
-        const Expected<std::shared_ptr<common::Cache>> cache = openState(root_, host);
+        const Expected<std::shared_ptr<common::Cache>> cache = openState(root_, folder_, host);
         if (!cache)
             return addProblem(cache.error().message);
         for (const OdString& problem : problemsOf((*cache)->read()))

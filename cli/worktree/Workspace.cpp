@@ -1,4 +1,5 @@
 #include <cli/Message.h>
+#include <cli/MetadataCheck.h>
 #include <cli/Translation.h>
 #include <cli/worktree/KeptBaseline.h>
 #include <cli/worktree/PlanExecution.h>
@@ -18,14 +19,14 @@ namespace qrv_cli {
 namespace {
 
 constexpr const char* statePath = ".qrv/qrv.state";
+constexpr const char* lockPath = ".qrv/lock";
 constexpr std::chrono::milliseconds waitForLock{10000};
 constexpr std::chrono::milliseconds pauseBetweenTries{20};
 
-sys::Outcome<sys::Lock> takeLock(const common::RootPath& root, Workspace::Use use) {
-    const std::string path = root.qrvPath().toNarrow() + "/lock";
+sys::Outcome<sys::Lock> takeLock(const sys::Folder& root, Workspace::Use use) {
     const auto end = std::chrono::steady_clock::now() + waitForLock;
     for (;;) {
-        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(path);
+        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(root, lockPath);
         const bool isHeld = !lock && lock.error() == std::errc::operation_would_block;
         if (!isHeld || use == Workspace::Use::look || std::chrono::steady_clock::now() > end)
             return lock;
@@ -63,22 +64,20 @@ ErrorMessage systemFailure(const OdString& text, const OdString& name, std::erro
 
 Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, Use use,
                                                      Scan scan) {
-    const Expected<common::RootPath> root = findRepository(folder);
-    if (!root)
-        return root.error();
-    sys::Outcome<sys::Lock> lock = takeLock(*root, use);
+    Expected<OpenRepository> repository = openRepository(folder);
+    if (!repository)
+        return repository.error();
+    const common::RootPath& root = repository->root;
+    sys::Outcome<sys::Lock> lock = takeLock(repository->folder, use);
     if (!lock && use == Use::change)
-        return lockFailure(*root, lock.error());
-    sys::Outcome<sys::Folder> rootFolder = sys::Folder::open(root->path().toNarrow());
-    if (!rootFolder)
-        return systemFailure(tr(L"'%ls' cannot be opened: %ls"), root->path(), rootFolder.error());
+        return lockFailure(root, lock.error());
 
-    History history = History::open(*root, accessFor(*root, use, static_cast<bool>(lock)));
+    History history = History::open(root, accessFor(root, use, static_cast<bool>(lock)));
     std::optional<sys::Lock> held;
     if (lock)
         held = std::move(*lock);
     std::unique_ptr<Workspace> workspace(
-        new Workspace(*root, std::move(*rootFolder), std::move(held), std::move(history)));
+        new Workspace(root, std::move(repository->folder), std::move(held), std::move(history)));
     if (scan == Scan::ahead && workspace->canScanAhead())
         workspace->scan_ = std::make_unique<TreeScan>(workspace->root_, workspace->folder_);
     if (workspace->scan_ && use == Use::look)
@@ -132,7 +131,7 @@ Expected<void> Workspace::openCache() {
     // the index is trusted.
     const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
     stateVersion_ = version ? std::optional(*version) : std::nullopt;
-    Expected<std::shared_ptr<common::Cache>> cache = openState(root_, host_);
+    Expected<std::shared_ptr<common::Cache>> cache = openState(root_, folder_, host_);
     if (!cache)
         return cache.error();
     cache_ = *cache;
@@ -187,8 +186,13 @@ std::unique_ptr<TreeScan> Workspace::takeScan() {
 Expected<void> Workspace::close() {
     // The cache writes when its last owner lets go.
     cache_.reset();
+    if (!host_.lastWrite())
+        return host_.lastWrite();
+    // The library wrote it by its path.
+    if (Expected<void> checked = checkMetadata(folder_, root_.path()); !checked)
+        return checked;
     writeKeptBaseline();
-    return host_.lastWrite();
+    return {};
 }
 
 /// Without it the next look takes longer, and tries again: nobody need know.

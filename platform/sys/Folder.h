@@ -84,6 +84,8 @@ public:
     [[nodiscard]] std::error_code flushFileSystem() const;
 
 private:
+    friend class Lock;
+
     explicit Folder(Handle handle) : handle_(std::make_shared<const Handle>(std::move(handle))) {}
 
     int number() const { return handle_->number(); }

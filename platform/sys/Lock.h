@@ -1,5 +1,6 @@
 #pragma once
 
+#include <platform/sys/Folder.h>
 #include <platform/sys/Handle.h>
 #include <platform/sys/Outcome.h>
 
@@ -11,9 +12,9 @@ namespace sys {
 /// An advisory lock on a file, held until its end or the process's, however that comes about.
 class Lock {
 public:
-    /// Makes the file where it is missing and locks it. `operation_would_block` when somebody else
-    /// holds it.
-    static Outcome<Lock> tryTake(const std::string& path);
+    /// Makes the file below the folder where it is missing and locks it. `operation_would_block`
+    /// when somebody else holds it; `operation_not_supported` when it is no regular file.
+    static Outcome<Lock> tryTake(const Folder& folder, const std::string& relative);
 
 private:
     explicit Lock(Handle handle) : handle_(std::move(handle)) {}

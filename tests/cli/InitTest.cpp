@@ -171,28 +171,39 @@ TEST_F(Init, RefusesAFolderThatCannotBeMade) {
 
 TEST_F(Init, FailsWhereAFileTakesTheMetadataFoldersName) {
     writeFile(folder / ".qrv", "");
-    EXPECT_EQ(runQrv(folder.path(), {"init"}),
-              failed("Not able to create a qrv directory in " + path));
+    EXPECT_EQ(runQrv(folder.path(), {"init"}), failed("'" + path + "/.qrv' is not a folder"));
     EXPECT_EQ(contentsOf(folder.path()), (Contents{{".qrv", ""}}));
 }
 
 TEST_F(Init, FailsWhenTheStateCannotBeWritten) {
-    fs::create_directory_symlink("/proc", folder / ".qrv");
-    EXPECT_EQ(runQrv(folder.path(), {"init"}),
-              failed("Error writing to file '" + path + "/.qrv/qrv.state'"));
+    fs::create_directory(folder / ".qrv");
+    // No file may grow; the pipe to cat is none.
+    EXPECT_EQ(runShell(folder.path(),
+                       "{ trap '' XFSZ; ulimit -f 0; \"$QRV\" init; echo $?; } 2>&1 | cat"),
+              (Outcome{0, "qrv: Error writing to file '" + path + "/.qrv/qrv.state'\n1\n", ""}));
+}
+
+TEST_F(Init, CompletesNoRepositoryThroughALink) {
+    const TemporaryFolder elsewhere;
+    fs::create_directory_symlink(elsewhere.path(), folder / ".qrv");
+    EXPECT_EQ(
+        runQrv(folder.path(), {"init", "--name", "x", "--cad-ignores"}),
+        failed("'" + path + "/.qrv' is a symbolic link, and in a repository none is followed"));
+    EXPECT_THAT(contentsOf(elsewhere.path()), IsEmpty());
 }
 
 TEST_F(Init, FailsWhenTheIgnoreFileCannotBeMade) {
     writeFile(folder / ".qrv/qrv.state", stateText);
     writeFile(folder / ".qrv/properties", "");
     const Contents before = contentsOf(folder.path());
-    EXPECT_EQ(runQrv(folder.path(), {"init"}), failed("Failed to write Ignore file."));
+    EXPECT_EQ(runQrv(folder.path(), {"init"}),
+              failed("'" + path + "/.qrv/properties' is not a folder"));
     EXPECT_EQ(contentsOf(folder.path()), before);
 }
 
 TEST_F(Init, FailsWhenTheNameCannotBeWritten) {
     const Outcome expected =
-        failed("The project's name cannot be written to the folder '" + path + "/.qrv/properties'");
+        failed("'" + path + "/.qrv/properties/project_name' is not a regular file");
     EXPECT_EQ(runQrv(folder.path(), {"init"}), made());
     fs::create_directory(folder / ".qrv/properties/project_name");
     EXPECT_EQ(runQrv(folder.path(), {"init", "--name", "new"}), expected);

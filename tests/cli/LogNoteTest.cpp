@@ -54,7 +54,10 @@ TEST_F(LogNoteCommand, RefusesWhatIsNotOneLineOfPlainText) {
 
 TEST_F(LogNoteCommand, FailsWhenTheLogCannotBeOpened) {
     fs::create_directory(log);
-    EXPECT_EQ(runQrv(folder.path(), {"log-note", "text"}), failed);
+    EXPECT_EQ(runQrv(folder.path(), {"log-note", "text"}),
+              (Outcome{1, "",
+                       "qrv: '" + fs::canonical(folder.path()).string() +
+                           "/.qrv/qrv.log' is not a regular file\n"}));
 }
 
 TEST_F(LogNoteCommand, FailsWhenTheDiskIsFull) {

@@ -114,7 +114,8 @@ TEST_F(NameCommand, FailsWhenTheNameCannotBeWritten) {
               (Outcome{0, "qrv: " + message + "\n1\n", ""}));
     fs::remove(file);
     fs::create_directory(file);
-    EXPECT_EQ(qrv({"name", "new"}), failed(message));
+    EXPECT_EQ(qrv({"name", "new"}),
+              failed("'" + path + "/.qrv/properties/project_name' is not a regular file"));
     EXPECT_EQ(qrv({"projects"}),
               (Outcome{0, fs::path(path).filename().string() + "  " + path + "\n", ""}));
 }

@@ -216,7 +216,7 @@ TEST_F(CommitCommand, WaitsForAnotherProcessThatChangesTheRepository) {
 TEST_F(CommitCommand, GivesUpWhenAnotherProcessKeepsTheRepository) {
     project.write({{"a.txt", "1"}});
     project.run({"add", "--all"});
-    const auto held = sys::Lock::tryTake(project / ".qrv/lock");
+    const auto held = sys::Lock::tryTake(*sys::Folder::open(project / "."), ".qrv/lock");
     ASSERT_TRUE(held);
     const auto before = contentsOf(project.folder.path());
     const std::string root = fs::canonical(project.folder.path());

@@ -177,7 +177,7 @@ TEST_F(StatusCommand, TakesAFileBehindALinkForGone) {
 
 TEST_F(StatusCommand, DoesNotWaitForAnotherProcess) {
     begin();
-    const auto held = sys::Lock::tryTake(project / ".qrv/lock");
+    const auto held = sys::Lock::tryTake(*sys::Folder::open(project / "."), ".qrv/lock");
     ASSERT_TRUE(held);
     const auto before = contentsOf(project.folder.path());
     EXPECT_EQ(status(), (Outcome{0,

@@ -154,7 +154,7 @@ TEST_F(PlanExecution, OfAMergeIsTakenBackByTheNextCommand) {
 
 TEST_F(PlanExecution, IsOnlyToldWhileAnotherProcessIsAtWork) {
     interrupt();
-    const auto held = sys::Lock::tryTake(project / ".qrv/lock");
+    const auto held = sys::Lock::tryTake(*sys::Folder::open(project / "."), ".qrv/lock");
     ASSERT_TRUE(held);
     const Outcome outcome = project.qrv({"status"});
     EXPECT_EQ(outcome.status, 0);

@@ -249,18 +249,19 @@ TEST_F(KeptBaselineOfAWorkspace, IsNoFileOfTheProject) {
     EXPECT_EQ(project.run({"files"}), "a.txt\nb.dwg\n.qrv/properties/ignore\n");
 }
 
-TEST_F(KeptBaselineOfAWorkspace, ThatIsAFolderOrALinkHarmsNothing) {
-    fs::remove(project / ".qrv/baseline");
-    fs::create_directory(project / ".qrv/baseline");
-    const std::string shown = look();
-    fs::remove(project / ".qrv/baseline");
-    writeFile(project.folder.path().string() + "-outside", "outside");
-    fs::create_symlink(project.folder.path().string() + "-outside", project / ".qrv/baseline");
-    EXPECT_EQ(look(), shown);
-    EXPECT_EQ(readFile(project.folder.path().string() + "-outside"), "outside");
-    EXPECT_FALSE(fs::is_symlink(project / ".qrv/baseline"));
-    EXPECT_TRUE(isUsed());
-    fs::remove(project.folder.path().string() + "-outside");
+TEST_F(KeptBaselineOfAWorkspace, ThatIsAFolderOrALinkIsRefused) {
+    const std::string outside = project.folder.path().string() + "-outside";
+    const std::string kept = project.root.path().toNarrow() + "/.qrv/baseline";
+    fs::remove(kept);
+    fs::create_directory(kept);
+    EXPECT_EQ(project.qrv({"status"}).messages, "qrv: '" + kept + "' is not a regular file\n");
+    fs::remove(kept);
+    writeFile(outside, "outside");
+    fs::create_symlink(outside, kept);
+    EXPECT_EQ(project.qrv({"status"}).messages,
+              "qrv: '" + kept + "' is a symbolic link, and in a repository none is followed\n");
+    EXPECT_EQ(readFile(outside), "outside");
+    fs::remove(outside);
 }
 
 }  // namespace

@@ -1,0 +1,109 @@
+#include <tests/cli/commands/HistoryProject.h>
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qrv_test::contentsOf;
+using qrv_test::HistoryProject;
+using qrv_test::Outcome;
+using qrv_test::TemporaryFolder;
+using qrv_test::writeFile;
+using testing::HasSubstr;
+using testing::Not;
+
+using Command = std::vector<std::string>;
+
+/// Each that looks at a repository or changes one.
+std::vector<Command> allCommands(const std::string& elsewhere) {
+    return {{"init"},
+            {"init", "--name", "new", "--cad-ignores"},
+            {"files"},
+            {"status"},
+            {"add", "--all"},
+            {"add", "a.txt"},
+            {"unstage", "--all"},
+            {"commit", "-m", "x"},
+            {"restore", "a.txt", "--force"},
+            {"restore", "a.txt", "--to", elsewhere},
+            {"switch", "side"},
+            {"switch", "--create", "new"},
+            {"merge", "side"},
+            {"merge", "--abort"},
+            {"resolve", "a.txt", "--mine"},
+            {"ignore", "list"},
+            {"ignore", "check", "a.bak"},
+            {"ignore", "add", "*.x"},
+            {"verify"},
+            {"gc"},
+            {"gc", "--dry-run"},
+            {"log"},
+            {"show"},
+            {"diff"},
+            {"branch"},
+            {"branch", "new"},
+            {"branch", "--delete", "side"},
+            {"tag"},
+            {"tag", "new"},
+            {"state"},
+            {"name"},
+            {"name", "new"},
+            {"projects", "add"},
+            {"log-note", "text"},
+            {"locate", "po:" + std::string(64, '0')}};
+}
+
+/// A repository in which a part of the metadata folder lies elsewhere, behind a link.
+class LinkedMetadata : public testing::TestWithParam<const char*> {
+protected:
+    LinkedMetadata() {
+        project.write({{"a.txt", "text"}, {"b.dwg", "drawing"}});
+        project.commit("First");
+        project.run({"switch", "--create", "side"});
+        project.write({{"a.txt", "other"}});
+        project.commit("Second");
+        project.run({"switch", "master"});
+        project.run({"name", "SECRET"});
+        project.write({{"a.txt", "changed"}});
+    }
+
+    const HistoryProject project;
+    const TemporaryFolder outside;
+};
+
+// Symptom: a command wrote into the file that a link in `.qrv` named, or printed what stood there.
+// Cause: the library and SQLite opened the files of `.qrv` by their paths, and followed the links.
+TEST_P(LinkedMetadata, IsRefusedByEveryCommandAndReachesNothingOutside) {
+    const fs::path part = project / GetParam();
+    if (fs::exists(part))
+        fs::rename(part, outside / "part");
+    else
+        writeFile(outside / "part", "SECRET");
+    fs::create_symlink(outside / "part", part);
+    const std::map<std::string, std::string> before = contentsOf(outside.path());
+    const std::string expected = "/" + std::string(GetParam()) +
+                                 "' is a symbolic link, and in a repository none is followed\n";
+    for (const Command& command : allCommands(outside / "new")) {
+        const Outcome outcome = project.qrv(command);
+        EXPECT_EQ(outcome.status, 1) << command[0] << outcome;
+        EXPECT_EQ(outcome.output, "") << command[0];
+        EXPECT_THAT(outcome.messages, HasSubstr(expected)) << command[0];
+        EXPECT_THAT(outcome.messages, Not(HasSubstr("SECRET"))) << command[0];
+        ASSERT_EQ(contentsOf(outside.path()), before) << command[0];
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EachPart, LinkedMetadata,
+                         testing::Values(".qrv", ".qrv/qrv.state", ".qrv/qrv.db", ".qrv/qrv.log",
+                                         ".qrv/lock", ".qrv/baseline", ".qrv/objects.pack",
+                                         ".qrv/objects", ".qrv/tf", ".qrv/properties",
+                                         ".qrv/properties/ignore", ".qrv/properties/project_name"));
+
+}  // namespace
