@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
+#include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Suggestion.h>
@@ -10,7 +11,6 @@
 #include <cli/history/CommitText.h>
 #include <cli/history/ReferenceName.h>
 #include <cli/worktree/Workspace.h>
-#include <common/repository/ActivityLog.h>
 
 #include <algorithm>
 #include <memory>
@@ -112,7 +112,7 @@ Expected<CommitEntry> make(Workspace& workspace, const OdString& name, const std
     if (!commit)
         return commit.error();
     history.setReference(name, RefType::Branch, *commit);
-    common::logString(OdString::format(L"branch %ls", name), workspace.root());
+    logEvent(L"branch " + quotedName(name), workspace.root(), workspace.folder());
     return history.commit(*commit).value();
 }
 
@@ -146,7 +146,7 @@ Expected<CommitEntry> remove(Workspace& workspace, const OdString& name, bool fo
                L"same)"),
             printable(name))};
     history.removeReference(name, RefType::Branch);
-    common::logString(OdString::format(L"deleted the branch %ls", name), workspace.root());
+    logEvent(L"deleted the branch " + quotedName(name), workspace.root(), workspace.folder());
     return history.commit(*commit).value();
 }
 

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
+#include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Translation.h>
@@ -8,7 +9,6 @@
 #include <cli/terminal/Progress.h>
 #include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
-#include <common/repository/ActivityLog.h>
 
 #include <memory>
 #include <string>
@@ -88,7 +88,7 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     if (!collected)
         return collected.error();
     if (!arguments.onlyLook)
-        common::logString(L"gc", (*workspace)->root());
+        logEvent(L"gc", (*workspace)->root(), (*workspace)->folder());
     print(*collected, arguments, output);
     if (collected->problems.empty())
         return (*workspace)->close();

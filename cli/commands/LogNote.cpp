@@ -1,22 +1,17 @@
 #include <CLI/CLI.hpp>
+#include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Repository.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
-#include <common/repository/ActivityLog.h>
 
-#include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 
 namespace qrv_cli {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 /// For the parser: empty, or what is wrong with the note. It is one line among others: one with a
 /// line break could pass for two, and for one that the library wrote.
@@ -29,25 +24,11 @@ std::string refusalOfNote(const std::string& note) {
     return {};
 }
 
-/// 0 for a missing file.
-std::uintmax_t sizeOf(const OdString& file) {
-    std::error_code error;
-    const std::uintmax_t size = fs::file_size(file.toNarrow(), error);
-    return error ? 0 : size;
-}
-
-/// Looks at the file's size, since the log notices no failure after it is open.
 Expected<void> addNote(const std::string& note, Output&) {
-    const Expected<common::RootPath> root = findRepository(".");
-    if (!root)
-        return root.error();
-    const OdString log = root->logPath();
-    const std::uintmax_t sizeBefore = sizeOf(log);
-    if (common::logString(OdString::fromNarrow(note), *root) &&
-        sizeOf(log) > sizeBefore + note.size())
-        return {};
-    return ErrorMessage{
-        OdString::format(tr(L"The activity log '%ls' cannot be written"), printable(log))};
+    const Expected<OpenRepository> repository = openRepository(".");
+    if (!repository)
+        return repository.error();
+    return addToLog(OdString::fromNarrow(note), repository->root, repository->folder);
 }
 
 }  // namespace

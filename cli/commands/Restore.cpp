@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
+#include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Translation.h>
@@ -10,7 +11,6 @@
 #include <cli/worktree/Saving.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
-#include <common/repository/ActivityLog.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -141,7 +141,8 @@ Expected<std::vector<OdString>> restoreFiles(Workspace& workspace, const Tree& t
     plan.files = *steps;
     if (const Expected<void> done = carryOut(workspace, plan); !done)
         return done.error();
-    common::logString(OdString::format(L"restored files: %i", touched.size()), workspace.root());
+    logEvent(OdString::format(L"restored files: %i", touched.size()), workspace.root(),
+             workspace.folder());
     return touched;
 }
 

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
+#include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Suggestion.h>
@@ -11,7 +12,6 @@
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
-#include <common/repository/ActivityLog.h>
 
 #include <memory>
 #include <optional>
@@ -107,7 +107,7 @@ Expected<void> run(const Arguments& arguments, Output& output) {
         return checked.error();
     if (const Expected<void> done = carryOut(**workspace, *plan); !done)
         return done.error();
-    common::logString(plan->title, (*workspace)->root());
+    logEvent(L"switch " + quotedName(plan->branch), (*workspace)->root(), (*workspace)->folder());
     if (arguments.asJson)
         writeJson(toJson(*plan), output);
     else

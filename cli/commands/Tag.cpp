@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
+#include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Suggestion.h>
@@ -10,7 +11,6 @@
 #include <cli/history/CommitText.h>
 #include <cli/history/ReferenceName.h>
 #include <cli/worktree/Workspace.h>
-#include <common/repository/ActivityLog.h>
 
 #include <algorithm>
 #include <memory>
@@ -86,7 +86,7 @@ Expected<CommitEntry> make(Workspace& workspace, const OdString& name, const std
     if (!commit)
         return commit.error();
     history.setReference(name, RefType::Tag, *commit);
-    common::logString(OdString::format(L"tag %ls", name), workspace.root());
+    logEvent(L"tag " + quotedName(name), workspace.root(), workspace.folder());
     return history.commit(*commit).value();
 }
 
@@ -100,7 +100,7 @@ Expected<CommitEntry> remove(Workspace& workspace, const OdString& name) {
     }
     CommitEntry commit = commitOf(history, name);
     history.removeReference(name, RefType::Tag);
-    common::logString(OdString::format(L"deleted the tag %ls", name), workspace.root());
+    logEvent(L"deleted the tag " + quotedName(name), workspace.root(), workspace.folder());
     return commit;
 }
 

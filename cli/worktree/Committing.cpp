@@ -1,3 +1,4 @@
+#include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Translation.h>
 #include <cli/safety/RelativePath.h>
@@ -7,7 +8,6 @@
 #include <cli/worktree/Staging.h>
 #include <cli/worktree/Ticks.h>
 #include <cli/worktree/TreeShape.h>
-#include <common/repository/ActivityLog.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <common/worktree/RepoFileExplorer.h>
@@ -172,8 +172,8 @@ Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& c
         return possible.error();
     CommitEntry entry = addToHistory(workspace, std::move(stored->deltas), text);
     clearStage(workspace, stored->ticksByPath);
-    common::logString(OdString::format(L"commit %i on %ls", entry.number, workspace.branch()),
-                      workspace.root());
+    logEvent(OdString::format(L"commit %i on %ls", entry.number, quotedName(workspace.branch())),
+             workspace.root(), workspace.folder());
     if (const Expected<void> saved = workspace.saveState(); !saved)
         return saved.error();
     return entry;

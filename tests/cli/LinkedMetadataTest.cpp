@@ -14,6 +14,7 @@ namespace fs = std::filesystem;
 using qrv_test::contentsOf;
 using qrv_test::HistoryProject;
 using qrv_test::Outcome;
+using qrv_test::readFile;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 using testing::HasSubstr;
@@ -105,5 +106,43 @@ INSTANTIATE_TEST_SUITE_P(EachPart, LinkedMetadata,
                                          ".qrv/lock", ".qrv/baseline", ".qrv/objects.pack",
                                          ".qrv/objects", ".qrv/tf", ".qrv/properties",
                                          ".qrv/properties/ignore", ".qrv/properties/project_name"));
+
+// Symptom: a commit wrote commands of an attacker into the victim's file for the shell.
+// Cause: the log was a link to that file, and the name of a branch stood in it as it was.
+TEST(HostileLog, LetsACommitWriteNothingIntoAnotherFile) {
+    const HistoryProject project;
+    const TemporaryFolder home;
+    project.write({{"a.txt", "text"}});
+    project.commit("First");
+    project.run({"switch", "--create", "$(touch${IFS}ran)"});
+    writeFile(home / ".bashrc", "# mine\n");
+    fs::remove(project / ".qrv/qrv.log");
+    fs::create_symlink(home / ".bashrc", project / ".qrv/qrv.log");
+    project.write({{"a.txt", "changed"}});
+    EXPECT_EQ(project.qrv({"add", "--all"}).status, 1);
+    EXPECT_EQ(project.qrv({"commit", "-m", "Second"}).status, 1);
+    EXPECT_EQ(project.qrv({"log-note", "text"}).status, 1);
+    EXPECT_EQ(readFile(home / ".bashrc"), "# mine\n");
+}
+
+TEST(HostileLog, RunsNothingWhenAShellReadsIt) {
+    const HistoryProject project;
+    project.write({{"a.txt", "text"}});
+    project.commit("First");
+    for (const std::string branch :
+         {"$(touch${IFS}ran)", "a';touch${IFS}ran;'", "`>ran`", "x;>ran"}) {
+        project.run({"switch", "--create", branch});
+        project.write({{"a.txt", branch}});
+        project.commit("On it");
+        project.run({"tag", branch});
+        project.run({"tag", "--delete", branch});
+        project.run({"branch", "x" + branch});
+        project.run({"branch", "--delete", "x" + branch});
+        project.run({"switch", "master"});
+        project.run({"merge", branch});
+    }
+    EXPECT_NE(qrv_test::runShell(project.folder.path(), ". ./.qrv/qrv.log").status, 126);
+    EXPECT_FALSE(fs::exists(project / "ran"));
+}
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <cli/LogEntry.h>
 #include <cli/MetadataCheck.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
@@ -11,6 +12,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using qrv_cli::quotedName;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 
@@ -72,6 +74,13 @@ TEST_F(MetadataCheck, NamesWhatIsNotOfItsKind) {
     fs::remove(metadata / "properties");
     ASSERT_EQ(::mkfifo((metadata / "qrv.log").c_str(), 0600), 0);
     EXPECT_EQ(problem(), "'ROOT/.qrv/qrv.log' is not a regular file");
+}
+
+TEST(QuotedName, IsOneWordOfAShellAndOneLine) {
+    EXPECT_EQ(quotedName(L"master"), OdString(L"'master'"));
+    EXPECT_EQ(quotedName(L"$(touch${IFS}x);`id`"), OdString(L"'$(touch${IFS}x);`id`'"));
+    EXPECT_EQ(quotedName(L"it's"), OdString(L"'it'\\''s'"));
+    EXPECT_EQ(quotedName(L"a\nb\x1B"), OdString(L"'a\\x0Ab\\x1B'"));
 }
 
 }  // namespace

@@ -228,7 +228,7 @@ TEST_F(CommitCommand, GivesUpWhenAnotherProcessKeepsTheRepository) {
 TEST_F(CommitCommand, WritesIntoTheActivityLog) {
     project.write({{"a.txt", "1"}});
     project.commit("First");
-    EXPECT_NE(readFile(project / ".qrv/qrv.log").find("commit 1 on master"), std::string::npos);
+    EXPECT_NE(readFile(project / ".qrv/qrv.log").find("commit 1 on 'master'"), std::string::npos);
 }
 
 }  // namespace

@@ -1,0 +1,55 @@
+#include <cli/LogEntry.h>
+#include <cli/Message.h>
+#include <cli/MetadataCheck.h>
+#include <cli/Translation.h>
+#include <common/repository/ActivityLog.h>
+
+#include <cstdint>
+#include <string>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr const char* logFile = ".qrv/qrv.log";
+
+/// 0 for a missing file.
+std::int64_t logSize(const sys::Folder& folder) {
+    const sys::Outcome<sys::FileStatus> status = folder.status(logFile);
+    return status ? status->sizeBytes : 0;
+}
+
+}  // namespace
+
+OdString quotedName(const OdString& name) {
+    OdString quoted = L"'";
+    const OdString safe = printable(name);
+    for (int index = 0; index < safe.getLength(); ++index) {
+        if (safe[index] == L'\'')
+            quoted += L"'\\''";
+        else
+            quoted += safe[index];
+    }
+    return quoted + L"'";
+}
+
+Expected<void> addToLog(const OdString& event, const common::RootPath& root,
+                        const sys::Folder& folder) {
+    if (Expected<void> checked = checkMetadata(folder, root.path()); !checked)
+        return checked;
+    const std::int64_t sizeBefore = logSize(folder);
+    // The file's size, since the library notices no failure after the file is open, and opens it by
+    // its path.
+    if (common::logString(event, root) &&
+        logSize(folder) > sizeBefore + static_cast<std::int64_t>(event.toNarrow().size()))
+        return {};
+    return ErrorMessage{OdString::format(tr(L"The activity log '%ls' cannot be written"),
+                                         printable(root.logPath()))};
+}
+
+void logEvent(const OdString& event, const common::RootPath& root, const sys::Folder& folder) {
+    if (const Expected<void> added = addToLog(event, root, folder); !added)
+        printMessage(OdString::format(tr(L"Note: %ls"), added.error().message));
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <common/base/Expected.h>
+#include <common/repository/RootPath.h>
+#include <platform/kernel/OdString.h>
+#include <platform/sys/Folder.h>
+
+namespace qrv_cli {
+
+/// A name out of a repository as it stands in the activity log, on one line and between single
+/// quotes as a shell writes them: whoever made the name must not write lines of the log, nor have
+/// any of it carried out should the text come before a shell.
+OdString quotedName(const OdString& name);
+
+/// Adds a line to the activity log of a repository, whose root is open. Fails with a message that
+/// names the log when it cannot be written, or is something else than a file in the repository.
+Expected<void> addToLog(const OdString& event, const common::RootPath& root,
+                        const sys::Folder& folder);
+
+/// The same after a command that has done its work: a failure is told as a note.
+void logEvent(const OdString& event, const common::RootPath& root, const sys::Folder& folder);
+
+}  // namespace qrv_cli
