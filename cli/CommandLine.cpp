@@ -2,7 +2,10 @@
 #include <cli/CommandLine.h>
 #include <cli/Translation.h>
 
+#include <algorithm>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace qrv_cli {
 
@@ -73,8 +76,24 @@ void translateHelp(CLI::FormatterBase& formatter) {
         formatter.label(label.key, tr(label.text).toNarrow());
 }
 
-void prepareHelp(CLI::App& parser) {
+/// No word of a command line holds one, so that a word with one behind it is nothing but itself to
+/// the parser, which has a meaning of its own for "[a,b]", for "++" and for a missing value.
+constexpr char endOfWord = '\0';
+
+bool needsEnd(const std::string& word) {
+    return word.empty() || word == "++" || word.ends_with(']') ||
+           (word.starts_with('-') && word.ends_with('='));
+}
+
+std::string withoutEnd(std::string word) {
+    if (word.ends_with(endOfWord))
+        word.pop_back();
+    return word;
+}
+
+void prepareOptions(CLI::App& parser) {
     for (CLI::Option* option : parser.get_options()) {
+        option->transform(withoutEnd);
         // What stands without an option says by its name what it is.
         if (option->get_positional())
             option->type_name("");
@@ -82,7 +101,7 @@ void prepareHelp(CLI::App& parser) {
     for (CLI::App* subcommand : parser.get_subcommands({})) {
         if (!subcommand->get_name().empty())
             subcommand->group(trUtf8(L"Commands"));
-        prepareHelp(*subcommand);
+        prepareOptions(*subcommand);
     }
 }
 
@@ -104,10 +123,22 @@ CommandLine::CommandLine()
         CLI::App* const parser = parser_->add_subcommand(command.name, trUtf8(command.summary));
         parser->callback([this, action = command.declare(*parser)] { chosen_ = action; });
     }
-    prepareHelp(*parser_);
+    prepareOptions(*parser_);
 }
 
 CommandLine::~CommandLine() = default;
+
+void CommandLine::parse(int argumentCount, const char* const* arguments) {
+    std::vector<std::string> words(arguments + std::min(argumentCount, 1),
+                                   arguments + argumentCount);
+    for (std::string& word : words) {
+        if (needsEnd(word))
+            word += endOfWord;
+    }
+    // The parser takes them from the end.
+    std::reverse(words.begin(), words.end());
+    parser_->parse(std::move(words));
+}
 
 std::vector<CommandText> CommandLine::texts() const {
     CommandText program = textOf(*parser_);

@@ -40,6 +40,10 @@ public:
     CommandLine& operator=(const CommandLine&) = delete;
     ~CommandLine();
 
+    /// Takes each word as it is, also one that has the form of a list, such as "[a,b]". Throws what
+    /// the parser throws, at a wish for the help too.
+    void parse(int argumentCount, const char* const* arguments);
+
     CLI::App& parser() { return *parser_; }
     /// What the parsed command does; empty without a command.
     const Action& chosen() const { return chosen_; }

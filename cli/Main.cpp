@@ -88,7 +88,7 @@ ExitStatus run(int argumentCount, const char* const* arguments) {
     const Translations translations;
     CommandLine line;
     try {
-        line.parser().parse(argumentCount, arguments);
+        line.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
         const std::string word = wordForCommand(argumentCount, arguments);
         if (error.get_exit_code() != 0 && !word.empty() && !isCommand(word))
