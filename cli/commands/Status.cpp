@@ -52,6 +52,7 @@ struct Status {
     std::vector<StagedFile> unstaged;
     std::map<OdString, OdString> renames;
     std::vector<common::ConflictData> conflicts;
+    std::vector<Unseen> unseen;
 };
 
 bool contains(const std::vector<StagedFile>& files, const OdString& path) {
@@ -90,7 +91,19 @@ Status statusOf(Workspace& workspace, const WorkingChanges& changes) {
     status.conflicts = workspace.stateWithoutIndex().conflicts;
     status.unstaged = unstagedChanges(status, changes);
     status.renames = changes.renames;
+    status.unseen = changes.unseen;
     return status;
+}
+
+jsonlib::json::Array arrayOf(const std::vector<Unseen>& unseen) {
+    jsonlib::json::Array array;
+    for (const Unseen& each : unseen) {
+        jsonlib::json::Object object;
+        object[L"path"] = each.path.toWide();
+        object[L"cause"] = OdString(each.cause.message().c_str()).toWide();
+        array.emplace_back(std::move(object));
+    }
+    return array;
 }
 
 jsonlib::json::Value documentOf(const Status& status) {
@@ -113,6 +126,8 @@ jsonlib::json::Value documentOf(const Status& status) {
     object[L"unstaged"] = toJson(status.unstaged);
     object[L"renames"] = std::move(renames);
     object[L"conflicts"] = toJson(status.conflicts);
+    if (!status.unseen.empty())
+        object[L"unseen"] = arrayOf(status.unseen);
     return object;
 }
 
@@ -127,6 +142,13 @@ OdString renameLines(const std::map<OdString, OdString>& renames) {
     OdString text;
     for (const auto& [path, previous] : renames)
         text += OdString::format(L"  %ls -> %ls\n", printable(previous), printable(path));
+    return text;
+}
+
+OdString unseenLines(const std::vector<Unseen>& unseen) {
+    OdString text;
+    for (const Unseen& each : unseen)
+        text += L"  " + textOf(each) + L"\n";
     return text;
 }
 
@@ -156,7 +178,10 @@ std::string plainText(const Status& status) {
                     conflictLines(status.conflicts));
     text += section(tr(L"Changed, not staged (qrv add PATH):"), lines(status.unstaged));
     text += section(tr(L"Renamed:"), renameLines(status.renames));
-    if (status.staged.empty() && status.conflicts.empty() && status.unstaged.empty())
+    text += section(tr(L"Cannot be looked at, so that nothing is known of them:"),
+                    unseenLines(status.unseen));
+    if (status.staged.empty() && status.conflicts.empty() && status.unstaged.empty() &&
+        status.unseen.empty())
         text += OdString::format(tr(L"Nothing has changed; files: %i\n"), status.fileCount);
     return text.toNarrow();
 }
@@ -185,12 +210,19 @@ void write(const Status& status, const Arguments& arguments, Output& output) {
         output.write(plainText(status));
 }
 
+ErrorMessage notAllSeen(const std::vector<Unseen>& unseen) {
+    OdString text = tr(L"Not everything can be looked at:");
+    for (const Unseen& each : unseen)
+        text += L"\n  " + textOf(each);
+    return {text};
+}
+
 Expected<void> showStatus(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
         Workspace::open(arguments.folder, Workspace::Use::look, Workspace::Scan::ahead);
     if (!workspace)
         return workspace.error();
-    const Expected<WorkingChanges> changes = findChanges(**workspace);
+    const Expected<WorkingChanges> changes = findVisibleChanges(**workspace);
     if (!changes)
         return changes.error();
     write(statusOf(**workspace, *changes), arguments, output);
@@ -198,7 +230,7 @@ Expected<void> showStatus(const Arguments& arguments, Output& output) {
     // What was found by reading is only remembered to be quicker next time.
     if (const Expected<void> closed = (*workspace)->close(); !closed)
         printMessage(closed.error().message);
-    return {};
+    return changes->unseen.empty() ? Expected<void>() : notAllSeen(changes->unseen);
 }
 
 }  // namespace

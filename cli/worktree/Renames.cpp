@@ -11,43 +11,42 @@ namespace {
 
 using PathsBySize = std::multimap<std::int64_t, OdString>;
 
-/// The removed file with the contents of the new one, or the end.
-PathsBySize::iterator findPrevious(Workspace& workspace, const SizedFile& file,
-                                   PathsBySize& removed) {
-    const auto [begin, end] = removed.equal_range(file.sizeBytes);
-    if (begin == end)
-        return removed.end();
-    const Expected<OdString> digest = digestOfFile(workspace.folder(), file.path);
+/// The removed file with those contents, or the end.
+PathsBySize::iterator findPrevious(Workspace& workspace, std::int64_t sizeBytes,
+                                   const OdString& digest, PathsBySize& removed) {
+    const auto [begin, end] = removed.equal_range(sizeBytes);
     const auto found = std::find_if(begin, end, [&](const auto& candidate) {
         const Expected<CheckedUrl> url =
             CheckedUrl::check(workspace.history().headUrl(candidate.second));
-        return digest && url && *digest == url->digest();
+        return url && digest == url->digest();
     });
     return found == end ? removed.end() : found;
 }
 
 }  // namespace
 
-std::map<OdString, OdString> findRenames(Workspace& workspace,
-                                         const std::vector<SizedFile>& newFiles,
-                                         const std::vector<SizedFile>& removed) {
+FoundRenames findRenames(Workspace& workspace, const std::vector<SizedFile>& newFiles,
+                         const std::vector<SizedFile>& removed) {
     PathsBySize removedBySize;
     for (const SizedFile& file : removed)
         removedBySize.emplace(file.sizeBytes, file.path);
-    std::map<OdString, OdString> renames;
+    FoundRenames found;
     for (const SizedFile& file : newFiles) {
-        if (removedBySize.empty())
-            break;
         // All empty files are equal, which says nothing about where one came from.
-        if (file.sizeBytes == 0)
+        if (file.sizeBytes == 0 || !removedBySize.contains(file.sizeBytes))
             continue;
-        const auto previous = findPrevious(workspace, file, removedBySize);
+        const sys::Outcome<OdString> digest = tryDigestOfFile(workspace.folder(), file.path);
+        if (!digest) {
+            found.unseen.push_back({file.path, digest.error()});
+            continue;
+        }
+        const auto previous = findPrevious(workspace, file.sizeBytes, *digest, removedBySize);
         if (previous == removedBySize.end())
             continue;
-        renames.emplace(file.path, previous->second);
+        found.renames.emplace(file.path, previous->second);
         removedBySize.erase(previous);
     }
-    return renames;
+    return found;
 }
 
 }  // namespace qrv_cli

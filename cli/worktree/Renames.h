@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cli/history/Commit.h>
+#include <cli/worktree/Unseen.h>
 #include <cli/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 
@@ -9,10 +10,16 @@
 
 namespace qrv_cli {
 
-/// From the path of a new file to that of a removed file of HEAD with the same contents; each in
-/// one pair at most, in the order of the new ones. Only files whose sizes are equal are read.
-std::map<OdString, OdString> findRenames(Workspace& workspace,
-                                         const std::vector<SizedFile>& newFiles,
-                                         const std::vector<SizedFile>& removed);
+struct FoundRenames {
+    /// From the path of a new file to that of a removed file of HEAD with the same contents; each
+    /// in one pair at most.
+    std::map<OdString, OdString> renames;
+    /// New files that could not be read.
+    std::vector<Unseen> unseen;
+};
+
+/// Looks for them in the order of the new files. Only files whose sizes are equal are read.
+FoundRenames findRenames(Workspace& workspace, const std::vector<SizedFile>& newFiles,
+                         const std::vector<SizedFile>& removed);
 
 }  // namespace qrv_cli

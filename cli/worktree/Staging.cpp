@@ -84,7 +84,8 @@ std::vector<StagedFile> unstage(const std::vector<OdString>& chosen, common::Cac
 std::vector<StagedFile> stagedChanges(const common::State& state, const WorkingChanges& changes) {
     std::map<OdString, FileChange> files;
     for (const StagedFile& file : state.stagedFiles) {
-        const FileChange change = changeOf(file.path, changes);
+        const bool isHidden = isUnseen(file.path, changes.unseen);
+        const FileChange change = isHidden ? file.change : changeOf(file.path, changes);
         if (change != FileChange::unchanged)
             files.insert_or_assign(file.path, change);
     }

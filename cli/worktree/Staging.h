@@ -24,7 +24,8 @@ void stage(const std::vector<common::StagedFile>& files, const WorkingChanges& c
 /// Takes the files that were chosen (see `isChosen`) off the stage and gives them.
 std::vector<common::StagedFile> unstage(const std::vector<OdString>& chosen, common::Cache& cache);
 
-/// The staged files that still differ from HEAD, each with its present change, ordered by path.
+/// The staged files that still differ from HEAD, each with its present change, ordered by path. One
+/// that cannot be looked at has the change with which it was staged.
 std::vector<common::StagedFile> stagedChanges(const common::State& state,
                                               const WorkingChanges& changes);
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace qrv_cli {
@@ -15,32 +16,56 @@ namespace {
 /// How many files a thread takes at a time.
 constexpr std::size_t portion = 500;
 
+/// Whether the error says that no versioned file is there. Below a link, none ever is.
+bool meansNoFile(std::error_code error) {
+    return sys::meansAbsent(error) || error == std::errc::too_many_symbolic_link_levels;
+}
+
 /// Asks for files of one folder after the other, where the system need not walk to each anew.
 class StatusByFolder {
 public:
     explicit StatusByFolder(const sys::Folder& root) : root_(root) {}
 
-    /// What is not there is `other`.
-    sys::FileStatus status(std::string_view path) {
+    /// What is not there is `other`. Nothing when nobody can tell, which is noted.
+    std::optional<sys::FileStatus> status(std::string_view path) {
         const std::size_t slash = path.rfind('/');
         if (slash == std::string_view::npos)
-            return statusIn(root_, path);
-        if (!folder_ || path.substr(0, slash) != folderPath_) {
-            folderPath_ = path.substr(0, slash);
-            folder_ = root_.openFolder(folderPath_);
-        }
-        return *folder_ ? statusIn(**folder_, path.substr(slash + 1)) : sys::FileStatus();
+            return statusIn(root_, path, path);
+        if (!folder_ || path.substr(0, slash) != folderPath_)
+            enter(path.substr(0, slash));
+        if (*folder_)
+            return statusIn(**folder_, path.substr(slash + 1), path);
+        return meansNoFile(folder_->error()) ? std::optional(sys::FileStatus()) : std::nullopt;
     }
 
+    void note(std::string_view path, std::error_code cause) {
+        unseen_.push_back({OdString::fromNarrow(path), cause});
+    }
+    const std::vector<Unseen>& unseen() const { return unseen_; }
+
 private:
-    static sys::FileStatus statusIn(const sys::Folder& folder, std::string_view name) {
+    void enter(std::string_view path) {
+        folderPath_ = path;
+        folder_ = root_.openFolder(folderPath_);
+        if (!*folder_ && !meansNoFile(folder_->error()))
+            note(path, folder_->error());
+    }
+
+    std::optional<sys::FileStatus> statusIn(const sys::Folder& folder, std::string_view name,
+                                            std::string_view path) {
         const sys::Outcome<sys::FileStatus> status = folder.status(std::string(name));
-        return status ? *status : sys::FileStatus();
+        if (status)
+            return *status;
+        if (meansNoFile(status.error()))
+            return sys::FileStatus();
+        note(path, status.error());
+        return std::nullopt;
     }
 
     const sys::Folder& root_;
     std::string folderPath_;
     std::optional<sys::Outcome<sys::Folder>> folder_;
+    std::vector<Unseen> unseen_;
 };
 
 /// Calls `look` for every place below `count` that no other thread takes from `next`.
@@ -148,6 +173,7 @@ Expected<void> TreeScan::lookAt(std::shared_ptr<const Baseline> baseline) {
     looked_.get();
     std::sort(striking_.begin(), striking_.end(),
               [](const Known& one, const Known& other) { return one.place < other.place; });
+    unseen_ = sortedUnseen(std::move(unseen_));
     return {};
 }
 
@@ -155,12 +181,25 @@ Expected<void> TreeScan::list() {
     const auto remember = [this](const OdString& text) { messages_.push_back(text); };
     OtherPaths others(baseline_);
     Expected<void> visited = common::visitRepoFiles(
-        remember, root_, [&others](OdString path) { others.add(std::move(path)); });
+        remember, root_, [&others](OdString path) { others.add(std::move(path)); },
+        [this](const OdString& path) { noteUnread(path); });
     if (!visited)
         return visited;
     for (OdString& path : others.take())
         others_.push_back({std::move(path), {}});
     return {};
+}
+
+/// The scan does not say why. What can be opened now is as unknown as before: its listing broke
+/// off.
+void TreeScan::noteUnread(const OdString& path) {
+    const std::string bytes = path.isEmpty() ? "." : path.toNarrow();
+    std::error_code cause = folder_.openFolder(bytes).error();
+    if (cause == std::errc::not_a_directory)
+        cause = folder_.openFile(bytes).error();
+    if (meansNoFile(cause))
+        return;
+    keep({}, {{path, cause ? cause : std::make_error_code(std::errc::io_error)}});
 }
 
 void TreeScan::lookAtKnown() {
@@ -171,19 +210,30 @@ void TreeScan::lookAtKnown() {
     std::vector<Known> striking;
     forEachPortion(nextKnown_, baseline->files().size(), [&](std::size_t place) {
         const KnownFile& file = baseline->files()[place];
-        const sys::FileStatus status = folders.status(file.path);
-        if (!isUnmodified(file, status))
-            striking.push_back({place, status});
+        const std::optional<sys::FileStatus> status = folders.status(file.path);
+        if (status && !isUnmodified(file, *status))
+            striking.push_back({place, *status});
     });
-    const std::scoped_lock lock(strikingMutex_);
-    striking_.insert(striking_.end(), striking.begin(), striking.end());
+    keep(striking, folders.unseen());
 }
 
 void TreeScan::lookAtOthers() {
     StatusByFolder folders(folder_);
     forEachPortion(nextOther_, others_.size(), [&](std::size_t place) {
-        others_[place].status = folders.status(others_[place].path.toNarrow());
+        const std::string path = others_[place].path.toNarrow();
+        const std::optional<sys::FileStatus> status = folders.status(path);
+        // The listing takes what it cannot ask for as a file. A folder has not been looked into.
+        if (status && status->kind == sys::FileKind::folder)
+            folders.note(path, std::make_error_code(std::errc::is_a_directory));
+        others_[place].status = status.value_or(sys::FileStatus());
     });
+    keep({}, folders.unseen());
+}
+
+void TreeScan::keep(const std::vector<Known>& striking, const std::vector<Unseen>& unseen) {
+    const std::scoped_lock lock(foundMutex_);
+    striking_.insert(striking_.end(), striking.begin(), striking.end());
+    unseen_.insert(unseen_.end(), unseen.begin(), unseen.end());
 }
 
 }  // namespace qrv_cli

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cli/worktree/Baseline.h>
+#include <cli/worktree/Unseen.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <platform/kernel/OdString.h>
@@ -41,8 +42,8 @@ public:
         std::size_t place = 0;
         sys::FileStatus status;
     };
-    /// Of the files of the baseline, by their places there, those that are not seen to be as in
-    /// HEAD, with what lies there now; what is gone is `other`. In order.
+    /// Of the files of the baseline, by their places there, those that are seen not to be as in
+    /// HEAD, or may not be, with what lies there now; what is gone is `other`. In order.
     const std::vector<Known>& striking() const { return striking_; }
     struct Other {
         OdString path;
@@ -50,13 +51,18 @@ public:
     };
     /// What is listed and not in the baseline, ordered by path.
     const std::vector<Other>& others() const { return others_; }
+    /// What could not be listed or asked for (see `sortedUnseen`). Files of the baseline there are
+    /// not among the striking ones.
+    const std::vector<Unseen>& unseen() const { return unseen_; }
     /// What is wrong with the ignore rules.
     const std::vector<OdString>& messages() const { return messages_; }
 
 private:
     Expected<void> list();
+    void noteUnread(const OdString& path);
     void lookAtKnown();
     void lookAtOthers();
+    void keep(const std::vector<Known>& striking, const std::vector<Unseen>& unseen);
 
     const common::RootPath root_;
     const sys::Folder& folder_;
@@ -65,8 +71,10 @@ private:
     std::shared_future<std::shared_ptr<const Baseline>> baseline_;
     bool isGiven_ = false;
     std::vector<OdString> messages_;
-    std::mutex strikingMutex_;
+    /// Guards the two that follow.
+    std::mutex foundMutex_;
     std::vector<Known> striking_;
+    std::vector<Unseen> unseen_;
     // Each element is written by one thread only.
     std::vector<Other> others_;
     // The first that nobody has begun to ask for.

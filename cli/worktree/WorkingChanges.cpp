@@ -1,4 +1,5 @@
 #include <cli/Message.h>
+#include <cli/Translation.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/worktree/Renames.h>
 #include <cli/worktree/Ticks.h>
@@ -7,8 +8,6 @@
 #include <cli/worktree/WorkingFile.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
-#include <common/storage/StorageUrl.h>
-#include <common/worktree/FileIdentity.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -51,7 +50,11 @@ public:
         for (const common::StagedFile& change : changes_)
             add(change.path, change.change);
         std::sort(result_.links.begin(), result_.links.end());
-        result_.renames = findRenames(workspace_, newFiles_, removed_);
+        FoundRenames found = findRenames(workspace_, newFiles_, removed_);
+        result_.renames = std::move(found.renames);
+        result_.unseen.insert(result_.unseen.end(), found.unseen.begin(), found.unseen.end());
+        result_.unseen.insert(result_.unseen.end(), scan_.unseen().begin(), scan_.unseen().end());
+        result_.unseen = sortedUnseen(std::move(result_.unseen));
         result_.baseline = std::move(baseline);
         return std::move(result_);
     }
@@ -98,24 +101,22 @@ private:
         return change == FileChange::modified ? result_.files.modified : result_.files.removed;
     }
 
+    /// One that cannot be read is not known to be, which is noted.
     bool isModified(const KnownFile& file, const sys::FileStatus& status) {
         if (status.sizeBytes != file.sizeBytes)
             return true;
         const std::int64_t ticks = toTicks(status.modifiedNs);
         const OdString path = textOf(file);
-        const bool differs = differsFrom(path, workspace_.history().headUrl(path));
+        const sys::Outcome<OdString> digest = tryDigestOfFile(workspace_.folder(), path);
+        if (!digest) {
+            result_.unseen.push_back({path, digest.error()});
+            return false;
+        }
+        const Expected<CheckedUrl> url = CheckedUrl::check(workspace_.history().headUrl(path));
+        const bool differs = !url || *digest != url->digest();
         if (!differs || ticks != file.modifiedTicks)
             verdicts_.push_back({path, ticks, differs});
         return differs;
-    }
-
-    bool differsFrom(const OdString& path, const OdString& url) const {
-        if (common::urlToType(url) == common::FileStorage::Plain)
-            return common::isDifferent(path, url, workspace_.root());
-        const Expected<CheckedUrl> drawing = CheckedUrl::check(url);
-        const Expected<OdString> digest = digestOfFile(workspace_.folder(), path);
-        // What cannot be read is not known to be the same.
-        return !drawing || !digest || *digest != drawing->digest();
     }
 
     Workspace& workspace_;
@@ -158,6 +159,18 @@ std::size_t WorkingChanges::presentCount() const {
 }
 
 Expected<WorkingChanges> findChanges(Workspace& workspace) {
+    Expected<WorkingChanges> changes = findVisibleChanges(workspace);
+    if (!changes || changes->unseen.empty())
+        return changes;
+    OdString text =
+        tr(L"These files and folders cannot be looked at, so that nothing is done (qrv "
+           L"ignore add leaves out what does not belong to the project):");
+    for (const Unseen& unseen : changes->unseen)
+        text += L"\n  " + textOf(unseen);
+    return ErrorMessage{text};
+}
+
+Expected<WorkingChanges> findVisibleChanges(Workspace& workspace) {
     const std::unique_ptr<TreeScan> scan = workspace.takeScan();
     // Meanwhile the tree is listed.
     std::shared_ptr<const Baseline> baseline = workspace.baseline();

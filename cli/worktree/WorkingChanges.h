@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cli/worktree/Baseline.h>
+#include <cli/worktree/Unseen.h>
 #include <cli/worktree/Workspace.h>
 #include <common/worktree/RepoChanges.h>
 #include <platform/kernel/OdString.h>
@@ -22,6 +23,9 @@ struct WorkingChanges {
     std::map<OdString, OdString> renames;
     /// Symbolic links, which are not versioned; ordered.
     std::vector<OdString> links;
+    /// What could not be looked at (see `sortedUnseen`). It is in none of the lists, but a file
+    /// that is seen to be new and cannot be read is in that of the new ones.
+    std::vector<Unseen> unseen;
     /// What the working tree was compared with.
     std::shared_ptr<const Baseline> baseline;
 
@@ -34,7 +38,12 @@ struct WorkingChanges {
 ///
 /// A file whose size is that of HEAD is only read when its time is not one that the baseline
 /// believes. What was found by reading goes back into the index, if the workspace may be changed.
+/// Fails when anything cannot be looked at, and names it: who goes on from there must not take what
+/// is out of sight for removed, or for as in HEAD.
 Expected<WorkingChanges> findChanges(Workspace& workspace);
+
+/// The same for whoever only shows it: what cannot be looked at is in `unseen`.
+Expected<WorkingChanges> findVisibleChanges(Workspace& workspace);
 
 /// The regular files that are in the working tree: everything that the scan found, and files of
 /// HEAD that are there although a rule ignores them; ordered.

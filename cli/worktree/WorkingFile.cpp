@@ -4,43 +4,47 @@
 #include <cli/worktree/Workspace.h>
 
 #include <cstddef>
-#include <span>
-#include <vector>
+#include <memory>
+#include <system_error>
 
 namespace qrv_cli {
 
 namespace {
 
-constexpr std::size_t bufferSizeBytes = 1 << 18;
-
-ErrorMessage unreadable(const OdString& path, std::error_code cause) {
-    return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, cause);
-}
+/// Fits the second-level cache.
+constexpr std::size_t bufferSizeBytes = 1 << 16;
 
 /// A folder of that name is no file, and below a file there is none.
 bool isAbsence(std::error_code error) {
-    return error == std::errc::no_such_file_or_directory || error == std::errc::is_a_directory ||
-           error == std::errc::not_a_directory;
+    return sys::meansAbsent(error) || error == std::errc::is_a_directory;
 }
 
 }  // namespace
 
-Expected<OdString> digestOfFile(const sys::Folder& root, const OdString& path) {
+sys::Outcome<OdString> tryDigestOfFile(const sys::Folder& root, const OdString& path) {
     sys::Outcome<sys::InputFile> file = root.openFile(path.toNarrow());
     if (!file && isAbsence(file.error()))
         return OdString();
     if (!file)
-        return unreadable(path, file.error());
+        return file.error();
     Digest digest;
-    std::vector<char> buffer(bufferSizeBytes);
+    // Not cleared: most files are much smaller.
+    const auto buffer = std::make_unique_for_overwrite<char[]>(bufferSizeBytes);
     for (;;) {
-        const sys::Outcome<std::size_t> count = file->read(buffer);
+        const sys::Outcome<std::size_t> count = file->read({buffer.get(), bufferSizeBytes});
         if (!count)
-            return unreadable(path, count.error());
-        digest.add(std::span(buffer).first(*count));
-        if (*count < buffer.size())
+            return count.error();
+        digest.add({buffer.get(), *count});
+        if (*count < bufferSizeBytes)
             return OdString(digest.finish().c_str());
     }
+}
+
+Expected<OdString> digestOfFile(const sys::Folder& root, const OdString& path) {
+    const sys::Outcome<OdString> digest = tryDigestOfFile(root, path);
+    if (!digest)
+        return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, digest.error());
+    return *digest;
 }
 
 }  // namespace qrv_cli

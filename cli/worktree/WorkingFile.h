@@ -8,6 +8,9 @@ namespace qrv_cli {
 
 /// The SHA-256 digest of a working file; empty when nothing lies there, or a folder. Fails when it
 /// cannot be read, or is anything else.
+sys::Outcome<OdString> tryDigestOfFile(const sys::Folder& root, const OdString& path);
+
+/// The same; the error names the file.
 Expected<OdString> digestOfFile(const sys::Folder& root, const OdString& path);
 
 }  // namespace qrv_cli

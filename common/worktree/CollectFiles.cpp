@@ -27,19 +27,25 @@ using TakePath = std::function<void(OdString)>;
 /// Walks folders without recursion, however deep they are, and reads each of them once.
 class Walk {
 public:
-    /// The two functions take the paths of files and of folders; all must live as long.
+    /// The three functions take the paths of files, of folders and of folders that cannot be
+    /// listed; all must live as long.
     Walk(std::uint32_t listFlags, const NameRules& excludes, const TakePath& onFile,
-         const TakePath& onFolder)
-        : listFlags_(listFlags), excludes_(excludes), onFile_(onFile), onFolder_(onFolder) {}
+         const TakePath& onFolder, const TakePath& onUnread)
+        : listFlags_(listFlags),
+          excludes_(excludes),
+          onFile_(onFile),
+          onFolder_(onFolder),
+          onUnread_(onUnread) {}
 
-    /// Lists what is below `folder`; reported paths begin with `prefix`.
-    void run(const OdString& folder, const OdString& prefix) {
-        visit(folder, prefix);
+    /// Lists what is below `folder`, which is reported as `reported`; reported paths begin with
+    /// `prefix`.
+    void run(const OdString& folder, const OdString& reported, const OdString& prefix) {
+        visit(folder, reported, prefix);
         while (!pending_.empty()) {
             const PendingFolder next = std::move(pending_.back());
             pending_.pop_back();
             onFolder_(next.reported);
-            visit(next.path, next.reported + separator_);
+            visit(next.path, next.reported, next.reported + separator_);
         }
     }
 
@@ -49,10 +55,12 @@ private:
         OdString reported;
     };
 
-    void visit(const OdString& folder, const OdString& prefix) {
+    void visit(const OdString& folder, const OdString& reported, const OdString& prefix) {
         const ut::Dir dir(folder);
-        if (!dir.isOpened())
+        if (!dir.isOpened()) {
+            onUnread_(reported);
             return;
+        }
         addFiles(dir, prefix);
         addFolders(dir, prefix);
     }
@@ -81,9 +89,13 @@ private:
     const NameRules& excludes_;
     const TakePath& onFile_;
     const TakePath& onFolder_;
+    const TakePath& onUnread_;
     const wchar_t separator_ = ut::FileName::getPathSeparator();
     std::vector<PendingFolder> pending_;
 };
+
+void passOver(const OdString& /*path*/) {
+}
 
 }  // namespace
 
@@ -105,8 +117,10 @@ DirContents collectDirContents(const OdString& folder, const CollectOptions& opt
         if (options.collectDirectories)
             contents.directories.push_back(std::move(path));
     };
-    Walk walk(options.listFlags, excludes, addFile, addFolder);
-    walk.run(folder, options.relative ? OdString() : folder + ut::FileName::getPathSeparator());
+    const TakePath passUnread = passOver;
+    Walk walk(options.listFlags, excludes, addFile, addFolder, passUnread);
+    walk.run(folder, folder,
+             options.relative ? OdString() : folder + ut::FileName::getPathSeparator());
     return contents;
 }
 
@@ -116,24 +130,29 @@ Expected<std::vector<File>> collectRepoFiles(std::function<void(const OdString&)
     const TakePath addFile = [&files](OdString path) {
         files.emplace_back().path = std::move(path);
     };
-    if (Expected<void> visited = visitRepoFiles(std::move(onError), root, addFile); !visited)
+    if (Expected<void> visited = visitRepoFiles(std::move(onError), root, addFile, passOver);
+        !visited)
         return std::move(visited).error();
     return files;
 }
 
 Expected<void> visitRepoFiles(std::function<void(const OdString&)> onError, const RootPath& root,
-                              const std::function<void(OdString)>& onFile) {
+                              const std::function<void(OdString)>& onFile,
+                              const std::function<void(OdString)>& onUnread) {
     const RepoIgnore ignore(std::move(onError), root);
     const NameRules excludes(ignore, L".qrv");
-    const TakePath passFolder = [](const OdString&) {};
-    Walk walk(0, excludes, onFile, passFolder);
-    walk.run(root.path(), {});
+    const TakePath passFolder = passOver;
+    Walk walk(0, excludes, onFile, passFolder, onUnread);
+    walk.run(root.path(), {}, {});
 
     const OdString properties = root.propertiesPath();
     const Expected<OdString> relativeProperties = root.relativePathTo(properties);
     if (!relativeProperties)
         return relativeProperties.error();
-    walk.run(properties, *relativeProperties + ut::FileName::getPathSeparator());
+    const OdString prefix = *relativeProperties + ut::FileName::getPathSeparator();
+    if (!ignore.isRead_)
+        onUnread(prefix + L"ignore");
+    walk.run(properties, *relativeProperties, prefix);
     return {};
 }
 

@@ -118,7 +118,8 @@ void RepoIgnore::load(const RootPath& root, std::function<void(const OdString&)>
 std::vector<OdString> RepoIgnore::parse() {
     std::vector<OdString> messages;
     ut::TextFile file(file_);
-    if (!file.open())
+    isRead_ = file.open();
+    if (!isRead_)
         return messages;
     OdString line = file.getFirstLine();
     int lineNumber = 1;

@@ -42,6 +42,10 @@ public:
 
 private:
     friend class NameRules;
+    friend Expected<void> visitRepoFiles(std::function<void(const OdString&)> onError,
+                                         const RootPath& root,
+                                         const std::function<void(OdString)>& onFile,
+                                         const std::function<void(OdString)>& onUnread);
 
     void load(const RootPath& root, std::function<void(const OdString&)> onError);
     std::vector<OdString> parse();
@@ -51,6 +55,8 @@ private:
     std::vector<std::regex> expressions_;
     // The line of each expression: the scan matches the simple ones without the expression.
     std::vector<OdString> lines_;
+    // Whether the file was read to its end, and not only taken for one without rules.
+    bool isRead_ = false;
 };
 
 }  // namespace common

@@ -9,8 +9,11 @@
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <set>
 #include <stdexcept>
+#include <string>
 #include <type_traits>
+#include <vector>
 
 namespace {
 
@@ -24,6 +27,9 @@ using testing::IsEmpty;
 
 static_assert(std::is_copy_assignable_v<CollectOptions>);
 static_assert(std::is_move_assignable_v<CollectOptions>);
+
+void pass(const OdString& /*path*/) {
+}
 
 class CollectDirContents : public testing::Test {
 protected:
@@ -303,11 +309,35 @@ TEST_F(CollectRepoFiles, GivesThemOneByOneAsWell) {
     std::vector<std::string> visited;
     ASSERT_TRUE(common::visitRepoFiles(
         [&told](const OdString& text) { told.push_back(text.toNarrow()); }, repository.root,
-        [&visited](const OdString& path) { visited.push_back(path.toNarrow()); }));
+        [&visited](const OdString& path) { visited.push_back(path.toNarrow()); }, pass));
     EXPECT_THAT(visited, ElementsAre("a.dwg", "b.dwg", "plans/c.dwg", "plans/deep/d.dwg",
                                      ".qrv/properties/ignore"));
     EXPECT_EQ(visited, collect());
     EXPECT_EQ(told, messages);
+}
+
+TEST_F(CollectRepoFiles, TellsItsVisitorWhatCouldNotBeListed) {
+    addFiles({"a.dwg", "plans/b.dwg", "plans/deep/c.dwg", "z/d.dwg"});
+    repository.writeRules("*.bak\n");
+    std::set<std::string> unread;
+    // Each call of the walk fails once: its first ones read the rules, the last ones the
+    // properties.
+    for (int nth = 1;; ++nth) {
+        std::vector<std::string> visited;
+        std::vector<std::string> unreadNow;
+        const ut::ScopedFault fault(nth, EIO);
+        ASSERT_TRUE(common::visitRepoFiles(
+            nullptr, repository.root,
+            [&visited](const OdString& path) { visited.push_back(path.toNarrow()); },
+            [&unreadNow](const OdString& path) { unreadNow.push_back(path.toNarrow()); }));
+        if (!fault.hasFired())
+            break;
+        // Nothing is missing without a word.
+        EXPECT_TRUE(!unreadNow.empty() || visited.size() == 5U) << nth;
+        unread.insert(unreadNow.begin(), unreadNow.end());
+    }
+    EXPECT_THAT(unread, ElementsAre("", ".qrv/properties", ".qrv/properties/ignore", "plans",
+                                    "plans/deep", "z"));
 }
 
 TEST_F(CollectRepoFiles, EndsWithWhatItsVisitorThrows) {
@@ -317,7 +347,7 @@ TEST_F(CollectRepoFiles, EndsWithWhatItsVisitorThrows) {
         if (++visited == 2)
             throw std::runtime_error("enough");
     };
-    EXPECT_THROW(static_cast<void>(common::visitRepoFiles(nullptr, repository.root, visit)),
+    EXPECT_THROW(static_cast<void>(common::visitRepoFiles(nullptr, repository.root, visit, pass)),
                  std::runtime_error);
     EXPECT_EQ(visited, 2);
 }
