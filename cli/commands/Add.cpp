@@ -7,6 +7,7 @@
 #include <cli/commands/RequireOne.h>
 #include <cli/safety/RelativePath.h>
 #include <cli/worktree/ChangeText.h>
+#include <cli/worktree/FileWord.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Staging.h>
 #include <cli/worktree/StagingWarnings.h>
@@ -15,11 +16,10 @@
 #include <common/worktree/RepoFileExplorer.h>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
-#include <regex>
 #include <set>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace qrv_cli {
@@ -34,47 +34,65 @@ struct Arguments {
     bool asJson = false;
 };
 
-/// What a name that is no path of a changed file stands for.
-Expected<StagedFile> findByShortName(const std::string& argument,
-                                     const common::RepoFileExplorer& explorer) {
-    const OdString name = OdString::fromNarrow(argument);
-    try {
-        const auto found = explorer.findForStaging(name);
-        if (const auto* file = std::get_if<StagedFile>(&found))
-            return *file;
-        if (const auto* error = std::get_if<ErrorMessage>(&found))
-            return *error;
-        if (const OdString unchanged = explorer.findUnchanged(name); !unchanged.isEmpty())
-            return ErrorMessage{
-                OdString::format(tr(L"'%ls' has not changed"), printable(unchanged))};
-    } catch (const std::regex_error&) {
-        return ErrorMessage{OdString::format(tr(L"No file is '%ls', and it is no pattern either"),
-                                             printable(name))};
-    }
-    return ErrorMessage{OdString::format(tr(L"There is no changed file '%ls'"), printable(name))};
+OdString listOf(const std::vector<OdString>& paths) {
+    OdString text;
+    for (const OdString& path : paths)
+        text += L"\n  " + printable(path);
+    return text;
 }
 
-Expected<std::vector<StagedFile>> findChosen(const Arguments& arguments, const Workspace& workspace,
-                                             const common::RepoFileExplorer& explorer) {
+/// Why the word stands for no changed file.
+ErrorMessage whyNone(const std::string& argument, const std::vector<OdString>& changed,
+                     const std::vector<OdString>& unchanged, const Workspace& workspace) {
+    const OdString word = OdString::fromNarrow(argument);
+    const Expected<std::vector<OdString>> found =
+        filesOfWord(workspace.root(), argument, unchanged);
+    if (found && !found->empty())
+        return {OdString::format(tr(L"'%ls' has not changed"),
+                                 printable(found->size() == 1 ? found->front() : word))};
+    if (const Expected<OdString> path = pathInRepository(workspace.root(), argument); !path)
+        return path.error();
+    const OdString text = OdString::format(tr(L"There is no changed file '%ls'"), printable(word));
+    const std::vector<OdString> near = nearPaths(word, changed);
+    return {near.empty() ? text : text + tr(L"; did you mean:") + listOf(near)};
+}
+
+std::vector<OdString> pathsOf(const std::vector<StagedFile>& files) {
+    std::vector<OdString> paths;
+    paths.reserve(files.size());
+    for (const StagedFile& file : files)
+        paths.push_back(file.path);
+    return paths;
+}
+
+std::vector<OdString> unchangedPaths(const WorkingChanges& changes, Workspace& workspace) {
+    std::vector<OdString> paths;
+    for (const common::UnchangedFile& file : unchangedFiles(changes, workspace))
+        paths.push_back(file.path);
+    return paths;
+}
+
+Expected<std::vector<StagedFile>> findChosen(const Arguments& arguments, Workspace& workspace,
+                                             const WorkingChanges& changes) {
+    const common::RepoFileExplorer explorer(changes.files, workspace.root());
     const std::vector<StagedFile> candidates = candidatesOf(explorer);
     if (arguments.all)
         return candidates;
-    std::vector<StagedFile> chosen;
+    const std::vector<OdString> paths = pathsOf(candidates);
+    std::set<OdString> chosen;
     for (const std::string& argument : arguments.paths) {
-        const Expected<OdString> path = pathInRepository(workspace.root(), argument);
-        const std::size_t before = chosen.size();
-        for (const StagedFile& candidate : candidates) {
-            if (path && isChosen(candidate.path, {*path}))
-                chosen.push_back(candidate);
-        }
-        if (chosen.size() > before)
-            continue;
-        const Expected<StagedFile> file = findByShortName(argument, explorer);
-        if (!file)
-            return path ? file.error() : path.error();
-        chosen.push_back(*file);
+        const Expected<std::vector<OdString>> found =
+            filesOfWord(workspace.root(), argument, paths);
+        if (!found)
+            return found.error();
+        if (found->empty())
+            return whyNone(argument, paths, unchangedPaths(changes, workspace), workspace);
+        chosen.insert(found->begin(), found->end());
     }
-    return chosen;
+    std::vector<StagedFile> files;
+    std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(files),
+                 [&chosen](const StagedFile& file) { return chosen.contains(file.path); });
+    return files;
 }
 
 bool isNamed(const OdString& path, const Arguments& arguments, const Workspace& workspace) {
@@ -123,10 +141,7 @@ Expected<void> add(const Arguments& arguments, Output& output) {
     const Expected<WorkingChanges> changes = findChanges(**workspace);
     if (!changes)
         return changes.error();
-    common::RepoChanges files = changes->files;
-    files.unchanged = unchangedFiles(*changes, **workspace);
-    const common::RepoFileExplorer explorer(files, (*workspace)->root());
-    Expected<std::vector<StagedFile>> chosen = findChosen(arguments, **workspace, explorer);
+    Expected<std::vector<StagedFile>> chosen = findChosen(arguments, **workspace, *changes);
     if (!chosen)
         return chosen.error();
     const Expected<std::vector<StagedFile>> staged =
@@ -146,7 +161,8 @@ Expected<void> add(const Arguments& arguments, Output& output) {
 Action declareAdd(CLI::App& parser) {
     const auto arguments = std::make_shared<Arguments>();
     CLI::Option* const paths = parser.add_option(
-        "PATH", arguments->paths, trUtf8(L"Files and folders, or the end of a file's name"));
+        "PATH", arguments->paths,
+        trUtf8(L"Files and folders, globs such as '*.dxf', or the end of a file's name"));
     CLI::Option* const all =
         parser.add_flag("--all,-a", arguments->all, trUtf8(L"Everything that has changed"));
     requireOne(parser, {paths, all}, "PATH or --all");

@@ -6,11 +6,11 @@
 #include <cli/commands/Commands.h>
 #include <cli/commands/RequireOne.h>
 #include <cli/worktree/ChangeText.h>
+#include <cli/worktree/FileWord.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Staging.h>
 #include <cli/worktree/Workspace.h>
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,22 +25,28 @@ struct Arguments {
     bool asJson = false;
 };
 
+ErrorMessage whyNone(const std::string& argument, const Workspace& workspace) {
+    const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+    return path ? ErrorMessage{OdString::format(tr(L"'%ls' is not staged"), printable(*path))}
+                : path.error();
+}
+
 Expected<std::vector<OdString>> chosenPaths(const Arguments& arguments,
                                             const Workspace& workspace) {
     if (arguments.all)
         return std::vector<OdString>{OdString()};
+    std::vector<OdString> staged;
+    for (const common::StagedFile& file : workspace.stateWithoutIndex().stagedFiles)
+        staged.push_back(file.path);
     std::vector<OdString> chosen;
     for (const std::string& argument : arguments.paths) {
-        const Expected<OdString> path = pathInRepository(workspace.root(), argument);
-        if (!path)
-            return path.error();
-        const auto isStaged = [&path](const common::StagedFile& file) {
-            return isChosen(file.path, {*path});
-        };
-        const std::vector<common::StagedFile>& staged = workspace.stateWithoutIndex().stagedFiles;
-        if (std::none_of(staged.begin(), staged.end(), isStaged))
-            return ErrorMessage{OdString::format(tr(L"'%ls' is not staged"), printable(*path))};
-        chosen.push_back(*path);
+        const Expected<std::vector<OdString>> found =
+            filesOfWord(workspace.root(), argument, staged);
+        if (!found)
+            return found.error();
+        if (found->empty())
+            return whyNone(argument, workspace);
+        chosen.insert(chosen.end(), found->begin(), found->end());
     }
     return chosen;
 }
@@ -67,8 +73,9 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 Action declareUnstage(CLI::App& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::Option* const paths =
-        parser.add_option("PATH", arguments->paths, trUtf8(L"Staged files, or folders of them"));
+    CLI::Option* const paths = parser.add_option(
+        "PATH", arguments->paths,
+        trUtf8(L"Staged files, folders of them, globs, or the end of a file's name"));
     CLI::Option* const all = parser.add_flag("--all,-a", arguments->all, trUtf8(L"Everything"));
     requireOne(parser, {paths, all}, "PATH or --all");
     parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the files as JSON"));

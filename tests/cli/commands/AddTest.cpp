@@ -99,15 +99,50 @@ TEST_F(AddCommand, FindsAFileByTheEndOfItsName) {
     project.write({{"plans/ground.dwg", "ground 2"}});
     EXPECT_EQ(add({"ground"}), (Outcome{0, "  modified  plans/ground.dwg\nStaged: 1\n", ""}));
     project.write({{"plans/old/ground.dwg", "another"}});
-    const Outcome several = add({"ground"});
-    EXPECT_EQ(several.status, 1);
-    EXPECT_EQ(several.output, "");
+    EXPECT_EQ(add({"ground"}), (Outcome{1, "",
+                                        "qrv: Several files end in 'ground': 2; "
+                                        "  plans/ground.dwg;   plans/old/ground.dwg\n"}));
+}
+
+// A word was an expression: "*.dxf" became ".**.dxf", which never came to an end and held the lock.
+TEST_F(AddCommand, TakesAWordForAGlobAndNeverForAnExpression) {
+    project.write({{"plans/ground.dwg", "2"},
+                   {"plans/roof.dxf", "new"},
+                   {"roof.dxf", "new"},
+                   {"list.csv", "2"},
+                   {"plans/old/cellar.dwg", "2"}});
+    const auto unstageAll = [this] { project.run({"unstage", "--all"}); };
+    EXPECT_EQ(add({"*.dxf"}),
+              (Outcome{0, "  added     plans/roof.dxf\n  added     roof.dxf\nStaged: 2\n", ""}));
+    unstageAll();
+    EXPECT_EQ(add({"./*.dxf"}), (Outcome{0, "  added     roof.dxf\nStaged: 1\n", ""}));
+    unstageAll();
+    EXPECT_EQ(
+        addIn("plans", {"../l??t.csv", "o*"}),
+        (Outcome{0, "  modified  list.csv\n  modified  plans/old/cellar.dwg\nStaged: 2\n", ""}));
+    unstageAll();
+    for (const char* const word : {"l.st.csv", "(l|x)ist.csv", "list|ground", ".+", "*.d*x",
+                                   "(a*)*b.c", "*a*a*a*a*a*a*a*a*a*a*a*a*b"})
+        EXPECT_EQ(add({word}).status, 1) << word;
+}
+
+TEST_F(AddCommand, NamesWhatMayHaveBeenMeant) {
+    project.write({{"plans/ground.dwg", "2"}, {"list.csv", "2"}});
+    EXPECT_EQ(add({"grond.dwg"}),
+              (Outcome{1, "",
+                       "qrv: There is no changed file 'grond.dwg'; did you mean:;   "
+                       "plans/ground.dwg\n"}));
+    EXPECT_EQ(add({"ROUN"}), (Outcome{1, "",
+                                      "qrv: There is no changed file 'ROUN'; did you mean:;   "
+                                      "plans/ground.dwg\n"}));
 }
 
 TEST_F(AddCommand, SaysWhyNothingIsStaged) {
     EXPECT_EQ(add({"list.csv"}), (Outcome{1, "", "qrv: 'list.csv' has not changed\n"}));
     EXPECT_EQ(add({"roof.dwg"}), (Outcome{1, "", "qrv: There is no changed file 'roof.dwg'\n"}));
-    EXPECT_EQ(add({"["}), (Outcome{1, "", "qrv: No file is '[', and it is no pattern either\n"}));
+    EXPECT_EQ(add({"["}), (Outcome{1, "", "qrv: There is no changed file '['\n"}));
+    EXPECT_EQ(add({"notes"}), (Outcome{1, "", "qrv: 'notes/minutes.txt' has not changed\n"}));
+    EXPECT_EQ(add({"plans"}), (Outcome{1, "", "qrv: 'plans' has not changed\n"}));
     const std::string root = fs::canonical(project.folder.path());
     EXPECT_EQ(add({"/etc/hosts"}),
               (Outcome{1, "", "qrv: '/etc/hosts' lies outside the repository '" + root + "'\n"}));

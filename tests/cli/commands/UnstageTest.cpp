@@ -51,6 +51,11 @@ TEST_F(UnstageCommand, ChangesNothingWhenOneNameIsNotStaged) {
     EXPECT_EQ(project.qrv({"unstage", "--all"}).output, "Taken off the stage: 3\n");
 }
 
+TEST_F(UnstageCommand, TakesGlobsAndEndsOfNames) {
+    EXPECT_EQ(project.qrv({"unstage", "*.dwg"}), (Outcome{0, "Taken off the stage: 2\n", ""}));
+    EXPECT_EQ(project.qrv({"unstage", "list"}), (Outcome{0, "Taken off the stage: 1\n", ""}));
+}
+
 TEST_F(UnstageCommand, RefusesAPathOutside) {
     const std::string root = fs::canonical(project.folder.path());
     EXPECT_EQ(project.qrv({"unstage", "../x"}),
