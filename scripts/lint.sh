@@ -72,7 +72,8 @@ clang_headers() {
     cmake --preset tidy >/dev/null && cmake --build --preset tidy --target qrv_public_headers
 }
 
-# The slow one. Sources are checked side by side; a log holds what was found, file by file.
+# The slow one. Sources are checked side by side, unless nothing was found in the very same text before; a log holds
+# what was found, file by file.
 # Not the commands: for each, clang-tidy works through the parser of the arguments for a quarter of a minute,
 # and they hold little else. `QRV_TIDY_ALL=1 scripts/lint.sh clang-tidy` takes that time.
 tidied_files() {
@@ -84,7 +85,7 @@ tidy() {
     cmake --preset tidy >/dev/null || return 1
     tidied_files |
         xargs --no-run-if-empty --max-args=1 --max-procs="$(nproc)" \
-            clang-tidy --quiet -p build/tidy 2>"$logs/clang-tidy-noise.log" |
+            python3 scripts/tidy_file.py build/tidy 2>"$logs/clang-tidy-noise.log" |
         tee "$logs/clang-tidy-all.log" | grep --extended-regexp '(warning|error):' | sort --unique
     # Each finding is an error, see .clang-tidy; the exit statuses in the pipe tell of one.
     [ "${PIPESTATUS[1]}" -eq 0 ]
