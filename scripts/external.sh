@@ -5,6 +5,8 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/install-deps.sh
+# The folder below has another name each time, which must not keep the compiler's cache from its work.
+export CCACHE_NOHASHDIR=1
 # Really outside: the run path leaves out what lies within the project.
 top=$(mktemp -d)
 trap 'rm -rf "$top"' EXIT

@@ -1,0 +1,91 @@
+#!/bin/bash
+# Tries all of what .ci/run tries a part of, and looks longer for what chance finds. Takes hours. Prints a verdict for
+# each step: "ok    name (seconds)", or "FAIL  name (seconds): its log" with the end of it. The exit status is 0 only when
+# nothing failed.
+#
+#   scripts/nightly.sh            every step
+#   scripts/nightly.sh kills ...  only the steps named
+#
+# QRV_NIGHTLY_SECONDS is the time for each fuzz target (600), QRV_NIGHTLY_WALKS the number of random walks (10).
+set -uo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
+scripts/install-deps.sh || exit 1
+
+build=$PWD/build/nightly
+logs=$build/logs
+mkdir -p "$logs"
+wanted=("$@")
+known=()
+failures=0
+
+is_wanted() {
+    local name
+    [ ${#wanted[@]} -gt 0 ] || return 0
+    for name in "${wanted[@]}"; do
+        [ "$name" != "$1" ] || return 0
+    done
+    return 1
+}
+
+# step NAME COMMAND...
+step() {
+    local name=$1 log=$logs/$1.log start=$SECONDS
+    shift
+    known+=("$name")
+    is_wanted "$name" || return 0
+    if "$@" >"$log" 2>&1; then
+        echo "ok    $name ($((SECONDS - start)) s)"
+        return 0
+    fi
+    failures=$((failures + 1))
+    echo "FAIL  $name ($((SECONDS - start)) s): $log"
+    tail --lines=40 "$log" | sed 's/^/      /'
+}
+
+# The program as it is given to people, and the tests that disturb it at every call.
+build_program() {
+    cmake --preset release -B "$build/release" -DQRV_BUILD_BENCH=OFF -DQRV_EXHAUSTIVE_CRASH_TESTS=ON &&
+        cmake --build "$build/release" --target qrv_cli
+}
+
+disturb() {
+    build_program && ctest --test-dir "$build/release" --output-on-failure --no-tests=error -R "^$1[.]"
+}
+
+# Each prints its seed when it finds a difference.
+walk() {
+    local count
+    build_program || return 1
+    for ((count = 0; count < ${QRV_NIGHTLY_WALKS:-10}; ++count)); do
+        python3 -B tests/model/random_walk.py "$build/release/bin/qrv" --steps 2000 || return 1
+    done
+}
+
+# Every test program in each of the odd locales.
+repeat_in_locales() {
+    local folder=$build/locale
+    if [ ! -d "$folder/de_DE.UTF-8" ]; then
+        mkdir -p "$folder" && localedef --no-archive -i de_DE -f UTF-8 "$folder/de_DE.UTF-8" || return 1
+    fi
+    cmake --preset dev -B "$build/dev" -DQRV_TEST_EVERY_LOCALE=ON -DQRV_TEST_LOCALE_PATH="$folder" &&
+        cmake --build "$build/dev" &&
+        ctest --test-dir "$build/dev" --output-on-failure --no-tests=error -R AllAgainUnder
+}
+
+step kills disturb Kill
+step failures disturb Failure
+step power-cuts disturb PowerCut
+step model walk
+step locales repeat_in_locales
+step fuzz scripts/fuzz.sh "${QRV_NIGHTLY_SECONDS:-600}"
+# Also over the commands, and whatever was remembered.
+step clang-tidy env QRV_TIDY_ALL=1 QRV_TIDY_CACHE= scripts/lint.sh clang-tidy
+
+for name in "${wanted[@]}"; do
+    if [[ " ${known[*]} " != *" $name "* ]]; then
+        echo "FAIL  $name: no such step; there are: ${known[*]}"
+        failures=$((failures + 1))
+    fi
+done
+echo "$failures steps failed"
+[ "$failures" -eq 0 ]
