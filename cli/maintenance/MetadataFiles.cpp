@@ -5,17 +5,15 @@
 #include <cli/worktree/Workspace.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace qrv_cli {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const wchar_t* objectsFolder = L".qrv/objects";
 constexpr const wchar_t* storesFolder = L".qrv/tf";
@@ -26,21 +24,13 @@ constexpr int digestLength = 64;
 /// The names in the folder, ordered; none when there is no such folder.
 Expected<std::vector<std::string>> namesIn(const common::RootPath& root, const sys::Folder& folder,
                                            const OdString& relative) {
-    const sys::Outcome<sys::Folder> opened = folder.openFolder(relative.toNarrow());
-    if (!opened && opened.error() == std::errc::no_such_file_or_directory)
+    sys::Outcome<std::vector<std::string>> names = folder.list(relative.toNarrow());
+    if (names)
+        return std::move(*names);
+    if (names.error() == std::errc::no_such_file_or_directory)
         return std::vector<std::string>();
-    std::error_code error = opened.error();
-    std::vector<std::string> names;
-    if (opened) {
-        fs::directory_iterator entry(root.pathTo(relative).toNarrow(), error);
-        for (; !error && entry != fs::directory_iterator(); entry.increment(error))
-            names.push_back(entry->path().filename().native());
-    }
-    if (error)
-        return systemFailure(tr(L"The folder '%ls' cannot be opened: %ls"), root.pathTo(relative),
-                             error);
-    std::sort(names.begin(), names.end());
-    return names;
+    return systemFailure(tr(L"The folder '%ls' cannot be opened: %ls"), root.pathTo(relative),
+                         names.error());
 }
 
 bool isLeftover(std::string_view name) {

@@ -42,7 +42,9 @@ public:
     Check(const common::RootPath& root, sys::Folder folder)
         : root_(root),
           folder_(std::move(folder)),
-          storages_([](const OdString&) { return OdString(); }) {}
+          storages_([](const OdString&) { return OdString(); }) {
+        storages_.use(root_, folder_);
+    }
 
     Verification run() {
         takeLock();

@@ -20,6 +20,11 @@ namespace qrv_cli {
 /// every operation. So is a working file below a symbolic link.
 class HostStorage : public common::FileStorage {
 public:
+    /// Reaches the files of that root beneath the handle that is open already, and not by its path
+    /// once more.
+    void use(const common::RootPath& root, const sys::Folder& folder) {
+        folders_.insert_or_assign(root.path(), folder);
+    }
     /// Opens a version for reading; null when it is not kept here.
     virtual Expected<std::unique_ptr<VersionReader>> open(const common::RootPath& root,
                                                           const OdString& url) = 0;

@@ -7,6 +7,11 @@ namespace qrv_cli {
 Storages::Storages(DrawingStorage::PreviousUrl previousUrl) : drawings_(std::move(previousUrl)) {
 }
 
+void Storages::use(const common::RootPath& root, const sys::Folder& folder) {
+    objects_.use(root, folder);
+    drawings_.use(root, folder);
+}
+
 HostStorage& Storages::ofUrl(const OdString& url) {
     if (common::urlToType(url) == common::FileStorage::Drawing)
         return drawings_;

@@ -12,6 +12,9 @@ class Storages {
 public:
     explicit Storages(DrawingStorage::PreviousUrl previousUrl);
 
+    /// See `HostStorage::use`.
+    void use(const common::RootPath& root, const sys::Folder& folder);
+
     /// The one that keeps the version `url`.
     HostStorage& ofUrl(const OdString& url);
     /// The one that is to keep the file `path`.

@@ -104,6 +104,7 @@ Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sy
           const auto file = files.find(previous == renames.end() ? path : previous->second);
           return file == files.end() ? OdString() : file->second.url;
       })) {
+    storages_->use(root_, folder_);
 }
 
 Workspace::~Workspace() = default;

@@ -1,10 +1,15 @@
 #include <tests/cli/commands/HistoryProject.h>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <stdio.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -106,6 +111,66 @@ INSTANTIATE_TEST_SUITE_P(EachPart, LinkedMetadata,
                                          ".qrv/lock", ".qrv/baseline", ".qrv/objects.pack",
                                          ".qrv/objects", ".qrv/tf", ".qrv/properties",
                                          ".qrv/properties/ignore", ".qrv/properties/project_name"));
+
+/// Lets a folder and a link change places over and over, until its end.
+class Swapping {
+public:
+    Swapping(fs::path folder, fs::path link) : folder_(std::move(folder)), link_(std::move(link)) {
+        thread_ = std::thread([this] {
+            while (!hasEnded_)
+                swapForAMoment();
+        });
+    }
+    Swapping(const Swapping&) = delete;
+    Swapping& operator=(const Swapping&) = delete;
+    ~Swapping() {
+        hasEnded_ = true;
+        thread_.join();
+    }
+
+private:
+    void exchange() const {
+        EXPECT_EQ(::renameat2(AT_FDCWD, folder_.c_str(), AT_FDCWD, link_.c_str(), RENAME_EXCHANGE),
+                  0);
+    }
+    /// The folder is at its place for longer, so that commands come far.
+    void swapForAMoment() const {
+        exchange();
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+        exchange();
+        std::this_thread::sleep_for(std::chrono::microseconds(700));
+    }
+
+    const fs::path folder_;
+    const fs::path link_;
+    std::atomic<bool> hasEnded_ = false;
+    std::thread thread_;
+};
+
+class SwappedMetadata : public testing::TestWithParam<const char*> {};
+
+// Symptom: while the folder of stores was exchanged for a link, commits wrote their drawings
+// outside and lacked them. Cause: a check of the path, and then SQLite's opening of that path.
+TEST_P(SwappedMetadata, LetsNoCommitWriteOutsideOrLackItsFiles) {
+    const HistoryProject project;
+    const TemporaryFolder outside;
+    project.write({{"a.txt", "text"}, {"b.dwg", "drawing"}});
+    project.commit("First");
+    fs::create_directory_symlink(outside.path(), project / ".qrv/link");
+    {
+        const Swapping swapping(project / GetParam(), project / ".qrv/link");
+        for (int number = 0; number < 25; ++number) {
+            const std::string text = std::to_string(number);
+            project.write({{"a.txt", text}, {text + ".dwg", text}});
+            project.qrv({"add", "--all"});
+            project.qrv({"commit", "-m", "x"});
+        }
+    }
+    EXPECT_THAT(contentsOf(outside.path()), testing::IsEmpty());
+    EXPECT_EQ(project.qrv({"verify"}).status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(EachFolder, SwappedMetadata, testing::Values(".qrv/tf", ".qrv/objects"));
 
 // Symptom: a commit wrote commands of an attacker into the victim's file for the shell.
 // Cause: the log was a link to that file, and the name of a branch stood in it as it was.
