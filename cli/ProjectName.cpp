@@ -5,12 +5,36 @@
 #include <platform/qut/toQt.h>
 
 #include <QString>
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 
 namespace qrv_cli {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* nameFile = ".qrv/properties/project_name";
+constexpr const char* nameFolder = ".qrv/properties";
+constexpr std::uint32_t newFilePermissions = 0666;
+
+std::error_code replaceName(const std::string& text, const sys::Folder& folder) {
+    sys::Outcome<sys::NewFile> file = folder.newFile(nameFile, newFilePermissions);
+    if (!file)
+        return file.error();
+    const sys::Outcome<sys::FileStatus> old = folder.status(nameFile);
+    std::error_code error = old ? file->setPermissions(old->permissions) : std::error_code();
+    if (!error)
+        error = file->write(text);
+    if (!error)
+        error = file->flush();
+    if (!error)
+        error = file->publish(sys::NewFile::Existing::replace);
+    return error ? error : folder.flush(nameFolder);
+}
+
+}  // namespace
 
 std::string refusalOfName(const std::string& name) {
     const OdString text = OdString::fromNarrow(name);
@@ -22,16 +46,15 @@ std::string refusalOfName(const std::string& name) {
     return {};
 }
 
-Expected<void> setProjectName(const std::string& name, const common::RootPath& root) {
-    const OdString folder = root.propertiesPath();
-    const fs::path file = fs::path(folder.toNarrow()) / "project_name";
-    std::error_code error;
-    // The file's size, since the writing of the name notices no failure after the file is open.
-    if (common::PropertyProjectName(root).setName(qut::toQt(OdString::fromNarrow(name))) &&
-        fs::file_size(file, error) == name.size() + 1)
-        return {};
-    return ErrorMessage{OdString::format(
-        tr(L"The project's name cannot be written to the folder '%ls'"), printable(folder))};
+// Not by the library, which empties the file before it writes: without room on the disk the old
+// name would be lost.
+Expected<void> setProjectName(const std::string& name, const common::RootPath& root,
+                              const sys::Folder& folder) {
+    if (const std::error_code error = replaceName(name + '\n', folder))
+        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be written: %ls"),
+                                             printable(root.pathTo(OdString(nameFile))),
+                                             OdString(error.message().c_str()))};
+    return {};
 }
 
 OdString projectName(const common::RootPath& root) {

@@ -3,6 +3,7 @@
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <platform/kernel/OdString.h>
+#include <platform/sys/Folder.h>
 
 #include <string>
 
@@ -12,9 +13,11 @@ namespace qrv_cli {
 /// name. It stands in a file of one line, and a person reads it.
 std::string refusalOfName(const std::string& name);
 
-/// Writes `name`, which `refusalOfName` accepts, to the project's properties. Fails with a message
-/// that names their folder when the file cannot be written whole; it may be cut off then.
-Expected<void> setProjectName(const std::string& name, const common::RootPath& root);
+/// Writes `name`, which `refusalOfName` accepts, to the project's properties, beneath the root that
+/// is open. Fails with a message that names the file when it cannot be written whole; the old name
+/// stays then.
+Expected<void> setProjectName(const std::string& name, const common::RootPath& root,
+                              const sys::Folder& folder);
 
 /// The name in the project's properties, without blanks and line ends around it; empty when there
 /// is none. Whoever edited the file may have put any characters into it.

@@ -80,6 +80,21 @@ Expected<void> makeMissingFiles(const common::RootPath& root) {
         common::RepoIgnore::explanation(false) + common::RepoIgnore::defaultIgnore(), root);
 }
 
+/// All that is made in the root; gives the number of ignore rules that were added.
+Expected<int> complete(const common::RootPath& root, const Arguments& arguments) {
+    const Expected<OpenRepository> repository = openRepository(root.path().toNarrow());
+    if (!repository)
+        return repository.error();
+    if (const Expected<void> made = makeMissingFiles(root); !made)
+        return made.error();
+    if (arguments.name) {
+        const Expected<void> named = setProjectName(*arguments.name, root, repository->folder);
+        if (!named)
+            return named.error();
+    }
+    return arguments.cadIgnores ? addDraftingIgnoreRules(root) : Expected<int>(0);
+}
+
 void noteOuterRepository(const fs::path& folder) {
     const auto outer = enclosingRepository(folder.parent_path());
     if (outer && *outer)
@@ -131,13 +146,7 @@ Expected<void> initialise(const Arguments& arguments, Output& output) {
     const Expected<common::RootPath> root = makeRoot(*folder);
     if (!root)
         return root.error();
-    if (Expected<void> made = makeMissingFiles(*root); !made)
-        return made;
-    if (arguments.name)
-        if (Expected<void> named = setProjectName(*arguments.name, *root); !named)
-            return named;
-    const Expected<int> addedRules =
-        arguments.cadIgnores ? addDraftingIgnoreRules(*root) : Expected<int>(0);
+    const Expected<int> addedRules = complete(*root, arguments);
     if (!addedRules)
         return addedRules.error();
     noteFailedRegistration(makeRegistered(*root, arguments.name.has_value()));

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
+#include <cli/MetadataCheck.h>
 #include <cli/Output.h>
 #include <cli/ProjectName.h>
 #include <cli/ProjectRegistry.h>
@@ -34,10 +35,10 @@ Expected<void> renameInRegistry(const common::RootPath& root) {
 }
 
 /// The name is the project's own, so that a registry out of reach is no reason to fail.
-Expected<void> setName(const std::string& newName, const common::RootPath& root) {
-    if (Expected<void> named = setProjectName(newName, root); !named)
+Expected<void> setName(const std::string& newName, const OpenRepository& repository) {
+    if (Expected<void> named = setProjectName(newName, repository.root, repository.folder); !named)
         return named;
-    if (const Expected<void> renamed = renameInRegistry(root); !renamed)
+    if (const Expected<void> renamed = renameInRegistry(repository.root); !renamed)
         printMessage(OdString::format(tr(L"Note: your registry of projects stays as it was: %ls"),
                                       renamed.error().message));
     return {};
@@ -51,19 +52,23 @@ jsonlib::json::Value toJson(const OdString& name, const OdString& root) {
 }
 
 Expected<void> showOrSetName(const Arguments& arguments, Output& output) {
-    const Expected<common::RootPath> root = findRepository(".");
-    if (!root)
-        return root.error();
+    const Expected<OpenRepository> repository = openRepository(".");
+    if (!repository)
+        return repository.error();
+    const common::RootPath& root = repository->root;
     if (arguments.newName)
-        if (Expected<void> named = setName(*arguments.newName, *root); !named)
+        if (Expected<void> named = setName(*arguments.newName, *repository); !named)
             return named;
-    const OdString name = projectName(*root);
+    const OdString name = projectName(root);
+    // The library read it by its path.
+    if (Expected<void> checked = checkMetadata(repository->folder, root.path()); !checked)
+        return checked;
     if (name.isEmpty())
         return ErrorMessage{
             OdString::format(tr(L"The project '%ls' has no name (qrv name NEW gives it one)"),
-                             printable(root->path()))};
+                             printable(root.path()))};
     if (arguments.asJson)
-        writeJson(toJson(name, root->path()), output);
+        writeJson(toJson(name, root.path()), output);
     else
         output.write(printable(name).toNarrow() + "\n");
     return {};

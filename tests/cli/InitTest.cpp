@@ -216,8 +216,8 @@ TEST_F(Init, FailsWhenTheDiskHasNoRoomForTheName) {
         runShell(folder.path(),
                  "{ trap '' XFSZ; ulimit -f 0; \"$QRV\" init --name new; echo $?; } 2>&1 | cat"),
         (Outcome{0,
-                 "qrv: The project's name cannot be written to the folder '" + path +
-                     "/.qrv/properties'\n1\n",
+                 "qrv: '" + path +
+                     "/.qrv/properties/project_name' cannot be written: File too large\n1\n",
                  ""}));
 }
 

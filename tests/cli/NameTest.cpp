@@ -2,7 +2,7 @@
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <filesystem>
 #include <string>
@@ -33,7 +33,7 @@ protected:
     const TemporaryFolder folder;
     const TemporaryFolder configuration;
     const std::string path = fs::canonical(folder.path());
-    const fs::path file = folder / ".qrv/properties/project_name";
+    const fs::path file = path + "/.qrv/properties/project_name";
     const Environment environment = {{"QRV_CONFIG_DIR", configuration.path()}};
 };
 
@@ -106,18 +106,30 @@ TEST_F(NameCommand, IsSetEvenWhereTheRegistryCannotBeRead) {
 }
 
 TEST_F(NameCommand, FailsWhenTheNameCannotBeWritten) {
-    const std::string message =
-        "The project's name cannot be written to the folder '" + path + "/.qrv/properties'";
+    fs::create_directory(file);
+    EXPECT_EQ(qrv({"name", "new"}), failed("'" + file.string() + "' is not a regular file"));
+    EXPECT_EQ(qrv({"projects"}),
+              (Outcome{0, fs::path(path).filename().string() + "  " + path + "\n", ""}));
+}
+
+// Symptom: on a full disk `qrv name NEW` failed, and the project had no name any more.
+// Cause: the file was emptied first and written afterwards.
+TEST_F(NameCommand, KeepsTheOldNameWhenThereIsNoRoomForTheNew) {
+    EXPECT_EQ(qrv({"name", "old"}).status, 0);
+    fs::permissions(file, fs::perms(0640));
     // No file may grow; the pipe to cat is none.
     EXPECT_EQ(runShell(folder.path(),
                        "{ trap '' XFSZ; ulimit -f 0; \"$QRV\" name new; echo $?; } 2>&1 | cat"),
-              (Outcome{0, "qrv: " + message + "\n1\n", ""}));
-    fs::remove(file);
-    fs::create_directory(file);
-    EXPECT_EQ(qrv({"name", "new"}),
-              failed("'" + path + "/.qrv/properties/project_name' is not a regular file"));
-    EXPECT_EQ(qrv({"projects"}),
-              (Outcome{0, fs::path(path).filename().string() + "  " + path + "\n", ""}));
+              (Outcome{0,
+                       "qrv: '" + path +
+                           "/.qrv/properties/project_name' cannot be written: File too "
+                           "large\n1\n",
+                       ""}));
+    EXPECT_EQ(readFile(file), "old\n");
+    EXPECT_THAT(qrv_test::listTree(file.parent_path()),
+                testing::ElementsAre("ignore", "project_name"));
+    EXPECT_EQ(qrv({"name", "new"}).status, 0);
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
 }
 
 TEST_F(NameCommand, FailsOutsideOfARepository) {
