@@ -61,6 +61,20 @@ bool isPossible(const Value& value) {
            value.getInt64() <= greatestValue;
 }
 
+Expected<Settings> settingsOf(const Object& object, const OdString& path) {
+    Settings settings;
+    for (const Setting& setting : allSettings()) {
+        const auto member = object.find(wideKey(setting));
+        if (member == object.end())
+            continue;
+        if (!isPossible(member->second))
+            return unreadable(
+                path, OdString::format(tr(L"the value of '%ls' cannot be"), OdString(setting.key)));
+        settings.*setting.value = member->second.getInt64();
+    }
+    return settings;
+}
+
 }  // namespace
 
 std::span<const Setting> allSettings() {
@@ -92,17 +106,7 @@ Expected<Settings> readSettings() {
     const Expected<Object> object = readObject(*path);
     if (!object)
         return object.error();
-    Settings settings;
-    for (const Setting& setting : allSettings()) {
-        const auto member = object->find(wideKey(setting));
-        if (member == object->end())
-            continue;
-        if (!isPossible(member->second))
-            return unreadable(*path, OdString::format(tr(L"the value of '%ls' cannot be"),
-                                                      OdString(setting.key)));
-        settings.*setting.value = member->second.getInt64();
-    }
-    return settings;
+    return settingsOf(*object, *path);
 }
 
 Expected<std::int64_t> parseSettingValue(const std::string& text) {
@@ -123,6 +127,9 @@ Expected<void> changeSetting(const Setting& setting, std::int64_t value) {
     if (!object)
         return object.error();
     (*object)[wideKey(setting)] = value;
+    // A file that nothing can be read from afterwards is not written.
+    if (const Expected<Settings> possible = settingsOf(*object, *path); !possible)
+        return possible.error();
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(path->toNarrow()).parent_path(),
                                         error);

@@ -41,7 +41,8 @@ Expected<Settings> readSettings();
 Expected<std::int64_t> parseSettingValue(const std::string& text);
 
 /// Writes the one value and leaves everything else in the file as it is, also keys that this
-/// program does not know. Fails with a message that names the file; the old file stays then.
+/// program does not know. Fails with a message that names the file, also when another value in it
+/// cannot be one; the old file stays then.
 Expected<void> changeSetting(const Setting& setting, std::int64_t value);
 
 }  // namespace qrv_cli

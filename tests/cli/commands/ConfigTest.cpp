@@ -101,6 +101,20 @@ TEST_F(ConfigCommand, RefusesAFileThatItCannotUseAndLeavesIt) {
     EXPECT_EQ(readFile(file), "[]");
 }
 
+// Symptom: a value was written, and the command failed all the same.
+// Cause: only after that it looked at the other values, one of which could not be.
+TEST_F(ConfigCommand, ChangesNothingBesideAValueThatCannotBe) {
+    const std::string text = R"({"large-file": "much"})";
+    writeFile(file, text);
+    EXPECT_EQ(config({"large-commit", "7"}),
+              (Outcome{1, "",
+                       "qrv: The settings '" + file +
+                           "' cannot be read: the value of 'large-file' cannot be\n"}));
+    EXPECT_EQ(readFile(file), text);
+    EXPECT_EQ(config({"large-file", "7"}), (Outcome{0, "7\n", ""}));
+    EXPECT_EQ(config({"large-commit", "8"}), (Outcome{0, "8\n", ""}));
+}
+
 TEST_F(ConfigCommand, FailsWhereTheFileCannotBeWritten) {
     writeFile(folder / "new", "a file where a folder is needed");
     EXPECT_EQ(config({"large-file", "7"}),
