@@ -6,6 +6,7 @@
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitName.h>
+#include <cli/safety/RelativePath.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/Saving.h>
@@ -14,10 +15,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace qrv_cli {
@@ -71,17 +74,57 @@ Expected<std::vector<OdString>> chosenFiles(const Workspace& workspace, const Tr
     return files;
 }
 
-Expected<void> exportFile(Workspace& workspace, const OdString& path, const OdString& url,
-                          const fs::path& folder, bool force) {
-    const fs::path target = folder / path.toNarrow();
+/// A folder elsewhere that files are written to, beneath one handle.
+struct Target {
+    fs::path path;
+    sys::Folder folder;
+};
+
+Expected<Target> openTarget(const std::string& folder) {
+    const fs::path path = fs::absolute(folder);
     std::error_code error;
-    if (!force && fs::exists(fs::symlink_status(target, error)))
-        return ErrorMessage{OdString::format(tr(L"'%ls' is there already (--force replaces it)"),
-                                             printable(toText(target)))};
-    fs::create_directories(target.parent_path(), error);
+    fs::create_directories(path, error);
     if (error)
-        return systemFailure(tr(L"'%ls' cannot be made: %ls"), toText(target.parent_path()), error);
-    return workspace.storages().ofUrl(url).exportTo(workspace.root(), url, toText(target));
+        return systemFailure(tr(L"'%ls' cannot be made: %ls"), toText(path), error);
+    sys::Outcome<sys::Folder> opened = sys::Folder::open(path.native());
+    if (!opened)
+        return systemFailure(tr(L"'%ls' cannot be opened: %ls"), toText(path), opened.error());
+    return Target{.path = path, .folder = std::move(*opened)};
+}
+
+Expected<void> exportFile(Workspace& workspace, const OdString& path, const OdString& url,
+                          const Target& target, bool force) {
+    const Expected<RelativePath> safe = RelativePath::check(path);
+    if (!safe)
+        return safe.error();
+    if (!force && target.folder.status(safe->bytes()))
+        return ErrorMessage{OdString::format(tr(L"'%ls' is there already (--force replaces it)"),
+                                             printable(toText(target.path / safe->bytes())))};
+    const auto existing = force ? sys::NewFile::Existing::replace : sys::NewFile::Existing::keep;
+    return workspace.storages().ofUrl(url).exportBelow(workspace.root(), url, target.folder, *safe,
+                                                       existing);
+}
+
+/// Elsewhere they would make a folder pass for a repository that has lost its history.
+bool belongsToRepository(const OdString& path) {
+    const OdString prefix = L".qrv/";
+    return path.left(prefix.getLength()) == prefix;
+}
+
+Expected<std::vector<OdString>> exportedFiles(const std::vector<OdString>& paths) {
+    std::vector<OdString> exported;
+    std::copy_if(paths.begin(), paths.end(), std::back_inserter(exported),
+                 [](const OdString& path) { return !belongsToRepository(path); });
+    if (exported.empty())
+        return ErrorMessage{
+            OdString::format(tr(L"'%ls' belongs to the repository and is not written anywhere else "
+                                L"(qrv show prints it)"),
+                             printable(paths.front()))};
+    const std::size_t left = paths.size() - exported.size();
+    if (left > 0)
+        printMessage(OdString::format(
+            tr(L"Note: files left out because they belong to the repository: %i"), left));
+    return exported;
 }
 
 void print(const std::vector<OdString>& paths, const Arguments& arguments, Output& output) {
@@ -107,15 +150,19 @@ Expected<std::vector<OdString>> exportFiles(Workspace& workspace, const Tree& tr
             OdString::format(tr(L"'%ls' lies in the repository (without --to, its files are "
                                 L"replaced with care)"),
                              printable(OdString::fromNarrow(*arguments.folder)))};
-    if (arguments.dryRun)
-        return paths;
-    for (const OdString& path : paths) {
-        const Expected<void> done = exportFile(workspace, path, tree.at(path).url,
-                                               fs::absolute(*arguments.folder), arguments.force);
+    Expected<std::vector<OdString>> exported = exportedFiles(paths);
+    if (!exported || arguments.dryRun)
+        return exported;
+    const Expected<Target> target = openTarget(*arguments.folder);
+    if (!target)
+        return target.error();
+    for (const OdString& path : *exported) {
+        const Expected<void> done =
+            exportFile(workspace, path, tree.at(path).url, *target, arguments.force);
         if (!done)
             return done.error();
     }
-    return paths;
+    return exported;
 }
 
 Expected<std::vector<OdString>> restoreFiles(Workspace& workspace, const Tree& tree,

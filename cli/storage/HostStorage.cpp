@@ -76,13 +76,15 @@ Expected<sys::NewFile> writeBeside(const sys::Folder& folder, const std::string&
 
 /// Gives the file its name for good.
 std::error_code publishForGood(sys::NewFile& file, const sys::Folder& folder,
-                               const std::string& parent) {
+                               const std::string& parent, sys::NewFile::Existing existing) {
     if (const std::error_code error = file.flush())
         return error;
-    if (const std::error_code error = file.publish(sys::NewFile::Existing::replace))
+    if (const std::error_code error = file.publish(existing))
         return error;
     return folder.flush(parent);
 }
+
+constexpr sys::NewFile::Existing replace = sys::NewFile::Existing::replace;
 
 std::string parentOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
@@ -115,6 +117,23 @@ Expected<sys::NewFile> HostStorage::prepare(const common::RootPath& root, const 
     return writeBeside(*folder, path.bytes(), path.text(), **version);
 }
 
+Expected<void> HostStorage::exportBelow(const common::RootPath& root, const OdString& url,
+                                        const sys::Folder& target, const RelativePath& path,
+                                        sys::NewFile::Existing existing) {
+    const Expected<std::unique_ptr<VersionReader>> version = open(root, url);
+    if (!version)
+        return version.error();
+    if (*version == nullptr)
+        return notKept(url);
+    Expected<sys::NewFile> file = writeBeside(target, path.bytes(), path.text(), **version);
+    if (!file)
+        return file.error();
+    if (const std::error_code error =
+            publishForGood(*file, target, parentOf(path.bytes()), existing))
+        return cannotWrite(path.text(), causeOf(error));
+    return {};
+}
+
 Expected<void> HostStorage::exportTo(const common::RootPath& root, const OdString& url,
                                      const OdString& target) {
     const Expected<std::unique_ptr<VersionReader>> version = open(root, url);
@@ -131,7 +150,7 @@ Expected<void> HostStorage::exportTo(const common::RootPath& root, const OdStrin
     Expected<sys::NewFile> file = writeBeside(*folder, path.substr(name), target, **version);
     if (!file)
         return file.error();
-    if (const std::error_code error = publishForGood(*file, *folder, "."))
+    if (const std::error_code error = publishForGood(*file, *folder, ".", replace))
         return cannotWrite(target, causeOf(error));
     return {};
 }
@@ -152,7 +171,8 @@ Expected<bool> HostStorage::restore(const common::RootPath& root, const OdString
     Expected<sys::NewFile> file = writeBeside(*folder, checked->bytes(), path, **version);
     if (!file)
         return file.error();
-    if (const std::error_code error = publishForGood(*file, *folder, parentOf(checked->bytes())))
+    if (const std::error_code error =
+            publishForGood(*file, *folder, parentOf(checked->bytes()), replace))
         return cannotWrite(path, causeOf(error));
     return true;
 }

@@ -38,6 +38,12 @@ public:
     Expected<sys::NewFile> prepare(const common::RootPath& root, const OdString& url,
                                    const RelativePath& path);
 
+    /// Writes a version below `target`, whatever repository or none that is, and makes the folders
+    /// on the way. A file that is there is replaced, and its permissions are taken over, or stays,
+    /// and it is an error. Fails when a link leads out of the target.
+    Expected<void> exportBelow(const common::RootPath& root, const OdString& url,
+                               const sys::Folder& target, const RelativePath& path,
+                               sys::NewFile::Existing existing);
     /// The target's folder must exist. A file or link of the target's name is replaced, and its
     /// permissions are taken over.
     Expected<void> exportTo(const common::RootPath& root, const OdString& url,

@@ -199,6 +199,41 @@ TEST_F(RestoreCommand, TakesNoFolderOfTheRepositoryForAnotherOne) {
     EXPECT_FALSE(fs::exists(project / "new"));
 }
 
+// Symptom: a file was written outside of the folder that was named, through a link in it.
+// Cause: the folders below it were made and opened by their paths.
+TEST_F(RestoreCommand, FollowsNoLinkInAnotherFolder) {
+    const TemporaryFolder target;
+    const TemporaryFolder elsewhere;
+    writeFile(elsewhere / "plan", "somebody else's");
+    fs::create_directory_symlink(elsewhere.path(), target / "sub");
+    fs::create_symlink(elsewhere / "plan", target / "plan.dwg");
+    const auto before = contentsOf(elsewhere.path());
+    for (const char* const path : {"sub/a.txt", "plan.dwg"})
+        EXPECT_EQ(restore({path, "--to", target.path()}).status, 1) << path;
+    EXPECT_EQ(restore({"sub/a.txt", "--to", target.path(), "--force"}),
+              (Outcome{1, "",
+                       "qrv: 'sub/a.txt' cannot be written: it is a symbolic link, or one leads to "
+                       "it\n"}));
+    EXPECT_EQ(contentsOf(elsewhere.path()), before);
+    EXPECT_EQ(restore({"plan.dwg", "--to", target.path(), "--force"}).status, 0);
+    EXPECT_EQ(contentsOf(elsewhere.path()), before);
+    EXPECT_EQ(readFile(target / "plan.dwg"), "plan 2");
+}
+
+// Symptom: a folder with restored files passed for a repository, and a broken one.
+// Cause: the versioned files of `.qrv/properties` were written there, too.
+TEST_F(RestoreCommand, MakesNoRepositoryOfAnotherFolder) {
+    const TemporaryFolder target;
+    EXPECT_EQ(restore({".", "--to", target.path()}).messages,
+              "qrv: Note: files left out because they belong to the repository: 1\n");
+    EXPECT_FALSE(fs::exists(target / ".qrv"));
+    EXPECT_EQ(readFile(target / "plan.dwg"), "plan 2");
+    EXPECT_EQ(restore({".qrv/properties/ignore", "--to", target.path()}),
+              (Outcome{1, "",
+                       "qrv: '.qrv/properties/ignore' belongs to the repository and is not written "
+                       "anywhere else (qrv show prints it)\n"}));
+}
+
 TEST_F(RestoreCommand, OnlySaysWhatItWouldWriteIntoAnotherFolder) {
     const TemporaryFolder target;
     EXPECT_EQ(restore({"plan.dwg", "--to", target.path(), "--dry-run"}),
