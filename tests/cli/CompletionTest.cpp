@@ -122,6 +122,28 @@ TEST(Completion, IsUnderstoodByZsh) {
               (Outcome{0, "", ""}));
 }
 
+TEST(Completion, TypesWhatABranchIsCalledAsOneWordInZsh) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(runShell(folder.path(),
+                       "$QRV init && $QRV add --all && $QRV commit -m x && "
+                       "$QRV branch 's$(touch${IFS}made)' && $QRV completion zsh > _qrv")
+                  .status,
+              0);
+    // A zsh in a terminal of its own, in which somebody presses the tabulator and return.
+    qrv_test::writeFile(folder / "type.zsh",
+                        "zmodload zsh/zpty\n"
+                        "zpty shell zsh -f -i\n"
+                        "zpty -w shell \"PATH=${QRV:h}:\\$PATH; fpath=($PWD \\$fpath)\"\n"
+                        "zpty -w shell 'autoload -Uz compinit; compinit -u -D'\n"
+                        "zpty -w -n shell $'qrv switch s\\t\\n'\n"
+                        "zpty -w shell 'print \"<$?>\"; exit'\n"
+                        "zpty -r shell shown '*<[0-9]##>*'\n"
+                        "print -r -- $shown\n");
+    EXPECT_THAT(runShell(folder.path(), "timeout 60 zsh -f -o extendedglob type.zsh").output,
+                HasSubstr("On branch 's$(touch${IFS}made)'; files changed: 0"));
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "made"));
+}
+
 TEST(Completion, DescribesEveryCommandForZshAndFish) {
     const TemporaryFolder folder;
     const std::string names = runQrv(folder.path(), {"manual", "--list"}).output;
