@@ -1,5 +1,6 @@
 #include <cli/Message.h>
 #include <cli/ProjectName.h>
+#include <cli/SharedMode.h>
 #include <cli/Translation.h>
 #include <common/repository/PropertyProjectName.h>
 #include <platform/qut/toQt.h>
@@ -50,6 +51,7 @@ std::string refusalOfName(const std::string& name) {
 // name would be lost.
 Expected<void> setProjectName(const std::string& name, const common::RootPath& root,
                               const sys::Folder& folder) {
+    const SharedMode shared(folder);
     if (const std::error_code error = replaceName(name + '\n', folder))
         return ErrorMessage{OdString::format(tr(L"'%ls' cannot be written: %ls"),
                                              printable(root.pathTo(OdString(nameFile))),

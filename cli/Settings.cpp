@@ -84,6 +84,10 @@ std::span<const Setting> allSettings() {
          &Settings::largeCommitMegabytes},
         {"large-file", translatable(L"Warn of a file with more megabytes than this; 0 for never"),
          &Settings::largeFileMegabytes},
+        {"shared-folders",
+         translatable(L"Give what is made in a repository that its group may write to the "
+                      L"permissions of its folder; 0 for those of your own mask"),
+         &Settings::sharedFolders},
     };
     return all;
 }

@@ -17,6 +17,8 @@ struct Settings {
     /// never.
     std::int64_t largeFileMegabytes = 100;
     std::int64_t largeCommitMegabytes = 1000;
+    /// Whether what is made in a shared repository follows its folder (SharedMode.h); 0 for no.
+    std::int64_t sharedFolders = 1;
 };
 
 /// One of them, as a person names it.

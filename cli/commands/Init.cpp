@@ -6,6 +6,7 @@
 #include <cli/ProjectName.h>
 #include <cli/ProjectRegistry.h>
 #include <cli/Repository.h>
+#include <cli/SharedMode.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/IgnoreRules.h>
@@ -85,6 +86,7 @@ Expected<int> complete(const common::RootPath& root, const Arguments& arguments)
     const Expected<OpenRepository> repository = openRepository(root.path().toNarrow());
     if (!repository)
         return repository.error();
+    const SharedMode shared(repository->folder);
     if (const Expected<void> made = makeMissingFiles(root); !made)
         return made.error();
     if (arguments.name) {

@@ -3,6 +3,7 @@
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Repository.h>
+#include <cli/SharedMode.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 
@@ -28,6 +29,7 @@ Expected<void> addNote(const std::string& note, Output&) {
     const Expected<OpenRepository> repository = openRepository(".");
     if (!repository)
         return repository.error();
+    const SharedMode shared(repository->folder);
     return addToLog(OdString::fromNarrow(note), repository->root, repository->folder);
 }
 

@@ -1,6 +1,7 @@
 #include <cli/Message.h>
 #include <cli/Translation.h>
 #include <cli/database/Database.h>
+#include <platform/sys/Folder.h>
 
 #include <sqlite3.h>
 
@@ -51,6 +52,19 @@ void requireRegularFile(const OdString& path, const std::string& file) {
     const fs::file_status status = fs::symlink_status(file, error);
     if (fs::exists(status) && !fs::is_regular_file(status))
         fail(path, tr(L"it is not a regular file"));
+}
+
+/// SQLite makes files that only their owner may write to, even where the mask lets the group. A
+/// failure is left to SQLite, which meets it again and tells.
+void makeIfMissing(const fs::path& file) {
+    constexpr std::uint32_t permissions = 0666;
+    const sys::Outcome<sys::Folder> folder = sys::Folder::open(file.parent_path().native());
+    const std::string name = file.filename().native();
+    if (!folder || folder->status(name))
+        return;
+    sys::Outcome<sys::NewFile> made = folder->newFile(name, permissions);
+    if (made)
+        static_cast<void>(made->publish(sys::NewFile::Existing::keep));
 }
 
 void refuseCodeInFile(sqlite3* connection) {
@@ -161,6 +175,8 @@ Database::Database(const OdString& path, Access access) : path_(path) {
     const std::string file = withoutLinkedFolders(path);
     requireRegularFile(path, file);
     requireRegularFile(path + L"-journal", file + "-journal");
+    if (access == Access::create)
+        makeIfMissing(file);
     connect(file.c_str(), flagsOf(access) | SQLITE_OPEN_NOFOLLOW);
     if (access == Access::readOnly && isHalfWritten(connection_.get())) {
         connect(file.c_str(), flagsOf(Access::readWrite) | SQLITE_OPEN_NOFOLLOW);

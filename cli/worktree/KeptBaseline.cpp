@@ -12,7 +12,7 @@ namespace qrv_cli {
 
 namespace {
 
-constexpr std::uint32_t permissions = 0644;
+constexpr std::uint32_t permissions = 0666;
 /// Enough for some millions of files. More is not worth the memory.
 constexpr std::size_t maximumSizeBytes = 256 << 20;
 

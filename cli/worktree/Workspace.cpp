@@ -68,6 +68,8 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
     if (!repository)
         return repository.error();
     const common::RootPath& root = repository->root;
+    // Already for the lock, which a colleague is to take next.
+    SharedMode shared(repository->folder);
     sys::Outcome<sys::Lock> lock = takeLock(repository->folder, use);
     if (!lock && use == Use::change)
         return lockFailure(root, lock.error());
@@ -78,6 +80,9 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
         held = std::move(*lock);
     std::unique_ptr<Workspace> workspace(
         new Workspace(root, std::move(repository->folder), std::move(held), std::move(history)));
+    // A look keeps nothing but a baseline; what it writes elsewhere is the person's own.
+    if (use == Use::change)
+        workspace->shared_.emplace(std::move(shared));
     if (scan == Scan::ahead && workspace->canScanAhead())
         workspace->scan_ = std::make_unique<TreeScan>(workspace->root_, workspace->folder_);
     if (workspace->scan_ && use == Use::look)
@@ -200,6 +205,7 @@ Expected<void> Workspace::close() {
 void Workspace::writeKeptBaseline() {
     if (!toKeep_)
         return;
+    const SharedMode shared(folder_);
     const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
     if (version && *version == toKeep_->stateFile)
         static_cast<void>(writeBaseline(*toKeep_, folder_));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cli/Repository.h>
+#include <cli/SharedMode.h>
 #include <cli/history/History.h>
 #include <cli/storage/Storages.h>
 #include <cli/worktree/BaselineBytes.h>
@@ -96,6 +97,8 @@ private:
     Expected<void> openCache();
     void writeKeptBaseline();
 
+    /// While this may change anything.
+    std::optional<SharedMode> shared_;
     // The lock is let go last, after the state was written.
     std::optional<sys::Lock> lock_;
     common::RootPath root_;

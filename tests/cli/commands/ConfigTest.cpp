@@ -34,10 +34,15 @@ TEST_F(ConfigCommand, ListsTheDefaults) {
                        "large-commit 1000  (Warn of a commit with more megabytes than this; 0 for "
                        "never)\n"
                        "large-file 100  (Warn of a file with more megabytes than this; 0 for "
-                       "never)\n",
+                       "never)\n"
+                       "shared-folders 1  (Give what is made in a repository that its group may "
+                       "write to the permissions of its folder; 0 for those of your own mask)\n",
                        ""}));
     EXPECT_EQ(config({"--json"}),
-              (Outcome{0, "{\n    \"large-commit\" : 1000,\n    \"large-file\" : 100\n}\n", ""}));
+              (Outcome{0,
+                       "{\n    \"large-commit\" : 1000,\n    \"large-file\" : 100,\n    "
+                       "\"shared-folders\" : 1\n}\n",
+                       ""}));
     EXPECT_FALSE(fs::exists(folder / "new"));
 }
 
@@ -74,7 +79,7 @@ TEST_F(ConfigCommand, RefusesWhatIsNoSettingAndNoValue) {
     EXPECT_EQ(config({"largefile"}),
               (Outcome{1, "",
                        "qrv: There is no setting 'largefile'; there are: large-commit, "
-                       "large-file\n"}));
+                       "large-file, shared-folders\n"}));
     for (const char* const value : {"x", "1x", "1.5", "", "1000000001", "99999999999999999999"}) {
         EXPECT_EQ(config({"large-file", value}),
                   (Outcome{1, "",

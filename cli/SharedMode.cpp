@@ -1,0 +1,33 @@
+#include <cli/Settings.h>
+#include <cli/SharedMode.h>
+#include <platform/sys/CreationMask.h>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr std::uint32_t groupMayWrite = 0020;
+constexpr std::uint32_t allPermissions = 0777;
+
+/// Settings that cannot be read are no reason to lock colleagues out.
+bool isWanted() {
+    const Expected<Settings> settings = readSettings();
+    return !settings || settings->sharedFolders != 0;
+}
+
+}  // namespace
+
+SharedMode::SharedMode(const sys::Folder& root) {
+    const sys::Outcome<sys::FileStatus> status = root.status(".qrv");
+    const bool isShared = status && status->kind == sys::FileKind::folder &&
+                          (status->permissions & groupMayWrite) != 0;
+    if (isShared && isWanted())
+        before_ = sys::setCreationMask(allPermissions & ~status->permissions);
+}
+
+SharedMode::~SharedMode() {
+    if (before_)
+        sys::setCreationMask(*before_);
+}
+
+}  // namespace qrv_cli
