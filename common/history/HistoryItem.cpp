@@ -42,7 +42,8 @@ QString HistoryItem::getName() const {
 }
 
 QString HistoryItem::getLeftIconSource() const {
-    return QStringLiteral("avatar-placeholder.svg");
+    // A text of its own: that of a literal is gone when the host unloads this library.
+    return QString::fromLatin1("avatar-placeholder.svg");
 }
 
 QString HistoryItem::getRightIconSource() const {

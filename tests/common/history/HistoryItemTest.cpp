@@ -2,6 +2,7 @@
 #include <platform/kernel/Clock.h>
 #include <tests/support/Catalogue.h>
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include <cstddef>
@@ -48,6 +49,17 @@ std::string ageAfter(std::int64_t ageMs) {
 std::string infoBy(const char* author, int number = 12) {
     const kernel::ScopedClock clock(commitMs);
     return itemBy(author, number).getInfo().toStdString();
+}
+
+// The name of an icon pointed into the library's own memory, and a host that unloaded an extension
+// read what was there no more: a literal of Qt is not copied when it is given out.
+TEST(HistoryItem, GivesOutTextsOfTheirOwn) {
+    const HistoryItem item = itemBy("ada");
+    for (const QString& text : {item.getName(), item.getLeftIconSource(), item.getInfo()}) {
+        Dl_info library;
+        EXPECT_FALSE(text.isEmpty());
+        EXPECT_EQ(dladdr(text.constData(), &library), 0) << text.toStdString();
+    }
 }
 
 TEST(HistoryItem, KeepsWhatItIsMadeOf) {
