@@ -58,6 +58,7 @@ PROGRAM_FOLDERS = {"platform/sys": ("cli", "tests")}
 # A header whose name ends in Internal.h belongs to its folder, but for these: who else, and why.
 SHARED_INTERNAL_HEADERS = {
     "common/base/MessageInternal.h": ("common", "every folder makes messages"),
+    "common/repository/DeferredWriteInternal.h": ("common", "writes what a host let go of"),
     "common/json/ParseObjectInternal.h": ("common", "reads a file of ours as one object"),
     "platform/ut/RegularFileInternal.h": ("platform/qut", "opens only what ut::File opens"),
 }

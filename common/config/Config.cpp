@@ -1,5 +1,6 @@
 #include <common/config/Config.h>
 #include <common/config/ConfigFileInternal.h>
+#include <common/repository/DeferredWriteInternal.h>
 #include <platform/kernel/OdError.h>
 
 #include <utility>
@@ -76,7 +77,11 @@ std::shared_ptr<Config> Config::shared(const ConfigPath& path, ConfigData data,
 }
 
 Config::Config(const ConfigPath& path, ConfigData data, const IoInterface& io)
-    : file_(path.configFile()), path_(path), data_(std::move(data)), io_(io) {
+    : file_(path.configFile()),
+      path_(path),
+      data_(std::move(data)),
+      io_(io),
+      unexpected_(unexpectedConfigError()) {
 }
 
 Config::Config(Config&& other) noexcept = default;
@@ -84,11 +89,8 @@ Config::Config(Config&& other) noexcept = default;
 Config::~Config() {
     if (!modified_)
         return;
-    try {
-        io_.reportResult(writeConfigFile(data_, file_.getFullPath()));
-    } catch (...) {
-        // A host that throws here breaks its contract, but must not end the process it lives in.
-    }
+    writeAndReport([this] { return writeConfigFile(data_, file_.getFullPath()); },
+                   std::move(unexpected_), io_);
 }
 
 WriteConfigData Config::write() {

@@ -70,6 +70,8 @@ private:
     MovedFlag modified_;
     ConfigData data_;
     const IoInterface& io_;
+    // To be told when there is no memory for any other message.
+    ErrorMessage unexpected_;
 };
 
 }  // namespace common

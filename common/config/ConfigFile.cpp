@@ -67,19 +67,19 @@ Expected<ConfigData> readConfigFile(const OdString& file) {
     return projects;
 }
 
-Expected<void> writeConfigFile(const ConfigData& projects, const OdString& file) {
-    try {
-        ut::TextFile text(file);
-        text.addLine(OdString(jsonlib::json::write(toJson(projects))));
-        if (!text.write())
-            return translatedError(L"Error writing to file '%ls'", file);
-        return {};
-    } catch (...) {
-        // Whatever a full memory or a hostile name throws must not leave a destructor. The word
-        // "deserializing" is wanted in this text.
-        return translatedError(
-            L"An unexpected error occurred while deserializing the config file.");
-    }
+Expected<void> writeConfigFile(const ConfigData& projects, const OdString& file) try {
+    ut::TextFile text(file);
+    text.addLine(OdString(jsonlib::json::write(toJson(projects))));
+    if (!text.write())
+        return translatedError(L"Error writing to file '%ls'", file);
+    return {};
+} catch (...) {
+    return unexpectedConfigError();
+}
+
+ErrorMessage unexpectedConfigError() {
+    // The word "deserializing" is wanted in this text.
+    return translatedError(L"An unexpected error occurred while deserializing the config file.");
 }
 
 }  // namespace common

@@ -12,8 +12,11 @@ namespace common {
 /// with exactly the same path the first counts.
 Expected<ConfigData> readConfigFile(const OdString& file);
 
-/// Replaces the configuration file durably and as a whole. Never throws; on an error the old file
-/// stays.
+/// What is told when something was thrown while the configuration file was written.
+ErrorMessage unexpectedConfigError();
+
+/// Replaces the configuration file durably and as a whole; on an error the old file stays. Throws
+/// `std::bad_alloc` only when there is no memory for a message.
 Expected<void> writeConfigFile(const ConfigData& projects, const OdString& file);
 
 }  // namespace common

@@ -12,12 +12,20 @@ WriteConfigData::WriteConfigData(ConfigData& registry, ConfigListeners& register
 }
 
 WriteConfigData::~WriteConfigData() {
-    // A listener may change the set while it is told, so the round goes over those who were in it
-    // at its begin and asks before each call whether that one still is.
-    const ConfigListeners round = listeners;
-    for (const std::reference_wrapper<ConfigListener>& listener : round) {
-        if (listeners.contains(listener))
+    ConfigListeners registered;
+    bool isRemembered = true;
+    try {
+        registered = listeners;
+    } catch (...) {
+        // Without memory for them, those who register in the round are told as well.
+        isRemembered = false;
+    }
+    for (auto next = listeners.begin(); next != listeners.end();) {
+        const std::reference_wrapper<ConfigListener> listener = *next;
+        if (!isRemembered || registered.contains(listener))
             listener.get().onConfigChanged();
+        // Looked up again: the listener may have changed the set, and be gone itself.
+        next = listeners.upper_bound(listener);
     }
 }
 

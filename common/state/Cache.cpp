@@ -1,6 +1,8 @@
 #include <common/base/MessageInternal.h>
+#include <common/repository/DeferredWriteInternal.h>
 #include <common/state/Cache.h>
 #include <common/state/StateFile.h>
+#include <common/state/StateWriterInternal.h>
 #include <common/state/Transaction.h>
 #include <platform/kernel/OdError.h>
 
@@ -37,21 +39,25 @@ void Cache::create(const RootPath& root, const IoInterface& io) {
 }
 
 Cache::Cache(const RootPath& root, const IoInterface& io)
-    : modified_(true), stateFile_(root.statePath()), io_(io) {
+    : modified_(true),
+      stateFile_(root.statePath()),
+      io_(io),
+      unexpected_(unexpectedStateError()) {
 }
 
 Cache::Cache(const RootPath& root, State state, const IoInterface& io)
-    : modified_(false), state_(std::move(state)), stateFile_(root.statePath()), io_(io) {
+    : modified_(false),
+      state_(std::move(state)),
+      stateFile_(root.statePath()),
+      io_(io),
+      unexpected_(unexpectedStateError()) {
 }
 
 Cache::~Cache() {
     if (!modified_)
         return;
-    try {
-        io_.reportResult(writeState(state_, stateFile_.getFullPath()));
-    } catch (...) {
-        // A host that throws here breaks its contract, and a destructor has nobody to pass it to.
-    }
+    writeAndReport([this] { return replaceState(state_, stateFile_.getFullPath()); },
+                   std::move(unexpected_), io_);
 }
 
 State& Cache::write() {

@@ -60,6 +60,8 @@ private:
     State state_;
     ut::FileName stateFile_;
     const IoInterface& io_;
+    // To be told when there is no memory for any other message.
+    ErrorMessage unexpected_;
 };
 
 }  // namespace common

@@ -20,7 +20,8 @@ namespace common {
 QRV_COMMON_EXPORT Expected<State> deserialize(const OdString& statePath);
 
 /// Replaces the file at `statePath` by `state`, durably and as a whole; never throws. On an error
-/// (a file change without a name, a file that cannot be written) the old file stays as it was.
+/// (a file change without a name, a file that cannot be written) the old file stays as it was. The
+/// error has no text when there was no memory for one.
 ///
 /// Not written are the drawings of the handles of a conflict, and handles that are modified blocks
 /// only.

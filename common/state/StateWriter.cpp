@@ -2,6 +2,7 @@
 #include <common/state/RowTextInternal.h>
 #include <common/state/StateFile.h>
 #include <common/state/StateKeysInternal.h>
+#include <common/state/StateWriterInternal.h>
 #include <platform/ut/TextFile.h>
 
 #include <string_view>
@@ -141,7 +142,12 @@ Expected<void> writeRows(const State& state, RowText& text) {
 
 }  // namespace
 
-Expected<void> writeState(const State& state, const OdString& statePath) try {
+ErrorMessage unexpectedStateError() {
+    // The text speaks of deserializing although it is the writing that failed; it is kept so.
+    return translatedError(L"An unexpected error occurred while deserializing the state file.");
+}
+
+Expected<void> replaceState(const State& state, const OdString& statePath) try {
     ut::TextFile file(statePath);
     RowText text(file);
     if (Expected<void> written = writeRows(state, text); !written)
@@ -150,8 +156,14 @@ Expected<void> writeState(const State& state, const OdString& statePath) try {
         return translatedError(L"Error writing to file '%ls'", statePath);
     return {};
 } catch (...) {
-    // The text speaks of deserializing although it is the writing that failed; it is kept so.
-    return translatedError(L"An unexpected error occurred while deserializing the state file.");
+    return unexpectedStateError();
+}
+
+Expected<void> writeState(const State& state, const OdString& statePath) try {
+    return replaceState(state, statePath);
+} catch (...) {
+    // Not even the message found memory.
+    return ErrorMessage();
 }
 
 }  // namespace common

@@ -6,7 +6,9 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <iterator>
 #include <memory>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -15,9 +17,10 @@ namespace {
 
 using common::Config;
 using qrv_test::Configuration;
+using qrv_test::FailingAllocation;
 using testing::AnyOf;
 using testing::ElementsAre;
-using testing::IsSupersetOf;
+using testing::UnorderedElementsAre;
 
 const std::string oldBytes = "{\"old\":1}";
 const std::string newBytes =
@@ -73,29 +76,62 @@ TEST(ConfigFault, IsReportedWhenADirectoryStandsInTheWay) {
     EXPECT_EQ(configuration.io.results[0].error().message.toNarrow(), writeError(configuration));
 }
 
-// Memory that runs out is the one exception that writing meets.
-TEST(ConfigFault, OfAnotherKindIsReportedWithItsOwnText) {
+// Memory that runs out is the one exception that writing meets. The host was told nothing of it: the
+// path of the file was copied outside what catches, and the message could find no memory either.
+class ConfigFaultOfMemory : public testing::TestWithParam<FailingAllocation::Which> {};
+
+TEST_P(ConfigFaultOfMemory, IsToldOnceWithItsOwnText) {
     std::set<std::string> outcomes;
     for (long nth = 1; nth < 10'000; ++nth) {
         const Configuration configuration;
+        configuration.io.results.reserve(1);
         auto config = changed(configuration);
         bool hasFired = false;
         {
-            const qrv_test::FailingAllocation failing(nth);
+            const FailingAllocation failing(nth, GetParam());
             config.reset();
             hasFired = failing.hasFired();
         }
-        EXPECT_THAT(configuration.bytes(), AnyOf(oldBytes, newBytes)) << nth;
-        for (const Expected<void>& result : configuration.io.results)
-            outcomes.insert(result ? "written" : result.error().message.toNarrow());
+        ASSERT_EQ(configuration.io.results.size(), 1U) << nth;
+        const Expected<void>& result = configuration.io.results[0];
+        EXPECT_EQ(configuration.bytes(), result ? newBytes : oldBytes) << nth;
+        outcomes.insert(result ? "written" : result.error().message.toNarrow());
         if (!hasFired)
             break;
     }
     EXPECT_THAT(outcomes,
-                IsSupersetOf({std::string("written"),
-                              std::string("An unexpected error occurred while deserializing the "
-                                          "config file.")}));
+                UnorderedElementsAre("written",
+                                     "An unexpected error occurred while deserializing the "
+                                     "config file."));
 }
+
+// The end of a write handle ended the process when there was no memory: it copied the set of its
+// listeners, in a destructor.
+TEST_P(ConfigFaultOfMemory, KeepsNoListenerFromBeingTold) {
+    struct CountingListener : common::ConfigListener {
+        void onConfigChanged() override { ++count; }
+        int count = 0;
+    };
+    CountingListener listeners[3];
+    const common::ConfigListeners expected(std::begin(listeners), std::end(listeners));
+    for (long nth = 1; nth <= 3; ++nth) {
+        common::ConfigListeners registered = expected;
+        common::ConfigData data;
+        std::optional<common::WriteConfigData> handle;
+        handle.emplace(data, registered);
+        {
+            const FailingAllocation failing(nth, GetParam());
+            handle.reset();
+            EXPECT_TRUE(failing.hasFired());
+        }
+        for (const CountingListener& listener : listeners)
+            EXPECT_EQ(listener.count, nth);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, ConfigFaultOfMemory,
+                         testing::Values(FailingAllocation::Which::one,
+                                         FailingAllocation::Which::allThatFollow));
 
 /// A host that breaks its promise.
 class ThrowingIo final : public qrv_test::RecordingIo {

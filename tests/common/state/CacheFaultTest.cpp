@@ -1,4 +1,5 @@
 #include <common/state/Cache.h>
+#include <common/state/StateFile.h>
 #include <platform/ut/ScopedFault.h>
 #include <tests/common/state/FailingAllocation.h>
 #include <tests/common/state/StateRepository.h>
@@ -16,6 +17,7 @@
 namespace {
 
 using common::Cache;
+using qrv_test::FailingAllocation;
 using qrv_test::RecordingIo;
 using qrv_test::StateRepository;
 using testing::AnyOf;
@@ -146,23 +148,56 @@ TEST(CacheFault, OfAReplacementThatIsKilledLeavesTheOldFileOrTheNew) {
     EXPECT_GE(kept, 9);
 }
 
-TEST(CacheFault, OfMemoryNeverLeavesItsEnd) {
+// A host was told nothing of a state that was not written: the path of the file was copied outside
+// what catches, and the message could find no memory either.
+class CacheFaultOfMemory : public testing::TestWithParam<FailingAllocation::Which> {};
+
+TEST_P(CacheFaultOfMemory, IsToldOnceAndLeavesTheOldFileOrTheNew) {
     for (long nth = 1;; ++nth) {
         const StateRepository repository;
         const RecordingIo io;
+        io.results.reserve(1);
         std::shared_ptr<Cache> cache = changedCache(repository, io);
         bool hasFired = false;
         {
-            const qrv_test::FailingAllocation failing(nth);
+            const FailingAllocation failing(nth, GetParam());
             cache.reset();
             hasFired = failing.hasFired();
         }
-        EXPECT_THAT(repository.stateFileBytes(), AnyOf(oldBytes(), newBytes())) << nth;
+        ASSERT_EQ(io.results.size(), 1u) << nth;
+        const bool isWritten = io.results[0].hasValue();
+        EXPECT_EQ(repository.stateFileBytes(), isWritten ? newBytes() : oldBytes()) << nth;
+        if (!isWritten) {
+            EXPECT_EQ(io.results[0].error().message,
+                      L"An unexpected error occurred while deserializing the state file.");
+        }
         if (!hasFired) {
-            EXPECT_EQ(repository.stateFileBytes(), newBytes());
+            EXPECT_TRUE(isWritten);
             break;
         }
     }
 }
+
+TEST_P(CacheFaultOfMemory, IsAnErrorOfTheWriterAndNoException) {
+    const StateRepository repository;
+    const common::State state = qrv_test::fullState();
+    const OdString path = repository.root().statePath();
+    for (long nth = 1;; ++nth) {
+        bool hasFired = false;
+        Expected<void> written;
+        {
+            const FailingAllocation failing(nth, GetParam());
+            ASSERT_NO_THROW(written = common::writeState(state, path)) << nth;
+            hasFired = failing.hasFired();
+        }
+        if (!hasFired)
+            break;
+    }
+    EXPECT_EQ(repository.stateFileBytes(), newBytes());
+}
+
+INSTANTIATE_TEST_SUITE_P(, CacheFaultOfMemory,
+                         testing::Values(FailingAllocation::Which::one,
+                                         FailingAllocation::Which::allThatFollow));
 
 }  // namespace

@@ -3,10 +3,12 @@
 namespace qrv_test {
 
 /// Makes one memory allocation of the process throw `std::bad_alloc`: the `nth` while the object
-/// lives. One object at a time, on one thread.
+/// lives; or that one and all that follow. One object at a time, on one thread.
 class [[nodiscard]] FailingAllocation {
 public:
-    explicit FailingAllocation(long nth);
+    enum class Which { one, allThatFollow };
+
+    explicit FailingAllocation(long nth, Which which = Which::one);
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
     ~FailingAllocation();
