@@ -114,7 +114,8 @@ Expected<OdString> ObjectStorage::keep(const common::RootPath& root, const OdStr
     const Expected<OdString> object = objectFile(root, url);
     if (!object)
         return object.error();
-    if (!exists(*object)) {
+    // Looked at as a whole: what is only said to be there may be damaged, or out of reach.
+    if (!readObject(root, url)) {
         const Expected<void> written = writeFile(*object, *bytes);
         if (!written)
             return written.error();

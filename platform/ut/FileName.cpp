@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <utility>
@@ -67,6 +68,11 @@ bool makeParents(const std::string& path, mode_t mode) {
     return true;
 }
 
+// Whether a look that failed for this reason says that nothing is there, or could be.
+bool meansAbsent(int errorNumber) {
+    return errorNumber == ENOENT || errorNumber == ENOTDIR || errorNumber == ENAMETOOLONG;
+}
+
 DateTime toDateTime(const timespec& time) {
     return DateTime::fromUnixTime(time.tv_sec, time.tv_nsec);
 }
@@ -124,10 +130,12 @@ void FileName::makeAbsolute() {
 }
 
 bool FileName::exists(int kinds) const {
+    if (kinds == 0)
+        return false;
     const std::optional<std::string> systemPath = toSystemPath(path_);
     struct stat status = {};
-    return kinds != 0 && systemPath &&
-           calls::fstatAt(AT_FDCWD, systemPath->c_str(), status, AT_SYMLINK_NOFOLLOW) == 0;
+    return systemPath && (calls::fstatAt(AT_FDCWD, systemPath->c_str(), status, 0) == 0 ||
+                          !meansAbsent(errno));
 }
 
 int FileName::getDirCount() const {

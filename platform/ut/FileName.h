@@ -35,8 +35,10 @@ public:
     /// when the current folder cannot be asked.
     void makeAbsolute();
 
-    /// True when the path names something of the wanted kinds. `kinds` is a set of bits; the only
-    /// one used is 0x1FFF, any kind, for which also a broken link exists.
+    /// False when certainly nothing of the wanted kinds has this path; a link to nothing is nothing.
+    /// True also when nobody could look, because of the disk or of missing rights: what asks wants
+    /// to make something where nothing is, and must not do so over what it could not see. `kinds`
+    /// is a set of bits; the only one used is 0x1FFF, any kind.
     bool exists(int kinds) const;
     /// The number of the path's components, the last one included.
     int getDirCount() const;

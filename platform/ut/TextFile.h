@@ -16,7 +16,7 @@ public:
     /// Only keeps the path; does not touch the disk.
     explicit TextFile(const OdString& path);
 
-    /// True when the path names something.
+    /// As `FileName::exists`: false only when certainly nothing is there.
     bool exists() const;
 
     /// Reads the whole file. False when it cannot be read; there are no lines then.

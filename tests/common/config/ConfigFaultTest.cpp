@@ -65,6 +65,26 @@ TEST(ConfigFault, LeavesTheOldFileOrTheNewOneAndIsReported) {
     EXPECT_GT(failures, 3);
 }
 
+// Every project was lost after a share was not to be reached for a moment: a registry of which
+// nobody could say whether it is there was taken for an empty one, and that was written.
+TEST(ConfigFault, OfAQuestionDoesNotMakeAnEmptyRegistry) {
+    const Configuration configuration;
+    configuration.write(newBytes);
+    for (int nth = 1; nth < 1000; ++nth) {
+        bool hasFired = false;
+        {
+            const ut::ScopedFault fault(nth, EIO);
+            const auto config = configuration.load();
+            hasFired = fault.hasFired();
+            if (config) {
+                EXPECT_EQ((*config)->readProjects().size(), 1U) << nth;
+            }
+        }
+        if (!hasFired)
+            break;
+    }
+}
+
 TEST(ConfigFault, IsReportedWhenADirectoryStandsInTheWay) {
     const Configuration configuration;
     auto config = configuration.loaded();

@@ -51,6 +51,19 @@ TEST(Config, IsReadFromItsFile) {
     EXPECT_EQ(&config->readProjects(), &config->read().read());
 }
 
+// A registry that is a link to nothing could not be loaded: it counted as a file.
+TEST(Config, OfALinkToNothingIsEmptyAndTakesItsPlace) {
+    const Configuration configuration;
+    fs::create_symlink("nowhere", configuration.file());
+    {
+        const auto config = configuration.loaded();
+        EXPECT_THAT(config->readProjects(), IsEmpty());
+        static_cast<void>(config->write());
+    }
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(configuration.file())));
+    EXPECT_EQ(configuration.bytes(), "{\n}");
+}
+
 TEST(Config, ThatWasOnlyReadWritesNothing) {
     const Configuration configuration;
     configuration.write(oneProject);

@@ -92,6 +92,26 @@ TEST(CacheFault, LeavesNoFileWhereThereWasNoneWhateverCallFails) {
     EXPECT_GE(without, 6);
 }
 
+// A default state was written over a real one while its share was not to be reached: every failure
+// of the question whether it is there counted as no.
+TEST(CacheFault, OfTheQuestionWhetherAStateIsThereKeepsIt) {
+    const StateRepository repository;
+    repository.writeStateFile(newBytes());
+    const RecordingIo io;
+    for (const int errorNumber : {EIO, EACCES, ESTALE, ENOMEM}) {
+        for (int nth = 1;; ++nth) {
+            const ut::ScopedFault fault(nth, errorNumber);
+            Cache::create(repository.root(), io);
+            EXPECT_EQ(repository.stateFileBytes(), newBytes()) << errorNumber;
+            if (!fault.hasFired())
+                break;
+        }
+        const ut::ScopedFault fault(1, errorNumber);
+        EXPECT_TRUE(Cache::get(repository.root(), io)) << errorNumber;
+    }
+    EXPECT_TRUE(io.results.empty());
+}
+
 /// Runs `action` in a process of its own that dies at its nth file-system call. True if it died so.
 template <class Action>
 bool dies(int nth, Action action) {

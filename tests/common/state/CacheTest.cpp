@@ -74,10 +74,13 @@ TEST_F(CacheTest, IsNotMadeOfWhatCannotBeRead) {
     EXPECT_EQ(errorOfGet(),
               "Unable to read file '" + repository.stateFile().string() + "': Is a directory");
     fs::remove(repository.stateFile());
-    // A link counts as a file, also when what it names is gone.
-    fs::create_symlink("nowhere", repository.stateFile());
+    fs::create_symlink("qrv.state", repository.stateFile());
     EXPECT_EQ(errorOfGet(), "Unable to read file '" + repository.stateFile().string() +
-                                "': No such file or directory");
+                                "': Too many levels of symbolic links");
+    fs::remove(repository.stateFile());
+    // A link to nothing is no file.
+    fs::create_symlink("nowhere", repository.stateFile());
+    EXPECT_EQ(errorOfGet(), "No state file found at " + repository.stateFile().string());
 }
 
 TEST_F(CacheTest, HoldsWhatTheFileSays) {
@@ -234,14 +237,22 @@ TEST_F(CacheTest, CreatesNothingOverAnExistingFile) {
     EXPECT_TRUE(io.results.empty());
 }
 
-TEST_F(CacheTest, CreatesNothingOverAFolderOrABrokenLink) {
+TEST_F(CacheTest, CreatesNothingOverAFolderOrALinkInACircle) {
     fs::create_directory(repository.stateFile());
     Cache::create(repository.root(), io);
+    EXPECT_TRUE(fs::is_directory(repository.stateFile()));
     fs::remove(repository.stateFile());
-    fs::create_symlink("nowhere", repository.stateFile());
+    fs::create_symlink("qrv.state", repository.stateFile());
     Cache::create(repository.root(), io);
     EXPECT_TRUE(fs::is_symlink(repository.stateFile()));
     EXPECT_TRUE(io.results.empty());
+}
+
+TEST_F(CacheTest, CreatesADefaultStateFileInPlaceOfALinkToNothing) {
+    fs::create_symlink("nowhere", repository.stateFile());
+    Cache::create(repository.root(), io);
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(repository.stateFile())));
+    EXPECT_EQ(repository.stateFileBytes(), stateSample("default"));
 }
 
 TEST_F(CacheTest, TellsTheHostWhyNothingCouldBeCreated) {

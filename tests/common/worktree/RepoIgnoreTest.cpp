@@ -77,6 +77,26 @@ TEST_F(RepoIgnoreTest, MakesAMissingFileWithExplanationAndDefaults) {
                 ElementsAre(".qrv/", ".qrv/properties/", ".qrv/properties/ignore"));
 }
 
+// A link to nothing meant no rules, and none of the defaults were made: it counted as a file.
+TEST_F(RepoIgnoreTest, MakesTheFileInPlaceOfALinkToNothing) {
+    fs::create_directories(repository.folder / ".qrv/properties");
+    fs::create_symlink("nowhere", repository.folder / ".qrv/properties/ignore");
+    EXPECT_EQ(load().size(), 3U);
+    EXPECT_EQ(ignoreFile(), sample());
+}
+
+// Rules were lost when the disk failed for a moment: what could not be asked counted as missing.
+TEST_F(RepoIgnoreTest, AreNotWrittenOverWhatNobodyCouldAsk) {
+    qrv_test::writeFile(repository.folder / ".qrv/properties/ignore", "*.old\n");
+    for (int nth = 1;; ++nth) {
+        const ut::ScopedFault fault(nth, EIO);
+        static_cast<void>(common::RepoIgnore::write(L"*.new", repository.root));
+        EXPECT_EQ(ignoreFile(), "*.old\n") << nth;
+        if (!fault.hasFired())
+            break;
+    }
+}
+
 TEST_F(RepoIgnoreTest, HasNoRulesAndStaysSilentWhenTheFileCannotBeMade) {
     qrv_test::writeFile(repository.folder / ".qrv/properties", "a file in the way");
     EXPECT_THAT(load(), IsEmpty());

@@ -129,11 +129,30 @@ TEST(FileName, ExistsWhateverItNames) {
     fs::create_symlink("nowhere", folder / "broken");
     fs::create_symlink("loop", folder / "loop");
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0666), 0);
-    for (const char* name : {"file", "folder", "folder/", "broken", "loop", "pipe", ""})
+    fs::create_symlink("file", folder / "link");
+    for (const char* name : {"file", "folder", "folder/", "link", "loop", "pipe", ""})
         EXPECT_TRUE(FileName(folder.text(name)).exists(anyKind)) << name;
-    for (const char* name : {"missing", "file/below", "FILE", "broken/"})
+    for (const char* name : {"missing", "file/below", "FILE", "broken", "broken/"})
         EXPECT_FALSE(FileName(folder.text(name)).exists(anyKind)) << name;
+    EXPECT_FALSE(FileName(folder.text(std::string(256, 'x'))).exists(anyKind));
     EXPECT_FALSE(FileName(folder.text("file")).exists(0)) << "no kind is wanted";
+}
+
+// A file was made over one that is there, on a share that was not to be reached for a moment: every
+// failure of the look counted as "there is none".
+TEST(FileName, IsMissingOnlyWhenSomebodyCouldLook) {
+    const TemporaryFolder folder;
+    qrv_test::writeFile(folder / "file", "");
+    const FileName file(folder.text("file"));
+    for (const int errorNumber : {EIO, EACCES, ESTALE, ENOMEM, ETIMEDOUT}) {
+        const ut::ScopedFault fault(1, errorNumber);
+        EXPECT_TRUE(file.exists(anyKind)) << errorNumber;
+        EXPECT_TRUE(fault.hasFired());
+    }
+    for (const int errorNumber : {ENOENT, ENOTDIR}) {
+        const ut::ScopedFault fault(1, errorNumber);
+        EXPECT_FALSE(file.exists(anyKind)) << errorNumber;
+    }
 }
 
 TEST(FileName, MakesAFolder) {

@@ -121,12 +121,12 @@ TEST(TextFile, HasNoLinesWhenItCannotBeRead) {
     EXPECT_EQ(linesOf(file), Lines{});
 }
 
-TEST(TextFile, ExistsWhenThePathNamesAnything) {
+TEST(TextFile, ExistsWhenThePathNamesAnythingThatIsThere) {
     const TemporaryFolder folder;
     qrv_test::writeFile(folder / "file", "");
     std::filesystem::create_symlink("nowhere", folder / "broken");
     EXPECT_TRUE(ut::TextFile(folder.text("file")).exists());
-    EXPECT_TRUE(ut::TextFile(folder.text("broken")).exists());
+    EXPECT_FALSE(ut::TextFile(folder.text("broken")).exists());
     EXPECT_TRUE(ut::TextFile(folder.text()).exists());
     EXPECT_FALSE(ut::TextFile(folder.text("missing")).exists());
 }
