@@ -9,8 +9,6 @@
 #include <cerrno>
 #include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace ut {
 
@@ -35,23 +33,20 @@ Component lastComponent(const OdString& path, int limit) {
     return {.begin = begin, .end = end};
 }
 
-std::vector<OdString> resolvedComponents(const OdString& path) {
-    std::vector<OdString> resolved;
-    int begin = 0;
-    while (begin < path.getLength()) {
+// An absolute path without what names nothing: ".", and separators beside others.
+OdString tidied(const OdString& path) {
+    OdString tidy;
+    for (int begin = 0; begin < path.getLength();) {
         const int separator = path.find(slash, begin);
         const int end = separator < 0 ? path.getLength() : separator;
         const OdString name = path.mid(begin, end - begin);
-        if (name == OdString(L"..")) {
-            // Above the root is the root.
-            if (!resolved.empty())
-                resolved.pop_back();
-        } else if (!name.isEmpty() && name != OdString(L".")) {
-            resolved.push_back(name);
+        if (!name.isEmpty() && name != OdString(L".")) {
+            tidy += slash;
+            tidy += name;
         }
         begin = end + 1;
     }
-    return resolved;
+    return tidy.isEmpty() ? OdString(std::wstring(1, slash)) : tidy;
 }
 
 // Whether it is there counts, not who made it: another process may be making the same folders.
@@ -121,12 +116,7 @@ void FileName::makeAbsolute() {
             return;
         absolute = OdString(current.get()) + slash + path_;
     }
-    OdString resolved;
-    for (const OdString& name : resolvedComponents(absolute)) {
-        resolved += slash;
-        resolved += name;
-    }
-    path_ = resolved.isEmpty() ? OdString(L"/") : std::move(resolved);
+    path_ = tidied(absolute);
 }
 
 bool FileName::exists(int kinds) const {
@@ -134,8 +124,8 @@ bool FileName::exists(int kinds) const {
         return false;
     const std::optional<std::string> systemPath = toSystemPath(path_);
     struct stat status = {};
-    return systemPath && (calls::fstatAt(AT_FDCWD, systemPath->c_str(), status, 0) == 0 ||
-                          !meansAbsent(errno));
+    return systemPath &&
+           (calls::fstatAt(AT_FDCWD, systemPath->c_str(), status, 0) == 0 || !meansAbsent(errno));
 }
 
 int FileName::getDirCount() const {

@@ -30,9 +30,10 @@ public:
 
     /// The path as it was given or made.
     OdString getFullPath() const { return path_; }
-    /// Makes a relative path absolute, from the current folder. "." and ".." are resolved as text,
-    /// and double separators become one. An empty path stays empty; a relative one stays as it is
-    /// when the current folder cannot be asked.
+    /// Makes a relative path absolute, from the current folder. "." is left out, and double
+    /// separators become one; ".." stays, for behind a link to a folder it names that folder's own
+    /// parent. An empty path stays empty; a relative one stays as it is when the current folder
+    /// cannot be asked.
     void makeAbsolute();
 
     /// False when certainly nothing of the wanted kinds has this path; a link to nothing is nothing.

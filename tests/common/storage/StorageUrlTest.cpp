@@ -180,10 +180,24 @@ TEST(StorageUrl, LocatesADrawingAbsolutelyAlsoBelowARelativeRoot) {
     EXPECT_EQ(object, name.toNarrow() + "/.qrv/objects/po:1");
 }
 
-// Whether a name may be used is for the host to say: a URL can lead out of the store.
-TEST(StorageUrl, ResolvesTheDotsInAStoreName) {
+// Drawings were looked for in another folder than the state and the objects: the dots behind a link
+// to a folder were resolved as text, which takes the link out.
+TEST(StorageUrl, LocatesADrawingBesideTheStateAlsoBehindALink) {
     const Project project;
-    EXPECT_EQ(storagePath(project, "tf:../../x#1"), "root/x.tf");
+    const qrv_test::TemporaryFolder home;
+    std::filesystem::create_directory(project.folder / "folder");
+    std::filesystem::create_directory_symlink(project.folder / "folder", home / "link");
+    const RootPath root = RootPath::get(home.text("link/.."), false).value();
+    qrv_test::writeFile(project.folder / ".qrv/tf/plan.tf", "drawing");
+    qrv_test::writeFile(project.folder / ".qrv/objects/1", "object");
+    EXPECT_EQ(qrv_test::readFile(shown(getStoragePath(root, L"tf:plan#1"))), "drawing");
+    EXPECT_EQ(qrv_test::readFile(home / "link/../.qrv/objects/1"), "object");
+}
+
+// Whether a name may be used is for the host to say: a URL can lead out of the store.
+TEST(StorageUrl, KeepsTheDotsInAStoreName) {
+    const Project project;
+    EXPECT_EQ(storagePath(project, "tf:../../x#1"), "root/.qrv/tf/../../x.tf");
     EXPECT_EQ(storagePath(project, "tf:./a//b#1"), "root/.qrv/tf/a/b.tf");
     EXPECT_EQ(storagePath(project, "po:../x"), "root/.qrv/objects/po:../x");
 }
