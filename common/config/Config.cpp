@@ -81,6 +81,7 @@ Config::Config(const ConfigPath& path, ConfigData data, const IoInterface& io)
       path_(path),
       data_(std::move(data)),
       io_(io),
+      target_(absolutePathOf(file_)),
       unexpected_(unexpectedConfigError()) {
 }
 
@@ -89,7 +90,7 @@ Config::Config(Config&& other) noexcept = default;
 Config::~Config() {
     if (!modified_)
         return;
-    writeAndReport([this] { return writeConfigFile(data_, file_.getFullPath()); },
+    writeAndReport([this] { return writeConfigFile(data_, target_, file_.getFullPath()); },
                    std::move(unexpected_), io_);
 }
 

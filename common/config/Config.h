@@ -70,6 +70,8 @@ private:
     MovedFlag modified_;
     ConfigData data_;
     const IoInterface& io_;
+    // The file lies here, whatever folder is the current one when it is written.
+    OdString target_;
     // To be told when there is no memory for any other message.
     ErrorMessage unexpected_;
 };

@@ -67,8 +67,9 @@ Expected<ConfigData> readConfigFile(const OdString& file) {
     return projects;
 }
 
-Expected<void> writeConfigFile(const ConfigData& projects, const OdString& file) try {
-    ut::TextFile text(file);
+Expected<void> writeConfigFile(const ConfigData& projects, const OdString& target,
+                               const OdString& file) try {
+    ut::TextFile text(target);
     text.addLine(OdString(jsonlib::json::write(toJson(projects))));
     if (!text.write())
         return translatedError(L"Error writing to file '%ls'", file);

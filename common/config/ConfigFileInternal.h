@@ -15,8 +15,10 @@ Expected<ConfigData> readConfigFile(const OdString& file);
 /// What is told when something was thrown while the configuration file was written.
 ErrorMessage unexpectedConfigError();
 
-/// Replaces the configuration file durably and as a whole; on an error the old file stays. Throws
-/// `std::bad_alloc` only when there is no memory for a message.
-Expected<void> writeConfigFile(const ConfigData& projects, const OdString& file);
+/// Replaces the configuration file at `target`, which messages call `file`, durably and as a whole;
+/// on an error the old file stays. Throws `std::bad_alloc` only when there is no memory for a
+/// message.
+Expected<void> writeConfigFile(const ConfigData& projects, const OdString& target,
+                               const OdString& file);
 
 }  // namespace common

@@ -2,10 +2,19 @@
 
 #include <common/base/Expected.h>
 #include <common/repository/IoInterface.h>
+#include <platform/kernel/OdString.h>
+#include <platform/ut/FileName.h>
 
 #include <utility>
 
 namespace common {
+
+/// Where the file lies, to be kept until it is written: another folder may be the current one then,
+/// and another project's file there.
+inline OdString absolutePathOf(ut::FileName file) {
+    file.makeAbsolute();
+    return file.getFullPath();
+}
 
 /// Writes what a host has let go of, and tells `io` how that went: exactly once, whatever fails on
 /// the way. An exception of `write` is told as `unexpected`, which was made while there was memory

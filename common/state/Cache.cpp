@@ -42,6 +42,7 @@ Cache::Cache(const RootPath& root, const IoInterface& io)
     : modified_(true),
       stateFile_(root.statePath()),
       io_(io),
+      target_(absolutePathOf(stateFile_)),
       unexpected_(unexpectedStateError()) {
 }
 
@@ -50,13 +51,14 @@ Cache::Cache(const RootPath& root, State state, const IoInterface& io)
       state_(std::move(state)),
       stateFile_(root.statePath()),
       io_(io),
+      target_(absolutePathOf(stateFile_)),
       unexpected_(unexpectedStateError()) {
 }
 
 Cache::~Cache() {
     if (!modified_)
         return;
-    writeAndReport([this] { return replaceState(state_, stateFile_.getFullPath()); },
+    writeAndReport([this] { return replaceState(state_, target_, stateFile_.getFullPath()); },
                    std::move(unexpected_), io_);
 }
 

@@ -147,8 +147,9 @@ ErrorMessage unexpectedStateError() {
     return translatedError(L"An unexpected error occurred while deserializing the state file.");
 }
 
-Expected<void> replaceState(const State& state, const OdString& statePath) try {
-    ut::TextFile file(statePath);
+Expected<void> replaceState(const State& state, const OdString& target,
+                            const OdString& statePath) try {
+    ut::TextFile file(target);
     RowText text(file);
     if (Expected<void> written = writeRows(state, text); !written)
         return written;
@@ -160,7 +161,7 @@ Expected<void> replaceState(const State& state, const OdString& statePath) try {
 }
 
 Expected<void> writeState(const State& state, const OdString& statePath) try {
-    return replaceState(state, statePath);
+    return replaceState(state, statePath, statePath);
 } catch (...) {
     // Not even the message found memory.
     return ErrorMessage();

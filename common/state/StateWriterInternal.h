@@ -9,7 +9,8 @@ namespace common {
 /// What is told when something was thrown while a state was written.
 ErrorMessage unexpectedStateError();
 
-/// `writeState`, but that it throws `std::bad_alloc` when there is no memory for its message either.
-Expected<void> replaceState(const State& state, const OdString& statePath);
+/// Writes the state to `target`, which messages call `statePath`. Otherwise as `writeState`, but
+/// that it throws `std::bad_alloc` when there is no memory for its message either.
+Expected<void> replaceState(const State& state, const OdString& target, const OdString& statePath);
 
 }  // namespace common

@@ -22,9 +22,8 @@ QRV_COMMON_EXPORT FileStorage::Type fileToType(const OdString& file);
 /// is neither.
 QRV_COMMON_EXPORT Expected<OdString> getRevision(const OdString& url);
 /// Where the version lives: the object's file, or the file of the drawing store, whose name ends at
-/// the first "#"; the latter's path is absolute. Fails with a
-/// message that names the URL when it is neither. Nothing checks that the file exists, or what the
-/// name holds.
+/// the first "#"; the latter's path is absolute. Fails with a message that names the URL when it is
+/// neither. Nothing checks that the file exists, or what the name holds.
 QRV_COMMON_EXPORT Expected<OdString> getStoragePath(const RootPath& root, const OdString& url);
 
 }  // namespace common

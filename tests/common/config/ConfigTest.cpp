@@ -90,6 +90,31 @@ TEST(Config, IsWrittenWhenItsLastOwnerLetsGo) {
     EXPECT_THAT(listTree(configuration.folder.path()), ElementsAre("directories.state"));
 }
 
+// Another registry was overwritten: a path that begins at the current folder was only looked up
+// when the configuration ended, and the host had gone to another folder.
+TEST(Config, IsWrittenWhereItWasReadAlsoFromAnotherFolder) {
+    const Configuration configuration;
+    const Configuration other;
+    const fs::path before = fs::current_path();
+    fs::current_path(configuration.folder.path());
+    auto config = Config::load(L"settings", configuration.io).value();
+    fs::current_path(other.folder.path());
+    static_cast<void>(config->write());
+    config.reset();
+    fs::current_path(configuration.folder.path());
+    config = Config::load(L"settings", configuration.io).value();
+    fs::current_path(before);
+    EXPECT_THAT(listTree(configuration.folder.path()),
+                ElementsAre("settings/", "settings/directories.state"));
+    EXPECT_THAT(listTree(other.folder.path()), IsEmpty());
+    fs::remove_all(configuration.folder / "settings");
+    static_cast<void>(config->write());
+    config.reset();
+    ASSERT_EQ(configuration.io.results.size(), 2U);
+    EXPECT_EQ(configuration.io.results[1].error().message,
+              L"Error writing to file 'settings/directories.state'");
+}
+
 TEST(Config, IsWrittenAlsoWhenNothingWasChanged) {
     const Configuration configuration;
     static_cast<void>(configuration.loaded()->write());

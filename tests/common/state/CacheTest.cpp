@@ -117,6 +117,29 @@ TEST_F(CacheTest, IsWrittenAlsoWhenNothingWasChangedInTheEnd) {
     EXPECT_EQ(io.results.size(), 1u);
 }
 
+// The state of one project was written over that of another: a path that begins at the current
+// folder was only looked up when the cache ended, and the host had gone to another folder.
+TEST_F(CacheTest, IsWrittenWhereItWasReadAlsoFromAnotherFolder) {
+    const qrv_test::StateRepository other;
+    const fs::path before = fs::current_path();
+    fs::current_path(repository / "");
+    const common::RootPath root = common::RootPath::get(L".", false).value();
+    Cache::create(root, io);
+    std::shared_ptr<Cache> written = Cache::get(root, io).value();
+    std::shared_ptr<Cache> refused = Cache::get(root, io).value();
+    fs::current_path(other / "");
+    written->write().head.reference = L"roof";
+    written.reset();
+    EXPECT_EQ(qrv_test::load(repository).head.reference, L"roof");
+    fs::remove_all(repository / ".qrv");
+    refused->write();
+    refused.reset();
+    fs::current_path(before);
+    EXPECT_TRUE(other.metadata().empty());
+    ASSERT_EQ(io.results.size(), 3u);
+    EXPECT_EQ(io.results[2].error().message, L"Error writing to file './.qrv/qrv.state'");
+}
+
 TEST_F(CacheTest, TellsTheHostAfterTheFileIsWritten) {
     class ReadingIo : public RecordingIo {
     public:
