@@ -15,6 +15,7 @@ namespace ut {
 namespace {
 
 constexpr wchar_t slash = L'/';
+constexpr const wchar_t* currentFolder = L".";
 
 // A component of a path, without separators.
 struct Component {
@@ -130,19 +131,27 @@ bool FileName::exists(int kinds) const {
 
 int FileName::getDirCount() const {
     int count = 0;
+    Component first;
     Component component = lastComponent(path_, path_.getLength());
-    for (; component.end > 0; component = lastComponent(path_, component.begin))
+    for (; component.end > 0; component = lastComponent(path_, component.begin)) {
         ++count;
-    return count;
+        first = component;
+    }
+    const bool namesItsBegin = first.begin == 0 && path_.left(first.end) == currentFolder;
+    return path_.isEmpty() || namesItsBegin ? count : count + 1;
 }
 
 void FileName::removeLastDir() {
     const Component last = lastComponent(path_, path_.getLength());
-    if (last.end == 0)
-        return;
     const Component before = lastComponent(path_, last.begin);
-    // The separator of the root is the one that stays.
-    path_ = path_.left(before.end == 0 && last.begin > 0 ? 1 : before.end);
+    if (before.end > 0)
+        path_ = path_.left(before.end);
+    else if (last.end > 0 && last.begin > 0)
+        path_ = path_.left(1);
+    else if (last.end > 0 && path_.left(last.end) != currentFolder)
+        path_ = currentFolder;
+    else
+        path_ = OdString();
 }
 
 bool FileName::isDirWritable() const {

@@ -36,15 +36,16 @@ public:
     /// cannot be asked.
     void makeAbsolute();
 
-    /// False when certainly nothing of the wanted kinds has this path; a link to nothing is nothing.
-    /// True also when nobody could look, because of the disk or of missing rights: what asks wants
-    /// to make something where nothing is, and must not do so over what it could not see. `kinds`
-    /// is a set of bits; the only one used is 0x1FFF, any kind.
+    /// False when certainly nothing of the wanted kinds has this path; a link to nothing is
+    /// nothing. True also when nobody could look, because of the disk or of missing rights: what
+    /// asks wants to make something where nothing is, and must not do so over what it could not
+    /// see. `kinds` is a set of bits; the only one used is 0x1FFF, any kind.
     bool exists(int kinds) const;
-    /// The number of the path's components, the last one included.
+    /// The number of folders on the way to what the path names, that one included, and the one in
+    /// which it begins: the root, or for a relative path the current folder. 0 for the empty path.
     int getDirCount() const;
-    /// Removes the path's last component and the separator before it, but not that of the root;
-    /// does nothing when there is none.
+    /// Removes the last of these: "a/b" becomes "a", then ".", then empty; "/a" becomes "/", then
+    /// empty.
     void removeLastDir();
     /// True when the path names a folder in which this process may make files.
     bool isDirWritable() const;

@@ -3,6 +3,7 @@
 #include <tests/support/TemporaryFolder.h>
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -357,6 +358,18 @@ TEST_F(ConfigurationFolder, IsUnknownWithoutAnyOfThem) {
               (Outcome{1, "",
                        "qrv: The folder of your configuration is unknown: neither QRV_CONFIG_DIR "
                        "nor HOME is set\n"}));
+}
+
+// A home of "/", as services have it, was no valid path to the program: the root did not count as a
+// folder in which something may be made.
+TEST_F(ConfigurationFolder, MayLieInAHomeThatIsTheRoot) {
+    const std::string asNobody =
+        geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
+    EXPECT_EQ(runShell("/", "unset QRV_CONFIG_DIR XDG_CONFIG_HOME; HOME=/ " + asNobody +
+                                "\"$QRV\" projects"),
+              (Outcome{1, "",
+                       "qrv: The registry of projects '/.config/qrv/directories.state' cannot be "
+                       "read: The directory /.config/qrv is not writable.\n"}));
 }
 
 TEST_F(ConfigurationFolder, ThatCannotBeMadeIsAFailure) {

@@ -96,8 +96,9 @@ TEST(ConfigFault, IsReportedWhenADirectoryStandsInTheWay) {
     EXPECT_EQ(configuration.io.results[0].error().message.toNarrow(), writeError(configuration));
 }
 
-// Memory that runs out is the one exception that writing meets. The host was told nothing of it: the
-// path of the file was copied outside what catches, and the message could find no memory either.
+// Memory that runs out is the one exception that writing meets. The host was told nothing of it:
+// the path of the file was copied outside what catches, and the message could find no memory
+// either.
 class ConfigFaultOfMemory : public testing::TestWithParam<FailingAllocation::Which> {};
 
 TEST_P(ConfigFaultOfMemory, IsToldOnceWithItsOwnText) {

@@ -96,11 +96,53 @@ TEST(ConfigPath, RefusesAnEmptyPath) {
     EXPECT_EQ(outcome(OdString()), "VC config path is empty.");
 }
 
-TEST(ConfigPath, RefusesAPathWithoutAnExistingDirectoryPart) {
-    for (const wchar_t* directory :
-         {L"/", L"//", L"/qrv-no-such-folder", L"/qrv-no-such-folder/a/b", L"qrv-no-such-folder",
-          L"qrv-no-such-folder/a"})
+/// Whether `check` gives true in a process that has the folder for its root and current folder.
+template <class Check>
+bool holdsInARootOfItsOwn(const TemporaryFolder& folder, Check check) {
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(chroot(folder.path().c_str()) == 0 && chdir("/") == 0 && check() ? 0 : 1);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// A directory directly below the root was refused, also below a root that may be written: neither
+// the root nor the current folder counted as a folder on the way.
+TEST(ConfigPath, TakesAndMakesADirectoryDirectlyBelowTheRoot) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only the super-user may have a root of his own";
+    const TemporaryFolder folder;
+    for (const wchar_t* directory : {L"/", L"//", L"/new", L"/home/.config/x", L"b", L"c/d", L"."})
+        EXPECT_TRUE(holdsInARootOfItsOwn(folder, [&] { return outcome(directory) == "taken"; }))
+            << OdString(directory).toNarrow();
+    EXPECT_THAT(qrv_test::listTree(folder.path()),
+                testing::ElementsAre("b/", "c/", "c/d/", "home/", "home/.config/",
+                                     "home/.config/x/", "new/"));
+}
+
+// A drive that is not there has no root.
+TEST(ConfigPath, RefusesAPathOfWhichNothingExists) {
+    for (const wchar_t* directory : {L"/", L"."}) {
+        const ut::ScopedFault nothing(2, ENOENT);
         EXPECT_EQ(outcome(directory), notValid(directory));
+    }
+}
+
+TEST(ConfigPath, MakesADirectoryInTheCurrentFolder) {
+    const TemporaryFolder folder;
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.path());
+    const std::string made = outcome(L"settings");
+    fs::current_path(before);
+    EXPECT_EQ(made, "taken");
+    EXPECT_THAT(qrv_test::listTree(folder.path()), testing::ElementsAre("settings/"));
+}
+
+TEST(ConfigPath, RefusesADirectoryBelowARootThatCannotBeWritten) {
+    for (const wchar_t* directory : {L"/qrv-no-such-folder", L"/qrv-no-such-folder/a/b"})
+        EXPECT_EQ(outcomeWithoutPrivileges(directory, notWritable(directory)),
+                  notWritable(directory));
 }
 
 TEST(ConfigPath, RefusesAPathBelowAFile) {
