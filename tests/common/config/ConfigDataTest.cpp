@@ -1,9 +1,14 @@
 #include <common/config/ConfigData.h>
+#include <platform/qut/toQt.h>
 #include <tests/common/config/Configuration.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <QFileInfo>
+#include <QString>
 #include <cstddef>
 #include <filesystem>
 #include <string>
@@ -96,6 +101,108 @@ TEST(ConfigData, TellsMissingFoldersApartByTheirPaths) {
     EXPECT_TRUE(isOneProject(L"/none/a", L"/none//x/../a/"));
     EXPECT_TRUE(
         isOneProject(L"none/a", OdString::fromNarrow(fs::current_path().string()) + L"/none/a"));
+}
+
+// One of two projects was lost when the second was added: Qt sees no folder whose name is not valid
+// in the codec of the locale, and what is missing was told apart without letter case.
+TEST(ConfigData, TellsFoldersThatQtCannotSeeApartByWhatTheyAre) {
+    const TemporaryFolder folder;
+    for (const char* name : {"\xFF"
+                             "a",
+                             "\xFF"
+                             "A",
+                             "\xFF"
+                             "b"})
+        fs::create_directory(folder / name);
+    fs::create_directory_symlink(folder /
+                                     "\xFF"
+                                     "a",
+                                 folder /
+                                     "\xFF"
+                                     "link");
+    const auto path = [&](const char* name) {
+        return OdString::fromNarrow((folder / name).string());
+    };
+    EXPECT_FALSE(isOneProject(path("\xFF"
+                                   "a"),
+                              path("\xFF"
+                                   "A")));
+    EXPECT_FALSE(isOneProject(path("\xFF"
+                                   "a"),
+                              path("\xFF"
+                                   "b")));
+    EXPECT_FALSE(isOneProject(path("\xFF"
+                                   "a"),
+                              path("\xFF"
+                                   "none")));
+    EXPECT_TRUE(isOneProject(path("\xFF"
+                                  "a"),
+                             path("\xFF"
+                                  "a")));
+    EXPECT_TRUE(isOneProject(path("\xFF"
+                                  "a"),
+                             path("\xFF"
+                                  "b/../\xFF"
+                                  "a/.")));
+    EXPECT_TRUE(isOneProject(path("\xFF"
+                                  "a"),
+                             path("\xFF"
+                                  "link")));
+    EXPECT_TRUE(isOneProject(path("\xFF"
+                                  "none"),
+                             path("\xFF"
+                                  "NONE")));
+}
+
+// The same for a folder that may not be looked at: nobody knows whether the two are one.
+TEST(ConfigData, TellsFoldersOutOfReachApartByLetterCase) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only the super-user can become somebody else";
+    const TemporaryFolder folder;
+    fs::create_directories(folder / "closed/p");
+    fs::permissions(folder.path(), fs::perms::all);
+    fs::permissions(folder / "closed", fs::perms::owner_all);
+    const pid_t child = fork();
+    if (child == 0) {
+        const OdString path = folder.text("closed/p");
+        const bool isSomebody = setgid(65534) == 0 && setuid(65534) == 0;
+        const bool isRight = !isOneProject(path, folder.text("closed/P")) &&
+                             isOneProject(path, folder.text("closed/./p"));
+        _exit(isSomebody && isRight ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+// Two empty paths were one project, where Qt, whose answer counts, says no.
+TEST(ConfigData, AsksQtAboutAnEmptyPath) {
+    const OdString empty;
+    for (const wchar_t* other : {L"", L".", L"/none/a", L"/"}) {
+        const bool isSame = QFileInfo(QString("")) == QFileInfo(qut::toQt(OdString(other)));
+        ConfigData registry;
+        registry.add(empty, L"first", L"1");
+        registry.add(other, L"second", L"2");
+        EXPECT_EQ(registry.read().at(empty).name, isSame ? L"second" : L"first")
+            << OdString(other).toNarrow();
+        registry.remove(other);
+        EXPECT_EQ(registry.read().count(empty), isSame ? 0U : 1U) << OdString(other).toNarrow();
+    }
+}
+
+// A NUL in a registered path made Qt complain on the standard error of the host.
+TEST(ConfigData, PrintsNothingAboutAPathThatNamesNothing) {
+    const OdString withNul(std::wstring(L"/none/a\0b", 9));
+    ConfigData registry = registryOf({L"/none/a", withNul});
+    testing::internal::CaptureStderr();
+    registry.add(L"/none/a", L"new", L"9");
+    registry.add(withNul, L"newer", L"10");
+    registry.remove(L"/none/b");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(registry.read().at(L"/none/a").name, L"new");
+    EXPECT_EQ(registry.read().at(withNul).name, L"newer");
+    registry.remove(withNul);
+    EXPECT_EQ(shown(registry.read()), (Projects{{"/none/a", "new", "9"}}));
 }
 
 TEST(ConfigData, UpdatesTheFirstOfSeveralSpellings) {
