@@ -19,6 +19,8 @@ namespace ut {
 namespace {
 
 constexpr mode_t permissionBits = 0777;
+constexpr mode_t groupBits = 0070;
+constexpr mode_t otherBits = 0007;
 constexpr mode_t permissionsOfANewFile = 0666;
 
 // What killed processes left behind may hold a name; so many of them in one folder mean something
@@ -58,12 +60,22 @@ public:
             calls::unlinkAt(folder_, name_);
     }
 
-    // Undoes what the process's mask took away. Not asked of a file system that keeps no
-    // permissions and would refuse: all its files have the same.
-    bool takePermissions(mode_t permissions) {
+    // Takes over the owner and group of the old file, where the system allows it, and its
+    // permissions. Nothing is asked of a file system that keeps none and would refuse: all its
+    // files have the same.
+    bool takeOver(const struct stat& old) {
         struct stat status = {};
         if (calls::fstat(descriptor_.get(), status) < 0)
             return false;
+        mode_t permissions = old.st_mode & permissionBits;
+        if (status.st_uid != old.st_uid || status.st_gid != old.st_gid) {
+            const std::optional<bool> hasGroup = takeOwner(old);
+            if (!hasGroup)
+                return false;
+            // Another group gets no more than everybody.
+            if (!*hasGroup)
+                permissions = (permissions & ~groupBits) | (permissions & otherBits) << 3;
+        }
         return (status.st_mode & permissionBits) == permissions ||
                calls::fchmod(descriptor_.get(), permissions) == 0;
     }
@@ -90,6 +102,18 @@ public:
 private:
     explicit TemporaryFile(int folder) : folder_(folder) {}
 
+    // Whether the file has the group now. Nothing after a failure that is no refusal.
+    std::optional<bool> takeOwner(const struct stat& old) {
+        // Who may not give a file away may still give it to a group of their own.
+        for (const uid_t owner : {old.st_uid, uid_t(-1)}) {
+            if (calls::fchown(descriptor_.get(), owner, old.st_gid) == 0)
+                return true;
+            if (errno != EPERM && errno != EACCES && errno != EINVAL && errno != ENOTSUP)
+                return std::nullopt;
+        }
+        return false;
+    }
+
     int folder_;
     std::string name_;
     Descriptor descriptor_;
@@ -102,31 +126,33 @@ bool flushFolder(int folder) {
     return calls::fsync(folder) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
-// The permissions that the new file must have, if there is an old one, and whether it may be
-// replaced.
+// What the new file takes over, if there is an old one, and whether that may be replaced.
 struct OldFile {
     bool isReplaceable = false;
-    std::optional<mode_t> permissions;
+    std::optional<struct stat> status;
 };
 
 OldFile lookAtOldFile(int folder, const std::string& name) {
     struct stat status = {};
     if (calls::fstatAt(folder, name.c_str(), status, AT_SYMLINK_NOFOLLOW) < 0)
-        return {.isReplaceable = errno == ENOENT, .permissions = std::nullopt};
-    if (S_ISREG(status.st_mode))
-        return {.isReplaceable = true, .permissions = status.st_mode & permissionBits};
-    return {.isReplaceable = S_ISLNK(status.st_mode), .permissions = std::nullopt};
+        return {.isReplaceable = errno == ENOENT, .status = std::nullopt};
+    if (!S_ISREG(status.st_mode))
+        return {.isReplaceable = S_ISLNK(status.st_mode), .status = std::nullopt};
+    // The folder alone says whether a file may be replaced. Whoever made it read-only meant what is
+    // in it, all the same.
+    return {.isReplaceable = calls::accessAt(folder, name, W_OK, AT_EACCESS) == 0,
+            .status = status};
 }
 
 bool replaceIn(int folder, const std::string& name, std::string_view bytes) {
     const OldFile old = lookAtOldFile(folder, name);
     if (!old.isReplaceable)
         return false;
-    const std::unique_ptr<TemporaryFile> file =
-        TemporaryFile::create(folder, old.permissions.value_or(permissionsOfANewFile));
+    const std::unique_ptr<TemporaryFile> file = TemporaryFile::create(
+        folder, old.status ? old.status->st_mode & permissionBits : permissionsOfANewFile);
     if (file == nullptr)
         return false;
-    if (old.permissions && !file->takePermissions(*old.permissions))
+    if (old.status && !file->takeOver(*old.status))
         return false;
     return file->write(bytes) && file->flushAndClose() && file->renameTo(name) &&
            flushFolder(folder);

@@ -65,6 +65,10 @@ int fchmod(int descriptor, mode_t mode) {
     return repeatedWhenInterrupted([&] { return ::fchmod(descriptor, mode); });
 }
 
+int fchown(int descriptor, uid_t owner, gid_t group) {
+    return repeatedWhenInterrupted([&] { return ::fchown(descriptor, owner, group); });
+}
+
 int accessAt(int folder, const std::string& name, int rights, int flags) {
     return repeatedWhenInterrupted(
         [&] { return ::faccessat(folder, name.c_str(), rights, flags); });

@@ -24,6 +24,8 @@ int close(int descriptor);
 int fstat(int descriptor, struct stat& status);
 int fstatAt(int folder, const char* name, struct stat& status, int flags);
 int fchmod(int descriptor, mode_t mode);
+/// An owner or group of -1 stays as it is.
+int fchown(int descriptor, uid_t owner, gid_t group);
 int accessAt(int folder, const std::string& name, int rights, int flags);
 
 int mkdir(const std::string& path, mode_t mode);

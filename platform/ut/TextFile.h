@@ -33,12 +33,13 @@ public:
     /// Replaces the file by the added lines, joined by line feeds, with none after the last.
     ///
     /// Atomic and durable: the text goes to a new file in the same folder, is flushed to the disk
-    /// and renamed over the old file, whose permissions it takes over; then the folder is flushed.
-    /// A symbolic link at the path is replaced, not followed; a folder, pipe or device is refused.
-    /// False on any failure: the old file is then untouched and no temporary file stays; only when
-    /// the last step failed, the flush of the folder, is the new file already in its place. A
-    /// process killed on the way leaves the old file or the new one, and perhaps a temporary file,
-    /// whose name ends in ".qrv-tmp", beside it.
+    /// and renamed over the old file, whose permissions it takes over, and whose owner and group
+    /// where the system allows that; then the folder is flushed. A symbolic link at the path is
+    /// replaced, not followed; a folder, pipe or device, and a file that this process may not
+    /// write, is refused. False on any failure: the old file is then untouched and no temporary
+    /// file stays; only when the last step failed, the flush of the folder, is the new file already
+    /// in its place. A process killed on the way leaves the old file or the new one, and perhaps a
+    /// temporary file, whose name ends in ".qrv-tmp", beside it.
     bool write();
 
 private:

@@ -98,6 +98,7 @@ TEST(AtomicWriteFault, EachFailureLeavesTheOldFileAndNothingBeside) {
     const std::vector<Outcome> expected = {
         kept,              // opening the folder
         kept,              // looking at the old file
+        kept,              // asking whether it may be written
         kept,              // making the new one
         kept,              // asking its permissions
         kept,              // changing them
@@ -138,10 +139,10 @@ TEST(AtomicWriteFault, AnInterruptionIsNoFailure) {
 }
 
 TEST(AtomicWriteFault, AFolderThatCannotBeFlushedIsNoFailure) {
-    constexpr int flushOfTheFolder = 10;
+    constexpr int flushOfTheFolder = 11;
     for (const int errorNumber : {EINVAL, ENOTSUP}) {
         const std::vector<Outcome> outcomes = outcomesOfFailures(true, errorNumber);
-        ASSERT_EQ(outcomes.size(), 11U);
+        ASSERT_EQ(outcomes.size(), 12U);
         EXPECT_EQ(outcomes[flushOfTheFolder - 1], (Outcome{true, newText})) << errorNumber;
         EXPECT_EQ(outcomes[flushOfTheFolder - 4], (Outcome{false, oldText})) << errorNumber;
     }
@@ -183,7 +184,7 @@ Tree contentsAfterKills(bool hasOld) {
 }
 
 TEST(AtomicWriteFault, AKillLeavesTheOldFileOrTheNewOne) {
-    Tree expected(9, oldText);
+    Tree expected(10, oldText);
     expected.insert(expected.end(), 2, newText);
     EXPECT_EQ(contentsAfterKills(true), expected);
 }

@@ -4,12 +4,15 @@
 #include <tests/support/TemporaryFolder.h>
 
 #include <gmock/gmock.h>
+#include <grp.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -80,13 +83,109 @@ TEST(AtomicWrite, NeverChangesTheOldFileItself) {
 TEST(AtomicWrite, KeepsThePermissionsOfTheOldFile) {
     const ScopedMask mask(027);
     const TemporaryFolder folder;
-    for (const unsigned mode : {0666U, 0600U, 0444U, 0755U, 0U}) {
+    for (const unsigned mode : {0666U, 0600U, 0644U, 0755U, 0200U}) {
         qrv_test::writeFile(folder / "file", "old");
         ASSERT_EQ(chmod((folder / "file").c_str(), mode), 0);
         ASSERT_TRUE(write(folder.text("file"), "new"));
         EXPECT_EQ(modeOf(folder / "file"), mode);
         ASSERT_EQ(chmod((folder / "file").c_str(), 0600), 0);
     }
+}
+
+/// Somebody, and the groups they are in; the first is their own.
+struct Person {
+    uid_t user;
+    std::vector<gid_t> groups;
+};
+
+constexpr uid_t owner = 1000;
+constexpr gid_t office = 2000;
+
+/// Whether the person could write the file, in a process of their own.
+bool isWrittenBy(const Person& person, const OdString& path) {
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool isPerson = setgroups(person.groups.size(), person.groups.data()) == 0 &&
+                              setgid(person.groups[0]) == 0 && setuid(person.user) == 0;
+        _exit(isPerson && write(path, "new") ? 0 : 1);
+    }
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// A state that belonged to somebody else locked its owner out when it was written by the
+// super-user: the new file had the permissions of the old one, but not its owner.
+class AtomicWriteByOthers : public testing::Test {
+protected:
+    void SetUp() override {
+        if (geteuid() != 0)
+            GTEST_SKIP() << "only the super-user can give files to others";
+        ASSERT_EQ(chmod(folder.path().c_str(), 0777), 0);
+    }
+
+    /// Owner, group and permissions of the file after the person has written it.
+    std::string after(unsigned mode, const Person& person) {
+        qrv_test::writeFile(file, "old");
+        EXPECT_EQ(chown(file.c_str(), owner, office), 0);
+        EXPECT_EQ(chmod(file.c_str(), mode), 0);
+        if (!isWrittenBy(person, folder.text("file")))
+            return qrv_test::readFile(file) == "old" ? "refused" : "refused and lost";
+        EXPECT_EQ(qrv_test::readFile(file), "new");
+        EXPECT_EQ(qrv_test::listTree(folder.path()), Tree{"file"});
+        struct stat status = {};
+        EXPECT_EQ(lstat(file.c_str(), &status), 0);
+        char shown[64];
+        std::snprintf(shown, sizeof shown, "%u:%u %04o", status.st_uid, status.st_gid,
+                      status.st_mode & 07777U);
+        return shown;
+    }
+
+    const TemporaryFolder folder;
+    const fs::path file = folder / "file";
+    const Person root = {0, {0}};
+    const Person colleague = {1001, {1001, office}};
+    const Person guest = {1002, {1002}};
+};
+
+TEST_F(AtomicWriteByOthers, KeepsOwnerAndGroupWhereTheSystemAllowsIt) {
+    EXPECT_EQ(after(0660, root), "1000:2000 0660");
+    EXPECT_EQ(after(0640, root), "1000:2000 0640");
+    EXPECT_EQ(after(0660, {owner, {owner, office}}), "1000:2000 0660");
+    EXPECT_EQ(after(0660, colleague), "1001:2000 0660");
+}
+
+TEST_F(AtomicWriteByOthers, GivesAnotherGroupNoMoreThanEverybody) {
+    EXPECT_EQ(after(0664, {owner, {owner}}), "1000:1000 0644");
+    EXPECT_EQ(after(0666, guest), "1002:1002 0666");
+}
+
+// A file that its owner had made read-only was replaced all the same, for only the folder was
+// asked.
+TEST_F(AtomicWriteByOthers, RefusesAFileThatMayNotBeWritten) {
+    EXPECT_EQ(after(0440, {owner, {owner, office}}), "refused");
+    EXPECT_EQ(after(0640, colleague), "refused");
+    EXPECT_EQ(after(0660, guest), "refused");
+    EXPECT_EQ(after(0440, root), "1000:2000 0440");
+    EXPECT_EQ(qrv_test::listTree(folder.path()), Tree{"file"});
+}
+
+TEST_F(AtomicWriteByOthers, TellsARefusalToGiveAFileAwayFromAFailure) {
+    constexpr int giveAway = 6;
+    const auto outcome = [&](int errorNumber) {
+        qrv_test::writeFile(file, "old");
+        EXPECT_EQ(chown(file.c_str(), owner, office), 0);
+        EXPECT_EQ(chmod(file.c_str(), 0660), 0);
+        const ut::ScopedFault fault(giveAway, errorNumber);
+        return write(folder.text("file"), "new");
+    };
+    EXPECT_TRUE(outcome(EPERM));
+    struct stat status = {};
+    EXPECT_EQ(lstat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 0U) << "the call that failed gave the file away";
+    EXPECT_EQ(status.st_gid, office);
+    EXPECT_FALSE(outcome(EIO));
+    EXPECT_EQ(qrv_test::readFile(file), "old");
 }
 
 TEST(AtomicWrite, DoesNotKeepTheRightToRunAsAnother) {
