@@ -8,7 +8,7 @@ before; what is moved to another folder is not lost with it.
 
 import hashlib
 import os
-from collections import namedtuple
+from collections import defaultdict, namedtuple
 from functools import cache
 
 from recording import FOLDER_MODE, ROOT, Entries, Flush, Write, change_entry, resized, written
@@ -26,6 +26,12 @@ class Disk:
         self.steps = steps
         # For permissions and times, which are taken as they are at last.
         self.after = after
+        self.steps_of = defaultdict(list)
+        for number, step in enumerate(steps):
+            if not isinstance(step, (Entries, Flush)):
+                self.steps_of[step.file].append(number)
+        # Most contents are the same in most states.
+        self.known_contents = {}
         self.needs = cache(self.needs)
 
     def pending(self, count):
@@ -96,20 +102,25 @@ class Disk:
         return found
 
     def contents_of(self, file, count, waiting, remains):
+        """Of each step all, some blocks, zeros or nothing."""
+        numbers = [number for number in self.steps_of[file] if number < count]
+        whole = [n for n in numbers if n not in waiting or n in remains.chosen]
+        is_torn = any(n in remains.torn for n in numbers)
+        key = (file, tuple(whole), remains.zeroed and tuple(numbers))
+        if not is_torn and key in self.known_contents:
+            return self.known_contents[key]
         old = self.before.get(file)
         contents = bytearray(old.contents if old else b"")
-        for number in range(count):
+        for number in numbers:
             step = self.steps[number]
-            if isinstance(step, (Entries, Flush)) or step.file != file:
-                continue
-            if number not in waiting or number in remains.chosen:
+            if number in whole:
                 self.apply(step, contents)
             elif number in remains.torn:
                 self.apply_torn(step, contents, remains.torn[number])
             elif remains.zeroed:
                 end = step.offset + len(step.contents) if isinstance(step, Write) else step.size
                 contents.extend(bytes(max(0, end - len(contents))))
-        return bytes(contents)
+        return bytes(contents) if is_torn else self.known_contents.setdefault(key, bytes(contents))
 
     @staticmethod
     def apply(step, contents):
@@ -130,9 +141,7 @@ class Disk:
             written(contents, step.offset + begin, step.contents[begin : begin + size])
 
     def time_of(self, file, count):
-        is_old = file in self.before and not any(
-            not isinstance(step, (Entries, Flush)) and step.file == file for step in self.steps[:count]
-        )
+        is_old = file in self.before and not any(number < count for number in self.steps_of[file])
         return self.before[file].modified_ns if is_old else self.after[file].modified_ns
 
 
