@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
+#include <cli/MetadataCheck.h>
 #include <cli/Names.h>
 #include <cli/Output.h>
 #include <cli/Repository.h>
@@ -41,12 +42,17 @@ void writePathsAsJson(const std::vector<common::File>& files, Output& output) {
 }
 
 Expected<void> listFiles(const Arguments& arguments, Output& output) {
-    const Expected<common::RootPath> root = findRepository(arguments.folder);
-    if (!root)
-        return root.error();
-    const Expected<std::vector<common::File>> files = common::collectRepoFiles(printMessage, *root);
+    const Expected<OpenRepository> repository = openRepository(arguments.folder);
+    if (!repository)
+        return repository.error();
+    const Expected<std::vector<common::File>> files =
+        common::collectRepoFiles(printMessage, repository->root);
     if (!files)
         return files.error();
+    // The library listed the folders by their paths.
+    if (Expected<void> checked = checkMetadata(repository->folder, repository->root.path());
+        !checked)
+        return checked;
     if (arguments.asJson)
         writePathsAsJson(*files, output);
     else

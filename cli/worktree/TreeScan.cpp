@@ -1,3 +1,4 @@
+#include <cli/MetadataCheck.h>
 #include <cli/worktree/TreeScan.h>
 #include <common/worktree/CollectFiles.h>
 
@@ -185,6 +186,9 @@ Expected<void> TreeScan::list() {
         [this](const OdString& path) { noteUnread(path); });
     if (!visited)
         return visited;
+    // The library read the rules and listed the folders by their paths.
+    if (Expected<void> checked = checkMetadata(folder_, root_.path()); !checked)
+        return checked;
     for (OdString& path : others.take())
         others_.push_back({std::move(path), {}});
     return {};

@@ -1,5 +1,7 @@
 #include <cli/LogEntry.h>
 #include <cli/MetadataCheck.h>
+#include <cli/Repository.h>
+#include <cli/worktree/TreeScan.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 
@@ -74,6 +76,49 @@ TEST_F(MetadataCheck, NamesWhatIsNotOfItsKind) {
     fs::remove(metadata / "properties");
     ASSERT_EQ(::mkfifo((metadata / "qrv.log").c_str(), 0600), 0);
     EXPECT_EQ(problem(), "'ROOT/.qrv/qrv.log' is not a regular file");
+}
+
+/// A repository that was looked at when it was opened. Then somebody lets a part of it lie
+/// elsewhere, behind a link.
+class ExchangedMetadata : public testing::Test {
+protected:
+    void exchange(const std::string& part, const std::string& contents) const {
+        writeFile(outside / contents, "{}");
+        fs::remove_all(metadata / part);
+        fs::create_symlink(outside / part, metadata / part);
+    }
+    static std::string messageOf(const Expected<void>& result) {
+        return result ? "" : result.error().message.toNarrow();
+    }
+    std::string refusal(const std::string& part) const {
+        return "'" + (metadata / part).string() +
+               "' is a symbolic link, and in a repository none is followed";
+    }
+
+    const TemporaryFolder folder;
+    const TemporaryFolder outside;
+    const common::RootPath root = *common::RootPath::get(folder.text(), true);
+    const sys::Folder opened = *sys::Folder::open(folder.path());
+    const fs::path metadata = folder / ".qrv";
+};
+
+TEST_F(ExchangedMetadata, GetsNoLineIntoAFileElsewhere) {
+    exchange("qrv.log", "qrv.log");
+    EXPECT_EQ(messageOf(qrv_cli::addToLog(L"text", root, opened)), refusal("qrv.log"));
+    EXPECT_EQ(qrv_test::readFile(outside / "qrv.log"), "{}");
+}
+
+TEST_F(ExchangedMetadata, GivesNoStateFromElsewhere) {
+    exchange("qrv.state", "qrv.state");
+    const qrv_cli::Host host;
+    const auto state = qrv_cli::openState(root, opened, host);
+    EXPECT_EQ(messageOf(state ? Expected<void>() : state.error()), refusal("qrv.state"));
+}
+
+TEST_F(ExchangedMetadata, GivesNoNamesFromElsewhere) {
+    exchange("properties", "properties/ignore");
+    qrv_cli::TreeScan scan(root, opened);
+    EXPECT_EQ(messageOf(scan.lookAt(nullptr)), refusal("properties"));
 }
 
 TEST(QuotedName, IsOneWordOfAShellAndOneLine) {
