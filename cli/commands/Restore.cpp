@@ -194,8 +194,9 @@ Expected<std::vector<OdString>> restoreFiles(Workspace& workspace, const Tree& t
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
+    // Elsewhere nothing of the repository changes, and what is made is the person's own.
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", arguments.folder ? Workspace::Use::look : Workspace::Use::change);
     if (!workspace)
         return workspace.error();
     const Expected<Tree> tree = sourceTree(**workspace, arguments);

@@ -154,6 +154,11 @@ def main(program):
         folder = make_folder(top / "careful", ada.number, GROUP, GROUP_MAY_WRITE)
         make_folder(folder / ".qrv", ada.number, GROUP, GROUP_MAY_WRITE)
         work_together(folder, *careful)
+        # What somebody takes out of it is their own again.
+        careful[1].qrv(folder, "restore", "plan.dwg", "--to", str(careful[1].home / "mine"))
+        mode = (careful[1].home / "mine/plan.dwg").stat().st_mode
+        if mode & 0o777 != 0o644:
+            sys.exit(f"a file that was taken out has the mode {oct(mode)}")
         alone = Person(program, 64203, 0o077, top)
         keep_private(make_folder(top / "private", alone.number, GROUP, GROUP_MAY_WRITE), alone)
         folder = make_folder(top / "unwanted", alone.number, GROUP, GROUP_MAY_WRITE)
