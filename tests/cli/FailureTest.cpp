@@ -106,8 +106,8 @@ TEST(Failure, OfAStateThatIsNoFile) {
     const auto before = contentsOf(folder.path());
     for (const std::string command : {"status", "state"})
         EXPECT_EQ(runQrv(folder.path(), {command}),
-                  failed("Unable to read file '" + fs::canonical(folder.path()).string() +
-                         "/.qrv/qrv.state': Is a directory"));
+                  failed("'" + fs::canonical(folder.path()).string() +
+                         "/.qrv/qrv.state' is not a regular file"));
     EXPECT_EQ(contentsOf(folder.path()), before);
 }
 
