@@ -45,18 +45,26 @@ Expected<void> listFiles(const Arguments& arguments, Output& output) {
     const Expected<OpenRepository> repository = openRepository(arguments.folder);
     if (!repository)
         return repository.error();
-    const Expected<std::vector<common::File>> files =
-        common::collectRepoFiles(printMessage, repository->root);
-    if (!files)
-        return files.error();
+    std::vector<common::File> files;
+    OdString unread;
+    const Expected<void> visited = common::visitRepoFiles(
+        printMessage, repository->root,
+        [&files](const OdString& path) { files.emplace_back(path); },
+        [&unread](const OdString& path) {
+            unread += L"\n  " + (path.isEmpty() ? OdString(L".") : printable(path));
+        });
+    if (!visited)
+        return visited;
     // The library listed the folders by their paths.
     if (Expected<void> checked = checkMetadata(repository->folder, repository->root.path());
         !checked)
         return checked;
     if (arguments.asJson)
-        writePathsAsJson(*files, output);
+        writePathsAsJson(files, output);
     else
-        writePaths(*files, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
+        writePaths(files, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
+    if (!unread.isEmpty())
+        return ErrorMessage{tr(L"Not everything can be looked at:") + unread};
     return {};
 }
 
