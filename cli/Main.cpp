@@ -6,6 +6,7 @@
 #include <cli/Suggestion.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <platform/sys/Interruption.h>
 #include <platform/sys/Memory.h>
 
 #include <algorithm>
@@ -110,5 +111,9 @@ ExitStatus run(int argumentCount, const char* const* arguments) {
 
 int main(int argumentCount, char** arguments) {
     sys::takeMemoryInLargeSteps();
-    return qrv_cli::run(argumentCount, arguments);
+    const int status = qrv_cli::run(argumentCount, arguments);
+    // A shell goes on with its script unless it sees that the person has cancelled.
+    if (status != 0)
+        sys::Interruption::carryOut();
+    return status;
 }

@@ -42,7 +42,10 @@ RULES = [
         "the library does not end its host",
         ("common", "platform"),
         r"\b(?:exit|_exit|_Exit|quick_exit|abort|terminate|raise|kill|assert)\s*\(",
-        {"platform/ut/ScopedFault.cpp": "tests kill the process at a chosen call"},
+        {
+            "platform/ut/ScopedFault.cpp": "tests kill the process at a chosen call",
+            "platform/sys/Interruption.cpp": "only the program links it, and ends by the signal that it was sent",
+        },
     ),
     (
         "the library leaves its host's locale alone",
@@ -54,7 +57,7 @@ RULES = [
         "the library handles no signal",
         ("common", "platform"),
         r"\b(?:signal|sigaction|sigprocmask|set_terminate|atexit|at_quick_exit)\s*\(",
-        {},
+        {"platform/sys/Interruption.cpp": "only the program links it, and makes one while it must not be cut off"},
     ),
     (
         "the library starts no thread or process",

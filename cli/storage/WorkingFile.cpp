@@ -1,6 +1,7 @@
 #include <cli/Translation.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/WorkingFile.h>
+#include <platform/sys/Interruption.h>
 
 #include <algorithm>
 #include <utility>
@@ -23,6 +24,9 @@ WorkingFile::WorkingFile(OdString path, sys::InputFile file, const sys::InputFil
 }
 
 Expected<std::size_t> WorkingFile::read(std::span<char> buffer) {
+    // A large file takes long, and what was written of it so far is only a temporary file.
+    if (sys::Interruption::isWanted())
+        return ErrorMessage{tr(L"Interrupted")};
     // What somebody appends meanwhile is not of interest: the file has changed then.
     const auto left = static_cast<std::size_t>(before_.sizeBytes - position_);
     const std::size_t wanted = std::min(buffer.size(), left);

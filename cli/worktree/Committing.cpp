@@ -12,6 +12,7 @@
 #include <common/state/Transaction.h>
 #include <common/worktree/RepoFileExplorer.h>
 #include <platform/kernel/Clock.h>
+#include <platform/sys/Interruption.h>
 
 #include <algorithm>
 #include <map>
@@ -94,6 +95,8 @@ Expected<StoredFiles> storeAll(Workspace& workspace, const std::vector<StagedFil
     StoredFiles stored;
     Progress progress(tr(L"Storing"), staged.size());
     for (const StagedFile& file : staged) {
+        if (sys::Interruption::isWanted())
+            return ErrorMessage{tr(L"Interrupted; nothing was committed")};
         if (file.change == FileChange::removed) {
             stored.deltas.push_back({file.path, {}, {}, 0});
             continue;
@@ -102,6 +105,9 @@ Expected<StoredFiles> storeAll(Workspace& workspace, const std::vector<StagedFil
             return done.error();
         progress.add(stored.deltas.empty() ? 0 : stored.deltas.back().sizeBytes);
     }
+    // The last moment: from here on it is quicker to end than to take back.
+    if (sys::Interruption::isWanted())
+        return ErrorMessage{tr(L"Interrupted; nothing was committed")};
     for (FileDelta& delta : stored.deltas)
         delta.previousPath = previousPath(delta.path, staged, workspace.state());
     if (const Expected<void> flushed = workspace.storages().objects().flush(workspace.root());
@@ -155,6 +161,8 @@ void clearStage(Workspace& workspace, const std::map<OdString, std::int64_t>& ti
 
 Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& changes,
                                    const CommitText& text) {
+    // Files that wait for their names would be left behind, hundreds of them.
+    const sys::Interruption interruption;
     if (const std::size_t count = workspace.state().conflicts.size(); count > 0)
         return ErrorMessage{
             OdString::format(tr(L"Conflicts to resolve before a commit: %i (qrv resolve)"), count)};

@@ -25,8 +25,9 @@ struct CommitText {
 /// what is interrupted later leaves a stage whose files are no longer changed, which the next
 /// command sees.
 ///
-/// Fails when a conflict is open, when nothing is staged that differs from HEAD (unless a merge is
-/// going on), and when a file cannot be stored.
+/// Ctrl-C and the like stop it as long as nothing is in the history, and then nothing is left;
+/// later it goes on to its end. Fails then, when a conflict is open, when nothing is staged that
+/// differs from HEAD (unless a merge is going on), and when a file cannot be stored.
 Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& changes,
                                    const CommitText& text);
 

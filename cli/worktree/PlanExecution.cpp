@@ -96,7 +96,9 @@ OdString digestOfUrl(const OdString& url) {
 /// before nor as planned.
 std::vector<const PlannedFile*> unfinishedSteps(const Workspace& workspace, const Plan& plan) {
     std::vector<const PlannedFile*> steps;
+    Progress progress(tr(L"Comparing"), plan.files.size());
     for (const PlannedFile& step : plan.files) {
+        progress.add(step.sizeBytes);
         const Expected<OdString> digest = digestOfFile(workspace.folder(), step.path);
         const bool isDone = digest && *digest == digestOfUrl(step.after);
         if (isDone && !step.after.isEmpty())
@@ -344,6 +346,11 @@ Expected<void> recover(Workspace& workspace) {
     }
     const bool finishes = plan->recovery == Plan::Recovery::finish;
     const Plan rest = finishes ? *plan : reversed(*plan);
+    // It may take long, and is not what the person asked for now.
+    printMessage(OdString::format(finishes
+                                      ? tr(L"Note: '%ls' was interrupted; it is being finished")
+                                      : tr(L"Note: '%ls' was interrupted; it is being taken back"),
+                                  printable(plan->title)));
     removeLeftovers(workspace, *plan);
     if (Expected<void> done = applySteps(workspace, unfinishedSteps(workspace, rest)); !done)
         return done;

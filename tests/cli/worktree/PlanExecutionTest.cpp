@@ -80,7 +80,9 @@ protected:
     bool isThere(const std::string& path) const { return fs::exists(project / path); }
 
     const Working project;
-    const std::string finished = "qrv: Note: 'switch new' was interrupted and is now finished\n";
+    const std::string begun = "qrv: Note: 'switch new' was interrupted; it is being finished\n";
+    const std::string ended = "qrv: Note: 'switch new' was interrupted and is now finished\n";
+    const std::string finished = begun + ended;
     const std::string onNew = "Branch 'new', commit 2: New\n";
 };
 
@@ -122,12 +124,14 @@ TEST_F(PlanExecution, LeavesAloneWhatAPersonChangedMeanwhile) {
     interrupt();
     project.write({{"a.txt", "saved after the power cut"}});
     const Outcome outcome = project.qrv({"status"});
-    EXPECT_EQ(outcome, (Outcome{0,
-                                onNew + "\nChanged, not staged (qrv add PATH):\n"
-                                        "  modified  a.txt\n",
-                                "qrv: Note: 'a.txt' was changed by somebody meanwhile and is left "
-                                "as it is\n" +
-                                    finished}));
+    EXPECT_EQ(outcome,
+              (Outcome{0,
+                       onNew + "\nChanged, not staged (qrv add PATH):\n"
+                               "  modified  a.txt\n",
+                       begun +
+                           "qrv: Note: 'a.txt' was changed by somebody meanwhile and is left "
+                           "as it is\n" +
+                           ended}));
     EXPECT_EQ(readFile(project / "a.txt"), "saved after the power cut");
 }
 
@@ -147,6 +151,7 @@ TEST_F(PlanExecution, OfAMergeIsTakenBackByTheNextCommand) {
     fs::remove(project / "gone");
     EXPECT_EQ(project.qrv({"status"}),
               (Outcome{0, "Branch 'old', commit 1: Old\nNothing has changed; files: 3\n",
+                       "qrv: Note: 'merge of 'new'' was interrupted; it is being taken back\n"
                        "qrv: Note: 'merge of 'new'' was interrupted and is taken back\n"}));
     EXPECT_EQ(readFile(project / "a.txt"), "old a");
     EXPECT_EQ(readFile(project / "gone/b.txt"), "old b");
