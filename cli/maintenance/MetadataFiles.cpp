@@ -42,14 +42,12 @@ OdString pathIn(const OdString& folder, const std::string& name) {
     return folder == OdString(L".") ? text : folder + L'/' + text;
 }
 
-/// The file at `path`, which is to be called `name`; nothing when it is no regular one.
-std::optional<MetadataFile> regularFile(const sys::Folder& folder, const OdString& path,
-                                        const OdString& name) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(path.toNarrow());
-    if (!status || status->kind != sys::FileKind::regular)
+/// A file of that status, which is to be called `name`; nothing when it is no regular one.
+std::optional<MetadataFile> regularFile(const sys::FileStatus& status, const OdString& name) {
+    if (status.kind != sys::FileKind::regular)
         return std::nullopt;
     return MetadataFile{
-        .name = name, .sizeBytes = status->sizeBytes, .modifiedNs = status->modifiedNs};
+        .name = name, .sizeBytes = status.sizeBytes, .modifiedNs = status.modifiedNs};
 }
 
 std::optional<OdString> digestOf(const std::string& name) {
@@ -84,7 +82,13 @@ Expected<void> listFolder(const common::RootPath& root, const sys::Folder& folde
     for (const std::string& entry : *names) {
         const OdString path = pathIn(relative, entry);
         const std::optional<OdString> name = nameOf(entry);
-        const std::optional<MetadataFile> file = regularFile(folder, path, name.value_or(path));
+        const sys::Outcome<sys::FileStatus> status = folder.status(path.toNarrow());
+        // Another process has removed it since.
+        if (!status && sys::meansAbsent(status.error()))
+            continue;
+        if (!status)
+            return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, status.error());
+        const std::optional<MetadataFile> file = regularFile(*status, name.value_or(path));
         if (file && name)
             known.push_back(*file);
         else if (file && isLeftover(entry))
@@ -124,7 +128,9 @@ std::vector<MetadataFile> leftoversIn(const common::RootPath& root, const sys::F
         const OdString path = pathIn(relative, name);
         if (!isLeftover(name))
             continue;
-        if (const std::optional<MetadataFile> file = regularFile(folder, path, path))
+        const sys::Outcome<sys::FileStatus> status = folder.status(path.toNarrow());
+        const std::optional<MetadataFile> file = status ? regularFile(*status, path) : std::nullopt;
+        if (file)
             leftovers.push_back(*file);
     }
     return leftovers;

@@ -30,7 +30,7 @@ struct MetadataFiles {
     std::vector<OdString> strays;
 };
 
-/// Fails when a folder cannot be read, or is none.
+/// Fails when a folder cannot be read, or is none, and when what lies in it cannot be asked for.
 Expected<MetadataFiles> listMetadata(const common::RootPath& root, const sys::Folder& folder);
 
 /// The files that a killed process has left in a folder below the root, `relative`; none when it

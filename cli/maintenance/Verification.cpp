@@ -239,11 +239,22 @@ private:
         result_.drawingVersions += static_cast<std::int64_t>(revisions->size());
     }
 
+    /// A process that was killed in a commit may have left hundreds.
+    void noteLeftovers(const std::vector<MetadataFile>& leftovers) {
+        if (leftovers.empty())
+            return;
+        const OdString first = printable(leftovers.front().name);
+        addNote(leftovers.size() == 1
+                    ? OdString::format(tr(L"'%ls' was left by an interrupted command (qrv gc "
+                                          L"removes it after a day)"),
+                                       first)
+                    : OdString::format(tr(L"%i files, such as '%ls', were left by interrupted "
+                                          L"commands (qrv gc removes them after a day)"),
+                                       leftovers.size(), first));
+    }
+
     void noteFiles(const MetadataFiles& files) {
-        for (const MetadataFile& leftover : files.leftovers)
-            addNote(OdString::format(
-                tr(L"'%ls' was left by an interrupted command (qrv gc removes it after a day)"),
-                printable(leftover.name)));
+        noteLeftovers(files.leftovers);
         for (const OdString& stray : files.strays)
             addNote(OdString::format(tr(L"'%ls' is nothing that belongs there"), printable(stray)));
     }

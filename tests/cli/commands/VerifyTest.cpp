@@ -313,25 +313,26 @@ TEST_F(VerifyCommand, OnlyNotesWhatHarmsNothing) {
     fs::create_directory(project / ".qrv/tf/folder.tf");
     fs::create_symlink("/dev/zero", project / (".qrv/objects/" + std::string(64, 'a')));
     const auto before = contentsOf(project.folder.path());
-    EXPECT_EQ(
-        project.qrv({"verify"}),
-        (Outcome{
-            0,
-            counts + allIsWell +
-                "\nNotes:\n"
-                "  '.qrv/.17-3.qrv-tmp' was left by an interrupted command (qrv gc removes it "
-                "after a day)\n"
-                "  '.qrv/objects/.17-1.qrv-tmp' was left by an interrupted command (qrv gc removes "
-                "it after a day)\n"
-                "  '.qrv/tf/.17-2.qrv-tmp' was left by an interrupted command (qrv gc removes it "
-                "after a day)\n"
-                "  '.qrv/objects/" +
-                std::string(64, 'a') +
-                "' is nothing that belongs there\n"
-                "  '.qrv/objects/readme' is nothing that belongs there\n"
-                "  '.qrv/tf/folder.tf' is nothing that belongs there\n",
-            ""}));
+    EXPECT_EQ(project.qrv({"verify"}),
+              (Outcome{0,
+                       counts + allIsWell +
+                           "\nNotes:\n"
+                           "  3 files, such as '.qrv/.17-3.qrv-tmp', were left by interrupted "
+                           "commands (qrv gc "
+                           "removes them after a day)\n"
+                           "  '.qrv/objects/" +
+                           std::string(64, 'a') +
+                           "' is nothing that belongs there\n"
+                           "  '.qrv/objects/readme' is nothing that belongs there\n"
+                           "  '.qrv/tf/folder.tf' is nothing that belongs there\n",
+                       ""}));
     EXPECT_EQ(contentsOf(project.folder.path()), before);
+    fs::remove(project / ".qrv/.17-3.qrv-tmp");
+    fs::remove(project / ".qrv/tf/.17-2.qrv-tmp");
+    EXPECT_THAT(
+        project.qrv({"verify"}).output,
+        testing::HasSubstr("'.qrv/objects/.17-1.qrv-tmp' was left by an interrupted command "
+                           "(qrv gc removes it after a day)\n"));
 }
 
 TEST_F(VerifyCommand, LeavesAnInterruptedCommandAlone) {
