@@ -12,10 +12,15 @@ from disturbance import run_all
 from system_calls import CHANGING, injecting
 
 # Each with the words of the system or of SQLite by which a person recognises it.
+SQLITE = ("disk I/O error", "unable to open database file")
 CAUSES = {
-    "ENOSPC": ("No space left on device", "full", "disk I/O error"),
-    "EIO": ("Input/output error", "disk I/O error"),
-    "EACCES": ("Permission denied", "disk I/O error", "unable to open database file", "readonly database"),
+    "ENOSPC": ("No space left on device", "full", *SQLITE),
+    "EIO": ("Input/output error", *SQLITE),
+    "EACCES": ("Permission denied", "readonly database", *SQLITE),
+    "ESTALE": ("Stale file handle", *SQLITE),
+    "EDQUOT": ("Disk quota exceeded", *SQLITE),
+    "EMFILE": ("Too many open files", *SQLITE),
+    "ENOMEM": ("Cannot allocate memory", "not enough memory", *SQLITE),
 }
 # The library does not say why the state could not be written; a folder that could not be removed is met later.
 WITHOUT_CAUSE = ("Error writing to file", "Is a directory")
