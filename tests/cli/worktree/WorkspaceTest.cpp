@@ -251,7 +251,7 @@ TEST_F(KeptBaselineOfAWorkspace, IsNoFileOfTheProject) {
 
 TEST_F(KeptBaselineOfAWorkspace, ThatIsAFolderOrALinkIsRefused) {
     const std::string outside = project.folder.path().string() + "-outside";
-    const std::string kept = project.root.path().toNarrow() + "/.qrv/baseline";
+    const std::string kept = fs::canonical(project.folder.path()).string() + "/.qrv/baseline";
     fs::remove(kept);
     fs::create_directory(kept);
     EXPECT_EQ(project.qrv({"status"}).messages, "qrv: '" + kept + "' is not a regular file\n");
