@@ -33,7 +33,8 @@ public:
 
     Parser(Iterator begin, Iterator end) : position_(begin), end_(end) {}
 
-    /// Throws `Error` for a syntax error and `std::length_error` for a string without an end.
+    /// Throws `Error` for a syntax error and `std::length_error` for a string without an end, also
+    /// where no string may stand.
     Value parse() {
         Value root;
         parseValue(root);
@@ -71,6 +72,7 @@ private:
     Value* nextMember(Object& object);
     bool closes(wchar_t bracket, bool isFirst);
     void expect(std::wstring_view keyword);
+    [[noreturn]] void refuseToken();
 
     String scanString();
     String scanStringWithEscapes(Iterator begin);
@@ -139,7 +141,7 @@ Value* Parser<Value, Iterator>::nextMember(Object& object) {
         throw Error();
     String key = scanString();
     if (peekToken() != L':')
-        throw Error();
+        refuseToken();
     ++position_;
     // Our own files have their keys in order, so the end is the likely place.
     return &object.try_emplace(object.end(), std::move(key))->second;
@@ -151,7 +153,7 @@ template <class Value, class Iterator>
 bool Parser<Value, Iterator>::closes(wchar_t bracket, bool isFirst) {
     if (!isFirst && peekToken() != bracket) {
         if (peek() != L',')
-            throw Error();
+            refuseToken();
         ++position_;
     }
     if (peekToken() != bracket)
@@ -167,6 +169,15 @@ void Parser<Value, Iterator>::expect(std::wstring_view keyword) {
             throw Error();
         ++position_;
     }
+}
+
+/// Tokens are judged when they are complete: a string that nobody wants here is taken to its end
+/// first, which it may not have.
+template <class Value, class Iterator>
+void Parser<Value, Iterator>::refuseToken() {
+    if (peek() == L'"')
+        scanString();
+    throw Error();
 }
 
 template <class Value, class Iterator>

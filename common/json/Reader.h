@@ -14,7 +14,8 @@ namespace jsonlib::json {
 /// a real that is too large infinity. A key that occurs twice keeps the later value. A NUL between
 /// tokens ends the text.
 ///
-/// A string that the text ends in throws `std::length_error`; a lack of memory throws as usual.
+/// A string that the text ends in throws `std::length_error`, also where no string may stand; a
+/// lack of memory throws as usual.
 QRV_COMMON_EXPORT bool read(const wchar_t* begin, const wchar_t* end, Value& value);
 
 }  // namespace jsonlib::json

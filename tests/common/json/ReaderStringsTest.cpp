@@ -112,8 +112,9 @@ TEST(ReaderStrings, CutOffInsideAnEscapeAreRefused) {
 }
 
 TEST(ReaderStrings, WithoutAnEndAreALengthFailure) {
-    for (const std::wstring text : {L"\"", L"\"a", L"[\"", L"{\"", L"{\"a", L"{\"a\":\"b", L"\"\\n",
-                                    L"\"\\u0041", L"\"a\\\"", L"\"\xe9", L"[\"a\",\"b]"}) {
+    for (const std::wstring text :
+         {L"\"", L"\"a", L"[\"", L"{\"", L"{\"a", L"{\"a\":\"b", L"\"\\n", L"\"\\u0041", L"\"a\\\"",
+          L"\"\xe9", L"[\"a\",\"b]", L"{\"a\" \"b", L"[1 \"b", L"[true\"", L"{\"a\":1 \"b"}) {
         Value value = L"kept";
         EXPECT_THROW(read(text.data(), text.data() + text.size(), value), std::length_error)
             << shown(text);

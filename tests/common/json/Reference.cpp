@@ -55,6 +55,13 @@ private:
         return takeIf(token);
     }
 
+    /// A token is cut off whole before it is refused, and a string may have no end.
+    [[noreturn]] void refuseToken() {
+        if (takeTokenIf(L"\""))
+            string();
+        throw Mistake();
+    }
+
     Value object() {
         Object members;
         while (!takeTokenIf(L"}")) {
@@ -62,12 +69,12 @@ private:
                 throw Mistake();
             const std::wstring key = string();
             if (!takeTokenIf(L":"))
-                throw Mistake();
+                refuseToken();
             members[key] = value();
             if (takeTokenIf(L"}"))
                 break;
             if (!takeTokenIf(L","))
-                throw Mistake();
+                refuseToken();
         }
         return members;
     }
@@ -79,7 +86,7 @@ private:
             if (takeTokenIf(L"]"))
                 break;
             if (!takeTokenIf(L","))
-                throw Mistake();
+                refuseToken();
         }
         return elements;
     }
