@@ -1,6 +1,21 @@
 #include <common/json/Value.h>
+#include <platform/kernel/OdString.h>
 
 namespace jsonlib::json {
+
+namespace {
+
+/// The text with each character above 0xFFFF as its surrogate pair, as a text that is read holds
+/// it.
+std::wstring inUnits(std::wstring text) {
+    bool isInUnits = true;
+    // Without an early end, so that the compiler can look at many at once: hardly any text has one.
+    for (const wchar_t character : text)
+        isInUnits &= static_cast<std::uint32_t>(character) <= 0xFFFF;
+    return isInUnits ? std::move(text) : OdString(std::move(text)).toWide();
+}
+
+}  // namespace
 
 template <class Config>
 struct Value_impl<Config>::ObjectBox {
@@ -177,7 +192,7 @@ Value_impl<Config>::Value_impl(Array array) : type_(Value_type::array) {
 
 template <class Config>
 Value_impl<Config>::Value_impl(String string) : type_(Value_type::string) {
-    new (&payload_.string) String(std::move(string));
+    new (&payload_.string) String(inUnits(std::move(string)));
 }
 
 template <class Config>

@@ -1,4 +1,6 @@
+#include <common/json/Reader.h>
 #include <common/json/Value.h>
+#include <common/json/Writer.h>
 
 #include <gmock/gmock.h>
 
@@ -43,6 +45,21 @@ TEST(Value, GivesBackWhatItWasMadeFrom) {
     EXPECT_EQ(Value(largest).getUInt64(), largest);
     EXPECT_EQ(Value(1.5).getReal(), 1.5);
 }
+
+#if WCHAR_MAX > 0xFFFF
+// Symptom: a value made from a text above U+FFFF equalled none that was read, nor itself written.
+// Cause: only the reader split such characters into the two units that texts are made of.
+TEST(Value, HoldsTheUnitsThatReadingGives) {
+    const std::wstring units = {static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xDE00)};
+    EXPECT_EQ(Value(L"\U0001F600").getString(), units);
+    EXPECT_EQ(Value(std::wstring(L"\U0001F600")).getString(), units);
+    EXPECT_EQ(Value(std::wstring(1, static_cast<wchar_t>(0x110000))).getString(), L"\xFFFD");
+    const std::wstring text = write(Value(L"a\U0001F600"));
+    Value again;
+    ASSERT_TRUE(read(text.data(), text.data() + text.size(), again));
+    EXPECT_EQ(again, Value(L"a\U0001F600"));
+}
+#endif
 
 TEST(Value, MarksOnlyUnsignedIntegersAsUnsigned) {
     EXPECT_TRUE(Value(std::uint64_t{1}).isUnsigned());

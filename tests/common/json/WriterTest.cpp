@@ -131,7 +131,14 @@ TEST(Writer, EscapesWhatIsNotPrintable) {
 TEST(Writer, EscapesWideCharactersAsPairs) {
     EXPECT_EQ(write(L"\U0001F600"), L"\"\\uD83D\\uDE00\"");
     EXPECT_EQ(write(L"\U00010000\U0010FFFF"), L"\"\\uD800\\uDC00\\uDBFF\\uDFFF\"");
-    EXPECT_EQ(write(std::wstring(1, static_cast<wchar_t>(0x110000))), L"\"\\uFFFD\"");
+    EXPECT_EQ(write(std::wstring(1, static_cast<wchar_t>(0x110000))), L"\"\xFFFD\"");
+}
+
+// Keys are as the map of an object has them.
+TEST(Writer, EscapesWideCharactersOfKeysAsPairs) {
+    const std::wstring beyond(1, static_cast<wchar_t>(0x110000));
+    EXPECT_EQ(write(Object{{L"\U0001F600", 1}}), L"{\n    \"\\uD83D\\uDE00\" : 1\n}");
+    EXPECT_EQ(write(Object{{beyond, 1}}), L"{\n    \"\\uFFFD\" : 1\n}");
 }
 #endif
 
