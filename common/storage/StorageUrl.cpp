@@ -2,12 +2,15 @@
 #include <common/storage/StorageUrl.h>
 #include <platform/ut/FileName.h>
 
+#include <cstddef>
+#include <string>
+#include <string_view>
+
 namespace common {
 
 namespace {
 
 constexpr int digestLength = 64;
-constexpr int notFound = -1;
 
 bool isObjectUrl(const OdString& url) {
     return url.left(2) == OdString(L"po");
@@ -21,8 +24,8 @@ bool isDrawingUrl(const OdString& url) {
 // in which "." stands for anything but a line feed and a carriage return. They are computed
 // directly, because matching recurses once for each character and the length of a URL is in the
 // server's hand.
-bool hasLineBreak(const OdString& url) {
-    return url.find(L'\n') != notFound || url.find(L'\r') != notFound;
+bool hasLineBreak(const std::string& urlNarrow) {
+    return urlNarrow.find_first_of("\n\r") != std::string::npos;
 }
 
 OdString join(const OdString& folder, const OdString& name) {
@@ -43,20 +46,24 @@ FileStorage::Type fileToType(const OdString& file) {
 Expected<OdString> getRevision(const OdString& url) {
     if (isObjectUrl(url))
         return url.right(digestLength);
-    const int lastHash = url.reverseFind(L'#');
-    if (!isDrawingUrl(url) || lastHash == notFound || hasLineBreak(url))
+    // The narrow form shows where it differs: a unit that is no text comes back as its bytes.
+    const std::string urlNarrow = url.toNarrow();
+    const std::size_t lastHash = urlNarrow.rfind('#');
+    if (!isDrawingUrl(url) || lastHash == std::string::npos || hasLineBreak(urlNarrow))
         return translatedError(L"Internal error, invalid url occurred: %ls", url);
-    return url.mid(lastHash + 1);
+    return OdString::fromNarrow(std::string_view(urlNarrow).substr(lastHash + 1));
 }
 
 Expected<OdString> getStoragePath(const RootPath& root, const OdString& url) {
     if (isObjectUrl(url))
         return join(join(root.qrvPath(), L"objects"), url.right(digestLength));
-    const OdString prefix = repositoryExt() + L':';
-    const int firstHash = url.find(L'#', prefix.getLength());
-    if (url.left(prefix.getLength()) != prefix || firstHash == notFound || hasLineBreak(url))
+    const std::string urlNarrow = url.toNarrow();
+    const std::string prefix = (repositoryExt() + L':').toNarrow();
+    const std::size_t firstHash = urlNarrow.find('#', prefix.size());
+    if (!urlNarrow.starts_with(prefix) || firstHash == std::string::npos || hasLineBreak(urlNarrow))
         return translatedError(L"invalid url: %ls", url);
-    const OdString store = url.mid(prefix.getLength(), firstHash - prefix.getLength());
+    const OdString store = OdString::fromNarrow(
+        std::string_view(urlNarrow).substr(prefix.size(), firstHash - prefix.size()));
     ut::FileName file(join(root.qrvPath(), repositoryExt()), store, L"tf");
     file.makeAbsolute();
     return file.getFullPath();

@@ -243,6 +243,19 @@ TEST(StorageUrl, MayBeAsLongAsItLikes) {
     EXPECT_EQ(fileToType(OdString::fromNarrow(name + ".DWG")), FileStorage::Drawing);
 }
 
+// Symptom: a revision with half a surrogate pair came back as it was.
+// Cause: it was cut from the text, where it is defined by the narrow form, which has bytes for it.
+TEST(StorageUrl, GivesWhatTheNarrowFormHolds) {
+    const OdString half(std::wstring(1, static_cast<wchar_t>(0xD800)));
+    const OdString narrowed = OdString::fromNarrow(half.toNarrow());
+    ASSERT_NE(narrowed, half);
+    EXPECT_EQ(getRevision(L"tf:a#" + half).value(), narrowed);
+    const Project project;
+    EXPECT_EQ(getStoragePath(project.root, L"tf:" + half + L"#1").value(),
+              getStoragePath(project.root, L"tf:" + narrowed + L"#1").value());
+    EXPECT_EQ(getRevision(L"po" + half).value(), L"po" + half);
+}
+
 TEST(StorageUrl, KeepsANulInside) {
     const OdString url(std::wstring(L"tf:a#\0b", 7));
     EXPECT_EQ(getRevision(url).value().toWide(), std::wstring(L"\0b", 2));
