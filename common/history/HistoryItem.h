@@ -11,9 +11,10 @@
 namespace common {
 
 /// A row of the history list: a commit. The answers that are constant tell the list view that a row
-/// is enabled, neither checked nor checkable, not indented, not bold and without children. Final,
-/// because the interface has no virtual destructor and lists own their rows as values.
-struct QRV_COMMON_EXPORT HistoryItem final : qut::IListItem {
+/// is enabled, neither checked nor checkable, not indented, not bold and without children. Lists
+/// own their rows as values: the interface has no virtual destructor, so a row of a derived type
+/// must not be deleted as one of this.
+struct QRV_COMMON_EXPORT HistoryItem : qut::IListItem {
     /// The time is in universal time; of the author only what stands before the first "@" is shown.
     HistoryItem(const OdTimeStamp& commitTime, const OdString& commitAuthor, const OdString& title,
                 const OdString& commitDetail, int commitNumber);

@@ -10,7 +10,7 @@ namespace common {
 class QRV_COMMON_EXPORT JsonParseError : public OdError {
 public:
     /// `message` is the whole text for the user.
-    explicit JsonParseError(const OdString& message);
+    JsonParseError(const OdString& message);
     JsonParseError(const JsonParseError& other);
     JsonParseError(JsonParseError&& other) noexcept;
     JsonParseError& operator=(const JsonParseError& other);

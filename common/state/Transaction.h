@@ -19,7 +19,7 @@ class Cache;
 class QRV_COMMON_EXPORT Transaction {
 public:
     /// Remembers the cache's present state.
-    [[nodiscard]] explicit Transaction(Cache& cache);
+    [[nodiscard]] Transaction(Cache& cache);
     Transaction(const Transaction&) = default;
     Transaction& operator=(const Transaction&) = delete;
     /// Puts the remembered state back unless `commit` was called.

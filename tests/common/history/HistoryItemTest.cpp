@@ -18,6 +18,8 @@ using common::HistoryItem;
 using common::LoadedHistory;
 using qut::IListItem;
 
+static_assert(!std::is_final_v<HistoryItem>);
+
 constexpr std::int64_t second = 1000;
 constexpr std::int64_t minute = 60 * second;
 constexpr std::int64_t hour = 60 * minute;

@@ -169,6 +169,7 @@ TEST(JsonAccess, NamesTheTypes) {
 
 TEST(JsonParseError, IsAnErrorOfTheKernelThatCarriesItsText) {
     static_assert(std::is_base_of_v<OdError, JsonParseError>);
+    static_assert(std::is_convertible_v<const OdString&, JsonParseError>);
     JsonParseError error(OdString(L"first"));
     JsonParseError copy = error;
     EXPECT_EQ(copy.description(), OdString(L"first"));

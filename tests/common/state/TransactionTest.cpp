@@ -18,6 +18,8 @@ using common::FileChange;
 using common::State;
 using common::Transaction;
 
+static_assert(std::is_convertible_v<Cache&, Transaction>);
+
 const std::string oddlySpaced = R"( {"head":{"reference":"roof"}} )";
 const std::string rewritten = "{\n    \"head\" : {\n        \"reference\" : \"roof\"\n    }\n}";
 
