@@ -1,6 +1,6 @@
 #!/bin/bash
 # Builds the library and the program against a qrv::platform that comes from outside, installs them, and
-# builds and runs a consumer of that and the example host.
+# builds and runs a consumer of that, the example host, and a look at what the platform is asked for.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -34,6 +34,11 @@ cmake -S tests/consumer/project -B "$top/consumer" -G Ninja "-DCMAKE_PREFIX_PATH
     "${host[@]}"
 cmake --build "$top/consumer"
 cmake -D PROGRAM="$top/consumer/consumer" -P tests/consumer/RunConsumer.cmake
+
+# A state goes to a host's own platform as one line, and comes from it as one text.
+cmake -S tests/external -B "$top/calls" -G Ninja "-DCMAKE_PREFIX_PATH=$top/prefix" "${host[@]}"
+cmake --build "$top/calls"
+"$top/calls/qrv_state_calls"
 
 cmake -S examples/host -B "$top/example" -G Ninja "-DCMAKE_PREFIX_PATH=$top/prefix" "${host[@]}"
 cmake --build "$top/example"

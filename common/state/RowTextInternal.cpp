@@ -27,7 +27,8 @@ bool isPlainAscii(const std::wstring& units) {
 
 }  // namespace
 
-RowText::RowText(ut::TextFile& file, std::size_t limitUnits) : file_(file), unitsLeft_(limitUnits) {
+RowText::RowText(ut::TextFile& file, HandOver handOver, std::size_t limitUnits)
+    : file_(file), handOver_(handOver), unitsLeft_(limitUnits) {
     units_.reserve(unitsAtOnce + unitsAtOnce / 8);
 }
 
@@ -57,7 +58,7 @@ void RowText::integer(std::int64_t number) {
 }
 
 void RowText::finish() {
-    handOver();
+    addLine();
 }
 
 void RowText::open(wchar_t bracket) {
@@ -80,16 +81,17 @@ void RowText::beginLine() {
     lineFeed();
 }
 
-/// The file joins what it is given by line feeds, so the text can be handed over at any of them.
+/// Our own file joins what it is given by line feeds, so the text can be handed over at any of
+/// them.
 void RowText::lineFeed() {
-    if (units_.size() >= unitsAtOnce)
-        handOver();
+    if (handOver_ == HandOver::inPieces && units_.size() >= unitsAtOnce)
+        addLine();
     else
         units_ += L'\n';
     units_.append(4 * depth_, L' ');
 }
 
-void RowText::handOver() {
+void RowText::addLine() {
     if (units_.size() > unitsLeft_)
         throw std::length_error("a state of more text than can be read");
     // With the line feed that stood for the end of this part.

@@ -26,9 +26,13 @@ namespace common {
 class RowText {
 public:
     static constexpr std::size_t longest = std::numeric_limits<std::int32_t>::max();
+    /// In pieces it is several lines of the file, which a file that joins its lines by line feeds
+    /// does not show, and needs less memory.
+    enum class HandOver { inPieces, asOneLine };
 
     /// Adds to `file`, which must outlive it, a document of at most `limitUnits` units.
-    explicit RowText(ut::TextFile& file, std::size_t limitUnits = longest);
+    explicit RowText(ut::TextFile& file, HandOver handOver = HandOver::inPieces,
+                     std::size_t limitUnits = longest);
 
     void openObject() { open(L'{'); }
     void closeObject() { close(L'}'); }
@@ -51,9 +55,10 @@ private:
     void close(wchar_t bracket);
     void beginLine();
     void lineFeed();
-    void handOver();
+    void addLine();
 
     ut::TextFile& file_;
+    HandOver handOver_;
     std::size_t unitsLeft_;
     std::wstring units_;
     std::size_t depth_ = 0;

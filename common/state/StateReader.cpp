@@ -2,6 +2,7 @@
 #include <common/json/JsonAccess.h>
 #include <common/json/ParseObjectInternal.h>
 #include <common/json/Value.h>
+#include <common/state/PlatformInternal.h>
 #include <common/state/StateFile.h>
 #include <common/state/StateKeysInternal.h>
 #include <common/state/StateRowsInternal.h>
@@ -181,8 +182,10 @@ Expected<State> readAnyFile(const OdString& statePath) {
 }  // namespace
 
 Expected<State> deserialize(const OdString& statePath) {
-    if (std::optional<State> state = readUsualFile(statePath))
-        return std::move(*state);
+    if constexpr (isPlatformBundled) {
+        if (std::optional<State> state = readUsualFile(statePath))
+            return std::move(*state);
+    }
     return readAnyFile(statePath);
 }
 

@@ -1,4 +1,5 @@
 #include <common/base/MessageInternal.h>
+#include <common/state/PlatformInternal.h>
 #include <common/state/RowTextInternal.h>
 #include <common/state/StateFile.h>
 #include <common/state/StateKeysInternal.h>
@@ -150,7 +151,9 @@ ErrorMessage unexpectedStateError() {
 Expected<void> replaceState(const State& state, const OdString& target,
                             const OdString& statePath) try {
     ut::TextFile file(target);
-    RowText text(file);
+    constexpr auto handOver =
+        isPlatformBundled ? RowText::HandOver::inPieces : RowText::HandOver::asOneLine;
+    RowText text(file, handOver);
     if (Expected<void> written = writeRows(state, text); !written)
         return written;
     if (!file.write())

@@ -111,11 +111,29 @@ TEST(RowText, OfALargeStateIsWhatTheJsonWriterMakesOfItsTree) {
     EXPECT_TRUE(written(state, repository) == treeWritten(state));
 }
 
+TEST(RowText, IsTheSameInPiecesAndAsOneLine) {
+    const StateRepository repository;
+    const auto bytes = [&repository](RowText::HandOver handOver) {
+        ut::TextFile file(repository.root().statePath());
+        RowText text(file, handOver);
+        text.openArray();
+        for (int count = 0; count < 1000; ++count) {
+            text.element();
+            text.string(L"element");
+        }
+        text.closeArray();
+        text.finish();
+        EXPECT_TRUE(file.write());
+        return repository.stateFileBytes();
+    };
+    EXPECT_EQ(bytes(RowText::HandOver::asOneLine), bytes(RowText::HandOver::inPieces));
+}
+
 TEST(RowText, LongerThanCanBeReadAgainIsRefused) {
     const StateRepository repository;
     const auto write = [&repository](std::size_t limitUnits) {
         ut::TextFile file(repository.root().statePath());
-        RowText text(file, limitUnits);
+        RowText text(file, RowText::HandOver::inPieces, limitUnits);
         text.openArray();
         for (int count = 0; count < 3; ++count) {
             text.element();
