@@ -2,6 +2,7 @@
 #include <platform/ut/RegularFileInternal.h>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace qut {
 
@@ -36,11 +37,14 @@ bool openFile(QFile& file, const OdString& path, QIODevice::OpenMode mode) {
     if (file.isOpen() || (mode & QIODevice::ReadWrite) == 0)
         return false;
     ut::OpenedFile opened =
-        ut::openRegularFile(path, accessFlags(mode) | creationFlags(mode), permissionsOfANewFile);
+        ut::openNoFolder(path, accessFlags(mode) | creationFlags(mode), permissionsOfANewFile);
     if (!opened.descriptor.isOpen())
         return false;
     // Creating is done; Qt warns about these two when it is given a descriptor.
     mode &= ~QIODevice::OpenMode(QIODevice::NewOnly | QIODevice::ExistingOnly);
+    // A pipe has no end to go to, and the descriptor appends without Qt.
+    if (lseek(opened.descriptor.get(), 0, SEEK_CUR) < 0)
+        mode &= ~QIODevice::OpenMode(QIODevice::Append);
     if (!file.open(opened.descriptor.get(), mode, QFileDevice::AutoCloseHandle))
         return false;
     opened.descriptor.release();

@@ -7,7 +7,8 @@
 
 namespace qut {
 
-/// Opens `file` at `path`, which must name a regular file or, for writing, nothing yet. The path is
+/// Opens `file` at `path`, which must name no folder and, unless it is for writing, something. What
+/// Qt would wait for is refused: a pipe that nobody reads is not opened for writing. The path is
 /// converted as everywhere in the platform, so that a name which is not valid UTF-8 is reached too
 /// and one that holds a NUL is refused, where Qt would cut it. The mode means what it means to
 /// `QFile::open`: writing makes a missing file, and `WriteOnly` without `Append` empties an

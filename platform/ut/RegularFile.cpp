@@ -18,9 +18,8 @@ OpenedFile notOpened(int errorNumber) {
     return {.descriptor = Descriptor(), .errorNumber = errorNumber};
 }
 
-}  // namespace
-
-OpenedFile openRegularFile(const OdString& path, int flags, mode_t mode) {
+/// What is no regular file stays one that nobody waits for.
+OpenedFile openAnything(const OdString& path, int flags, mode_t mode, mode_t& kind) {
     const std::optional<std::string> systemPath = toSystemPath(path);
     if (!systemPath)
         return notOpened(errno);
@@ -33,9 +32,31 @@ OpenedFile openRegularFile(const OdString& path, int flags, mode_t mode) {
     struct stat status = {};
     if (calls::fstat(descriptor.get(), status) < 0)
         return notOpened(errno);
-    if (!S_ISREG(status.st_mode))
-        return notOpened(S_ISDIR(status.st_mode) ? EISDIR : notARegularFile);
+    if (S_ISDIR(status.st_mode))
+        return notOpened(EISDIR);
+    kind = status.st_mode & S_IFMT;
     return {.descriptor = std::move(descriptor), .sizeBytes = status.st_size};
+}
+
+}  // namespace
+
+OpenedFile openRegularFile(const OdString& path, int flags, mode_t mode) {
+    mode_t kind = 0;
+    OpenedFile opened = openAnything(path, flags, mode, kind);
+    if (opened.descriptor.isOpen() && kind != S_IFREG)
+        return notOpened(notARegularFile);
+    return opened;
+}
+
+OpenedFile openNoFolder(const OdString& path, int flags, mode_t mode) {
+    mode_t kind = 0;
+    OpenedFile opened = openAnything(path, flags, mode, kind);
+    // Only the opening must not wait: what is written later shall not be lost because a pipe is
+    // full for the moment.
+    if (opened.descriptor.isOpen() && kind != S_IFREG &&
+        fcntl(opened.descriptor.get(), F_SETFL, flags) < 0)
+        return notOpened(errno);
+    return opened;
 }
 
 ReadBytes readUpTo(int descriptor, void* buffer, std::size_t size) {

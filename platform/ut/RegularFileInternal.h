@@ -23,6 +23,8 @@ struct OpenedFile {
 /// permission bits `mode`. Anything but a regular file is refused, and opening never waits for the
 /// other end of a pipe.
 OpenedFile openRegularFile(const OdString& path, int flags, mode_t mode = 0);
+/// The same for everything but a folder: a device, and a pipe whose other end is open too.
+OpenedFile openNoFolder(const OdString& path, int flags, mode_t mode = 0);
 
 /// The number of bytes that were read, and the cause why they are no more, if it is not the file's
 /// end.

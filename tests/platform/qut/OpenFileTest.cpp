@@ -3,8 +3,10 @@
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -88,12 +90,11 @@ TEST(OpenFile, RefusesAPathWithANulInside) {
     EXPECT_EQ(qrv_test::readFile(folder / "file"), "old");
 }
 
-TEST(OpenFile, RefusesWhatIsNoRegularFile) {
+TEST(OpenFile, RefusesAFolder) {
     const TemporaryFolder folder;
     fs::create_directory(folder / "folder");
-    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0666), 0);
     const auto before = openDescriptors();
-    for (const char* name : {"folder", "pipe", "missing/file"}) {
+    for (const char* name : {"folder", "missing/file"}) {
         for (const auto mode : {QIODevice::ReadOnly, QIODevice::WriteOnly, QIODevice::ReadWrite}) {
             QFile file;
             EXPECT_FALSE(qut::openFile(file, folder.text(name), mode)) << name;
@@ -101,6 +102,44 @@ TEST(OpenFile, RefusesWhatIsNoRegularFile) {
         }
     }
     EXPECT_EQ(openDescriptors(), before);
+}
+
+// Symptom: a log that leads to a device or a pipe was refused, though Qt's own file opens it.
+// Cause: everything but a regular file was refused, so that no pipe could hold the process up.
+TEST(OpenFile, WritesToADevice) {
+    const TemporaryFolder folder;
+    fs::create_symlink("/dev/null", folder / "null");
+    fs::create_symlink("/dev/full", folder / "full");
+    for (const auto mode :
+         {QIODevice::OpenMode(QIODevice::WriteOnly), QIODevice::WriteOnly | QIODevice::Append}) {
+        EXPECT_TRUE(writeNew(folder.text("null"), mode));
+        QFile full;
+        EXPECT_TRUE(qut::openFile(full, folder.text("full"), mode));
+        full.write("new");
+        EXPECT_FALSE(full.flush());
+    }
+    QFile null;
+    ASSERT_TRUE(qut::openFile(null, folder.text("null"), QIODevice::ReadOnly));
+    EXPECT_EQ(null.readAll(), "");
+}
+
+TEST(OpenFile, WritesToAPipeThatSomebodyReadsAndWaitsForNobody) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0666), 0);
+    EXPECT_FALSE(writeNew(folder.text("pipe"), QIODevice::WriteOnly));
+    const int reader = open((folder / "pipe").c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    for (const auto mode :
+         {QIODevice::OpenMode(QIODevice::WriteOnly), QIODevice::WriteOnly | QIODevice::Append}) {
+        EXPECT_TRUE(writeNew(folder.text("pipe"), mode));
+        char bytes[8] = {};
+        EXPECT_EQ(read(reader, bytes, sizeof bytes), 3);
+        EXPECT_STREQ(bytes, "new");
+    }
+    close(reader);
+    QFile file;
+    ASSERT_TRUE(qut::openFile(file, folder.text("pipe"), QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "");
 }
 
 TEST(OpenFile, TouchesNothingWhenTheFileIsOpenOrTheModeSaysNothing) {
