@@ -42,3 +42,4 @@
 #include <common/worktree/RepoFileExplorer.h>
 #include <common/worktree/RepoIgnore.h>
 #include <common/worktree/StatusRef.h>
+#include <common/worktree/VisitRepoFiles.h>

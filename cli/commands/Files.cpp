@@ -8,8 +8,8 @@
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <common/json/Value.h>
-#include <common/worktree/CollectFiles.h>
 #include <common/worktree/File.h>
+#include <common/worktree/VisitRepoFiles.h>
 
 #include <memory>
 #include <string>

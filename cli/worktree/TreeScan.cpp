@@ -1,6 +1,6 @@
 #include <cli/MetadataCheck.h>
 #include <cli/worktree/TreeScan.h>
-#include <common/worktree/CollectFiles.h>
+#include <common/worktree/VisitRepoFiles.h>
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,7 @@
 #include <common/worktree/CollectFiles.h>
 #include <common/worktree/NameRulesInternal.h>
 #include <common/worktree/RepoIgnore.h>
+#include <common/worktree/VisitRepoFiles.h>
 #include <platform/ut/Dir.h>
 #include <platform/ut/FileName.h>
 
@@ -11,6 +12,8 @@
 namespace common {
 
 namespace {
+
+constexpr const wchar_t* metadataFolder = L".qrv";
 
 /// `prefix` and `name` in one allocation.
 OdString joined(const OdString& prefix, const OdString& name) {
@@ -23,16 +26,18 @@ OdString joined(const OdString& prefix, const OdString& name) {
 }
 
 using TakePath = std::function<void(OdString)>;
+/// Whether a file or folder of that bare name is left out.
+using ExcludesName = std::function<bool(const OdString&)>;
 
 /// Walks folders without recursion, however deep they are, and reads each of them once.
 class Walk {
 public:
-    /// The three functions take the paths of files, of folders and of folders that cannot be
+    /// The last three functions take the paths of files, of folders and of folders that cannot be
     /// listed; all must live as long.
-    Walk(std::uint32_t listFlags, const NameRules& excludes, const TakePath& onFile,
+    Walk(std::uint32_t listFlags, const ExcludesName& isExcluded, const TakePath& onFile,
          const TakePath& onFolder, const TakePath& onUnread)
         : listFlags_(listFlags),
-          excludes_(excludes),
+          isExcluded_(isExcluded),
           onFile_(onFile),
           onFolder_(onFolder),
           onUnread_(onUnread) {}
@@ -67,7 +72,7 @@ private:
 
     void addFiles(const ut::Dir& dir, const OdString& prefix) {
         for (const OdString& name : dir.list({}, listFlags_ | ut::Dir::kFiles)) {
-            if (!name.isEmpty() && !excludes_.exclude(name))
+            if (!name.isEmpty() && !isExcluded_(name))
                 onFile_(joined(prefix, name));
         }
     }
@@ -79,14 +84,14 @@ private:
         const OdString folder = dir.getName() + separator_;
         for (const OdString& name : names) {
             // A host's listing may hold the folder itself and the one above it.
-            if (name.isEmpty() || name == L"." || name == L".." || excludes_.exclude(name))
+            if (name.isEmpty() || name == L"." || name == L".." || isExcluded_(name))
                 continue;
             pending_.push_back({joined(folder, name), joined(prefix, name)});
         }
     }
 
     const std::uint32_t listFlags_;
-    const NameRules& excludes_;
+    const ExcludesName& isExcluded_;
     const TakePath& onFile_;
     const TakePath& onFolder_;
     const TakePath& onUnread_;
@@ -108,7 +113,8 @@ CollectOptions::CollectOptions(bool isRelative, bool withDirectories, bool exten
 }
 
 DirContents collectDirContents(const OdString& folder, const CollectOptions& options) {
-    const NameRules excludes(options.excludes);
+    const NameRules rules(options.excludes);
+    const ExcludesName isExcluded = [&rules](const OdString& name) { return rules.exclude(name); };
     DirContents contents;
     const TakePath addFile = [&contents](OdString path) {
         contents.files.push_back(std::move(path));
@@ -118,7 +124,7 @@ DirContents collectDirContents(const OdString& folder, const CollectOptions& opt
             contents.directories.push_back(std::move(path));
     };
     const TakePath passUnread = passOver;
-    Walk walk(options.listFlags, excludes, addFile, addFolder, passUnread);
+    Walk walk(options.listFlags, isExcluded, addFile, addFolder, passUnread);
     walk.run(folder, folder,
              options.relative ? OdString() : folder + ut::FileName::getPathSeparator());
     return contents;
@@ -140,19 +146,32 @@ Expected<void> visitRepoFiles(std::function<void(const OdString&)> onError, cons
                               const std::function<void(OdString)>& onFile,
                               const std::function<void(OdString)>& onUnread) {
     const RepoIgnore ignore(std::move(onError), root);
-    const NameRules excludes(ignore, L".qrv");
+    const NameRules rules(ignore);
+    const ExcludesName isExcluded = [&rules](const OdString& name) { return rules.exclude(name); };
+    const auto ignoreFile =
+        root.relativePathTo(root.propertiesPath() + ut::FileName::getPathSeparator() + L"ignore");
+    if (!ignore.isRead_ && ignoreFile)
+        onUnread(*ignoreFile);
+    return visitRepoFiles(root, isExcluded, onFile, onUnread);
+}
+
+Expected<void> visitRepoFiles(const RootPath& root,
+                              const std::function<bool(const OdString&)>& isExcluded,
+                              const std::function<void(OdString)>& onFile,
+                              const std::function<void(OdString)>& onUnread) {
+    const ExcludesName isLeftOut = [&isExcluded](const OdString& name) {
+        return name == metadataFolder || isExcluded(name);
+    };
     const TakePath passFolder = passOver;
-    Walk walk(0, excludes, onFile, passFolder, onUnread);
+    Walk walk(0, isLeftOut, onFile, passFolder, onUnread);
     walk.run(root.path(), {}, {});
 
     const OdString properties = root.propertiesPath();
     const Expected<OdString> relativeProperties = root.relativePathTo(properties);
     if (!relativeProperties)
         return relativeProperties.error();
-    const OdString prefix = *relativeProperties + ut::FileName::getPathSeparator();
-    if (!ignore.isRead_)
-        onUnread(prefix + L"ignore");
-    walk.run(properties, *relativeProperties, prefix);
+    walk.run(properties, *relativeProperties,
+             *relativeProperties + ut::FileName::getPathSeparator());
     return {};
 }
 

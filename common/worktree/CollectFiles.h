@@ -46,14 +46,4 @@ QRV_COMMON_EXPORT DirContents collectDirContents(const OdString& folder,
 QRV_COMMON_EXPORT Expected<std::vector<File>> collectRepoFiles(
     std::function<void(const OdString&)> onError, const RootPath& root);
 
-/// Gives the paths of the same files to `onFile`, in the same order, each as soon as it is found:
-/// for whoever needs few of them. `onUnread` is given, relative to the root, each folder that could
-/// not be listed, none of whose files is given, and the ignore file when it could not be read: for
-/// whoever must not take what is out of sight for what is not there. It does not say why, and a
-/// folder that somebody removes meanwhile is among them. What either of them throws ends the walk.
-QRV_COMMON_EXPORT Expected<void> visitRepoFiles(std::function<void(const OdString&)> onError,
-                                                const RootPath& root,
-                                                const std::function<void(OdString)>& onFile,
-                                                const std::function<void(OdString)>& onUnread);
-
 }  // namespace common

@@ -11,14 +11,13 @@ NameRules::NameRules(const std::vector<std::regex>& expressions)
     : rules_(expressions.begin(), expressions.end()) {
 }
 
-NameRules::NameRules(const RepoIgnore& ignore, const OdString& metadataFolder) {
+NameRules::NameRules(const RepoIgnore& ignore) {
     for (std::size_t i = 0; i < ignore.expressions_.size(); ++i) {
         if (std::optional<SimpleGlob> glob = SimpleGlob::from(ignore.lines_[i]))
             rules_.emplace_back(std::move(*glob));
         else
             rules_.emplace_back(ignore.expressions_[i]);
     }
-    rules_.emplace_back(ExactName{metadataFolder.toNarrow()});
 }
 
 bool NameRules::exclude(const OdString& name) const {
@@ -30,8 +29,6 @@ bool NameRules::exclude(const OdString& name) const {
 }
 
 bool NameRules::matches(const Rule& rule, const std::string& nameNarrow) {
-    if (const auto* exact = std::get_if<ExactName>(&rule))
-        return exact->nameNarrow == nameNarrow;
     if (const auto* glob = std::get_if<SimpleGlob>(&rule))
         return glob->matches(nameNarrow);
     return std::regex_match(nameNarrow, std::get<std::regex>(rule));

@@ -15,18 +15,14 @@ namespace common {
 class NameRules {
 public:
     explicit NameRules(const std::vector<std::regex>& expressions);
-    /// The same answers as from the expressions of `ignore`, found faster where a rule is simple,
-    /// and the exact name `metadataFolder` besides.
-    NameRules(const RepoIgnore& ignore, const OdString& metadataFolder);
+    /// The same answers as from the expressions of `ignore`, found faster where a rule is simple.
+    explicit NameRules(const RepoIgnore& ignore);
 
     /// Whether a rule matches the whole of the bare name.
     bool exclude(const OdString& name) const;
 
 private:
-    struct ExactName {
-        std::string nameNarrow;
-    };
-    using Rule = std::variant<ExactName, SimpleGlob, std::regex>;
+    using Rule = std::variant<SimpleGlob, std::regex>;
 
     static bool matches(const Rule& rule, const std::string& nameNarrow);
 

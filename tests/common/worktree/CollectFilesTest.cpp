@@ -1,5 +1,6 @@
 #include <common/worktree/CollectFiles.h>
 #include <common/worktree/RepoIgnore.h>
+#include <common/worktree/VisitRepoFiles.h>
 #include <platform/ut/ScopedFault.h>
 #include <tests/common/worktree/TemporaryRepository.h>
 
