@@ -38,6 +38,7 @@
 #include <common/worktree/File.h>
 #include <common/worktree/FileChange.h>
 #include <common/worktree/FileIdentity.h>
+#include <common/worktree/IgnoreLine.h>
 #include <common/worktree/RepoChanges.h>
 #include <common/worktree/RepoFileExplorer.h>
 #include <common/worktree/RepoIgnore.h>

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <optional>
-#include <utility>
 
 namespace common {
 
@@ -13,10 +11,12 @@ NameRules::NameRules(const std::vector<std::regex>& expressions)
 
 NameRules::NameRules(const RepoIgnore& ignore) {
     for (std::size_t i = 0; i < ignore.expressions_.size(); ++i) {
-        if (std::optional<SimpleGlob> glob = SimpleGlob::from(ignore.lines_[i]))
-            rules_.emplace_back(std::move(*glob));
+        const IgnoreLine& line = ignore.lines_[i];
+        if (line.isPlainGlob())
+            rules_.emplace_back(line);
         else
-            rules_.emplace_back(ignore.expressions_[i]);
+            rules_.emplace_back(
+                Expression(line.expression(), line.letterCase(), ignore.expressions_[i]));
     }
 }
 
@@ -29,8 +29,10 @@ bool NameRules::exclude(const OdString& name) const {
 }
 
 bool NameRules::matches(const Rule& rule, const std::string& nameNarrow) {
-    if (const auto* glob = std::get_if<SimpleGlob>(&rule))
-        return glob->matches(nameNarrow);
+    if (const auto* glob = std::get_if<IgnoreLine>(&rule))
+        return glob->plainGlobMatches(nameNarrow);
+    if (const auto* expression = std::get_if<Expression>(&rule))
+        return expression->matches(nameNarrow);
     return std::regex_match(nameNarrow, std::get<std::regex>(rule));
 }
 

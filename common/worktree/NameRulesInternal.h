@@ -1,7 +1,8 @@
 #pragma once
 
+#include <common/worktree/ExpressionInternal.h>
+#include <common/worktree/IgnoreLine.h>
 #include <common/worktree/RepoIgnore.h>
-#include <common/worktree/SimpleGlobInternal.h>
 #include <platform/kernel/OdString.h>
 
 #include <regex>
@@ -22,7 +23,7 @@ public:
     bool exclude(const OdString& name) const;
 
 private:
-    using Rule = std::variant<SimpleGlob, std::regex>;
+    using Rule = std::variant<IgnoreLine, Expression, std::regex>;
 
     static bool matches(const Rule& rule, const std::string& nameNarrow);
 

@@ -1,45 +1,17 @@
 #include <common/base/MessageInternal.h>
 #include <common/worktree/RepoFileExplorer.h>
-#include <platform/ut/FileName.h>
+#include <common/worktree/ShortNameInternal.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
-#include <locale>
 #include <optional>
-#include <regex>
 #include <set>
-#include <string>
 #include <utility>
 
 namespace common {
 
 namespace {
-
-// Longer names are refused: the expression compiler recurses, and a name that is long enough would
-// end the process.
-constexpr int longestName = 2000;
-
-// Asks whether a path ends in a short name.
-class NamePattern {
-public:
-    explicit NamePattern(const OdString& name) {
-        if (name.getLength() > longestName)
-            throw std::regex_error(std::regex_constants::error_complexity);
-        std::string expression = ".*" + name.toNarrow();
-        if (!ut::FileName(name).hasExt())
-            expression += R"((\.[a-zA-Z]+)+$)";
-        expression_.imbue(std::locale::classic());
-        expression_.assign(expression);
-    }
-
-    bool matches(const OdString& path) const {
-        return std::regex_match(path.toNarrow(), expression_);
-    }
-
-private:
-    std::regex expression_;
-};
 
 void append(std::vector<StagedFile>& candidates, const std::vector<File>& files,
             FileChange change) {
@@ -88,10 +60,10 @@ bool RepoFileExplorer::hasFilesToStage() const {
 
 std::variant<StagedFile, NotFound, ErrorMessage> RepoFileExplorer::findForStaging(
     const OdString& name) const {
-    const NamePattern pattern(name);
+    const ShortName shortName(name);
     std::optional<StagedFile> found;
     for (const StagedFile& candidate : implementation_->candidates) {
-        if (!pattern.matches(candidate.path))
+        if (!shortName.matches(candidate.path))
             continue;
         if (found)
             return translatedError(L"More than one file found with the name %ls.\n", name);
@@ -103,9 +75,9 @@ std::variant<StagedFile, NotFound, ErrorMessage> RepoFileExplorer::findForStagin
 }
 
 OdString RepoFileExplorer::findUnchanged(const OdString& name) const {
-    const NamePattern pattern(name);
+    const ShortName shortName(name);
     for (const UnchangedFile& file : implementation_->unchanged) {
-        if (pattern.matches(file.path))
+        if (shortName.matches(file.path))
             return file.path;
     }
     return {};

@@ -23,7 +23,9 @@ struct NotFound {};
 /// A short name finds a path that ends in it: "plan" finds "sub/plan.dwg" and "sub/floorplan.dwg",
 /// and "plan.dwg" both as well. A name without an extension stands for the name with one or more of
 /// letters only. It is used as a regular expression as it is typed, so a "." matches any character;
-/// one that does not compile, or is over 2,000 units long, throws `std::regex_error`.
+/// one that does not compile throws `std::regex_error`, and so does one that would take more stack
+/// than there is: of 8 MiB some ten thousand parentheses, or fifty thousand other units beside one
+/// character that means something in expressions. Other names may have any length.
 ///
 /// Movable, not copyable; an explorer that was moved from can only be destroyed or assigned to.
 class QRV_COMMON_EXPORT RepoFileExplorer {

@@ -1,96 +1,19 @@
 #include <common/base/MessageInternal.h>
+#include <common/worktree/IgnoreLine.h>
 #include <common/worktree/RepoIgnore.h>
 #include <platform/ut/Dir.h>
 #include <platform/ut/FileName.h>
 #include <platform/ut/TextFile.h>
 
-#include <algorithm>
 #include <array>
-#include <cstddef>
-#include <locale>
-#include <string>
-#include <string_view>
 #include <utility>
 
 namespace common {
 
 namespace {
 
-/// Longer lines are not compiled: the expression compiler recurses, and a line that is long enough
-/// would end the process.
-constexpr int longestRule = 2000;
-constexpr std::size_t mostDigits = 9;
-
 OdString ignorePath(const RootPath& root) {
     return root.propertiesPath() + ut::FileName::getPathSeparator() + L"ignore";
-}
-
-/// The expression that stands for one character of a glob. Brackets and everything else that means
-/// something in expressions keep that meaning.
-std::wstring expressionOf(wchar_t globUnit) {
-    switch (globUnit) {
-        case L'*':
-            return L".*";
-        case L'?':
-            return L".";
-        case L'.':
-            return L"\\.";
-        case L'/':
-            // Deliberately not escaped, also where the separator is a backslash.
-            return {ut::FileName::getPathSeparator()};
-        default:
-            return {globUnit};
-    }
-}
-
-OdString expressionOf(const OdString& glob) {
-    std::wstring expression = L"^";
-    for (int i = 0; i < glob.getLength(); ++i)
-        expression += expressionOf(glob[i]);
-    return OdString(expression + L"$");
-}
-
-std::size_t digitsFrom(std::wstring_view text, std::size_t begin) {
-    const std::size_t end = text.find_first_not_of(L"0123456789", begin);
-    return std::min(end, text.size()) - std::min(begin, text.size());
-}
-
-/// Whether a repetition or a back reference has more digits than the expression compiler can take
-/// without overflowing. No expression needs them, so one in brackets, where they mean nothing, may
-/// count as well.
-bool hasTooLargeNumber(std::wstring_view expression) {
-    for (std::size_t i = 0; i < expression.size(); ++i) {
-        if (expression[i] != L'{' && expression[i] != L'\\')
-            continue;
-        const std::size_t first = digitsFrom(expression, i + 1);
-        const std::size_t behind = i + 1 + first;
-        const bool isRange = behind < expression.size() && expression[behind] == L',';
-        const std::size_t second = isRange ? digitsFrom(expression, behind + 1) : 0;
-        if (std::max(first, second) > mostDigits)
-            return true;
-        if (expression[i] == L'\\' && first == 0)
-            ++i;
-    }
-    return false;
-}
-
-/// Throws std::regex_error when the text is no expression. Which letters are one letter in two
-/// cases must not depend on the host's locale.
-std::regex compiled(const OdString& expression, std::regex::flag_type letterCase) {
-    if (hasTooLargeNumber(expression.toWide()))
-        throw std::regex_error(std::regex_constants::error_complexity);
-    std::regex compiled;
-    compiled.imbue(std::locale::classic());
-    compiled.assign(expression.toNarrow(), std::regex::ECMAScript | letterCase);
-    return compiled;
-}
-
-std::regex compiledRule(const OdString& line) {
-    if (line.getLength() > longestRule)
-        throw std::regex_error(std::regex_constants::error_complexity);
-    if (line[0] == L'^')
-        return compiled(line, {});
-    return compiled(expressionOf(line), std::regex::icase);
 }
 
 }  // namespace
@@ -135,14 +58,15 @@ std::vector<OdString> RepoIgnore::parse() {
 }
 
 Expected<void> RepoIgnore::addRule(const OdString& line) {
-    if (line.isEmpty() || line[0] == L'#')
+    IgnoreLine rule(line);
+    if (!rule.isRule())
         return {};
     try {
-        expressions_.push_back(compiledRule(line));
+        expressions_.push_back(rule.compiled());
     } catch (const std::regex_error& error) {
         return ErrorMessage{OdString(error.what())};
     }
-    lines_.push_back(line);
+    lines_.push_back(std::move(rule));
     return {};
 }
 

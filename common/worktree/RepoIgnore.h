@@ -3,6 +3,7 @@
 #include <common/base/Expected.h>
 #include <common/base/Export.h>
 #include <common/repository/RootPath.h>
+#include <common/worktree/IgnoreLine.h>
 #include <platform/kernel/OdString.h>
 
 #include <functional>
@@ -54,7 +55,7 @@ private:
     OdString file_;
     std::vector<std::regex> expressions_;
     // The line of each expression: the scan matches the simple ones without the expression.
-    std::vector<OdString> lines_;
+    std::vector<IgnoreLine> lines_;
     // Whether the file was read to its end, and not only taken for one without rules.
     bool isRead_ = false;
 };
