@@ -6,6 +6,7 @@
 #include <common/storage/StorageUrl.h>
 #include <common/worktree/FileChange.h>
 #include <common/worktree/RepoIgnore.h>
+#include <platform/ut/ScopedFault.h>
 #include <tests/catalogue/Host.h>
 #include <tests/support/Files.h>
 #include <tests/support/RecordingIo.h>
@@ -13,6 +14,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <clocale>
 #include <string>
 #include <vector>
@@ -63,6 +65,8 @@ TEST_F(GermanLibrary, RefusesValuesThatItDoesNotKnow) {
     EXPECT_EQ(messageOf(common::getRevision(L"tf:x")), "Interner Fehler, ungültige URL: tf:x");
     EXPECT_EQ(messageOf(common::ConfigPath::get(OdString())),
               "Der Pfad der Konfiguration der Versionsverwaltung ist leer.");
+    // A drive that is not there has no root.
+    const ut::ScopedFault nothing(2, ENOENT);
     EXPECT_EQ(messageOf(common::ConfigPath::get(L"/")), "Der Pfad / ist ungültig.");
 }
 
