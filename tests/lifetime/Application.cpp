@@ -79,7 +79,9 @@ int main(int argumentCount, char** arguments) {
     if (function == nullptr)
         return 3;
     const auto open = [function, folder = arguments[4]] {
-        return reinterpret_cast<qrv_test::Open>(function)(folder);
+        Held held;
+        reinterpret_cast<qrv_test::Open>(function)(folder, held);
+        return held;
     };
     if (std::string(arguments[3]) == "thread")
         lateThread.hold(open);

@@ -55,24 +55,24 @@ private:
 
 #define QRV_EXTENSION_EXPORT extern "C" [[gnu::visibility("default")]]
 
-QRV_EXTENSION_EXPORT Held openCache(const char* folder) {
+QRV_EXTENSION_EXPORT void openCache(const char* folder, Held& held) {
     makeAMessage();
     const common::RootPath root = common::RootPath::get(folder, true).value();
     common::Cache::create(root, printingIo());
     std::shared_ptr<common::Cache> cache = common::Cache::get(root, printingIo()).value();
     cache->write().head.reference = L"roof";
-    return cache;
+    held = cache;
 }
 
-QRV_EXTENSION_EXPORT Held openConfig(const char* folder) {
+QRV_EXTENSION_EXPORT void openConfig(const char* folder, Held& held) {
     makeAMessage();
     std::shared_ptr<common::Config> config = common::Config::load(folder, printingIo()).value();
     changeRegistry(*config);
-    return config;
+    held = config;
 }
 
-QRV_EXTENSION_EXPORT Held openConfigLate(const char* folder) {
+QRV_EXTENSION_EXPORT void openConfigLate(const char* folder, Held& held) {
     // The registry of loaded configurations is made, so that it also ends.
     static_cast<void>(common::Config::load(folder, printingIo()).value());
-    return std::make_shared<LateOpening>(folder);
+    held = std::make_shared<LateOpening>(folder);
 }

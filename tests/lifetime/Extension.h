@@ -8,7 +8,7 @@ namespace qrv_test {
 using Held = std::shared_ptr<void>;
 
 /// The type of each of the extension's functions: opens something in the folder and changes it, so
-/// that letting go of it writes a file.
-using Open = Held (*)(const char* folder);
+/// that letting go of `held` writes a file.
+using Open = void (*)(const char* folder, Held& held);
 
 }  // namespace qrv_test
