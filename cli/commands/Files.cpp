@@ -7,13 +7,14 @@
 #include <cli/Repository.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/maintenance/IgnoreRules.h>
 #include <common/json/Value.h>
-#include <common/worktree/File.h>
 #include <common/worktree/VisitRepoFiles.h>
 
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qrv_cli {
@@ -26,18 +27,18 @@ struct Arguments {
     bool endWithNul = false;
 };
 
-void writePaths(const std::vector<common::File>& files, std::string_view end, Output& output) {
-    for (const common::File& file : files) {
-        output.write(nameForOutput(file.path));
+void writePaths(const std::vector<OdString>& files, std::string_view end, Output& output) {
+    for (const OdString& file : files) {
+        output.write(nameForOutput(file));
         output.write(end);
     }
 }
 
-void writePathsAsJson(const std::vector<common::File>& files, Output& output) {
+void writePathsAsJson(const std::vector<OdString>& files, Output& output) {
     jsonlib::json::Array paths;
     paths.reserve(files.size());
-    for (const common::File& file : files)
-        paths.emplace_back(file.path.toWide());
+    for (const OdString& file : files)
+        paths.emplace_back(file.toWide());
     writeJson(std::move(paths), output);
 }
 
@@ -45,17 +46,20 @@ Expected<void> listFiles(const Arguments& arguments, Output& output) {
     const Expected<OpenRepository> repository = openRepository(arguments.folder);
     if (!repository)
         return repository.error();
-    std::vector<common::File> files;
+    IgnoreRules rules(repository->root, printMessage);
+    std::vector<OdString> files;
     OdString unread;
+    const auto addUnread = [&unread](const OdString& path) {
+        unread += L"\n  " + (path.isEmpty() ? OdString(L".") : printable(path));
+    };
     const Expected<void> visited = common::visitRepoFiles(
-        printMessage, repository->root,
-        [&files](const OdString& path) { files.emplace_back(path); },
-        [&unread](const OdString& path) {
-            unread += L"\n  " + (path.isEmpty() ? OdString(L".") : printable(path));
-        });
+        repository->root, [&rules](const OdString& name) { return rules.match(name) != nullptr; },
+        [&files](OdString path) { files.push_back(std::move(path)); }, addUnread);
     if (!visited)
         return visited;
-    // The library listed the folders by their paths.
+    if (!rules.isRead())
+        addUnread(L".qrv/properties/ignore");
+    // The folders and the rules were read by their paths.
     if (Expected<void> checked = checkMetadata(repository->folder, repository->root.path());
         !checked)
         return checked;

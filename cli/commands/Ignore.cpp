@@ -39,7 +39,7 @@ Expected<void> list(const Arguments& arguments, Output& output) {
         return root.error();
     jsonlib::json::Array document;
     OdString text;
-    for (const IgnoreRule& rule : ignoreRules(*root, printMessage)) {
+    for (const IgnoreRule& rule : IgnoreRules(*root, printMessage).list()) {
         document.emplace_back(toJson(rule.line, rule.text));
         text += OdString::format(L"%i: %ls\n", rule.line, printable(rule.text));
     }
@@ -85,8 +85,8 @@ Expected<void> check(const Arguments& arguments, Output& output) {
     const Expected<OdString> path = pathInRepository(*root, arguments.path);
     if (!path)
         return path.error();
-    const std::optional<IgnoreReason> reason =
-        reasonToIgnore(*path, ignoreRules(*root, printMessage));
+    IgnoreRules rules(*root, printMessage);
+    const std::optional<IgnoreReason> reason = reasonToIgnore(*path, rules);
     if (arguments.asJson)
         writeJson(documentOf(*path, reason), output);
     else if (reason)

@@ -4,9 +4,9 @@
 #include <common/worktree/RepoIgnore.h>
 #include <platform/ut/TextFile.h>
 
-#include <QTemporaryDir>
 #include <algorithm>
 #include <cstddef>
+#include <regex>
 #include <string>
 #include <utility>
 
@@ -16,6 +16,18 @@ namespace {
 
 constexpr const wchar_t* metadataFolder = L".qrv";
 constexpr const wchar_t* propertiesPrefix = L".qrv/properties/";
+
+/// No rule that somebody wrote by hand comes near these sizes, which are counted in states of about
+/// a hundred bytes.
+constexpr std::size_t largestSize = 4'000;
+constexpr std::size_t largestTotalSize = 100'000;
+constexpr std::size_t mostExpressions = 1'000;
+
+/// What all expressions of a scan may take together, some seconds; and what they may take besides
+/// for each name, but each of them at least so much that no ordinary one ever misses it.
+constexpr std::int64_t stepsForScan = 50'000'000;
+constexpr std::int64_t stepsForName = 50'000;
+constexpr std::int64_t leastStepsForName = 1'000;
 
 OdString ignorePath(const common::RootPath& root) {
     return root.propertiesPath() + L"/ignore";
@@ -32,25 +44,6 @@ std::optional<std::vector<OdString>> linesOf(const common::RootPath& root) {
     return lines;
 }
 
-bool isRule(const OdString& line) {
-    return !line.isEmpty() && line[0] != L'#';
-}
-
-/// The cause in a message of the library about a bad line, if it is about that line.
-std::optional<OdString> causeIn(const OdString& message, int line) {
-    // Something that no message holds marks where the cause stands in the user's language.
-    const OdString mark(L"\x01");
-    const OdString pattern = OdString::format(tr(L"Line %i: %ls"), line, mark);
-    const int at = pattern.find(mark[0]);
-    const OdString head = pattern.left(at);
-    const OdString tail = pattern.mid(at + 1, pattern.getLength() - at - 1);
-    const int length = message.getLength() - head.getLength() - tail.getLength();
-    if (length < 0 || message.left(head.getLength()) != head ||
-        message.right(tail.getLength()) != tail)
-        return std::nullopt;
-    return message.mid(head.getLength(), length);
-}
-
 OdString parentOf(const OdString& path) {
     const int slash = path.reverseFind(L'/');
     return slash < 0 ? OdString() : path.left(slash);
@@ -60,27 +53,31 @@ OdString nameOf(const OdString& path) {
     return path.mid(path.reverseFind(L'/') + 1);
 }
 
-/// Why the library would not take the line, asked from the library itself: it has no other way in
-/// than a repository with an ignore file.
+/// Makes the ignore file where it is missing, with the explanation and the default rules. A failure
+/// is silent, and leaves no rules.
+void makeMissingFile(const common::RootPath& root) {
+    static_cast<void>(common::RepoIgnore::write(
+        common::RepoIgnore::explanation(false) + common::RepoIgnore::defaultIgnore(), root));
+}
+
+/// Why a rule is not taken; nothing when it is.
 std::optional<OdString> refusalOf(const OdString& rule) {
-    const QTemporaryDir folder;
-    const OdString path = OdString::fromNarrow(folder.path().toStdString());
-    const Expected<common::RootPath> root = common::RootPath::get(path, true);
-    if (!root)
-        return root.error().message;
-    if (const Expected<void> written = common::RepoIgnore::write(rule, *root); !written)
-        return written.error().message;
-    std::vector<OdString> messages;
-    const common::RepoIgnore ignore(
-        [&messages](const OdString& message) { messages.push_back(message); }, *root);
-    if (messages.empty())
+    const common::IgnoreLine line(rule);
+    try {
+        if (line.isPlainGlob())
+            return std::nullopt;
+        if (line.size() > largestSize)
+            return tr(L"it would take too much time or memory");
+        static_cast<void>(line.compiled());
         return std::nullopt;
-    return causeIn(messages.back(), 1).value_or(messages.back());
+    } catch (const std::regex_error& error) {
+        return OdString(error.what());
+    }
 }
 
 /// A missing file is made first: it begins with the explanation and the default rules.
 Expected<std::vector<OdString>> presentLines(const common::RootPath& root) {
-    const common::RepoIgnore present([](const OdString&) {}, root);
+    makeMissingFile(root);
     std::optional<std::vector<OdString>> lines = linesOf(root);
     if (lines)
         return std::move(*lines);
@@ -121,33 +118,94 @@ Expected<void> checkRule(const OdString& rule) {
 
 }  // namespace
 
-std::vector<IgnoreRule> ignoreRules(const common::RootPath& root,
-                                    const std::function<void(const OdString&)>& onError) {
+IgnoreRules::IgnoreRules(const common::RootPath& root, OnError onError)
+    : onError_(std::move(onError)) {
+    makeMissingFile(root);
     std::vector<OdString> messages;
-    const auto note = [&messages, &onError](const OdString& message) {
-        messages.push_back(message);
-        onError(message);
-    };
-    const std::vector<std::regex> expressions = common::RepoIgnore(note, root).expressions();
-    const std::vector<OdString> lines = linesOf(root).value_or(std::vector<OdString>());
-    std::vector<IgnoreRule> rules;
-    // The first message is a heading, and the others are in the order of the lines.
-    std::size_t nextMessage = 1;
-    for (std::size_t i = 0; i < lines.size() && rules.size() < expressions.size(); ++i) {
-        const int line = static_cast<int>(i) + 1;
-        if (!isRule(lines[i]))
-            continue;
-        if (nextMessage < messages.size() && causeIn(messages[nextMessage], line))
-            ++nextMessage;
-        else
-            rules.push_back(
-                {.line = line, .text = lines[i], .expression = expressions[rules.size()]});
+    int number = 0;
+    const std::optional<std::vector<OdString>> lines = linesOf(root);
+    isRead_ = lines.has_value();
+    for (const OdString& line : lines.value_or(std::vector<OdString>()))
+        add({.line = ++number, .text = line}, messages);
+    if (!messages.empty())
+        onError_(tr(L"An error occurred while parsing the ignored file:"));
+    for (const OdString& message : messages)
+        onError_(message);
+    shareSteps();
+}
+
+/// Adds what is wrong with the line to the messages.
+void IgnoreRules::add(const IgnoreRule& rule, std::vector<OdString>& messages) {
+    const common::IgnoreLine line(rule.text);
+    if (!line.isRule())
+        return;
+    if (line.isPlainGlob()) {
+        rules_.push_back({rule, line});
+        return;
     }
+    const std::size_t size = line.size();
+    if (size > largestSize || totalSize_ + size > largestTotalSize ||
+        expressionCount_ == mostExpressions)
+        return tellLeftOut(rule);
+    try {
+        rules_.push_back({rule, Expression{BoundedExpression(line)}});
+        totalSize_ += size;
+        ++expressionCount_;
+    } catch (const std::regex_error& error) {
+        messages.push_back(
+            OdString::format(tr(L"Line %i: %ls"), rule.line, OdString(error.what())));
+    }
+}
+
+void IgnoreRules::shareSteps() {
+    const auto count = static_cast<std::int64_t>(std::max<std::size_t>(expressionCount_, 1));
+    stepsForName_ = std::max(stepsForName / count, leastStepsForName);
+    for (Rule& rule : rules_) {
+        if (auto* const matcher = std::get_if<Expression>(&rule.matcher))
+            matcher->steps = stepsForScan / count;
+    }
+}
+
+void IgnoreRules::tellLeftOut(const IgnoreRule& rule) const {
+    onError_(OdString::format(
+        tr(L"Line %i of the ignore rules is left out, since it would take too much time or memory: "
+           L"%ls"),
+        rule.line, printable(rule.text)));
+}
+
+std::vector<IgnoreRule> IgnoreRules::list() const {
+    std::vector<IgnoreRule> rules;
+    for (const Rule& rule : rules_)
+        rules.push_back(rule.rule);
     return rules;
 }
 
-std::optional<IgnoreReason> reasonToIgnore(const OdString& path,
-                                           const std::vector<IgnoreRule>& rules) {
+const IgnoreRule* IgnoreRules::match(const OdString& name) {
+    const std::string nameNarrow = name.toNarrow();
+    for (Rule& rule : rules_) {
+        if (rule.isLeftOut)
+            continue;
+        const std::optional<bool> answer = matches(rule, nameNarrow);
+        if (!answer) {
+            rule.isLeftOut = true;
+            tellLeftOut(rule.rule);
+        } else if (*answer) {
+            return &rule.rule;
+        }
+    }
+    return nullptr;
+}
+
+/// Nothing when the rule has used up its share.
+std::optional<bool> IgnoreRules::matches(Rule& rule, std::string_view nameNarrow) {
+    if (const auto* const line = std::get_if<common::IgnoreLine>(&rule.matcher))
+        return line->plainGlobMatches(nameNarrow);
+    auto& matcher = std::get<Expression>(rule.matcher);
+    matcher.steps += stepsForName_;
+    return matcher.expression.matches(nameNarrow, matcher.steps);
+}
+
+std::optional<IgnoreReason> reasonToIgnore(const OdString& path, IgnoreRules& rules) {
     const OdString prefix(propertiesPrefix);
     const bool isProperties = path.left(prefix.getLength()) == prefix;
     std::vector<OdString> parts;
@@ -159,13 +217,10 @@ std::optional<IgnoreReason> reasonToIgnore(const OdString& path,
     }
     std::reverse(parts.begin(), parts.end());
     for (const OdString& part : parts) {
-        const std::string name = nameOf(part).toNarrow();
-        const auto rule = std::find_if(rules.begin(), rules.end(), [&name](const auto& candidate) {
-            return std::regex_match(name, candidate.expression);
-        });
-        if (rule != rules.end())
+        const OdString name = nameOf(part);
+        if (const IgnoreRule* const rule = rules.match(name))
             return IgnoreReason{.path = part, .line = rule->line, .rule = rule->text};
-        if (OdString::fromNarrow(name) == metadataFolder)
+        if (name == metadataFolder)
             return IgnoreReason{.path = part, .line = 0, .rule = {}};
     }
     return std::nullopt;

@@ -1,4 +1,5 @@
 #include <cli/MetadataCheck.h>
+#include <cli/maintenance/IgnoreRules.h>
 #include <cli/worktree/TreeScan.h>
 #include <common/worktree/VisitRepoFiles.h>
 
@@ -180,10 +181,14 @@ Expected<void> TreeScan::lookAt(std::shared_ptr<const Baseline> baseline) {
 
 Expected<void> TreeScan::list() {
     const auto remember = [this](const OdString& text) { messages_.push_back(text); };
+    IgnoreRules rules(root_, remember);
     OtherPaths others(baseline_);
     Expected<void> visited = common::visitRepoFiles(
-        remember, root_, [&others](OdString path) { others.add(std::move(path)); },
+        root_, [&rules](const OdString& name) { return rules.match(name) != nullptr; },
+        [&others](OdString path) { others.add(std::move(path)); },
         [this](const OdString& path) { noteUnread(path); });
+    if (!rules.isRead())
+        noteUnread(L".qrv/properties/ignore");
     if (!visited)
         return visited;
     // The library read the rules and listed the folders by their paths.
