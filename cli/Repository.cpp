@@ -1,6 +1,7 @@
 #include <cli/Message.h>
 #include <cli/MetadataCheck.h>
 #include <cli/Repository.h>
+#include <cli/StateDepth.h>
 #include <cli/Translation.h>
 
 #include <stdexcept>
@@ -92,6 +93,8 @@ Expected<common::RootPath> findRepository(const std::string& folder) {
 
 Expected<std::shared_ptr<common::Cache>> openState(const common::RootPath& root,
                                                    const sys::Folder& folder, const Host& host) {
+    if (Expected<void> depth = checkStateDepth(root); !depth)
+        return std::move(depth).error();
     try {
         Expected<std::shared_ptr<common::Cache>> cache = common::Cache::get(root, host);
         if (const Expected<void> checked = checkMetadata(folder, root.path()); !checked)

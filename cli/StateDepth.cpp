@@ -1,0 +1,95 @@
+#include <cli/Message.h>
+#include <cli/StateDepth.h>
+#include <cli/Translation.h>
+#include <platform/kernel/OdError.h>
+#include <platform/ut/File.h>
+#include <platform/ut/ReadEntireFile.h>
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace qrv_cli {
+
+namespace {
+
+/// Ours are five levels deep.
+constexpr int deepest = 100;
+
+/// Follows a JSON text, given in parts, through its brackets. What is no JSON misleads it no
+/// further than to a count of brackets.
+class Depth {
+public:
+    template <class Character>
+    void follow(std::basic_string_view<Character> part) {
+        for (const Character character : part) {
+            // What stands behind the document is not read.
+            if (isOver_)
+                return;
+            follow(static_cast<char32_t>(character));
+        }
+    }
+
+    bool isTooDeep() const { return isTooDeep_; }
+
+private:
+    void follow(char32_t character) {
+        if (isInString_) {
+            if (isEscaped_)
+                isEscaped_ = false;
+            else if (character == U'\\')
+                isEscaped_ = true;
+            else if (character == U'"')
+                isInString_ = false;
+        } else if (character == U'"') {
+            isInString_ = true;
+        } else if (character == U'[' || character == U'{') {
+            isTooDeep_ |= ++depth_ > deepest;
+        } else if (character == U']' || character == U'}') {
+            isOver_ = --depth_ <= 0;
+        }
+    }
+
+    int depth_ = 0;
+    bool isInString_ = false;
+    bool isEscaped_ = false;
+    bool isTooDeep_ = false;
+    bool isOver_ = false;
+};
+
+bool isUtf16(std::string_view bytes) {
+    return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+}
+
+bool isTooDeep(const OdString& path) {
+    ut::File file;
+    if (!file.open(path))
+        return false;
+    Depth depth;
+    std::array<char, 64 * 1024> buffer;
+    bool isFirst = true;
+    while (const std::size_t count = file.read(buffer.data(), buffer.size())) {
+        const std::string_view bytes(buffer.data(), count);
+        if (isFirst && isUtf16(bytes)) {
+            depth.follow(std::wstring_view(ut::readEntireFile(path).toWide()));
+            break;
+        }
+        depth.follow(bytes);
+        isFirst = false;
+    }
+    return depth.isTooDeep();
+}
+
+}  // namespace
+
+Expected<void> checkStateDepth(const common::RootPath& root) try {
+    if (!isTooDeep(root.statePath()))
+        return {};
+    return ErrorMessage{OdString::format(
+        tr(L"The state file '%ls' has more than %i levels of brackets, and is not read"),
+        printable(root.statePath()), deepest)};
+} catch (const OdError&) {
+    return {};
+}
+
+}  // namespace qrv_cli
