@@ -75,7 +75,6 @@ repeat_in_locales() {
 step kills disturb Kill
 step failures disturb Failure
 step questions disturb Question
-step questions disturb Question
 step power-cuts disturb PowerCut
 step model walk
 step locales repeat_in_locales
