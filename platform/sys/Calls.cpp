@@ -70,6 +70,10 @@ ssize_t read(int file, void* buffer, std::size_t size) {
     return repeatedWhenInterrupted([&] { return ::read(file, buffer, size); });
 }
 
+ssize_t readAt(int file, void* buffer, std::size_t size, std::int64_t position) {
+    return repeatedWhenInterrupted([&] { return ::pread(file, buffer, size, position); });
+}
+
 ssize_t write(int file, const void* bytes, std::size_t size) {
     return repeatedWhenInterrupted([&] { return ::write(file, bytes, size); });
 }

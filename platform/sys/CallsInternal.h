@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <system_error>
 
@@ -26,6 +27,8 @@ Handle openBeneath(int folder, const char* path, int flags, mode_t mode);
 bool hasOpenBeneath();
 
 ssize_t read(int file, void* buffer, std::size_t size);
+/// Leaves the file's position as it is.
+ssize_t readAt(int file, void* buffer, std::size_t size, std::int64_t position);
 ssize_t write(int file, const void* bytes, std::size_t size);
 int flush(int file);
 int flushFileSystem(int file);

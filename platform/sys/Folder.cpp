@@ -121,6 +121,15 @@ Outcome<NewFile> Folder::newFile(const std::string& relative, std::uint32_t perm
     return file;
 }
 
+std::error_code Folder::makeFile(const std::string& relative, std::uint32_t permissions) const {
+    Handle made = openBeneath(number(), relative, O_WRONLY | O_CREAT | O_EXCL, permissions);
+    return made.isOpen() ? made.close() : calls::lastError();
+}
+
+std::string Folder::pathThroughHandle(const std::string& name) const {
+    return "/proc/self/fd/" + std::to_string(number()) + '/' + name;
+}
+
 std::error_code Folder::removeFile(const std::string& relative) const {
     const Outcome<Place> place = placeOf(number(), relative);
     if (!place)

@@ -51,6 +51,14 @@ public:
     /// Begins a new file, which will have the name `relative` once it is published (see NewFile).
     /// Makes the folders on the way that are missing. The process's mask applies to `permissions`.
     Outcome<NewFile> newFile(const std::string& relative, std::uint32_t permissions) const;
+    /// Makes an empty file; the process's mask applies to `permissions`. `file_exists` when the
+    /// name is taken.
+    [[nodiscard]] std::error_code makeFile(const std::string& relative,
+                                           std::uint32_t permissions) const;
+    /// A path to a name in this very folder, for a library that opens by path: it leads through the
+    /// open folder, wherever that was moved to. It lasts as long as a copy of this does, and not
+    /// beyond the process. Needs /proc.
+    std::string pathThroughHandle(const std::string& name) const;
     /// Removes a file or a link. A missing one is an error, `no_such_file_or_directory`.
     [[nodiscard]] std::error_code removeFile(const std::string& relative) const;
     /// Renames a file or folder within this folder, over an existing file. The folders of both

@@ -18,6 +18,28 @@ Outcome<std::size_t> InputFile::read(std::span<char> buffer) {
     return total;
 }
 
+Outcome<std::size_t> InputFile::readAt(std::int64_t position, std::span<char> buffer) const {
+    std::size_t total = 0;
+    while (total < buffer.size()) {
+        const ssize_t count =
+            calls::readAt(handle_.number(), buffer.data() + total, buffer.size() - total,
+                          position + static_cast<std::int64_t>(total));
+        if (count < 0)
+            return calls::lastError();
+        if (count == 0)
+            break;
+        total += static_cast<std::size_t>(count);
+    }
+    return total;
+}
+
+Outcome<std::uint64_t> InputFile::countNames() const {
+    struct stat status = {};
+    if (calls::status(handle_.number(), status) < 0)
+        return calls::lastError();
+    return std::uint64_t{status.st_nlink};
+}
+
 Outcome<InputFile::Stamp> InputFile::stamp() const {
     struct stat status = {};
     if (calls::status(handle_.number(), status) < 0)

@@ -17,6 +17,11 @@ public:
     /// Reads the next bytes and gives their number: less than asked for only at the end.
     Outcome<std::size_t> read(std::span<char> buffer);
 
+    /// Reads what lies at `position`, and leaves where `read` goes on as it is.
+    Outcome<std::size_t> readAt(std::int64_t position, std::span<char> buffer) const;
+    /// How many names the file has.
+    Outcome<std::uint64_t> countNames() const;
+
     /// Size and time of modification as they are now; two answers that differ mean that somebody
     /// writes to the file.
     struct Stamp {
