@@ -1,70 +1,28 @@
-#include <cli/Message.h>
 #include <cli/Translation.h>
 #include <cli/database/Database.h>
-#include <platform/sys/Folder.h>
+#include <cli/database/DatabaseFailureInternal.h>
+#include <cli/database/DatabaseFileInternal.h>
+#include <cli/database/FolderVfsInternal.h>
+#include <cli/database/StepLimitInternal.h>
+#include <cli/storage/StorageMessages.h>
 
 #include <sqlite3.h>
 
-#include <filesystem>
+#include <array>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace qrv_cli {
-
-namespace fs = std::filesystem;
 
 namespace {
 
 constexpr int busyTimeoutMs = 10000;
 constexpr const char* anyRead = "PRAGMA schema_version";
+constexpr const char* readOfSchema = "SELECT 1 FROM sqlite_schema LIMIT 1";
 
-[[noreturn]] void fail(const OdString& file, const OdString& cause) {
-    throw DatabaseError(
-        OdString::format(tr(L"The database '%ls' cannot be used: %ls"), printable(file), cause));
-}
-
+/// A file that is missing is made before SQLite is asked.
 int flagsOf(Database::Access access) {
-    switch (access) {
-        case Database::Access::readOnly:
-            return SQLITE_OPEN_READONLY;
-        case Database::Access::readWrite:
-            return SQLITE_OPEN_READWRITE;
-        case Database::Access::create:
-            break;
-    }
-    return SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-}
-
-/// SQLite, told not to follow links, follows none on the whole way; here the folders may be links.
-std::string withoutLinkedFolders(const OdString& path) {
-    const fs::path file = path.toNarrow();
-    std::error_code error;
-    const fs::path folder = fs::canonical(file.parent_path(), error);
-    if (error)
-        fail(path, OdString(error.message().c_str()));
-    return folder / file.filename();
-}
-
-/// Opening a pipe would wait for its other end.
-void requireRegularFile(const OdString& path, const std::string& file) {
-    std::error_code error;
-    const fs::file_status status = fs::symlink_status(file, error);
-    if (fs::exists(status) && !fs::is_regular_file(status))
-        fail(path, tr(L"it is not a regular file"));
-}
-
-/// SQLite makes files that only their owner may write to, even where the mask lets the group. A
-/// failure is left to SQLite, which meets it again and tells.
-void makeIfMissing(const fs::path& file) {
-    constexpr std::uint32_t permissions = 0666;
-    const sys::Outcome<sys::Folder> folder = sys::Folder::open(file.parent_path().native());
-    const std::string name = file.filename().native();
-    if (!folder || folder->status(name))
-        return;
-    sys::Outcome<sys::NewFile> made = folder->newFile(name, permissions);
-    if (made)
-        static_cast<void>(made->publish(sys::NewFile::Existing::keep));
+    return access == Database::Access::readOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
 }
 
 void refuseCodeInFile(sqlite3* connection) {
@@ -74,116 +32,57 @@ void refuseCodeInFile(sqlite3* connection) {
     sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
 }
 
-/// Whether there is a journal to play back, which a connection that only reads cannot do.
-bool isHalfWritten(sqlite3* connection) {
-    sqlite3_exec(connection, anyRead, nullptr, nullptr, nullptr);
-    return sqlite3_extended_errcode(connection) == SQLITE_READONLY_ROLLBACK;
+struct Limit {
+    int kind;
+    int atMost;
+};
+
+/// What no statement and no row of ours comes near to.
+constexpr std::array<Limit, 9> limits = {{{SQLITE_LIMIT_LENGTH, 64 << 20},
+                                          {SQLITE_LIMIT_SQL_LENGTH, 100'000},
+                                          {SQLITE_LIMIT_COLUMN, 100},
+                                          {SQLITE_LIMIT_EXPR_DEPTH, 20},
+                                          {SQLITE_LIMIT_VDBE_OP, 25'000},
+                                          {SQLITE_LIMIT_FUNCTION_ARG, 8},
+                                          {SQLITE_LIMIT_ATTACHED, 0},
+                                          {SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 50},
+                                          {SQLITE_LIMIT_TRIGGER_DEPTH, 10}}};
+
+void limitStatements(sqlite3* connection) {
+    for (const Limit& limit : limits)
+        sqlite3_limit(connection, limit.kind, limit.atMost);
+}
+
+/// The folder of a path, and the name in it.
+std::pair<std::string, std::string> splitPath(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return {".", path};
+    return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
 }
 
 }  // namespace
-
-void Statement::Finalize::operator()(sqlite3_stmt* statement) const {
-    sqlite3_finalize(statement);
-}
-
-Statement::Statement(sqlite3* connection, OdString file, const char* sql)
-    : connection_(connection), file_(std::move(file)) {
-    sqlite3_stmt* statement = nullptr;
-    check(sqlite3_prepare_v2(connection, sql, -1, &statement, nullptr));
-    statement_.reset(statement);
-}
-
-bool Statement::step() {
-    const int result = sqlite3_step(statement_.get());
-    if (result == SQLITE_DONE) {
-        // Otherwise the statement would keep its lock on the file.
-        sqlite3_reset(statement_.get());
-        return false;
-    }
-    if (result != SQLITE_ROW)
-        fail(file_, OdString(sqlite3_errmsg(connection_)));
-    return true;
-}
-
-std::int64_t Statement::integer(int column) const {
-    return sqlite3_column_int64(statement_.get(), column);
-}
-
-OdString Statement::text(int column) const {
-    return OdString::fromNarrow(bytes(column));
-}
-
-std::string_view Statement::bytes(int column) const {
-    sqlite3_stmt* const row = statement_.get();
-    // A text asked for as a blob comes as it stands in the file, also where that is UTF-16; a blob
-    // asked for as a text is copied, to put a NUL behind it.
-    const void* const begin = sqlite3_column_type(row, column) == SQLITE_BLOB
-                                  ? sqlite3_column_blob(row, column)
-                                  : sqlite3_column_text(row, column);
-    const int size = sqlite3_column_bytes(row, column);
-    if (begin == nullptr) {
-        requireMemory();
-        return {};
-    }
-    return {static_cast<const char*>(begin), static_cast<std::size_t>(size)};
-}
-
-bool Statement::isNull(int column) const {
-    return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
-}
-
-void Statement::restart() {
-    // Gives the result of the last step once more, which was told then.
-    sqlite3_reset(statement_.get());
-}
-
-void Statement::bindValue(int index, std::int64_t value) {
-    check(sqlite3_bind_int64(statement_.get(), index, value));
-}
-
-void Statement::bindValue(int index, const OdString& value) {
-    const std::string utf8 = value.toNarrow();
-    check(sqlite3_bind_text64(statement_.get(), index, utf8.data(), utf8.size(), SQLITE_TRANSIENT,
-                              SQLITE_UTF8));
-}
-
-void Statement::bindValue(int index, std::string_view bytes) {
-    // An empty view may have no address, which SQLite would take for NULL.
-    const char* const begin = bytes.empty() ? "" : bytes.data();
-    check(sqlite3_bind_blob64(statement_.get(), index, begin, bytes.size(), SQLITE_TRANSIENT));
-}
-
-void Statement::bindValue(int index, std::nullptr_t) {
-    check(sqlite3_bind_null(statement_.get(), index));
-}
-
-void Statement::check(int result) const {
-    if (result != SQLITE_OK)
-        fail(file_, OdString(sqlite3_errmsg(connection_)));
-}
-
-void Statement::requireMemory() const {
-    if (sqlite3_errcode(connection_) == SQLITE_NOMEM)
-        fail(file_, OdString(sqlite3_errstr(SQLITE_NOMEM)));
-}
 
 void Database::Close::operator()(sqlite3* connection) const {
     sqlite3_close_v2(connection);
 }
 
+Database::Database(const sys::Folder& folder, const std::string& relative, const OdString& path,
+                   Access access)
+    : path_(path) {
+    const auto [parent, name] = splitPath(relative);
+    const sys::Outcome<sys::Folder> holder = folder.openFolder(parent);
+    if (!holder)
+        failOnDatabase(path_, causeOf(holder.error()));
+    open(*holder, name, access);
+}
+
 Database::Database(const OdString& path, Access access) : path_(path) {
-    const std::string file = withoutLinkedFolders(path);
-    requireRegularFile(path, file);
-    requireRegularFile(path + L"-journal", file + "-journal");
-    if (access == Access::create)
-        makeIfMissing(file);
-    connect(file.c_str(), flagsOf(access) | SQLITE_OPEN_NOFOLLOW);
-    if (access == Access::readOnly && isHalfWritten(connection_.get())) {
-        connect(file.c_str(), flagsOf(Access::readWrite) | SQLITE_OPEN_NOFOLLOW);
-        execute(anyRead);
-        connect(file.c_str(), flagsOf(Access::readOnly) | SQLITE_OPEN_NOFOLLOW);
-    }
-    setUp();
+    const auto [parent, name] = splitPath(path.toNarrow());
+    const sys::Outcome<sys::Folder> folder = sys::Folder::open(parent);
+    if (!folder)
+        failOnDatabase(path_, causeOf(folder.error()));
+    open(*folder, name, access);
 }
 
 Database::Database(const OdString& path, InMemory) : path_(path) {
@@ -196,30 +95,94 @@ std::unique_ptr<Database> Database::inMemory(const OdString& path) {
     return std::unique_ptr<Database>(new Database(path, InMemory()));
 }
 
+// The members are destroyed in the order that they need.
+Database::~Database() = default;
+
+void Database::open(const sys::Folder& folder, const std::string& name, Access access) {
+    requireOwnFiles(folder, name, path_);
+    if (access == Access::create)
+        makeFile(folder, name, path_);
+    vfs_ = std::make_unique<FolderVfs>(folder, name);
+    limit_ = std::make_unique<StepLimit>(folder, name);
+    connect(name.c_str(), flagsOf(access));
+    requireRollbackJournal();
+    if (isHalfWritten()) {
+        connect(name.c_str(), flagsOf(Access::readWrite));
+        takeBack();
+        connect(name.c_str(), flagsOf(access));
+    }
+    execute(readOfSchema);
+    limit_->allowWork();
+    setUp();
+}
+
 void Database::connect(const char* file, int flags) {
     sqlite3* connection = nullptr;
-    const int result = sqlite3_open_v2(file, &connection, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int result = sqlite3_open_v2(file, &connection, flags | SQLITE_OPEN_NOMUTEX,
+                                       vfs_ ? vfs_->name() : nullptr);
     connection_.reset(connection);
     if (result != SQLITE_OK)
-        fail(path_,
-             OdString(connection == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(connection)));
+        failOnDatabase(path_, OdString(connection == nullptr ? sqlite3_errstr(result)
+                                                             : sqlite3_errmsg(connection)));
     sqlite3_busy_timeout(connection, busyTimeoutMs);
     refuseCodeInFile(connection);
+    limitStatements(connection);
+    if (limit_)
+        limit_->watch(connection);
+}
+
+/// SQLite would look for a log beside the file, and say only that something cannot be opened.
+void Database::requireRollbackJournal() {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(connection_.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    constexpr int positionOfVersions = 18;
+    constexpr char versionOfLog = 2;
+    std::array<char, 2> versions{};
+    const int result =
+        file->pMethods->xRead(file, versions.data(), versions.size(), positionOfVersions);
+    if (result == SQLITE_OK && (versions[0] == versionOfLog || versions[1] == versionOfLog))
+        failOnDatabase(path_,
+                       tr(L"it has a write-ahead log, which no command of this program makes"));
+}
+
+/// Whether there is a journal to play back, which this connection cannot do.
+bool Database::isHalfWritten() {
+    const int result = sqlite3_exec(connection_.get(), anyRead, nullptr, nullptr, nullptr);
+    if (result == SQLITE_OK)
+        return false;
+    if (sqlite3_extended_errcode(connection_.get()) != SQLITE_READONLY_ROLLBACK)
+        failOnDatabase(path_, causeOf(connection_.get()));
+    return true;
+}
+
+/// Takes back what a killed process had begun to write.
+void Database::takeBack() {
+    const int result = sqlite3_exec(connection_.get(), anyRead, nullptr, nullptr, nullptr);
+    if (result == SQLITE_READONLY || result == SQLITE_CANTOPEN)
+        failOnDatabase(
+            path_, tr(L"a command was interrupted while it wrote, and this cannot be taken back "
+                      L"where nothing can be written; copy the repository to another disk"));
+    if (result != SQLITE_OK)
+        failOnDatabase(path_, causeOf(connection_.get()));
 }
 
 void Database::setUp() {
     // EXTRA also flushes the folder when the journal is gone, without which a commit can come
     // undone.
-    execute("PRAGMA synchronous=EXTRA; PRAGMA foreign_keys=ON; PRAGMA cell_size_check=ON");
+    execute(
+        "PRAGMA synchronous=EXTRA; PRAGMA foreign_keys=ON; PRAGMA cell_size_check=ON;"
+        "PRAGMA temp_store=MEMORY");
 }
 
 void Database::execute(const char* sql) {
+    std::int64_t rounds = 0;
+    const StepLimit::Scope scope(limit_.get(), rounds);
     if (sqlite3_exec(connection_.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK)
-        fail(path_, OdString(sqlite3_errmsg(connection_.get())));
+        failOnDatabase(path_, causeOf(connection_.get()));
 }
 
 Statement Database::prepare(const char* sql) {
-    return {connection_.get(), path_, sql};
+    return {connection_.get(), limit_.get(), path_, sql};
 }
 
 std::int64_t Database::schemaVersion() {

@@ -1,85 +1,28 @@
 #pragma once
 
-#include <platform/kernel/OdError.h>
+#include <cli/database/Statement.h>
 #include <platform/kernel/OdString.h>
+#include <platform/sys/Folder.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string_view>
+#include <string>
 
 struct sqlite3;
-struct sqlite3_stmt;
 
 namespace qrv_cli {
 
-/// What SQLite said, behind the name of the file. Thrown, because after it no step of the work that
-/// led there can go on; the storages and the program's one translator of failures catch it.
-class DatabaseError : public OdError {
-public:
-    using OdError::OdError;
-};
-
-/// A prepared statement. Parameters are given in the order in which they stand in its text.
-///
-///     Statement files = database.prepare("SELECT path, size FROM files WHERE size > ?");
-///     files.bind(100);
-///     while (files.step())
-///         use(files.text(0), files.integer(1));
-///
-/// Every operation may throw `DatabaseError`. A row's bytes live until the next step.
-class Statement {
-public:
-    /// Starts the statement again with these values: whole numbers, texts (UTF-8 in the database)
-    /// or bytes.
-    template <class... Values>
-    void bind(const Values&... values) {
-        restart();
-        int index = 0;
-        (bindValue(++index, values), ...);
-    }
-    /// Binds and runs a statement that gives no rows.
-    template <class... Values>
-    void run(const Values&... values) {
-        bind(values...);
-        step();
-    }
-    /// Goes to the next row; false behind the last one.
-    bool step();
-
-    /// The value of the row's column, counted from 0, turned into the kind that is asked for; 0 or
-    /// empty where there is none.
-    std::int64_t integer(int column) const;
-    OdString text(int column) const;
-    /// Of a text its UTF-8.
-    std::string_view bytes(int column) const;
-    bool isNull(int column) const;
-
-private:
-    friend class Database;
-
-    struct Finalize {
-        void operator()(sqlite3_stmt* statement) const;
-    };
-
-    Statement(sqlite3* connection, OdString file, const char* sql);
-    void restart();
-    void bindValue(int index, std::int64_t value);
-    void bindValue(int index, int value) { bindValue(index, std::int64_t{value}); }
-    void bindValue(int index, const OdString& value);
-    void bindValue(int index, std::string_view bytes);
-    void bindValue(int index, std::nullptr_t);
-    void check(int result) const;
-    void requireMemory() const;
-
-    sqlite3* connection_;
-    OdString file_;
-    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
-};
+class FolderVfs;
+class StepLimit;
 
 /// One SQLite file. It has a rollback journal and no write-ahead log, so that it works on a network
-/// share and is one file when nobody writes; what a commit has written is on the disk. What a
-/// hostile file could bring along (triggers, views, functions in the schema) is switched off.
+/// share and is one file when nobody writes; what a commit has written is on the disk.
+///
+/// The file may come from a stranger. SQLite reaches nothing but it and its journal, beneath the
+/// open folder; what else lies beside it and could be taken for a part of it is refused. Triggers,
+/// views and functions in the schema are switched off; `requireSchema` sees to its checks. What no
+/// honest file of that size can need, a statement may not take. Temporary tables and indexes stay
+/// in memory.
 ///
 /// Every operation may throw `DatabaseError`. A database and its statements are used by one thread
 /// at a time.
@@ -87,10 +30,15 @@ class Database {
 public:
     enum class Access { readOnly, readWrite, create };
 
-    /// Opens the file, or makes it with `create`. The folders on the way may be symbolic links, the
-    /// file itself may not, nor anything else but a regular file. What a killed process had begun
-    /// to write is taken back, also with `readOnly`.
+    /// Opens the file `relative` beneath the folder, or makes it with `create`; `path` is its name
+    /// in messages. Neither the file nor a folder on the way may be a link. What a killed process
+    /// had begun to write is taken back, also with `readOnly`; where the medium cannot be written
+    /// that is an error, while a file without a journal can be read there.
+    Database(const sys::Folder& folder, const std::string& relative, const OdString& path,
+             Access access);
+    /// The same for a path; its folders may be links.
     Database(const OdString& path, Access access);
+    ~Database();
     /// A database that lives in memory, and is called `path` in messages.
     static std::unique_ptr<Database> inMemory(const OdString& path);
 
@@ -113,10 +61,17 @@ private:
     struct InMemory {};
 
     Database(const OdString& path, InMemory);
+    void open(const sys::Folder& folder, const std::string& name, Access access);
     void connect(const char* file, int flags);
+    void requireRollbackJournal();
+    bool isHalfWritten();
+    void takeBack();
     void setUp();
 
     OdString path_;
+    // Used by the connection to its end. Null for a database in memory.
+    std::unique_ptr<FolderVfs> vfs_;
+    std::unique_ptr<StepLimit> limit_;
     std::unique_ptr<sqlite3, Close> connection_;
 };
 

@@ -1,8 +1,9 @@
+#include <cli/Message.h>
+#include <cli/Translation.h>
 #include <cli/history/History.h>
 #include <cli/history/SchemaInternal.h>
+#include <cli/storage/StorageMessages.h>
 
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 namespace qrv_cli {
@@ -17,10 +18,12 @@ std::unique_ptr<Database> emptyHistory(const OdString& path) {
     return database;
 }
 
-bool isThere(const OdString& path) {
-    std::error_code error;
-    return std::filesystem::symlink_status(path.toNarrow(), error).type() !=
-           std::filesystem::file_type::not_found;
+constexpr const char* fileName = ".qrv/qrv.db";
+
+/// What cannot be looked at is there.
+bool isThere(const sys::Folder& folder) {
+    const sys::Outcome<sys::FileStatus> status = folder.status(fileName);
+    return status || !sys::meansAbsent(status.error());
 }
 
 }  // namespace
@@ -29,10 +32,19 @@ History::History(std::unique_ptr<Database> database) : database_(std::move(datab
 }
 
 History History::open(const common::RootPath& root, Database::Access access) {
+    const sys::Outcome<sys::Folder> folder = sys::Folder::open(root.path().toNarrow());
+    if (!folder)
+        throw DatabaseError(OdString::format(tr(L"'%ls' cannot be opened: %ls"),
+                                             printable(root.path()), causeOf(folder.error())));
+    return open(*folder, root, access);
+}
+
+History History::open(const sys::Folder& folder, const common::RootPath& root,
+                      Database::Access access) {
     const OdString path = root.dbPath();
-    if (access == Database::Access::readOnly && !isThere(path))
+    if (access == Database::Access::readOnly && !isThere(folder))
         return History(emptyHistory(path));
-    auto database = std::make_unique<Database>(path, access);
+    auto database = std::make_unique<Database>(folder, fileName, path, access);
     if (!isEmptyHistory(*database))
         return History(std::move(database));
     if (access == Database::Access::readOnly)

@@ -5,6 +5,7 @@
 #include <common/repository/RootPath.h>
 #include <common/server/Reference.h>
 #include <platform/kernel/OdString.h>
+#include <platform/sys/Folder.h>
 
 #include <cstdint>
 #include <memory>
@@ -36,6 +37,9 @@ public:
     /// is empty, because a process was killed while it made it, is none. For reading only, a
     /// missing history is an empty one, which is kept in memory and cannot be changed.
     static History open(const common::RootPath& root, Database::Access access);
+    /// The same beneath the root's open folder.
+    static History open(const sys::Folder& folder, const common::RootPath& root,
+                        Database::Access access);
 
     Database& database() { return *database_; }
 

@@ -7,15 +7,14 @@
 
 namespace qrv_cli {
 
-/// Whether the file holds nothing yet. Throws `DatabaseError` when it is no history, or one of a
-/// newer program.
+/// Whether the file holds nothing yet. Throws `DatabaseError` when it is no history, one of a newer
+/// program, or one whose tables and indexes are not exactly ours.
 bool isEmptyHistory(Database& database);
 
 /// Makes the tables, unless they are there, in one transaction.
 void makeHistory(Database& database);
 
-/// How the tables and indexes of the file differ from those that `makeHistory` makes, one text for
-/// each.
+/// How the tables and indexes of the file differ from ours, one text for each.
 std::vector<OdString> differencesOfSchema(Database& database);
 
 }  // namespace qrv_cli

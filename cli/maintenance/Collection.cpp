@@ -147,7 +147,7 @@ private:
         const sys::Outcome<sys::FileStatus> status = workspace_.folder().status(packPath);
         if (!status || !isOlder(status->modifiedNs, unnamedAge))
             return;
-        std::optional<PackFile> pack = PackFile::open(workspace_.root());
+        std::optional<PackFile> pack = PackFile::open(workspace_.folder(), workspace_.root());
         if (!pack)
             return;
         std::vector<std::string> unnamed;

@@ -31,7 +31,7 @@ public:
             if (!needed.contains(url))
                 waiting_.emplace(url, object.sizeBytes);
         }
-        if (std::optional<PackFile> pack = PackFile::open(workspace.root())) {
+        if (std::optional<PackFile> pack = PackFile::open(workspace.folder(), workspace.root())) {
             for (const std::string& digest : pack->digests())
                 packed_.insert(objectUrl(OdString::fromNarrow(digest)));
         }
@@ -141,7 +141,7 @@ std::vector<PackCandidate> packObjects(Workspace& workspace,
     std::vector<PackCandidate> replaced;
     if (candidates.empty())
         return replaced;
-    PackFile pack = PackFile::openForChange(workspace.root());
+    PackFile pack = PackFile::openForChange(workspace.folder(), workspace.root());
     Progress progress(tr(L"Packing"), candidates.size());
     std::span<const PackCandidate> rest = candidates;
     while (!rest.empty()) {

@@ -97,7 +97,8 @@ private:
     }
 
     void checkHistory(const MetadataFiles& files) {
-        History& history = history_.emplace(History::open(root_, Database::Access::readOnly));
+        History& history =
+            history_.emplace(History::open(folder_, root_, Database::Access::readOnly));
         // One view of the history, also while another process goes on.
         history.database().execute("BEGIN");
         for (const OdString& problem : problemsOf(history))
@@ -207,7 +208,7 @@ private:
     }
 
     void checkPack() {
-        std::optional<PackFile> pack = PackFile::open(root_);
+        std::optional<PackFile> pack = PackFile::open(folder_, root_);
         if (!pack)
             return;
         addDatabaseDamage(pack->database());
@@ -232,7 +233,8 @@ private:
             storages_.ofUrl(anyUrl).revisions(root_, anyUrl);
         if (!revisions)
             return addProblem(revisions.error().message);
-        Database database(root_.pathTo(L".qrv/tf/" + store + L".tf"), Database::Access::readOnly);
+        const OdString path = L".qrv/tf/" + store + L".tf";
+        Database database(folder_, path.toNarrow(), root_.pathTo(path), Database::Access::readOnly);
         addDatabaseDamage(database);
         for (const OdString& url : *revisions)
             checkVersion(url);

@@ -58,7 +58,6 @@ ErrorMessage cannotUse(const std::string& path, const OdString& cause) {
                              printable(OdString::fromNarrow(path)), cause)};
 }
 
-// SQLite follows links to the folder of a file, which must not lead out of the repository.
 Expected<void> makeStoresFolder(const sys::Folder& folder) {
     const sys::Outcome<sys::FileStatus> status = folder.status(storesFolder);
     if (status && status->kind == sys::FileKind::folder)
@@ -71,8 +70,12 @@ Expected<void> makeStoresFolder(const sys::Folder& folder) {
     return {};
 }
 
-FrameStore openStore(const common::RootPath& root, const OdString& store, Database::Access access) {
-    return {root.pathTo(OdString::fromNarrow(pathOf(store))), access, drawingLayout};
+FrameStore openStore(const sys::Folder& folder, const common::RootPath& root, const OdString& store,
+                     Database::Access access) {
+    const std::string path = pathOf(store);
+    auto database =
+        std::make_shared<Database>(folder, path, root.pathTo(OdString::fromNarrow(path)), access);
+    return {std::move(database), access, drawingLayout};
 }
 
 // A revision, and the store that would keep it.
@@ -95,12 +98,13 @@ Expected<Place> placeOf(const sys::Folder& folder, const common::RootPath& root,
         return Place{.store = nullptr, .url = *checked};
     const std::string path = pathOf(checked->store());
     const sys::Outcome<sys::FileStatus> status = folder.status(path);
-    if (!status && status.error() == std::errc::no_such_file_or_directory)
+    if (!status && sys::meansAbsent(status.error()))
         return Place{.store = nullptr, .url = *checked};
     if (!status)
         return cannotUse(path, causeOf(status.error()));
-    return Place{.store = std::make_unique<FrameStore>(openStore(root, checked->store(), access)),
-                 .url = *checked};
+    return Place{
+        .store = std::make_unique<FrameStore>(openStore(folder, root, checked->store(), access)),
+        .url = *checked};
 }
 
 // One try to add the working file: the digest of its contents.
@@ -139,7 +143,7 @@ Expected<OdString> DrawingStorage::store(const common::RootPath& root, const OdS
             return file.error();
         if (Expected<void> made = makeStoresFolder(*folder); !made)
             return made.error();
-        FrameStore store = openStore(root, line->store, Database::Access::create);
+        FrameStore store = openStore(*folder, root, line->store, Database::Access::create);
         const Expected<std::string> digest = addTo(store, **file, *line);
         if (digest) {
             // It may have been there already, in a file that nobody wrote to for long.

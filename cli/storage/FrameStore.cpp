@@ -44,8 +44,9 @@ private:
 
 }  // namespace
 
-FrameStore::FrameStore(const OdString& path, Database::Access access, const FrameLayout& layout)
-    : layout_(layout), table_(path, access, layout.applicationId) {
+FrameStore::FrameStore(std::shared_ptr<Database> database, Database::Access access,
+                       const FrameLayout& layout)
+    : layout_(layout), table_(std::move(database), access, layout.applicationId) {
 }
 
 // The frame itself, the one that it was made against, and so on to one that stands alone.

@@ -35,7 +35,8 @@ struct FrameLayout {
 class FrameStore {
 public:
     /// As the constructor of `FrameTable`.
-    FrameStore(const OdString& path, Database::Access access, const FrameLayout& layout);
+    FrameStore(std::shared_ptr<Database> database, Database::Access access,
+               const FrameLayout& layout);
 
     Database& database() { return *table_.database(); }
     std::optional<Frame> find(const std::string& digest) { return table_.find(digest); }

@@ -1,5 +1,6 @@
 #include <cli/Message.h>
 #include <cli/Translation.h>
+#include <cli/database/Schema.h>
 #include <cli/storage/FrameTable.h>
 
 #include <algorithm>
@@ -12,21 +13,21 @@ namespace {
 constexpr int layoutVersion = 1;
 constexpr std::int64_t longestContents = std::int64_t{1} << 47;
 
-// Without auto_vacuum the file would never become smaller; it cannot be switched on later.
-constexpr const char* tables = R"(CREATE TABLE frames (
+constexpr SchemaEntry tables[] = {
+    {"frames", R"(CREATE TABLE frames (
     number INTEGER PRIMARY KEY,
     digest BLOB NOT NULL UNIQUE,
     size INTEGER NOT NULL,
     base INTEGER REFERENCES frames (number)
-) STRICT;
-CREATE INDEX frames_by_base ON frames (base) WHERE base IS NOT NULL;
-CREATE TABLE pieces (
+) STRICT)"},
+    {"frames_by_base", "CREATE INDEX frames_by_base ON frames (base) WHERE base IS NOT NULL"},
+    {"pieces", R"(CREATE TABLE pieces (
     frame INTEGER NOT NULL,
     position INTEGER NOT NULL,
     bytes BLOB NOT NULL,
     UNIQUE (frame, position)
-) STRICT;
-)";
+) STRICT)"},
+};
 
 std::string toHex(std::string_view bytes) {
     static constexpr std::string_view digits = "0123456789abcdef";
@@ -53,9 +54,10 @@ std::string fromHex(std::string_view hex) {
 
 }  // namespace
 
-FrameTable::FrameTable(const OdString& path, Database::Access access, std::int64_t applicationId)
+FrameTable::FrameTable(std::shared_ptr<Database> database, Database::Access access,
+                       std::int64_t applicationId)
     : applicationId_(applicationId),
-      database_(std::make_shared<Database>(path, access)),
+      database_(std::move(database)),
       isEmpty_(database_->schemaVersion() == 0) {
     if (isEmpty_ && access == Database::Access::create)
         makeTables();
@@ -64,13 +66,16 @@ FrameTable::FrameTable(const OdString& path, Database::Access access, std::int64
 }
 
 void FrameTable::makeTables() {
+    // Otherwise the file would never become smaller; it cannot be switched on later.
     database_->execute("PRAGMA auto_vacuum = FULL");
     DatabaseTransaction transaction(*database_);
     isEmpty_ = false;
     // Another process may have been quicker.
     if (database_->schemaVersion() != 0)
         return;
-    database_->execute(tables);
+    // Somebody else's tables are not to be mixed with ours.
+    requireSchema({}, *database_);
+    makeSchema(*database_, tables);
     database_->execute(("PRAGMA application_id = " + std::to_string(applicationId_)).c_str());
     database_->setSchemaVersion(layoutVersion);
     transaction.commit();
@@ -86,6 +91,7 @@ void FrameTable::checkLayout() {
     kind.step();
     if (version < layoutVersion || kind.integer(0) != applicationId_)
         throw DatabaseError(OdString::format(tr(L"'%ls' is a file of another kind"), path));
+    requireSchema(tables, *database_);
 }
 
 std::optional<Frame> FrameTable::find(const std::string& digest) {
@@ -140,9 +146,13 @@ Frame FrameTable::frameOf(const Statement& row) const {
                             frame.sizeBytes <= longestContents &&
                             (!frame.base || (*frame.base > 0 && *frame.base < frame.number));
     if (!isPossible)
-        throw DatabaseError(OdString::format(tr(L"'%ls' is damaged: its entry %i cannot be"),
-                                             printable(database_->path()), frame.number));
+        throw impossible(frame.number);
     return frame;
+}
+
+DatabaseError FrameTable::impossible(std::int64_t number) const {
+    return DatabaseError(OdString::format(tr(L"'%ls' is damaged: its entry %i cannot be"),
+                                          printable(database_->path()), number));
 }
 
 std::int64_t FrameTable::storedBytes(const Frame& frame) {

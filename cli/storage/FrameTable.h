@@ -33,10 +33,11 @@ inline constexpr std::int64_t pieceBytes = std::int64_t{16} << 20;
 /// and when it holds a row that cannot be. Changes run inside a transaction of the caller.
 class FrameTable {
 public:
-    /// With `create` the file is made when it is missing, and its tables where there are none yet.
-    /// A file without tables has no rows. `applicationId` stands in the file's header, so that one
-    /// kind is not taken for another.
-    FrameTable(const OdString& path, Database::Access access, std::int64_t applicationId);
+    /// `access` is how the file was opened: with `create` the tables are made where there are none
+    /// yet. A file without tables has no rows. `applicationId` stands in the file's header, so that
+    /// one kind is not taken for another. Other tables and indexes than these are refused.
+    FrameTable(std::shared_ptr<Database> database, Database::Access access,
+               std::int64_t applicationId);
 
     const std::shared_ptr<Database>& database() const { return database_; }
 
@@ -64,6 +65,7 @@ private:
     void checkLayout();
     std::vector<Frame> framesWhere(const char* condition, std::int64_t value);
     Frame frameOf(const Statement& row) const;
+    DatabaseError impossible(std::int64_t number) const;
 
     std::int64_t applicationId_;
     std::shared_ptr<Database> database_;

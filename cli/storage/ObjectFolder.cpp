@@ -153,7 +153,7 @@ Expected<void> ObjectFolder::remove(const std::string& digest, const OdString& u
     PackFile* const packed = pack();
     if (packed == nullptr || !packed->contains(digest))
         return {};
-    return PackFile::openForChange(root_).remove({digest});
+    return PackFile::openForChange(rootFolder_, root_).remove({digest});
 }
 
 std::string ObjectFolder::pathOf(const std::string& digest) const {
@@ -168,7 +168,7 @@ std::optional<std::int64_t> ObjectFolder::looseSize(const std::string& digest) c
 
 PackFile* ObjectFolder::pack() {
     if (!pack_)
-        pack_ = PackFile::open(root_);
+        pack_ = PackFile::open(rootFolder_, root_);
     return pack_ ? &*pack_ : nullptr;
 }
 

@@ -22,23 +22,24 @@ constexpr const char* packName = ".qrv/objects.pack";
     throw DatabaseError(OdString::format(tr(L"'%ls' cannot be used: %ls"), printable(path), cause));
 }
 
-// SQLite follows links to the folder of a file, which must not lead out of the repository.
-bool isThere(const common::RootPath& root) {
-    const sys::Outcome<sys::Folder> folder = sys::Folder::open(root.path().toNarrow());
+sys::Folder folderOf(const common::RootPath& root) {
+    sys::Outcome<sys::Folder> folder = sys::Folder::open(root.path().toNarrow());
     if (!folder)
         fail(root.path(), causeOf(folder.error()));
-    const sys::Outcome<sys::FileStatus> status = folder->status(packName);
-    if (!status && status.error() == std::errc::no_such_file_or_directory)
-        return false;
-    if (!status)
-        fail(PackFile::pathOf(root), causeOf(status.error()));
-    return true;
+    return std::move(*folder);
+}
+
+bool isThere(const sys::Folder& folder, const OdString& path) {
+    const sys::Outcome<sys::FileStatus> status = folder.status(packName);
+    if (!status && !sys::meansAbsent(status.error()))
+        fail(path, causeOf(status.error()));
+    return static_cast<bool>(status);
 }
 
 }  // namespace
 
-PackFile::PackFile(const OdString& path, Database::Access access)
-    : frames_(path, access, packLayout) {
+PackFile::PackFile(const sys::Folder& folder, const OdString& path, Database::Access access)
+    : frames_(std::make_shared<Database>(folder, packName, path, access), access, packLayout) {
 }
 
 OdString PackFile::pathOf(const common::RootPath& root) {
@@ -46,14 +47,22 @@ OdString PackFile::pathOf(const common::RootPath& root) {
 }
 
 std::optional<PackFile> PackFile::open(const common::RootPath& root) {
-    if (!isThere(root))
+    return open(folderOf(root), root);
+}
+
+std::optional<PackFile> PackFile::open(const sys::Folder& folder, const common::RootPath& root) {
+    if (!isThere(folder, pathOf(root)))
         return std::nullopt;
-    return PackFile(pathOf(root), Database::Access::readWrite);
+    return PackFile(folder, pathOf(root), Database::Access::readWrite);
 }
 
 PackFile PackFile::openForChange(const common::RootPath& root) {
-    isThere(root);
-    return {pathOf(root), Database::Access::create};
+    return openForChange(folderOf(root), root);
+}
+
+PackFile PackFile::openForChange(const sys::Folder& folder, const common::RootPath& root) {
+    isThere(folder, pathOf(root));
+    return {folder, pathOf(root), Database::Access::create};
 }
 
 bool PackFile::contains(const std::string& digest) {

@@ -5,6 +5,7 @@
 #include <cli/storage/VersionReader.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
+#include <platform/sys/Folder.h>
 
 #include <cstdint>
 #include <memory>
@@ -25,8 +26,12 @@ public:
 
     /// The pack, or nothing when there is none. On a read-only medium it can be read.
     static std::optional<PackFile> open(const common::RootPath& root);
+    /// The same beneath the root's open folder.
+    static std::optional<PackFile> open(const sys::Folder& folder, const common::RootPath& root);
     /// The pack for changes, made when it is missing.
     static PackFile openForChange(const common::RootPath& root);
+    /// The same beneath the root's open folder.
+    static PackFile openForChange(const sys::Folder& folder, const common::RootPath& root);
 
     bool contains(const std::string& digest);
     /// Null when the object is not in the pack.
@@ -49,7 +54,7 @@ public:
     Database& database();
 
 private:
-    PackFile(const OdString& path, Database::Access access);
+    PackFile(const sys::Folder& folder, const OdString& path, Database::Access access);
 
     FrameStore frames_;
 };

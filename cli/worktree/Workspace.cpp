@@ -74,7 +74,8 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
     if (!lock && use == Use::change)
         return lockFailure(root, lock.error());
 
-    History history = History::open(root, accessFor(root, use, static_cast<bool>(lock)));
+    History history =
+        History::open(repository->folder, root, accessFor(root, use, static_cast<bool>(lock)));
     std::optional<sys::Lock> held;
     if (lock)
         held = std::move(*lock);

@@ -178,6 +178,14 @@ TEST(HistoryCheck, FindsTablesThatAreNotAsTheyShouldBe) {
                             damaged("the table or index 'foreigner' does not belong there")));
 }
 
+TEST(HistoryCheck, OfAFileWithAForeignTableIsNotBegun) {
+    Sound repository;
+    repository.tamper("CREATE TABLE foreigner (x)");
+    EXPECT_THAT(repository.problemsOfFile(),
+                ElementsAre("The database 'DB' cannot be used: the table or index 'foreigner' does "
+                            "not belong there"));
+}
+
 TEST(HistoryCheck, FindsAFlippedByte) {
     Sound repository;
     std::string bytes = qrv_test::readFile(repository.dbFile());

@@ -34,10 +34,14 @@ constexpr FrameLayout layout = {.applicationId = 4711,
                                 .longestSpanBytes = std::int64_t{1} << 30,
                                 .worthPercent = 90};
 
+FrameStore openedWith(const OdString& path, Database::Access access, const FrameLayout& frames) {
+    return {std::make_shared<Database>(path, access), access, frames};
+}
+
 class FrameStoreTest : public testing::Test {
 protected:
     static FrameStore open(const OdString& path) {
-        FrameStore store(path, Database::Access::create, layout);
+        FrameStore store = openedWith(path, Database::Access::create, layout);
         // Nobody cuts the power here, and without waiting for the disk it takes a tenth of the
         // time.
         store.database().execute("PRAGMA synchronous = OFF");
@@ -187,12 +191,12 @@ TEST_F(FrameStoreTest, SplitsALongFrameIntoPieces) {
 TEST_F(FrameStoreTest, WhatIsLongerThanTheSpanStandsAlone) {
     FrameLayout small = layout;
     small.longestSpanBytes = 7999;
-    store_ = FrameStore(path_, Database::Access::create, small);
+    store_ = openedWith(path_, Database::Access::create, small);
     addRevisions(2);
     EXPECT_THAT(bases(), ElementsAre(0, 0));
 
     small.longestSpanBytes = 8000;
-    store_ = FrameStore(path_, Database::Access::create, small);
+    store_ = openedWith(path_, Database::Access::create, small);
     add(revision(3)).value();
     EXPECT_THAT(bases(), ElementsAre(0, 0, 2));
 }
@@ -377,7 +381,7 @@ TEST_F(FrameStoreTest, DoesNotRemoveWhatADamagedFrameBuildsOn) {
 
 std::string complaintOfOpening(const OdString& path, Database::Access access) {
     try {
-        FrameStore store(path, access, layout);
+        FrameStore store = openedWith(path, access, layout);
         store.frames();
     } catch (const DatabaseError& error) {
         return qrv_test::replaced(error.what(), path.toNarrow(), "FILE");
@@ -404,7 +408,7 @@ TEST_F(FrameStoreTest, RefusesFilesThatAreNotItsOwn) {
 
 TEST_F(FrameStoreTest, AnEmptyFileIsAnEmptyStore) {
     qrv_test::writeFile(folder_ / "empty", "");
-    store_ = FrameStore(folder_.text("empty"), Database::Access::readWrite, layout);
+    store_ = openedWith(folder_.text("empty"), Database::Access::readWrite, layout);
     EXPECT_EQ(read(revision(1)), "not there");
     EXPECT_THAT(store_.frames(), SizeIs(0));
 
@@ -420,7 +424,7 @@ TEST_F(FrameStoreTest, ATruncatedFileIsAnError) {
         const OdString path = folder_.text("cut" + std::to_string(size));
         qrv_test::writeFile(path.toNarrow(), std::string_view(bytes).substr(0, size));
         try {
-            store_ = FrameStore(path, Database::Access::readWrite, layout);
+            store_ = openedWith(path, Database::Access::readWrite, layout);
             const std::string answer = read(revision(3));
             EXPECT_FALSE(answer == revision(3)) << size;
         } catch (const DatabaseError& error) {

@@ -238,11 +238,13 @@ TEST_F(PackFileTest, RefusesADrawingStoreAndWhatIsNoFile) {
         }
         return "none";
     };
+    const auto read = [](const common::RootPath& root) { PackFile::open(root); };
+    const auto change = [](const common::RootPath& root) { PackFile::openForChange(root); };
     pack_.database().execute("PRAGMA application_id = 1903326820");
-    EXPECT_EQ(complaint(PackFile::open), "'ROOT/.qrv/objects.pack' is a file of another kind");
+    EXPECT_EQ(complaint(read), "'ROOT/.qrv/objects.pack' is a file of another kind");
     std::filesystem::remove(folder_ / ".qrv/objects.pack");
     ASSERT_EQ(mkfifo((folder_ / ".qrv/objects.pack").c_str(), 0600), 0);
-    for (const auto& refusal : {complaint(PackFile::open), complaint(PackFile::openForChange)})
+    for (const auto& refusal : {complaint(read), complaint(change)})
         EXPECT_EQ(refusal,
                   "The database 'ROOT/.qrv/objects.pack' cannot be used: it is not a "
                   "regular file");
