@@ -10,6 +10,7 @@
 #include <cli/maintenance/StateCheck.h>
 #include <cli/maintenance/Verification.h>
 #include <cli/safety/StorageUrlCheck.h>
+#include <cli/storage/DrawingStorage.h>
 #include <cli/storage/PackFile.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/Storages.h>
@@ -35,7 +36,6 @@ namespace {
 constexpr const char* lockPath = ".qrv/lock";
 constexpr const char* historyPath = ".qrv/qrv.db";
 constexpr const char* statePath = ".qrv/qrv.state";
-constexpr int digestLength = 64;
 
 class Check {
 public:
@@ -226,19 +226,19 @@ private:
             checkContents(url, version);
     }
 
-    void checkStore(const OdString& store) {
-        const OdString anyDigest(std::wstring(digestLength, L'0'));
-        const OdString anyUrl = drawingUrl(store, anyDigest);
-        const Expected<std::vector<OdString>> revisions =
-            storages_.ofUrl(anyUrl).revisions(root_, anyUrl);
-        if (!revisions)
-            return addProblem(revisions.error().message);
-        const OdString path = L".qrv/tf/" + store + L".tf";
-        Database database(folder_, path.toNarrow(), root_.pathTo(path), Database::Access::readOnly);
-        addDatabaseDamage(database);
-        for (const OdString& url : *revisions)
-            checkVersion(url);
-        result_.drawingVersions += static_cast<std::int64_t>(revisions->size());
+    /// Oldest first, so that each drawing version finds what it builds on.
+    void checkStore(const OdString& name) {
+        const std::unique_ptr<FrameStore> store = openDrawingStore(folder_, root_, name);
+        if (!store)
+            return;
+        addDatabaseDamage(store->database());
+        store->keepBases();
+        for (const Frame& frame : store->frames()) {
+            const OdString url = drawingUrl(name, OdString::fromNarrow(frame.digest));
+            ++result_.drawingVersions;
+            if (checked_.insert(url).second)
+                attempt([&] { checkContents(url, store->open(frame)); });
+        }
     }
 
     /// A process that was killed in a commit may have left hundreds.

@@ -235,4 +235,12 @@ Expected<std::vector<OdString>> DrawingStorage::revisions(const common::RootPath
     return ErrorMessage{error.description()};
 }
 
+std::unique_ptr<FrameStore> openDrawingStore(const sys::Folder& folder,
+                                             const common::RootPath& root, const OdString& store) {
+    const sys::Outcome<sys::FileStatus> status = folder.status(pathOf(store));
+    if (!status && sys::meansAbsent(status.error()))
+        return nullptr;
+    return std::make_unique<FrameStore>(openStore(folder, root, store, Database::Access::readOnly));
+}
+
 }  // namespace qrv_cli

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cli/storage/FrameStore.h>
 #include <cli/storage/HostStorage.h>
+#include <platform/sys/Folder.h>
 
 #include <functional>
 #include <memory>
@@ -40,5 +42,10 @@ public:
 private:
     PreviousUrl previousUrl_;
 };
+
+/// The store of that name beneath the open root, for reading all of it; null when there is none.
+/// Throws `DatabaseError`.
+std::unique_ptr<FrameStore> openDrawingStore(const sys::Folder& folder,
+                                             const common::RootPath& root, const OdString& store);
 
 }  // namespace qrv_cli

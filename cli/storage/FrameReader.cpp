@@ -8,7 +8,9 @@
 namespace qrv_cli {
 
 Expected<std::unique_ptr<FrameReader>> FrameReader::open(std::shared_ptr<Database> database,
-                                                         Frame frame, Bytes base, Check check) {
+                                                         Frame frame,
+                                                         std::shared_ptr<const Bytes> base,
+                                                         Check check) {
     std::unique_ptr<FrameReader> reader(
         new FrameReader(std::move(database), std::move(frame), std::move(base), check));
     if (Expected<void> extent = reader->checkExtent(); !extent)
@@ -16,11 +18,12 @@ Expected<std::unique_ptr<FrameReader>> FrameReader::open(std::shared_ptr<Databas
     return reader;
 }
 
-FrameReader::FrameReader(std::shared_ptr<Database> database, Frame frame, Bytes base, Check check)
+FrameReader::FrameReader(std::shared_ptr<Database> database, Frame frame,
+                         std::shared_ptr<const Bytes> base, Check check)
     : database_(std::move(database)),
       frame_(std::move(frame)),
       base_(std::move(base)),
-      decoder_(frame_.sizeBytes, base_.span()),
+      decoder_(frame_.sizeBytes, base_ ? base_->span() : std::span<const char>()),
       pieces_(database_->prepare(
           "SELECT position, bytes FROM pieces WHERE frame = ? ORDER BY position")) {
     pieces_.bind(frame_.number);

@@ -23,17 +23,20 @@ public:
     /// of them, and that is looked at.
     enum class Check { digest, sizeOnly };
 
-    /// `base` holds the contents of the frame's base. Fails when the frame cannot be whole; memory
-    /// for its contents is taken only after that. Throws `DatabaseError`.
+    /// `base` holds the contents of the frame's base, null where it has none. Fails when the frame
+    /// cannot be whole; memory for its contents is taken only after that. Throws `DatabaseError`.
     static Expected<std::unique_ptr<FrameReader>> open(std::shared_ptr<Database> database,
-                                                       Frame frame, Bytes base, Check check);
+                                                       Frame frame,
+                                                       std::shared_ptr<const Bytes> base,
+                                                       Check check);
 
     /// At the last byte, size and digest are compared, and it is seen to that nothing follows.
     Expected<std::size_t> read(std::span<char> buffer) override;
     std::int64_t sizeBytes() const override { return frame_.sizeBytes; }
 
 private:
-    FrameReader(std::shared_ptr<Database> database, Frame frame, Bytes base, Check check);
+    FrameReader(std::shared_ptr<Database> database, Frame frame, std::shared_ptr<const Bytes> base,
+                Check check);
 
     Expected<void> checkExtent();
     Expected<std::size_t> decode(std::span<char> buffer);
@@ -43,7 +46,7 @@ private:
 
     std::shared_ptr<Database> database_;
     Frame frame_;
-    Bytes base_;
+    std::shared_ptr<const Bytes> base_;
     FrameDecoder decoder_;
     Statement pieces_;
     std::int64_t piecesRead_ = 0;

@@ -1,9 +1,11 @@
+#include <cli/Message.h>
 #include <cli/Translation.h>
 #include <cli/storage/CopyBuffer.h>
 #include <cli/storage/Digest.h>
 #include <cli/storage/FrameReader.h>
 #include <cli/storage/FrameStore.h>
 #include <cli/storage/Zstd.h>
+#include <platform/sys/Memory.h>
 
 #include <algorithm>
 #include <string_view>
@@ -12,6 +14,9 @@
 namespace qrv_cli {
 
 namespace {
+
+/// So much is always there.
+constexpr std::int64_t neverAskedFor = std::int64_t{64} << 20;
 
 // A part of a transaction that is taken back unless it is kept.
 class Savepoint {
@@ -58,31 +63,73 @@ Expected<std::vector<Frame>> FrameStore::chainOf(const Frame& frame) {
             return damagedFrame(database(), frame, tr(L"one that it builds on is missing"));
         if (chain.size() == layout_.longestChain)
             return damagedFrame(database(), frame, tr(L"it builds on too many others"));
-        // Bases are held in memory, and nothing longer is ever made one.
+        // Both are held in memory, and no difference is made of what is longer together.
         if (base->sizeBytes > layout_.longestSpanBytes)
             return damagedFrame(database(), frame, tr(L"one that it builds on is too long"));
+        if (chain.back().sizeBytes > layout_.longestSpanBytes - base->sizeBytes)
+            return damagedFrame(database(), frame, tr(L"its size is impossible"));
         chain.push_back(std::move(*base));
     }
     return chain;
+}
+
+// A frame that builds on another takes memory for the contents of that one and for its own window,
+// which is as long as its contents at most; and these, where others build on it.
+Expected<void> FrameStore::requireMemory(const std::vector<Frame>& chain) {
+    std::int64_t needed = 0;
+    for (std::size_t i = 0; i + 1 < chain.size(); ++i) {
+        const std::int64_t own = chain[i].sizeBytes * (i == 0 ? 1 : 2);
+        needed = std::max(needed, own + chain[i + 1].sizeBytes);
+    }
+    if (needed < neverAskedFor)
+        return {};
+    const std::optional<std::int64_t> atHand = sys::memoryAtHand();
+    if (!atHand || needed <= *atHand)
+        return {};
+    constexpr std::int64_t mebibyte = std::int64_t{1} << 20;
+    return ErrorMessage{OdString::format(tr(L"The version %ls in '%ls' cannot be read: it takes %i "
+                                            L"MiB of memory, and %i MiB are free"),
+                                         OdString::fromNarrow(chain.front().digest),
+                                         printable(database().path()), needed / mebibyte + 1,
+                                         *atHand / mebibyte)};
+}
+
+// The contents that the first frame of the chain builds on; null when there are none.
+Expected<std::shared_ptr<const Bytes>> FrameStore::baseContents(std::vector<Frame> chain) {
+    const auto known = std::find_if(chain.begin() + 1, chain.end(), [this](const Frame& base) {
+        return lastBase_.contents && base.digest == lastBase_.digest;
+    });
+    std::shared_ptr<const Bytes> contents;
+    if (known != chain.end())
+        contents = lastBase_.contents;
+    lastBase_ = {};
+    const std::string digest = chain.size() > 1 ? chain[1].digest : "";
+    for (chain.erase(known, chain.end()); chain.size() > 1; chain.pop_back()) {
+        Expected<std::unique_ptr<FrameReader>> reader = FrameReader::open(
+            table_.database(), chain.back(), std::move(contents), FrameReader::Check::sizeOnly);
+        if (!reader)
+            return std::move(reader).error();
+        Expected<Bytes> whole = readWhole(**reader);
+        if (!whole)
+            return std::move(whole).error();
+        contents = std::make_shared<const Bytes>(std::move(*whole));
+    }
+    if (keepsBases_)
+        lastBase_ = {.digest = digest, .contents = contents};
+    return contents;
 }
 
 Expected<std::unique_ptr<VersionReader>> FrameStore::open(const Frame& frame) {
     Expected<std::vector<Frame>> chain = chainOf(frame);
     if (!chain)
         return std::move(chain).error();
-    Bytes base;
-    for (; chain->size() > 1; chain->pop_back()) {
-        Expected<std::unique_ptr<FrameReader>> reader = FrameReader::open(
-            table_.database(), chain->back(), std::move(base), FrameReader::Check::sizeOnly);
-        if (!reader)
-            return std::move(reader).error();
-        Expected<Bytes> contents = readWhole(**reader);
-        if (!contents)
-            return std::move(contents).error();
-        base = std::move(*contents);
-    }
+    if (Expected<void> isEnough = requireMemory(*chain); !isEnough)
+        return std::move(isEnough).error();
+    Expected<std::shared_ptr<const Bytes>> base = baseContents(std::move(*chain));
+    if (!base)
+        return std::move(base).error();
     Expected<std::unique_ptr<FrameReader>> reader =
-        FrameReader::open(table_.database(), frame, std::move(base), FrameReader::Check::digest);
+        FrameReader::open(table_.database(), frame, std::move(*base), FrameReader::Check::digest);
     if (!reader)
         return std::move(reader).error();
     return std::unique_ptr<VersionReader>(std::move(*reader));

@@ -46,8 +46,13 @@ public:
     std::vector<Frame> frames() { return table_.all(); }
     /// What the frame itself takes in the file.
     std::int64_t storedBytes(const Frame& frame) { return table_.storedBytes(frame); }
-    /// Fails when the frame, or one that it builds on, is damaged.
+    /// Fails when the frame, or one that it builds on, is damaged, and when reading it takes more
+    /// memory than there is.
     Expected<std::unique_ptr<VersionReader>> open(const Frame& frame);
+    /// For whoever reads all frames, oldest first: the contents that one builds on stay in memory
+    /// until the next one is opened, so that each frame is decoded about twice and not up to as
+    /// many times as a chain is long.
+    void keepBases() { keepsBases_ = true; }
 
     struct Added {
         Frame frame;
@@ -69,7 +74,15 @@ private:
         std::optional<std::int64_t> base;
     };
 
+    /// The contents of a base, as the frame of that digest says.
+    struct KnownContents {
+        std::string digest;
+        std::shared_ptr<const Bytes> contents;
+    };
+
     Expected<std::vector<Frame>> chainOf(const Frame& frame);
+    Expected<void> requireMemory(const std::vector<Frame>& chain);
+    Expected<std::shared_ptr<const Bytes>> baseContents(std::vector<Frame> chain);
     std::optional<Frame> baseAfter(const Frame& previous);
     Expected<Bytes> contentsOf(const Frame& frame);
     bool isClearlyWorth(std::int64_t differenceBytes, std::int64_t sizeBytes, const Frame& base);
@@ -80,6 +93,8 @@ private:
 
     FrameLayout layout_;
     FrameTable table_;
+    KnownContents lastBase_;
+    bool keepsBases_ = false;
 };
 
 }  // namespace qrv_cli
