@@ -56,7 +56,12 @@ class Person:
         return result.stdout
 
     def trust(self, folder):
-        """A repository that somebody else has made is trusted once."""
+        """A repository that somebody else has made is trusted by its path in the settings."""
+        settings = self.home / "configuration/settings.json"
+        settings.parent.mkdir(exist_ok=True)
+        settings.write_text(json.dumps({"trusted": [str(folder)]}))
+        for path in (settings.parent, settings):
+            os.chown(path, self.number, self.number)
 
     def write(self, path, text):
         """Saves as many programs do: a new file takes the place of the old one."""
