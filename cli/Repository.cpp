@@ -3,6 +3,7 @@
 #include <cli/Repository.h>
 #include <cli/StateDepth.h>
 #include <cli/Translation.h>
+#include <cli/Trust.h>
 
 #include <stdexcept>
 #include <system_error>
@@ -77,8 +78,11 @@ Expected<OpenRepository> openRepository(const std::string& folder) {
     Expected<std::optional<OpenRepository>> repository = enclosingRepository(*path);
     if (!repository)
         return repository.error();
-    if (*repository)
-        return std::move(**repository);
+    if (*repository) {
+        // One of somebody else is not passed over on the way up: what the person meant is inside.
+        const Expected<void> owned = checkOwner((*repository)->folder, (*repository)->root.path());
+        return owned ? Expected<OpenRepository>(std::move(**repository)) : owned.error();
+    }
     return ErrorMessage{OdString::format(
         tr(L"'%ls' is not in a repository, nor is any folder above it one (qrv init makes one)"),
         printable(toText(*path)))};

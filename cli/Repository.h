@@ -42,7 +42,8 @@ struct OpenRepository {
 Expected<std::optional<OpenRepository>> enclosingRepository(const std::filesystem::path& folder);
 
 /// The repository that holds the existing folder `folder`. Fails when that is no folder, or in no
-/// repository, or as `checkMetadata` does.
+/// repository, or in one of somebody else that the user does not trust (see Trust.h), or as
+/// `checkMetadata` does.
 Expected<OpenRepository> openRepository(const std::string& folder);
 /// The same for what needs the path alone.
 Expected<common::RootPath> findRepository(const std::string& folder);

@@ -9,6 +9,7 @@
 #include <platform/ut/ReadEntireFile.h>
 #include <platform/ut/TextFile.h>
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <stdexcept>
@@ -56,6 +57,27 @@ std::wstring wideKey(const Setting& setting) {
     return OdString(setting.key).toWide();
 }
 
+constexpr const wchar_t* trustedKey = L"trusted";
+
+Expected<void> writeObject(const OdString& path, Object object) {
+    std::error_code error;
+    std::filesystem::create_directories(std::filesystem::path(path.toNarrow()).parent_path(),
+                                        error);
+    ut::TextFile file(path);
+    file.addLine(OdString(jsonlib::json::write(Value(std::move(object)))));
+    file.addLine({});
+    if (file.write())
+        return {};
+    return ErrorMessage{
+        OdString::format(tr(L"The settings '%ls' cannot be written"), printable(path))};
+}
+
+bool isListOfTexts(const Value& value) {
+    return value.type() == Value_type::array &&
+           std::all_of(value.getArray().begin(), value.getArray().end(),
+                       [](const Value& element) { return element.type() == Value_type::string; });
+}
+
 bool isPossible(const Value& value) {
     return value.type() == Value_type::integer && value.getInt64() >= 0 &&
            value.getInt64() <= greatestValue;
@@ -99,6 +121,7 @@ Expected<Setting> findSetting(const std::string& key) {
             return setting;
         keys += (keys.isEmpty() ? OdString() : OdString(L", ")) + OdString(setting.key);
     }
+    keys += OdString(L", ") + trustedKey;
     return ErrorMessage{OdString::format(tr(L"There is no setting '%ls'; there are: %ls"),
                                          printable(OdString::fromNarrow(key)), keys)};
 }
@@ -134,16 +157,41 @@ Expected<void> changeSetting(const Setting& setting, std::int64_t value) {
     // A file that nothing can be read from afterwards is not written.
     if (const Expected<Settings> possible = settingsOf(*object, *path); !possible)
         return possible.error();
-    std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(path->toNarrow()).parent_path(),
-                                        error);
-    ut::TextFile file(*path);
-    file.addLine(OdString(jsonlib::json::write(Value(std::move(*object)))));
-    file.addLine({});
-    if (!file.write())
-        return ErrorMessage{
-            OdString::format(tr(L"The settings '%ls' cannot be written"), printable(*path))};
-    return {};
+    return writeObject(*path, std::move(*object));
+}
+
+Expected<std::vector<OdString>> trustedFolders() {
+    const Expected<OdString> path = settingsPath();
+    if (!path)
+        return path.error();
+    const Expected<Object> object = readObject(*path);
+    if (!object)
+        return object.error();
+    std::vector<OdString> folders;
+    const auto member = object->find(trustedKey);
+    if (member == object->end())
+        return folders;
+    if (!isListOfTexts(member->second))
+        return unreadable(*path, OdString::format(tr(L"the value of '%ls' cannot be"), trustedKey));
+    for (const Value& folder : member->second.getArray())
+        folders.emplace_back(folder.getString());
+    std::sort(folders.begin(), folders.end());
+    folders.erase(std::unique(folders.begin(), folders.end()), folders.end());
+    return folders;
+}
+
+Expected<void> changeTrustedFolders(const std::vector<OdString>& folders) {
+    const Expected<OdString> path = settingsPath();
+    if (!path)
+        return path.error();
+    Expected<Object> object = readObject(*path);
+    if (!object)
+        return object.error();
+    jsonlib::json::Array list;
+    for (const OdString& folder : folders)
+        list.emplace_back(folder.toWide());
+    (*object)[trustedKey] = std::move(list);
+    return writeObject(*path, std::move(*object));
 }
 
 }  // namespace qrv_cli

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace qrv_cli {
 
@@ -46,5 +47,12 @@ Expected<std::int64_t> parseSettingValue(const std::string& text);
 /// program does not know. Fails with a message that names the file, also when another value in it
 /// cannot be one; the old file stays then.
 Expected<void> changeSetting(const Setting& setting, std::int64_t value);
+
+/// The repositories of other people that the user trusts: the paths of their folders, absolute and
+/// without links, each once, in order. Fails like `readSettings`, whatever the other settings are.
+Expected<std::vector<OdString>> trustedFolders();
+
+/// Writes this list and leaves everything else in the file as it is. Fails like `changeSetting`.
+Expected<void> changeTrustedFolders(const std::vector<OdString>& folders);
 
 }  // namespace qrv_cli

@@ -8,6 +8,7 @@
 #include <cli/Repository.h>
 #include <cli/SharedMode.h>
 #include <cli/Translation.h>
+#include <cli/Trust.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/IgnoreRules.h>
 #include <common/worktree/RepoIgnore.h>
@@ -55,7 +56,11 @@ Expected<fs::path> absolutePath(const std::string& folder) {
 /// What is there already may come from a stranger.
 Expected<void> checkOld(const fs::path& folder) {
     const sys::Outcome<sys::Folder> opened = sys::Folder::open(folder.native());
-    return opened ? checkMetadata(*opened, toText(folder)) : Expected<void>();
+    if (!opened)
+        return {};
+    if (Expected<void> owned = checkOwner(*opened, toText(folder)); !owned)
+        return owned;
+    return checkMetadata(*opened, toText(folder));
 }
 
 Expected<common::RootPath> makeRoot(const fs::path& folder) {

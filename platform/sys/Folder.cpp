@@ -26,7 +26,8 @@ FileStatus toFileStatus(const struct stat& status) {
             .sizeBytes = status.st_size,
             .modifiedNs = modifiedNs(status),
             .changedNs = changedNs(status),
-            .permissions = permissionsOf(status)};
+            .permissions = permissionsOf(status),
+            .owner = status.st_uid};
 }
 
 // A path is opened as itself, be it a link, where the name alone would be asked for past the check.

@@ -25,6 +25,8 @@ struct FileStatus {
     /// The same for the last change of contents, name or permissions, which nobody can set back.
     std::int64_t changedNs = 0;
     std::uint32_t permissions = 0;
+    /// The number of the user whose file it is.
+    std::uint32_t owner = 0;
 };
 
 /// An open folder, and what lies below it. Every operation takes a path relative to it and never

@@ -41,7 +41,7 @@ TEST_F(ConfigCommand, ListsTheDefaults) {
     EXPECT_EQ(config({"--json"}),
               (Outcome{0,
                        "{\n    \"large-commit\" : 1000,\n    \"large-file\" : 100,\n    "
-                       "\"shared-folders\" : 1\n}\n",
+                       "\"shared-folders\" : 1,\n    \"trusted\" : [\n    ]\n}\n",
                        ""}));
     EXPECT_FALSE(fs::exists(folder / "new"));
 }
@@ -79,7 +79,7 @@ TEST_F(ConfigCommand, RefusesWhatIsNoSettingAndNoValue) {
     EXPECT_EQ(config({"largefile"}),
               (Outcome{1, "",
                        "qrv: There is no setting 'largefile'; there are: large-commit, "
-                       "large-file, shared-folders\n"}));
+                       "large-file, shared-folders, trusted\n"}));
     for (const char* const value : {"x", "1x", "1.5", "", "1000000001", "99999999999999999999"}) {
         EXPECT_EQ(config({"large-file", value}),
                   (Outcome{1, "",

@@ -1,0 +1,71 @@
+#include <cli/Message.h>
+#include <cli/Settings.h>
+#include <cli/Translation.h>
+#include <cli/Trust.h>
+#include <platform/sys/User.h>
+
+#include <QByteArray>
+#include <algorithm>
+#include <optional>
+#include <system_error>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr std::uint32_t administrator = 0;
+
+/// Who called `sudo`, which began this process, if it did.
+std::optional<std::uint32_t> callerOfSudo() {
+    if (sys::effectiveUser() != administrator)
+        return std::nullopt;
+    bool isNumber = false;
+    const std::uint32_t user = qgetenv("SUDO_UID").toUInt(&isNumber);
+    return isNumber ? std::optional(user) : std::nullopt;
+}
+
+bool isOwn(std::uint32_t owner) {
+    return owner == sys::effectiveUser() || owner == callerOfSudo();
+}
+
+ErrorMessage cannotOpen(const OdString& path, std::error_code cause) {
+    return {OdString::format(tr(L"'%ls' cannot be opened: %ls"), printable(path),
+                             OdString(cause.message().c_str()))};
+}
+
+/// The first of the two folders' owners who is somebody else.
+Expected<std::optional<std::uint32_t>> stranger(const sys::Folder& folder, const OdString& path) {
+    for (const char* const name : {".", ".qrv"}) {
+        const sys::Outcome<sys::FileStatus> status = folder.status(name);
+        if (!status && sys::meansAbsent(status.error()))
+            continue;
+        if (!status)
+            return cannotOpen(path, status.error());
+        if (!isOwn(status->owner))
+            return std::optional(status->owner);
+    }
+    return std::optional<std::uint32_t>();
+}
+
+}  // namespace
+
+Expected<void> checkOwner(const sys::Folder& folder, const OdString& path) {
+    const Expected<std::optional<std::uint32_t>> other = stranger(folder, path);
+    if (!other)
+        return other.error();
+    if (!*other)
+        return {};
+    const Expected<std::vector<OdString>> trusted = trustedFolders();
+    if (!trusted)
+        return trusted.error();
+    if (std::find(trusted->begin(), trusted->end(), path) != trusted->end())
+        return {};
+    const OdString name = printable(OdString::fromNarrow(sys::userName(**other)));
+    return ErrorMessage{OdString::format(
+        tr(L"'%ls' belongs to '%ls', and whoever keeps a repository decides what qrv does with the "
+           L"files in it; if you trust this one: qrv config trusted '%ls'"),
+        printable(path), name, printable(path))};
+}
+
+}  // namespace qrv_cli
