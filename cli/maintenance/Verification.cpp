@@ -4,6 +4,7 @@
 #include <cli/history/History.h>
 #include <cli/history/HistoryCheck.h>
 #include <cli/history/Plan.h>
+#include <cli/maintenance/HistoryTraces.h>
 #include <cli/maintenance/MetadataFiles.h>
 #include <cli/maintenance/NamedVersions.h>
 #include <cli/maintenance/ReadToEnd.h>
@@ -34,7 +35,6 @@ namespace qrv_cli {
 namespace {
 
 constexpr const char* lockPath = ".qrv/lock";
-constexpr const char* historyPath = ".qrv/qrv.db";
 constexpr const char* statePath = ".qrv/qrv.state";
 
 class Check {
@@ -52,7 +52,8 @@ public:
         if (!files)
             addProblem(files.error().message);
         const MetadataFiles listed = files ? *files : MetadataFiles();
-        attempt([this, &listed] { checkHistory(listed); });
+        checkTraces();
+        attempt([this] { checkHistory(); });
         checkState();
         // Nobody has to wait for what takes long.
         history_.reset();
@@ -96,7 +97,7 @@ private:
             addNote(tr(L"Another process is changing the repository now"));
     }
 
-    void checkHistory(const MetadataFiles& files) {
+    void checkHistory() {
         History& history =
             history_.emplace(History::open(folder_, root_, Database::Access::readOnly));
         // One view of the history, also while another process goes on.
@@ -104,17 +105,12 @@ private:
         for (const OdString& problem : problemsOf(history))
             addProblem(problem);
         named_ = namedVersions(history, [this](const OdString& error) { addProblem(error); });
-        checkHistoryIsThere(files);
         result_.commits = static_cast<std::int64_t>(commitNumbers(history).size());
     }
 
-    /// The first command that stores anything makes the history before.
-    void checkHistoryIsThere(const MetadataFiles& files) {
-        const sys::Outcome<sys::FileStatus> status = folder_.status(historyPath);
-        const bool isEmpty = !status || status->sizeBytes == 0;
-        if (isEmpty && (!files.objects.empty() || !files.stores.empty()))
-            addProblem(
-                OdString::format(tr(L"The history '%ls' is missing"), printable(root_.dbPath())));
+    void checkTraces() {
+        if (const Expected<void> isThere = checkHistoryIsThere(root_, folder_); !isThere)
+            addProblem(isThere.error().message);
     }
 
     void checkState() {

@@ -1,6 +1,7 @@
 #include <cli/Message.h>
 #include <cli/MetadataCheck.h>
 #include <cli/Translation.h>
+#include <cli/maintenance/HistoryTraces.h>
 #include <cli/worktree/KeptBaseline.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/TreeScan.h>
@@ -73,6 +74,8 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
     sys::Outcome<sys::Lock> lock = takeLock(repository->folder, use);
     if (!lock && use == Use::change)
         return lockFailure(root, lock.error());
+    if (const Expected<void> isThere = checkHistoryIsThere(root, repository->folder); !isThere)
+        return isThere.error();
 
     History history =
         History::open(repository->folder, root, accessFor(root, use, static_cast<bool>(lock)));

@@ -191,6 +191,7 @@ TEST_F(GcCommand, DropsWhatNoCommitNamesAfterTwoWeeks) {
 
 TEST_F(GcCommand, DropsNothingBeforeTheFirstCommit) {
     const HistoryProject fresh;
+    fresh.run({"add", "--all"});
     const fs::path object = fresh / (".qrv/objects/" + Digest::of("saved"));
     writeFile(object, "saved");
     makeOlder(object, Days(15));
