@@ -22,6 +22,8 @@ std::span<const Command> commands() {
          declareIgnore},
         {"verify", translatable(L"Check that everything that was kept is there and whole"),
          declareVerify},
+        {"recover", translatable(L"Finish or take back what was interrupted, or mend the history"),
+         declareRecover},
         {"gc", translatable(L"Make the repository smaller; nothing that a commit names is lost"),
          declareGc},
         {"log", translatable(L"List the commits, newest first"), declareLog},

@@ -46,6 +46,7 @@ Action declareMerge(CLI::App& parser);
 Action declareName(CLI::App& parser);
 Action declareProjects(CLI::App& parser);
 Action declareResolve(CLI::App& parser);
+Action declareRecover(CLI::App& parser);
 Action declareRestore(CLI::App& parser);
 Action declareShow(CLI::App& parser);
 Action declareState(CLI::App& parser);

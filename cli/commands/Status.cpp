@@ -218,18 +218,21 @@ ErrorMessage notAllSeen(const std::vector<Unseen>& unseen) {
 }
 
 Expected<void> showStatus(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
+    Expected<std::unique_ptr<Workspace>> workspace =
         Workspace::open(arguments.folder, Workspace::Use::look, Workspace::Scan::ahead);
     if (!workspace)
         return workspace.error();
     const Expected<WorkingChanges> changes = findVisibleChanges(**workspace);
     if (!changes)
         return changes.error();
-    write(statusOf(**workspace, *changes), arguments, output);
+    const Status status = statusOf(**workspace, *changes);
     (*workspace)->keepBaseline(changes->baseline);
     // What was found by reading is only remembered to be quicker next time.
     if (const Expected<void> closed = (*workspace)->close(); !closed)
         printMessage(closed.error().message);
+    // Who reads what is printed may take long, and nobody is to wait for the lock meanwhile.
+    workspace->reset();
+    write(status, arguments, output);
     return changes->unseen.empty() ? Expected<void>() : notAllSeen(changes->unseen);
 }
 

@@ -117,6 +117,12 @@ std::vector<std::int64_t> History::commitsOfPath(const OdString& path) {
     return numbers;
 }
 
+bool History::hasVersion(const OdString& path, const OdString& url) {
+    Statement query = database_->prepare("SELECT 1 FROM changes WHERE path = ? AND url = ?");
+    query.bind(path, url);
+    return query.step();
+}
+
 CommitEntry History::add(const NewCommit& commit) {
     requireStorable(*database_, commit);
     const OdString hash = hashOf(commit);

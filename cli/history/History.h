@@ -55,6 +55,8 @@ public:
     /// The numbers of the commits that changed the file at `path`, renamed it from there or removed
     /// it, newest first.
     std::vector<std::int64_t> commitsOfPath(const OdString& path);
+    /// Whether a commit put the version `url` at `path`.
+    bool hasVersion(const OdString& path, const OdString& url);
     /// Newest first: a commit and everything that it builds on.
     std::vector<CommitEntry> ancestors(const OdString& hash);
     /// The commit that both build on and that no other such commit builds on, the newest (highest

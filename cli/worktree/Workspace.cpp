@@ -1,16 +1,16 @@
 #include <cli/Message.h>
 #include <cli/MetadataCheck.h>
 #include <cli/Translation.h>
+#include <cli/history/Plan.h>
 #include <cli/maintenance/HistoryTraces.h>
+#include <cli/worktree/Interruption.h>
 #include <cli/worktree/KeptBaseline.h>
-#include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/TreeScan.h>
 #include <cli/worktree/Workspace.h>
 #include <platform/kernel/OdError.h>
 
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
 #include <map>
 #include <thread>
 #include <utility>
@@ -48,13 +48,16 @@ ErrorMessage lockFailure(const common::RootPath& root, std::error_code cause) {
     return systemFailure(tr(L"The repository '%ls' cannot be changed: %ls"), root.path(), cause);
 }
 
-Database::Access accessFor(const common::RootPath& root, Workspace::Use use, bool isLocked) {
+Database::Access accessFor(Workspace::Use use) {
+    return use == Workspace::Use::look ? Database::Access::readOnly : Database::Access::create;
+}
+
+Expected<void> settle(Workspace& workspace, Workspace::Use use) {
     if (use == Workspace::Use::change)
-        return Database::Access::create;
-    // Whoever may write lets SQLite take back what a killed process left half written.
-    std::error_code error;
-    const bool isThere = std::filesystem::exists(root.dbPath().toNarrow(), error);
-    return isLocked && isThere ? Database::Access::readWrite : Database::Access::readOnly;
+        return settleInterruption(workspace);
+    if (use == Workspace::Use::look)
+        tellInterruption(workspace);
+    return {};
 }
 
 }  // namespace
@@ -71,21 +74,22 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
     const common::RootPath& root = repository->root;
     // Already for the lock, which a colleague is to take next.
     SharedMode shared(repository->folder);
-    sys::Outcome<sys::Lock> lock = takeLock(repository->folder, use);
-    if (!lock && use == Use::change)
-        return lockFailure(root, lock.error());
+    std::optional<sys::Lock> held;
+    if (use != Use::look || scan == Scan::ahead) {
+        sys::Outcome<sys::Lock> lock = takeLock(repository->folder, use);
+        if (!lock && use != Use::look)
+            return lockFailure(root, lock.error());
+        if (lock)
+            held = std::move(*lock);
+    }
     if (const Expected<void> isThere = checkHistoryIsThere(root, repository->folder); !isThere)
         return isThere.error();
 
-    History history =
-        History::open(repository->folder, root, accessFor(root, use, static_cast<bool>(lock)));
-    std::optional<sys::Lock> held;
-    if (lock)
-        held = std::move(*lock);
+    History history = History::open(repository->folder, root, accessFor(use));
     std::unique_ptr<Workspace> workspace(
         new Workspace(root, std::move(repository->folder), std::move(held), std::move(history)));
     // A look keeps nothing but a baseline; what it writes elsewhere is the person's own.
-    if (use == Use::change)
+    if (use != Use::look)
         workspace->shared_.emplace(std::move(shared));
     if (scan == Scan::ahead && workspace->canScanAhead())
         workspace->scan_ = std::make_unique<TreeScan>(workspace->root_, workspace->folder_);
@@ -95,8 +99,8 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
         if (const Expected<void> opened = workspace->openCache(); !opened)
             return opened.error();
     }
-    if (const Expected<void> recovered = recover(*workspace); !recovered)
-        return recovered.error();
+    if (const Expected<void> settled = settle(*workspace, use); !settled)
+        return settled.error();
     return workspace;
 }
 
@@ -117,6 +121,13 @@ Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sy
 }
 
 Workspace::~Workspace() = default;
+
+bool Workspace::isLockedByOther() const {
+    if (lock_)
+        return false;
+    const sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder_, lockPath);
+    return !lock && lock.error() == std::errc::operation_would_block;
+}
 
 bool Workspace::canScanAhead() {
     // A scan makes the ignore file when there is none, and a command that fails is to make nothing.

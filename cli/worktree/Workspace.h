@@ -32,18 +32,21 @@ class TreeScan;
 class Workspace {
 public:
     enum class Use {
-        look,    ///< never waits; what it can it refreshes
+        look,    ///< never waits, and nobody waits for it
         change,  ///< holds the lock from here to its end
+        repair,  ///< the same, but what was interrupted is left to the caller
     };
 
     enum class Scan { later, ahead };
 
     /// Opens the repository that holds `folder`. For a change, waits some seconds for another
     /// process that holds the lock, and fails when it does not let go. What an interrupted command
-    /// left is finished first, and told; without the lock, it is only told.
+    /// left is settled first, and told; a look only tells it. Fails for a repository that has lost
+    /// its history.
     ///
     /// With `Scan::ahead` a scan of the working tree begins meanwhile, for `findChanges`, and a
-    /// look is content with a kept baseline instead of the whole state.
+    /// look is content with a kept baseline instead of the whole state; it takes the lock, if that
+    /// is free, to keep what it found.
     static Expected<std::unique_ptr<Workspace>> open(const std::string& folder, Use use,
                                                      Scan scan = Scan::later);
 
@@ -70,6 +73,8 @@ public:
 
     /// Whether this process holds the lock, so that it may write.
     bool mayChange() const { return lock_.has_value(); }
+    /// Whether another process holds it now.
+    bool isLockedByOther() const;
     OdString branch() const { return stateWithoutIndex().head.reference; }
     /// The hash of the branch's commit; empty before the first one.
     OdString headCommit();

@@ -40,6 +40,7 @@ const std::string help =
     "  resolve                     Settle a conflict of a merge\n"
     "  ignore                      List, test or add the rules for files that are left out\n"
     "  verify                      Check that everything that was kept is there and whole\n"
+    "  recover                     Finish or take back what was interrupted, or mend the history\n"
     "  gc                          Make the repository smaller; nothing that a commit names is "
     "lost\n"
     "  log                         List the commits, newest first\n"
@@ -99,6 +100,7 @@ TEST(Usage, ExplainsEachCommandWithoutCarryingItOut) {
         {{"merge"}, "[COMMIT]"},
         {{"resolve"}, "PATH"},
         {{"verify"}, ""},
+        {{"recover"}, ""},
         {{"gc"}, ""},
         {{"completion"}, "SHELL"},
         {{"manual"}, "[COMMAND]"},

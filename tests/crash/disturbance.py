@@ -57,6 +57,10 @@ class Disturbance:
         verified = repository.run("verify")
         if verified.returncode != 0:
             return f"verify fails: {verified.stdout.decode()}{verified.stderr.decode()}"
+        # A look shows what a killed command left half done as it is.
+        recovered = repository.run("recover")
+        if recovered.returncode != 0:
+            return f"recover fails: {recovered.stdout.decode()}{recovered.stderr.decode()}"
         seen = repository.observe()
         if seen not in allowed:
             return "\n   differs: ".join(["the repository is none of:", *(str(differences(seen, a)) for a in allowed)])

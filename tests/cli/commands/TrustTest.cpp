@@ -66,6 +66,7 @@ TEST_F(RepositoryOfSomebodyElse, IsRefusedByEveryCommandFromAnyFolderInIt) {
         {"tag"},
         {"verify"},
         {"gc"},
+        {"recover"},
         {"add", "--all"},
         {"unstage", "--all"},
         {"commit", "-m", "x"},

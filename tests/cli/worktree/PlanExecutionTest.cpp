@@ -18,6 +18,7 @@ using qrv_cli::Plan;
 using qrv_cli::PlannedFile;
 using qrv_cli::stepsBetween;
 using qrv_cli::Workspace;
+using qrv_test::contentsOf;
 using qrv_test::letterOf;
 using qrv_test::Outcome;
 using qrv_test::readFile;
@@ -80,6 +81,7 @@ protected:
     bool isThere(const std::string& path) const { return fs::exists(project / path); }
 
     const Working project;
+    const qrv_test::TemporaryFolder outside;
     const std::string begun = "qrv: Note: 'switch new' was interrupted; it is being finished\n";
     const std::string ended = "qrv: Note: 'switch new' was interrupted and is now finished\n";
     const std::string finished = begun + ended;
@@ -111,34 +113,72 @@ TEST_F(PlanExecution, TakesEverythingBackWhenAVersionIsMissing) {
     EXPECT_TRUE(findChanges(*workspace)->isEmpty());
 }
 
-TEST_F(PlanExecution, IsFinishedByTheNextCommand) {
+TEST_F(PlanExecution, IsFinishedByTheNextCommandThatChangesSomething) {
     interrupt();
-    const Outcome outcome = project.qrv({"status"});
-    EXPECT_EQ(outcome, (Outcome{0, onNew + "Nothing has changed; files: 3\n", finished}));
+    EXPECT_EQ(project.qrv({"tag", "v1"}).messages, finished);
+    EXPECT_EQ(project.qrv({"status"}), (Outcome{0, onNew + "Nothing has changed; files: 3\n", ""}));
     EXPECT_EQ(readFile(project / "a.txt"), "new a");
     EXPECT_FALSE(isThere("gone"));
-    EXPECT_EQ(project.qrv({"status"}).messages, "");
+}
+
+// Symptom: a look into a folder that somebody had handed over wrote that person's files over ours.
+// Cause: whatever command came next carried out the plan that it found in the repository.
+TEST_F(PlanExecution, IsOnlyToldByALook) {
+    interrupt();
+    const auto before = contentsOf(project.folder.path());
+    const std::string told =
+        "qrv: Note: 'switch new' was interrupted; qrv recover finishes it, and so does the next "
+        "command that changes something\n";
+    for (const std::vector<std::string>& look :
+         std::vector<std::vector<std::string>>{{"log"},
+                                               {"show"},
+                                               {"diff"},
+                                               {"branch"},
+                                               {"tag"},
+                                               {"gc", "--dry-run"},
+                                               {"recover", "--dry-run"},
+                                               {"restore", ".", "--to", outside / "copy"}}) {
+        const Outcome outcome = project.qrv(look);
+        EXPECT_EQ(outcome.status, 0) << look.front() << outcome;
+        EXPECT_EQ(outcome.messages, told) << look.front();
+    }
+    EXPECT_EQ(contentsOf(project.folder.path()), before);
+    EXPECT_EQ(project.qrv({"status"}),
+              (Outcome{0, "Branch 'old', commit 1: Old\nNothing has changed; files: 3\n", told}));
+    EXPECT_EQ(readFile(project / "a.txt"), "old a");
+}
+
+TEST_F(PlanExecution, HalfDoneShowsTheFilesAsTheyAreToALook) {
+    interrupt();
+    project.write({{"fresh/c.dwg", "new c"}});
+    fs::remove_all(project / "gone");
+    EXPECT_EQ(project.qrv({"status"}).output,
+              "Branch 'old', commit 1: Old\n"
+              "\nChanged, not staged (qrv add PATH):\n"
+              "  added     fresh/c.dwg\n"
+              "  removed   gone/b.txt\n");
+    EXPECT_EQ(project.run({"recover"}), "'switch new' is finished; files: 3\n");
+    EXPECT_EQ(project.qrv({"status"}), (Outcome{0, onNew + "Nothing has changed; files: 3\n", ""}));
 }
 
 TEST_F(PlanExecution, LeavesAloneWhatAPersonChangedMeanwhile) {
     interrupt();
     project.write({{"a.txt", "saved after the power cut"}});
-    const Outcome outcome = project.qrv({"status"});
-    EXPECT_EQ(outcome,
-              (Outcome{0,
-                       onNew + "\nChanged, not staged (qrv add PATH):\n"
-                               "  modified  a.txt\n",
-                       begun +
-                           "qrv: Note: 'a.txt' was changed by somebody meanwhile and is left "
-                           "as it is\n" +
-                           ended}));
+    EXPECT_EQ(project.qrv({"recover"}).messages,
+              begun +
+                  "qrv: Note: 'a.txt' was changed by somebody meanwhile and is left as it is\n" +
+                  ended);
+    EXPECT_EQ(project.run({"status"}), onNew +
+                                           "\nChanged, not staged (qrv add PATH):\n"
+                                           "  modified  a.txt\n");
     EXPECT_EQ(readFile(project / "a.txt"), "saved after the power cut");
 }
 
 TEST_F(PlanExecution, RemovesWhatTheDeadProcessWasAboutToPublish) {
     interrupt();
     project.write({{".123-0.qrv-tmp", "half"}, {"fresh/.123-1.qrv-tmp", "half"}});
-    EXPECT_EQ(project.qrv({"status"}).output, onNew + "Nothing has changed; files: 3\n");
+    project.run({"recover"});
+    EXPECT_EQ(project.run({"status"}), onNew + "Nothing has changed; files: 3\n");
     EXPECT_FALSE(isThere(".123-0.qrv-tmp"));
     EXPECT_FALSE(isThere("fresh/.123-1.qrv-tmp"));
 }
@@ -149,10 +189,12 @@ TEST_F(PlanExecution, OfAMergeIsTakenBackByTheNextCommand) {
     fs::remove_all(project / "gone");
     project.write({{"gone", ""}, {"a.txt", "new a"}});
     fs::remove(project / "gone");
-    EXPECT_EQ(project.qrv({"status"}),
-              (Outcome{0, "Branch 'old', commit 1: Old\nNothing has changed; files: 3\n",
+    EXPECT_EQ(project.qrv({"recover"}),
+              (Outcome{0, "'merge of 'new'' is taken back; files: 3\n",
                        "qrv: Note: 'merge of 'new'' was interrupted; it is being taken back\n"
                        "qrv: Note: 'merge of 'new'' was interrupted and is taken back\n"}));
+    EXPECT_EQ(project.run({"status"}),
+              "Branch 'old', commit 1: Old\nNothing has changed; files: 3\n");
     EXPECT_EQ(readFile(project / "a.txt"), "old a");
     EXPECT_EQ(readFile(project / "gone/b.txt"), "old b");
 }

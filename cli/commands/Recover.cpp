@@ -1,0 +1,119 @@
+#include <CLI/CLI.hpp>
+#include <cli/JsonOutput.h>
+#include <cli/LogEntry.h>
+#include <cli/Message.h>
+#include <cli/Output.h>
+#include <cli/Translation.h>
+#include <cli/commands/Commands.h>
+#include <cli/history/Plan.h>
+#include <cli/worktree/Interruption.h>
+#include <cli/worktree/Workspace.h>
+#include <common/json/Value.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+struct Arguments {
+    bool onlyLook = false;
+    bool forgets = false;
+    bool asJson = false;
+};
+
+bool finishes(const Plan& plan) {
+    return plan.recovery == Plan::Recovery::finish;
+}
+
+const wchar_t* outcomeOf(const Plan& plan, const Arguments& arguments) {
+    if (arguments.onlyLook)
+        return finishes(plan) ? L"to-finish" : L"to-take-back";
+    if (arguments.forgets)
+        return L"forgotten";
+    return finishes(plan) ? L"finished" : L"taken-back";
+}
+
+jsonlib::json::Value documentOf(const std::optional<Plan>& plan, const Arguments& arguments) {
+    jsonlib::json::Array files;
+    jsonlib::json::Object object;
+    object[L"interrupted"] =
+        plan ? jsonlib::json::Value(plan->title.toWide()) : jsonlib::json::Value();
+    object[L"outcome"] = plan ? outcomeOf(*plan, arguments) : L"nothing";
+    if (plan) {
+        for (const PlannedFile& step : plan->files)
+            files.emplace_back(step.path.toWide());
+    }
+    object[L"files"] = std::move(files);
+    return object;
+}
+
+OdString patternOf(const Plan& plan, const Arguments& arguments) {
+    if (arguments.onlyLook)
+        return finishes(plan) ? tr(L"'%ls' is to be finished; files: %i\n")
+                              : tr(L"'%ls' is to be taken back; files: %i\n");
+    if (arguments.forgets)
+        return tr(L"'%ls' is forgotten, and its files are left as they are: %i\n");
+    return finishes(plan) ? tr(L"'%ls' is finished; files: %i\n")
+                          : tr(L"'%ls' is taken back; files: %i\n");
+}
+
+std::string plainText(const std::optional<Plan>& plan, const Arguments& arguments) {
+    if (!plan)
+        return trUtf8(L"Nothing was interrupted\n");
+    OdString text =
+        OdString::format(patternOf(*plan, arguments), printable(plan->title), plan->files.size());
+    if (arguments.onlyLook) {
+        for (const PlannedFile& step : plan->files)
+            text += L"  " + printable(step.path) + L"\n";
+    }
+    return text.toNarrow();
+}
+
+Expected<void> settle(Workspace& workspace, const Plan& plan, const Arguments& arguments) {
+    if (arguments.onlyLook)
+        return {};
+    if (arguments.forgets)
+        forgetInterruption(workspace);
+    else if (Expected<void> settled = settleInterruption(workspace); !settled)
+        return settled;
+    logEvent(OdString::format(L"recover: %ls %ls", plan.title, outcomeOf(plan, arguments)),
+             workspace.root(), workspace.folder());
+    return workspace.close();
+}
+
+Expected<void> run(const Arguments& arguments, Output& output) {
+    const Expected<std::unique_ptr<Workspace>> workspace =
+        Workspace::open(".", arguments.onlyLook ? Workspace::Use::look : Workspace::Use::repair);
+    if (!workspace)
+        return workspace.error();
+    const std::optional<Plan> plan = notedPlan((*workspace)->history());
+    if (plan) {
+        if (Expected<void> settled = settle(**workspace, *plan, arguments); !settled)
+            return settled;
+    }
+    if (arguments.asJson)
+        writeJson(documentOf(plan, arguments), output);
+    else
+        output.write(plainText(plan, arguments));
+    return {};
+}
+
+}  // namespace
+
+Action declareRecover(CLI::App& parser) {
+    const auto arguments = std::make_shared<Arguments>();
+    CLI::Option* const look = parser.add_flag("--dry-run,-n", arguments->onlyLook,
+                                              trUtf8(L"Only tell what would be done"));
+    parser
+        .add_flag("--forget", arguments->forgets,
+                  trUtf8(L"Leave the files as they are, and forget what was interrupted"))
+        ->excludes(look);
+    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print what was done as a JSON object"));
+    return [arguments](Output& output) { return run(*arguments, output); };
+}
+
+}  // namespace qrv_cli
