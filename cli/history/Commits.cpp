@@ -1,6 +1,7 @@
 #include <cli/Translation.h>
 #include <cli/history/History.h>
 #include <cli/history/RowsInternal.h>
+#include <cli/history/SumsInternal.h>
 
 #include <algorithm>
 #include <set>
@@ -134,6 +135,7 @@ CommitEntry History::add(const NewCommit& commit) {
         .run(number, hash, commit.author, commit.message, commit.timeSeconds);
     insertParents(*database_, number, commit);
     insertChanges(*database_, number, commit);
+    addSizes(*database_, hash, commit.deltas);
     CommitEntry added = this->commit(hash).value();
     transaction.commit();
     return added;

@@ -2,6 +2,7 @@
 #include <cli/Translation.h>
 #include <cli/history/History.h>
 #include <cli/history/SchemaInternal.h>
+#include <cli/history/SumsInternal.h>
 #include <cli/storage/StorageMessages.h>
 
 #include <utility>
@@ -26,6 +27,27 @@ bool isThere(const sys::Folder& folder) {
     return status || !sys::meansAbsent(status.error());
 }
 
+/// With the first change of this program a history of an older one gets its sums. One that cannot
+/// be read as a whole does without.
+void addMissingSums(History& history) try {
+    Database& database = history.database();
+    DatabaseTransaction transaction(database);
+    if (database.schemaVersion() >= layoutWithSums)
+        return;
+    OdString sizes;
+    const std::int64_t last = history.lastNumber();
+    for (std::int64_t number = 1; number <= last; ++number) {
+        if (const std::optional<CommitEntry> entry = history.commitByNumber(number))
+            sizes = continuedSizes(sizes, entry->hash, history.deltas(entry->hash));
+    }
+    database.setSchemaVersion(layoutWithSums);
+    setGeneration(database, 1);
+    setSizes(database, sizes);
+    transaction.commit();
+} catch (const DatabaseError&) {
+    return;
+}
+
 }  // namespace
 
 History::History(std::unique_ptr<Database> database) : database_(std::move(database)) {
@@ -45,8 +67,13 @@ History History::open(const sys::Folder& folder, const common::RootPath& root,
     if (access == Database::Access::readOnly && !isThere(folder))
         return History(emptyHistory(path));
     auto database = std::make_unique<Database>(folder, fileName, path, access);
-    if (!isEmptyHistory(*database))
-        return History(std::move(database));
+    if (!isEmptyHistory(*database)) {
+        History history(std::move(database));
+        if (access == Database::Access::create &&
+            history.database().schemaVersion() < layoutWithSums)
+            addMissingSums(history);
+        return history;
+    }
     if (access == Database::Access::readOnly)
         return History(emptyHistory(path));
     makeHistory(*database);
@@ -60,10 +87,13 @@ OdString History::note(const OdString& name) {
 }
 
 void History::setNote(const OdString& name, const OdString& text) {
+    DatabaseTransaction transaction(*database_);
     if (text.isEmpty())
         database_->prepare("DELETE FROM notes WHERE name = ?").run(name);
     else
         database_->prepare("INSERT OR REPLACE INTO notes VALUES (?, ?)").run(name, text);
+    renewSum(*database_);
+    transaction.commit();
 }
 
 }  // namespace qrv_cli

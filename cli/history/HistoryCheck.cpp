@@ -3,9 +3,11 @@
 #include <cli/history/HistoryCheck.h>
 #include <cli/history/Plan.h>
 #include <cli/history/SchemaInternal.h>
+#include <cli/history/SumsInternal.h>
 #include <platform/ut/Paths.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 
 namespace qrv_cli {
@@ -21,7 +23,9 @@ public:
         attempt([this] { checkSchema(); });
         attempt([this] { checkOwners(); });
         attempt([this] { checkCommits(); });
+        attempt([this] { checkSizes(); });
         attempt([this] { history_.references(); });
+        attempt([this] { checkSum(history_.database()); });
         attempt([this] { checkHeadFiles(); });
         attempt([this] { notedPlan(history_); });
         return std::move(problems_);
@@ -71,6 +75,7 @@ private:
             numbers.push_back(query.integer(0));
         for (const std::int64_t number : numbers)
             attempt([this, number] { checkCommit(number); });
+        areAllRead_ = readCount_ == numbers.size();
     }
 
     void checkCommit(std::int64_t number) {
@@ -79,8 +84,17 @@ private:
             return addCause(OdString::format(tr(L"commit %i is missing"), number));
         const NewCommit contents = {entry->parents, entry->author, entry->message,
                                     entry->timeSeconds, history_.deltas(entry->hash)};
+        sizes_ = continuedSizes(sizes_, entry->hash, contents.deltas);
+        ++readCount_;
         if (hashOf(contents) != entry->hash)
             addCause(OdString::format(tr(L"commit %i is not the one that its hash names"), number));
+    }
+
+    /// What was found of them while the commits were read, if all could be.
+    void checkSizes() {
+        Database& database = history_.database();
+        if (areAllRead_ && database.schemaVersion() >= layoutWithSums && notedSizes(database) != sizes_)
+            addCause(tr(L"the sizes of its files are not those that were written"));
     }
 
     void checkHeadFiles() {
@@ -90,6 +104,10 @@ private:
     }
 
     History& history_;
+    /// The sum of the sizes that were read so far.
+    OdString sizes_;
+    std::size_t readCount_ = 0;
+    bool areAllRead_ = false;
     std::vector<OdString> problems_;
 };
 

@@ -3,6 +3,7 @@
 #include <cli/history/History.h>
 #include <cli/history/ReferenceName.h>
 #include <cli/history/RowsInternal.h>
+#include <cli/history/SumsInternal.h>
 
 namespace qrv_cli {
 
@@ -42,6 +43,7 @@ std::vector<common::Reference> History::references() {
     std::vector<common::Reference> references;
     while (query.step())
         references.push_back(toReference(*database_, query));
+    checkSum(*database_);
     return references;
 }
 
@@ -50,22 +52,37 @@ std::optional<OdString> History::reference(const OdString& name, common::RefType
         "SELECT type, name, hash FROM refs LEFT JOIN commits USING (number) "
         "WHERE type = ? AND name = ?");
     query.bind(OdString(wordOf(type)), name);
-    if (!query.step())
-        return std::nullopt;
-    return toReference(*database_, query).commitHash;
+    std::optional<OdString> hash;
+    if (query.step())
+        hash = toReference(*database_, query).commitHash;
+    checkSum(*database_);
+    return hash;
 }
 
 void History::setReference(const OdString& name, common::RefType type, const OdString& hash) {
     const Expected<OdString> checked = checkedReferenceName(name);
     if (!checked)
         failToKeep(*database_, checked.error().message);
+    DatabaseTransaction transaction(*database_);
+    const std::int64_t number = numberOf(*database_, hash);
+    if (reference(*checked, type) == hash)
+        return;
     database_->prepare("INSERT OR REPLACE INTO refs VALUES (?, ?, ?)")
-        .run(OdString(wordOf(type)), *checked, numberOf(*database_, hash));
+        .run(OdString(wordOf(type)), *checked, number);
+    countReferenceChange(*database_);
+    renewSum(*database_);
+    transaction.commit();
 }
 
 void History::removeReference(const OdString& name, common::RefType type) {
+    DatabaseTransaction transaction(*database_);
+    if (!reference(name, type))
+        return;
     database_->prepare("DELETE FROM refs WHERE type = ? AND name = ?")
         .run(OdString(wordOf(type)), name);
+    countReferenceChange(*database_);
+    renewSum(*database_);
+    transaction.commit();
 }
 
 }  // namespace qrv_cli

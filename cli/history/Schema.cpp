@@ -2,6 +2,7 @@
 #include <cli/Translation.h>
 #include <cli/database/Schema.h>
 #include <cli/history/SchemaInternal.h>
+#include <cli/history/SumsInternal.h>
 
 #include <cstdint>
 #include <string>
@@ -10,7 +11,7 @@ namespace qrv_cli {
 
 namespace {
 
-constexpr int currentVersion = 1;
+constexpr int currentVersion = layoutWithSums;
 /// "qrvh", by which a file is told from every other SQLite file.
 constexpr std::int64_t applicationId = 0x71727668;
 
@@ -107,6 +108,7 @@ void makeHistory(Database& database) {
     makeSchema(database, layout);
     database.execute(("PRAGMA application_id = " + std::to_string(applicationId)).c_str());
     database.setSchemaVersion(currentVersion);
+    renewSum(database);
     transaction.commit();
 }
 
