@@ -36,6 +36,9 @@ namespace {
 
 constexpr const char* lockPath = ".qrv/lock";
 constexpr const char* statePath = ".qrv/qrv.state";
+constexpr const char* historyPath = ".qrv/qrv.db";
+/// A repository in which somebody goes on changing things is looked at so often.
+constexpr int mostLooks = 4;
 
 class Check {
 public:
@@ -47,7 +50,9 @@ public:
     }
 
     Verification run() {
-        takeLock();
+        isBusy_ = isLockedByOther();
+        if (isBusy_)
+            addNote(tr(L"Another process is changing the repository now"));
         const Expected<MetadataFiles> files = listMetadata(root_, folder_);
         if (!files)
             addProblem(files.error().message);
@@ -55,7 +60,6 @@ public:
         checkTraces();
         attempt([this] { checkHistory(); });
         checkState();
-        // Nobody has to wait for what takes long.
         history_.reset();
         checkObjects(listed);
         attempt([this] { checkPack(); });
@@ -85,23 +89,18 @@ private:
 
     void addNote(const OdString& note) { result_.notes.push_back(note); }
 
-    /// A lock that is not there yet is not made: nobody has ever changed anything then.
-    void takeLock() {
+    /// Whoever reads keeps nobody from writing: the lock is let go at once. One that is not there
+    /// yet is not made: nobody has ever changed anything then.
+    bool isLockedByOther() const {
         if (!folder_.status(lockPath))
-            return;
-        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder_, lockPath);
-        isBusy_ = !lock && lock.error() == std::errc::operation_would_block;
-        if (lock)
-            lock_ = std::move(*lock);
-        if (isBusy_)
-            addNote(tr(L"Another process is changing the repository now"));
+            return false;
+        const sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder_, lockPath);
+        return !lock && lock.error() == std::errc::operation_would_block;
     }
 
     void checkHistory() {
         History& history =
             history_.emplace(History::open(folder_, root_, Database::Access::readOnly));
-        // One view of the history, also while another process goes on.
-        history.database().execute("BEGIN");
         for (const OdString& problem : problemsOf(history))
             addProblem(problem);
         named_ = namedVersions(history, [this](const OdString& error) { addProblem(error); });
@@ -259,7 +258,6 @@ private:
 
     common::RootPath root_;
     sys::Folder folder_;
-    std::optional<sys::Lock> lock_;
     /// Whether another process holds the lock.
     bool isBusy_ = false;
     Storages storages_;
@@ -273,12 +271,51 @@ private:
     Verification result_;
 };
 
+/// What somebody changes who changes the repository.
+std::vector<std::optional<sys::FileVersion>> versionsOf(const sys::Folder& folder) {
+    std::vector<std::optional<sys::FileVersion>> versions;
+    for (const char* const path :
+         {historyPath, statePath, ".qrv/objects", ".qrv/objects.pack", ".qrv/tf"}) {
+        const sys::Outcome<sys::FileVersion> version = folder.version(path);
+        versions.push_back(version ? std::optional(*version) : std::nullopt);
+    }
+    return versions;
+}
+
+/// Those that are in both.
+std::vector<OdString> inBoth(const std::vector<OdString>& ones,
+                             const std::vector<OdString>& others) {
+    std::vector<OdString> both;
+    for (const OdString& one : ones) {
+        if (std::find(others.begin(), others.end(), one) != others.end())
+            both.push_back(one);
+    }
+    return both;
+}
+
+/// What another process moves from one place to another while this one looks is found in neither.
+/// So damage is what every look finds, unless nobody changed anything during one.
+Verification checkSeveralTimes(const common::RootPath& root, const sys::Folder& folder) {
+    Verification found;
+    for (int look = 0; look < mostLooks; ++look) {
+        const auto before = versionsOf(folder);
+        Verification now = Check(root, folder).run();
+        const bool isQuiet = versionsOf(folder) == before;
+        if (look > 0 && !isQuiet)
+            now.problems = inBoth(found.problems, now.problems);
+        found = std::move(now);
+        if (isQuiet || found.problems.empty())
+            break;
+    }
+    return found;
+}
+
 }  // namespace
 
 Verification verifyRepository(const common::RootPath& root) {
-    sys::Outcome<sys::Folder> folder = sys::Folder::open(root.path().toNarrow());
+    const sys::Outcome<sys::Folder> folder = sys::Folder::open(root.path().toNarrow());
     if (folder)
-        return Check(root, std::move(*folder)).run();
+        return checkSeveralTimes(root, *folder);
     Verification result;
     result.problems.push_back(
         systemFailure(tr(L"'%ls' cannot be opened: %ls"), root.path(), folder.error()).message);

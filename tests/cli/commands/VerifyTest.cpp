@@ -7,11 +7,13 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace {
 
@@ -21,6 +23,7 @@ using qrv_test::HistoryProject;
 using qrv_test::Outcome;
 using qrv_test::readFile;
 using qrv_test::runQrv;
+using qrv_test::runShell;
 using qrv_test::writeFile;
 
 /// Bytes that no compression makes shorter, so that a store holds them nearly as they are.
@@ -387,6 +390,45 @@ TEST_F(VerifyCommand, ChangesNothing) {
     const auto before = contentsOf(project.folder.path());
     EXPECT_EQ(project.qrv({"verify"}).status, 1);
     EXPECT_EQ(contentsOf(project.folder.path()), before);
+}
+
+// Symptom: a commit beside a long check ended with "Another process is changing the repository".
+// Cause: the check held the lock from its beginning to its end.
+TEST_F(VerifyCommand, KeepsNoCommitWaiting) {
+    const std::string name(64, 'b');
+    writeFile(object("1;bolt\n").parent_path() / name, "");
+    fs::resize_file(object("1;bolt\n").parent_path() / name, 2'000'000'000);
+    project.write({{"parts.csv", "3;nuts\n"}});
+    const Outcome outcome = runShell(
+        project.folder.path(),
+        "$QRV verify > /dev/null 2>&1 & P=$!; until ls -l /proc/$P/fd 2>&1 | grep -q objects/" +
+            name +
+            "; do kill -0 $P || exit 9; done; kill -STOP $P; $QRV add --all > /dev/null && timeout "
+            "5 $QRV commit -m third; R=$?; kill -CONT $P; kill $P; exit $R",
+        project.environment);
+    EXPECT_EQ(outcome, (Outcome{0, "Commit 3 on master: third\n", ""}));
+}
+
+TEST_F(VerifyCommand, TellsNoDamageWhileOthersCommitAndPack) {
+    Outcome changes;
+    std::atomic<bool> isDone = false;
+    std::thread worker([&] {
+        changes = runShell(project.folder.path(),
+                           "for i in 1 2 3 4 5 6; do echo $i > parts.csv; echo $i >> plan.dwg; "
+                           "$QRV add --all && $QRV commit -m $i && $QRV gc || exit 1; done",
+                           project.environment);
+        isDone = true;
+    });
+    int count = 0;
+    while (!isDone) {
+        const Outcome outcome = project.qrv({"verify"});
+        EXPECT_EQ(outcome.status, 0) << outcome;
+        ++count;
+    }
+    worker.join();
+    EXPECT_EQ(changes.status, 0) << changes;
+    EXPECT_GT(count, 1);
+    EXPECT_EQ(project.qrv({"verify"}).status, 0);
 }
 
 TEST_F(VerifyCommand, NeedsARepository) {
