@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cli/CommandLine.h>
+#include <cli/RunningCommand.h>
 #include <cli/Translation.h>
 
 #include <algorithm>
@@ -121,7 +122,10 @@ CommandLine::CommandLine()
     parser_->require_subcommand(0, 1);
     for (const Command& command : commands()) {
         CLI::App* const parser = parser_->add_subcommand(command.name, trUtf8(command.summary));
-        parser->callback([this, action = command.declare(*parser)] { chosen_ = action; });
+        parser->callback([this, action = command.declare(*parser), name = command.name] {
+            chosen_ = action;
+            setRunningCommand(name);
+        });
     }
     prepareOptions(*parser_);
 }

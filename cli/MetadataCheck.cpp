@@ -24,7 +24,8 @@ constexpr std::array metadata = {
     Entry{"objects", sys::FileKind::folder},    Entry{"tf", sys::FileKind::folder},
     Entry{"qrv.state", sys::FileKind::regular}, Entry{"qrv.db", sys::FileKind::regular},
     Entry{"qrv.log", sys::FileKind::regular},   Entry{"objects.pack", sys::FileKind::regular},
-    Entry{"baseline", sys::FileKind::regular},  Entry{"lock", sys::FileKind::regular}};
+    Entry{"baseline", sys::FileKind::regular},  Entry{"lock", sys::FileKind::regular},
+    Entry{"commits", sys::FileKind::folder},    Entry{"references", sys::FileKind::regular}};
 constexpr std::array properties = {Entry{"ignore", sys::FileKind::regular},
                                    Entry{"project_name", sys::FileKind::regular}};
 

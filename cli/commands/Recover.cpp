@@ -6,6 +6,7 @@
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/Plan.h>
+#include <cli/maintenance/HistoryRebuild.h>
 #include <cli/worktree/Interruption.h>
 #include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
@@ -22,6 +23,7 @@ namespace {
 struct Arguments {
     bool onlyLook = false;
     bool forgets = false;
+    bool rebuilds = false;
     bool asJson = false;
 };
 
@@ -85,7 +87,48 @@ Expected<void> settle(Workspace& workspace, const Plan& plan, const Arguments& a
     return workspace.close();
 }
 
+jsonlib::json::Value documentOf(const Rebuilt& rebuilt) {
+    jsonlib::json::Array problems;
+    for (const OdString& problem : rebuilt.problems)
+        problems.emplace_back(problem.toWide());
+    jsonlib::json::Object object;
+    object[L"commits"] = rebuilt.commits;
+    object[L"references"] = rebuilt.references;
+    object[L"problems"] = std::move(problems);
+    object[L"setAside"] = rebuilt.setAside.isEmpty()
+                              ? jsonlib::json::Value()
+                              : jsonlib::json::Value(rebuilt.setAside.toWide());
+    return object;
+}
+
+std::string plainText(const Rebuilt& rebuilt) {
+    OdString text = OdString::format(tr(L"Commits made anew: %i\n"), rebuilt.commits);
+    text += OdString::format(tr(L"Branches and tags made anew: %i\n"), rebuilt.references);
+    if (!rebuilt.setAside.isEmpty())
+        text += OdString::format(tr(L"The damaged history is kept as '%ls'\n"),
+                                 printable(rebuilt.setAside));
+    for (const OdString& problem : rebuilt.problems)
+        text += L"  " + printable(problem) + L"\n";
+    return text.toNarrow();
+}
+
+Expected<void> rebuild(const Arguments& arguments, Output& output) {
+    const Expected<Rebuilt> rebuilt = Workspace::rebuild(".");
+    if (!rebuilt)
+        return rebuilt.error();
+    if (arguments.asJson)
+        writeJson(documentOf(*rebuilt), output);
+    else
+        output.write(plainText(*rebuilt));
+    if (rebuilt->problems.empty())
+        return {};
+    return ErrorMessage{OdString::format(tr(L"Not all could be made anew; problems: %i"),
+                                         rebuilt->problems.size())};
+}
+
 Expected<void> run(const Arguments& arguments, Output& output) {
+    if (arguments.rebuilds)
+        return rebuild(arguments, output);
     const Expected<std::unique_ptr<Workspace>> workspace =
         Workspace::open(".", arguments.onlyLook ? Workspace::Use::look : Workspace::Use::repair);
     if (!workspace)
@@ -108,10 +151,16 @@ Action declareRecover(CLI::App& parser) {
     const auto arguments = std::make_shared<Arguments>();
     CLI::Option* const look = parser.add_flag("--dry-run,-n", arguments->onlyLook,
                                               trUtf8(L"Only tell what would be done"));
+    CLI::Option* const forget =
+        parser
+            .add_flag("--forget", arguments->forgets,
+                      trUtf8(L"Leave the files as they are, and forget what was interrupted"))
+            ->excludes(look);
     parser
-        .add_flag("--forget", arguments->forgets,
-                  trUtf8(L"Leave the files as they are, and forget what was interrupted"))
-        ->excludes(look);
+        .add_flag("--history", arguments->rebuilds,
+                  trUtf8(L"Make a lost, older or damaged history anew from the records beside it"))
+        ->excludes(look)
+        ->excludes(forget);
     parser.add_flag("--json", arguments->asJson, trUtf8(L"Print what was done as a JSON object"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }

@@ -1,4 +1,5 @@
 #include <cli/history/Commit.h>
+#include <cli/history/CommitRecord.h>
 #include <cli/storage/Digest.h>
 #include <common/json/Value.h>
 #include <common/json/Writer.h>
@@ -46,7 +47,7 @@ OdString dateOf(const NewCommit& commit) {
 
 }  // namespace
 
-OdString hashOf(const NewCommit& commit) {
+std::string recordOf(const NewCommit& commit) {
     const OdString author = asStored(commit.author);
     const OdString message = asStored(commit.message);
     jsonlib::json::Object record =
@@ -54,7 +55,11 @@ OdString hashOf(const NewCommit& commit) {
     record[L"annotation"] = common::serializeAnnotation(author, dateOf(commit), message);
     record.erase(L"hash");
     const OdString text(jsonlib::json::write(std::move(record)));
-    return OdString::fromNarrow(Digest::of(text.toNarrow()));
+    return text.toNarrow();
+}
+
+OdString hashOf(const NewCommit& commit) {
+    return OdString::fromNarrow(Digest::of(recordOf(commit)));
 }
 
 }  // namespace qrv_cli

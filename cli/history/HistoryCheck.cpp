@@ -93,7 +93,8 @@ private:
     /// What was found of them while the commits were read, if all could be.
     void checkSizes() {
         Database& database = history_.database();
-        if (areAllRead_ && database.schemaVersion() >= layoutWithSums && notedSizes(database) != sizes_)
+        if (areAllRead_ && database.schemaVersion() >= layoutWithSums &&
+            notedSizes(database) != sizes_)
             addCause(tr(L"the sizes of its files are not those that were written"));
     }
 

@@ -1,5 +1,6 @@
 #include <cli/Translation.h>
 #include <cli/history/HistoryCheck.h>
+#include <cli/history/HistoryRecords.h>
 #include <cli/maintenance/Collection.h>
 #include <cli/maintenance/MetadataFiles.h>
 #include <cli/maintenance/NamedVersions.h>
@@ -84,6 +85,7 @@ private:
     void findNeeded() {
         History& history = workspace_.history();
         named_ = namedVersions(history, [](const OdString& error) { throw DatabaseError(error); });
+        keepRecorded();
         for (const auto& [path, file] : workspace_.headFiles())
             plain_.insert(file.url);
         for (const common::Reference& reference : history.references()) {
@@ -91,6 +93,20 @@ private:
                 continue;
             for (const auto& [path, file] : history.tree(reference.commitHash))
                 plain_.insert(file.url);
+        }
+    }
+
+    /// What the history has lost and the records have not may be wanted back.
+    void keepRecorded() {
+        const Expected<std::set<OdString>> hashes = recordedCommits(workspace_.folder());
+        if (!hashes)
+            throw DatabaseError(hashes.error().message);
+        for (const OdString& hash : *hashes) {
+            if (workspace_.history().commit(hash))
+                continue;
+            const Expected<NewCommit> commit = recordedCommit(hash, workspace_.folder());
+            for (const FileDelta& delta : commit ? commit->deltas : std::vector<FileDelta>())
+                named_.emplace(delta.url, VersionName{.path = delta.path});
         }
     }
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* historyPath = ".qrv/qrv.db";
 constexpr const char* statePath = ".qrv/qrv.state";
-constexpr const char* traces[] = {".qrv/objects.pack", ".qrv/baseline"};
+constexpr const char* traces[] = {".qrv/references", ".qrv/objects.pack", ".qrv/baseline"};
 
 ErrorMessage cannotRead(const common::RootPath& root, const char* path, std::error_code cause) {
     return {OdString::format(tr(L"'%ls' cannot be read: %ls"),

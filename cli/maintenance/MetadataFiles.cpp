@@ -109,7 +109,7 @@ Expected<MetadataFiles> listMetadata(const common::RootPath& root, const sys::Fo
     if (Expected<void> listed = listFolder(root, folder, storesFolder, storeOf, all.stores, all);
         !listed)
         return std::move(listed).error();
-    for (const wchar_t* const other : {L".qrv", L".qrv/properties"}) {
+    for (const wchar_t* const other : {L".qrv", L".qrv/commits", L".qrv/properties"}) {
         const std::vector<MetadataFile> found = leftoversIn(root, folder, other);
         all.leftovers.insert(all.leftovers.end(), found.begin(), found.end());
     }

@@ -3,6 +3,7 @@
 #include <cli/Translation.h>
 #include <cli/history/History.h>
 #include <cli/history/HistoryCheck.h>
+#include <cli/history/HistoryRecords.h>
 #include <cli/history/Plan.h>
 #include <cli/maintenance/HistoryTraces.h>
 #include <cli/maintenance/MetadataFiles.h>
@@ -60,6 +61,8 @@ public:
         checkTraces();
         attempt([this] { checkHistory(); });
         checkState();
+        if (history_ && !isLost_)
+            attempt([this] { checkRecords(*history_); });
         history_.reset();
         checkObjects(listed);
         attempt([this] { checkPack(); });
@@ -108,7 +111,9 @@ private:
     }
 
     void checkTraces() {
-        if (const Expected<void> isThere = checkHistoryIsThere(root_, folder_); !isThere)
+        const Expected<void> isThere = checkHistoryIsThere(root_, folder_);
+        isLost_ = !isThere;
+        if (isLost_)
             addProblem(isThere.error().message);
     }
 
@@ -156,6 +161,29 @@ private:
             addProblem(OdString::format(tr(L"The state is damaged: it names the branch '%ls', but "
                                            L"the files of HEAD are not those of that branch"),
                                         printable(state.head.reference)));
+    }
+
+    /// From these a lost history is made anew.
+    void checkRecords(History& history) {
+        const Expected<ReferenceRecord> record = ReferenceRecord::read(folder_);
+        if (!record)
+            return addProblem(record.error().message);
+        if (record->damagedLine() > 0)
+            addProblem(OdString::format(tr(L"'%ls' is damaged from line %i on"),
+                                        OdString(referenceRecordPath), record->damagedLine()));
+        if (const Expected<void> notOlder = checkNotOlder(*record, history); !notOlder)
+            addProblem(notOlder.error().message);
+        // A process that was killed before it recorded its commit has not recorded its branch.
+        if (stateOf(*record, history) != RecordState::same)
+            return;
+        for (const std::int64_t number : commitNumbers(history)) {
+            const std::optional<CommitEntry> entry = history.commitByNumber(number);
+            if (!entry)
+                continue;
+            if (const Expected<NewCommit> commit = recordedCommit(entry->hash, folder_); !commit)
+                addProblem(OdString::format(tr(L"The record of commit %i is lost: %ls"), number,
+                                            commit.error().message));
+        }
     }
 
     void checkVersion(const OdString& url) {
@@ -260,6 +288,8 @@ private:
     sys::Folder folder_;
     /// Whether another process holds the lock.
     bool isBusy_ = false;
+    /// Whether there is no history where there was one.
+    bool isLost_ = false;
     Storages storages_;
     /// Nothing when it cannot be opened.
     std::optional<History> history_;
@@ -274,8 +304,8 @@ private:
 /// What somebody changes who changes the repository.
 std::vector<std::optional<sys::FileVersion>> versionsOf(const sys::Folder& folder) {
     std::vector<std::optional<sys::FileVersion>> versions;
-    for (const char* const path :
-         {historyPath, statePath, ".qrv/objects", ".qrv/objects.pack", ".qrv/tf"}) {
+    for (const char* const path : {historyPath, statePath, referenceRecordPath, ".qrv/objects",
+                                   ".qrv/objects.pack", ".qrv/tf"}) {
         const sys::Outcome<sys::FileVersion> version = folder.version(path);
         versions.push_back(version ? std::optional(*version) : std::nullopt);
     }

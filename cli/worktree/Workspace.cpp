@@ -1,7 +1,10 @@
 #include <cli/Message.h>
 #include <cli/MetadataCheck.h>
+#include <cli/RunningCommand.h>
 #include <cli/Translation.h>
+#include <cli/history/HistoryRecords.h>
 #include <cli/history/Plan.h>
+#include <cli/maintenance/HistoryRebuild.h>
 #include <cli/maintenance/HistoryTraces.h>
 #include <cli/worktree/Interruption.h>
 #include <cli/worktree/KeptBaseline.h>
@@ -11,6 +14,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <map>
 #include <thread>
 #include <utility>
@@ -50,6 +54,18 @@ ErrorMessage lockFailure(const common::RootPath& root, std::error_code cause) {
 
 Database::Access accessFor(Workspace::Use use) {
     return use == Workspace::Use::look ? Database::Access::readOnly : Database::Access::create;
+}
+
+/// A look shows what there is, and tells that it is not all.
+void tellOlderHistory(History& history, const sys::Folder& root) try {
+    const Expected<ReferenceRecord> record = ReferenceRecord::read(root);
+    const Expected<void> notOlder =
+        record ? checkNotOlder(*record, history) : Expected<void>(record.error());
+    if (!notOlder)
+        printMessage(notOlder.error().message);
+} catch (const DatabaseError&) {
+    // Told by what asks for a reference, and of no concern to the rest.
+    return;
 }
 
 Expected<void> settle(Workspace& workspace, Workspace::Use use) {
@@ -99,9 +115,24 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
         if (const Expected<void> opened = workspace->openCache(); !opened)
             return opened.error();
     }
+    if (use == Use::look)
+        tellOlderHistory(workspace->history_, workspace->folder_);
+    else if (const Expected<void> read = workspace->readRecord(); !read)
+        return read.error();
     if (const Expected<void> settled = settle(*workspace, use); !settled)
         return settled.error();
     return workspace;
+}
+
+Expected<Rebuilt> Workspace::rebuild(const std::string& folder) {
+    Expected<OpenRepository> repository = openRepository(folder);
+    if (!repository)
+        return repository.error();
+    const SharedMode shared(repository->folder);
+    const sys::Outcome<sys::Lock> lock = takeLock(repository->folder, Use::repair);
+    if (!lock)
+        return lockFailure(repository->root, lock.error());
+    return rebuildHistory(repository->root, repository->folder, runningCommand());
 }
 
 Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sys::Lock> lock,
@@ -120,7 +151,37 @@ Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sy
     storages_->use(root_, folder_);
 }
 
-Workspace::~Workspace() = default;
+Workspace::~Workspace() {
+    try {
+        updateRecord();
+    } catch (const std::exception&) {
+        // Whoever opens it for a change next finds the record behind the history.
+        record_.reset();
+    }
+}
+
+Expected<void> Workspace::readRecord() {
+    Expected<ReferenceRecord> record = ReferenceRecord::read(folder_);
+    if (!record)
+        return record.error();
+    if (Expected<void> notOlder = checkNotOlder(*record, history_); !notOlder)
+        return notOlder;
+    if (stateOf(*record, history_) == RecordState::same)
+        firstUnrecorded_ = history_.lastNumber() + 1;
+    record_ = std::move(*record);
+    return {};
+}
+
+void Workspace::updateRecord() {
+    if (!record_)
+        return;
+    const Expected<void> updated =
+        updateRecords(*record_, firstUnrecorded_, runningCommand(), history_, folder_);
+    if (!updated)
+        printMessage(OdString::format(
+            tr(L"Note: the next command that changes something records this once more: %ls"),
+            updated.error().message));
+}
 
 bool Workspace::isLockedByOther() const {
     if (lock_)

@@ -3,6 +3,7 @@
 #include <cli/Repository.h>
 #include <cli/SharedMode.h>
 #include <cli/history/History.h>
+#include <cli/history/ReferenceRecord.h>
 #include <cli/storage/Storages.h>
 #include <cli/worktree/BaselineBytes.h>
 #include <common/base/Expected.h>
@@ -11,6 +12,7 @@
 #include <platform/sys/Folder.h>
 #include <platform/sys/Lock.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +20,7 @@
 namespace qrv_cli {
 
 class TreeScan;
+struct Rebuilt;
 
 /// All parts of one repository while a command works on it: the state, the history, the storages
 /// and the working tree.
@@ -50,9 +53,15 @@ public:
     static Expected<std::unique_ptr<Workspace>> open(const std::string& folder, Use use,
                                                      Scan scan = Scan::later);
 
+    /// Makes the history of the repository that holds `folder` anew (see HistoryRebuild.h), under
+    /// the lock. Fails like `open`, but not for a lost history.
+    static Expected<Rebuilt> rebuild(const std::string& folder);
+
     Workspace(const Workspace&) = delete;
     Workspace& operator=(const Workspace&) = delete;
-    /// Writes a changed state like `close`, but has nobody to tell a failure.
+    /// Records where references point now, and new commits; what cannot be recorded is told, and
+    /// left to the next change. Writes a changed state like `close`, but has nobody to tell a
+    /// failure.
     ~Workspace();
 
     const common::RootPath& root() const { return root_; }
@@ -101,6 +110,8 @@ private:
     void takeKeptBaseline();
     Expected<void> openCache();
     void writeKeptBaseline();
+    Expected<void> readRecord();
+    void updateRecord();
 
     /// While this may change anything.
     std::optional<SharedMode> shared_;
@@ -110,6 +121,10 @@ private:
     sys::Folder folder_;
     Host host_;
     History history_;
+    /// For a change.
+    std::optional<ReferenceRecord> record_;
+    /// Of the first commit that may not be recorded yet.
+    std::int64_t firstUnrecorded_ = 1;
     std::shared_ptr<common::Cache> cache_;
     /// Of the state file when it was read; nothing when it was not there.
     std::optional<sys::FileVersion> stateVersion_;

@@ -246,8 +246,9 @@ TEST_F(VerifyCommand, FindsACutHistory) {
 
 TEST_F(VerifyCommand, FindsAMissingHistory) {
     const std::string none = "Commits: 0\nObjects: 3\nPacked objects: 0\nDrawing versions: 1\n";
-    const std::string missing = "\nProblems:\n  The history '" + root +
-                                "/.qrv/qrv.db' is missing or empty, although '.qrv/baseline' shows";
+    const std::string missing =
+        "\nProblems:\n  The history '" + root +
+        "/.qrv/qrv.db' is missing or empty, although '.qrv/references' shows";
     fs::resize_file(project / ".qrv/qrv.db", 0);
     EXPECT_THAT(project.qrv({"verify"}).output, testing::StartsWith(none + missing));
     fs::remove(project / ".qrv/qrv.db");

@@ -1,4 +1,5 @@
 #include <cli/history/HistoryCheck.h>
+#include <cli/history/HistoryRecords.h>
 #include <cli/history/SumsInternal.h>
 #include <tests/cli/history/Repository.h>
 #include <tests/support/Files.h>
@@ -15,6 +16,8 @@ namespace {
 using qrv_cli::Database;
 using qrv_cli::DatabaseError;
 using qrv_cli::History;
+using qrv_cli::RecordState;
+using qrv_cli::ReferenceRecord;
 using qrv_test::file;
 using qrv_test::Repository;
 

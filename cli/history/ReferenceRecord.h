@@ -1,0 +1,75 @@
+#pragma once
+
+#include <common/base/Expected.h>
+#include <common/server/Reference.h>
+#include <platform/kernel/OdString.h>
+#include <platform/sys/Folder.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv_cli {
+
+/// Where the record lies below the root.
+inline constexpr const char* referenceRecordPath = ".qrv/references";
+
+/// That a branch or tag went from one commit to another.
+struct RecordedMove {
+    /// How often references had changed then (see the history's `generation`).
+    std::int64_t generation = 0;
+    /// Seconds since 1970-01-01T00:00:00Z.
+    std::int64_t timeSeconds = 0;
+    common::RefType type = common::RefType::Branch;
+    OdString name;
+    /// Hashes; empty before the reference was made, and after it was removed.
+    OdString before;
+    OdString after;
+    /// The word by which the program was told what to do: "commit".
+    std::string command;
+
+    friend bool operator==(const RecordedMove&, const RecordedMove&) = default;
+};
+
+using ReferenceKey = std::pair<common::RefType, OdString>;
+/// The hashes that references name.
+using ReferenceMap = std::map<ReferenceKey, OdString>;
+
+/// A second record of where branches and tags pointed, outside the history: lines that are only
+/// ever added, each with a sum over itself and all before it. From it lost references are made
+/// anew, and a history that is older than the record is known. docs/formats/reference-record.md
+/// describes the file.
+class ReferenceRecord {
+public:
+    /// An empty one when there is no file. Fails when it cannot be read.
+    static Expected<ReferenceRecord> read(const sys::Folder& root);
+
+    bool isThere() const { return isThere_; }
+    /// Those up to the first line that is damaged.
+    const std::vector<RecordedMove>& moves() const { return moves_; }
+    /// The number of that line, from 1; 0 when all are whole.
+    int damagedLine() const { return damagedLine_; }
+    /// Of the last line; 0 without one.
+    std::int64_t generation() const;
+    /// Where everything pointed after the last line.
+    const ReferenceMap& references() const { return references_; }
+
+    /// Adds lines and writes the file, which is on the disk when this returns; damaged lines are
+    /// given up. Fails with the old file in place.
+    Expected<void> append(const std::vector<RecordedMove>& moves, const sys::Folder& root);
+
+private:
+    void take(RecordedMove move);
+
+    bool isThere_ = false;
+    int damagedLine_ = 0;
+    /// All whole lines.
+    std::string text_;
+    std::string sum_;
+    std::vector<RecordedMove> moves_;
+    ReferenceMap references_;
+};
+
+}  // namespace qrv_cli
