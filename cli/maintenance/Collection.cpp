@@ -6,8 +6,8 @@
 #include <cli/maintenance/NamedVersions.h>
 #include <cli/maintenance/Packing.h>
 #include <cli/safety/StorageUrlCheck.h>
+#include <cli/storage/Age.h>
 #include <cli/storage/PackFile.h>
-#include <platform/kernel/Clock.h>
 
 #include <algorithm>
 #include <chrono>
@@ -26,12 +26,6 @@ constexpr std::chrono::hours unnamedAge{14 * 24};
 constexpr std::chrono::hours leftoverAge{24};
 constexpr const char* packPath = ".qrv/objects.pack";
 constexpr int digestLength = 64;
-
-/// Whether nobody has written to the file for that long.
-bool isOlder(std::int64_t modifiedNs, std::chrono::hours age) {
-    const std::chrono::nanoseconds now = std::chrono::milliseconds(kernel::now());
-    return now - std::chrono::nanoseconds(modifiedNs) > age;
-}
 
 void add(Amount& amount, std::int64_t sizeBytes) {
     ++amount.count;
