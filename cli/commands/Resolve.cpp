@@ -49,7 +49,7 @@ Tree wantedTree(Workspace& workspace, const common::ConflictData& conflict, bool
         if (file != workspace.headFiles().end())
             tree.insert(*file);
     } else if (!conflict.remoteUrl.isEmpty()) {
-        const Tree other = workspace.history().tree(workspace.history().note(L"merge"));
+        const Tree other = workspace.history().tree(workspace.history().note(mergeNote));
         const auto file = other.find(conflict.path);
         if (file != other.end())
             tree.insert(*file);
@@ -70,7 +70,7 @@ Expected<void> bringVersion(Workspace& workspace, const common::ConflictData& co
     if (!steps)
         return steps.error();
     plan.files = *steps;
-    return plan.files.empty() ? Expected<void>() : carryOut(workspace, plan);
+    return plan.files.empty() ? Expected<void>() : carryOut(workspace, plan, *changes);
 }
 
 Expected<void> settle(Workspace& workspace, const OdString& path) {

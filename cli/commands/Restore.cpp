@@ -186,7 +186,7 @@ Expected<std::vector<OdString>> restoreFiles(Workspace& workspace, const Tree& t
     Plan plan;
     plan.title = L"restore";
     plan.files = *steps;
-    if (const Expected<void> done = carryOut(workspace, plan); !done)
+    if (const Expected<void> done = carryOut(workspace, plan, *changes); !done)
         return done.error();
     logEvent(OdString::format(L"restored files: %i", touched.size()), workspace.root(),
              workspace.folder());

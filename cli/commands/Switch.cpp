@@ -9,6 +9,7 @@
 #include <cli/history/CommitName.h>
 #include <cli/history/ReferenceName.h>
 #include <cli/worktree/Merging.h>
+#include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
@@ -86,11 +87,15 @@ Expected<Plan> planOf(Workspace& workspace, const Arguments& arguments) {
     return plan;
 }
 
-Expected<void> checkFiles(Workspace& workspace, const Plan& plan) {
+Expected<void> bringFiles(Workspace& workspace, const Plan& plan) {
     if (plan.files.empty())
-        return {};
+        return carryOutWithoutFiles(workspace, plan);
     const Expected<WorkingChanges> changes = findChanges(workspace);
-    return changes ? checkUnharmed(workspace, plan.files, *changes) : changes.error();
+    if (!changes)
+        return changes.error();
+    if (Expected<void> unharmed = checkUnharmed(workspace, plan.files, *changes); !unharmed)
+        return unharmed;
+    return carryOut(workspace, plan, *changes);
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
@@ -103,9 +108,7 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<Plan> plan = planOf(**workspace, arguments);
     if (!plan)
         return plan.error();
-    if (const Expected<void> checked = checkFiles(**workspace, *plan); !checked)
-        return checked.error();
-    if (const Expected<void> done = carryOut(**workspace, *plan); !done)
+    if (const Expected<void> done = bringFiles(**workspace, *plan); !done)
         return done.error();
     logEvent(L"switch " + quotedName(plan->branch), (*workspace)->root(), (*workspace)->folder());
     if (arguments.asJson)

@@ -3,6 +3,7 @@
 #include <cli/worktree/Interruption.h>
 #include <cli/worktree/PlanCheck.h>
 #include <cli/worktree/PlanExecution.h>
+#include <cli/worktree/PlanRecovery.h>
 #include <platform/sys/Lock.h>
 
 #include <optional>

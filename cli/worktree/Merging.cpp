@@ -1,12 +1,13 @@
-#include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Translation.h>
 #include <cli/worktree/Merging.h>
+#include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/PlanExecutionInternal.h>
 #include <cli/worktree/Saving.h>
 #include <cli/worktree/Staging.h>
 #include <cli/worktree/TreeShape.h>
+#include <common/repository/ActivityLog.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <platform/kernel/Clock.h>
@@ -32,55 +33,25 @@ Expected<void> checkNothingStaged(const Workspace& workspace, const WorkingChang
            L"stage (qrv unstage --all)")};
 }
 
-/// The working file is as in HEAD, or the merge would not have begun: so the change that the
-/// library is told decides whether it takes the file over or records a conflict.
-Expected<void> updateFile(Workspace& workspace, const OdString& path, const OdString& localUrl,
-                          const OdString& remoteUrl, FileChange change) {
+/// The library notes the conflict; what it is told of the change makes that of it.
+Expected<void> noteConflict(Workspace& workspace, const MergeConflict& conflict) {
     const Host host;
     common::IoInterfaceRef io(host);
     const common::Versions<common::VersionedFile, common::VersionedFile> versions = {
-        {path, localUrl}, {path, remoteUrl}};
-    const Expected<bool> updated = workspace.storages().ofUrl(remoteUrl).inFileUpdate(
-        workspace.root(), io, workspace.cache(), versions, change);
-    if (!updated)
-        return updated.error();
-    if (change != FileChange::unchanged)
-        return {};
-    const Expected<bool> isKept =
-        workspace.storages().ofUrl(remoteUrl).contains(workspace.root(), remoteUrl);
-    if (isKept && !*isKept)
-        return ErrorMessage{
-            OdString::format(tr(L"'%ls' is missing in the storage"), printable(path))};
-    return isKept ? Expected<void>() : isKept.error();
-}
-
-Expected<void> takeFiles(Workspace& workspace, const Plan& plan) {
-    for (const PlannedFile& step : plan.files) {
-        if (!step.after.isEmpty())
-            continue;
-        if (const Expected<void> removed = removeWorkingFile(workspace, step.path); !removed)
-            return removed.error();
-        common::removeIndex(step.path, workspace.cache());
-    }
-    for (const PlannedFile& step : plan.files) {
-        if (step.after.isEmpty())
-            continue;
-        if (const Expected<void> updated =
-                updateFile(workspace, step.path, step.before, step.after, FileChange::unchanged);
-            !updated)
-            return updated.error();
-    }
-    return flushWorkingFiles(workspace);
+        {conflict.path, conflict.localUrl}, {conflict.path, conflict.remoteUrl}};
+    const Expected<bool> noted =
+        workspace.storages()
+            .ofUrl(conflict.remoteUrl)
+            .inFileUpdate(workspace.root(), io, workspace.cache(), versions, conflict.remote);
+    return noted ? Expected<void>() : noted.error();
 }
 
 Expected<void> recordConflicts(Workspace& workspace, const ThreeWayResult& files,
                                const OdString& hash) {
     common::Transaction transaction = workspace.cache().getTransaction();
     for (const MergeConflict& conflict : files.conflicts) {
-        if (const Expected<void> recorded = updateFile(workspace, conflict.path, conflict.localUrl,
-                                                       conflict.remoteUrl, conflict.remote);
-            !recorded)
-            return recorded.error();
+        if (const Expected<void> noted = noteConflict(workspace, conflict); !noted)
+            return noted.error();
         common::updateConflictData(workspace.cache(),
                                    common::ConflictData(conflict.path, conflict.remoteUrl,
                                                         conflict.local, conflict.remote));
@@ -167,7 +138,7 @@ Expected<MergeOutcome> goForward(Workspace& workspace, const OdString& hash, con
     plan.branch = workspace.branch();
     plan.commit = hash;
     forgetStage(workspace);
-    if (const Expected<void> done = carryOut(workspace, plan); !done)
+    if (const Expected<void> done = carryOut(workspace, plan, changes); !done)
         return done.error();
     outcome.commit = workspace.history().commit(hash);
     return outcome;
@@ -190,6 +161,11 @@ Expected<MergeOutcome> mergeThreeWays(Workspace& workspace, const OdString& hash
         !possible)
         return possible.error();
 
+    const Expected<Sightings> sightings =
+        lookBeforeBeginning(workspace, outcome.files.taken, changes);
+    if (!sightings)
+        return sightings.error();
+
     const bool isClean = outcome.files.conflicts.empty();
     outcome.kind = isClean ? MergeOutcome::Kind::committed : MergeOutcome::Kind::conflicts;
     Plan plan = planOf(name, outcome.files);
@@ -202,10 +178,11 @@ Expected<MergeOutcome> mergeThreeWays(Workspace& workspace, const OdString& hash
     }
     forgetStage(workspace);
     notePlan(history, plan);
-    if (const Expected<void> taken = takeFiles(workspace, plan); !taken)
-        return takeBackAfter(workspace, plan, taken.error()).error();
+    const Expected<PlannedTimes> times = applyPlan(workspace, plan, *sightings);
+    if (!times)
+        return takeBackAfter(workspace, plan, times.error());
     const Expected<void> finished =
-        isClean ? finish(workspace, plan) : recordConflicts(workspace, outcome.files, hash);
+        isClean ? finish(workspace, plan, *times) : recordConflicts(workspace, outcome.files, hash);
     if (!finished)
         return finished.error();
     return outcome;
@@ -233,8 +210,8 @@ Expected<MergeOutcome> merge(Workspace& workspace, const OdString& hash, const O
         return changes.error();
     if (const Expected<void> none = checkNothingStaged(workspace, *changes); !none)
         return none.error();
-    logEvent(OdString::format(L"merge of %ls into %ls", hash, quotedName(workspace.branch())),
-             workspace.root(), workspace.folder());
+    common::logString(OdString::format(L"merge of %ls into %ls", hash, workspace.branch()),
+                      workspace.root());
     if (head.isEmpty() || workspace.history().buildsOn(hash, head))
         return goForward(workspace, hash, name, *changes);
     return mergeThreeWays(workspace, hash, name, *changes, text);
@@ -257,7 +234,7 @@ Expected<void> abortMerge(Workspace& workspace, bool force) {
                     force ? Unsaved::store : Unsaved::refuse);
     if (!steps)
         return steps.error();
-    return takeBackMerge(workspace, *steps);
+    return takeBackMerge(workspace, *steps, *changes);
 }
 
 }  // namespace qrv_cli

@@ -30,11 +30,11 @@ struct MergeOutcome {
 };
 
 /// Merges the commit `hash` into the current branch. Each file that only the other side changed is
-/// taken over through the library's `FileStorage::inFileUpdate`; of one that both changed the local
-/// bytes stay, and a conflict is recorded in the state.
+/// taken over, unless another program saves it meanwhile; of one that both changed the local bytes
+/// stay, and a conflict is recorded in the state.
 ///
 /// Fails, with nothing changed, while another merge is going on or files are staged, and when a
-/// file that the merge touches has changes that are not committed.
+/// file that the merge touches has changes that are not committed or is open in another program.
 Expected<MergeOutcome> merge(Workspace& workspace, const OdString& hash, const OdString& name,
                              const CommitText& text);
 

@@ -3,21 +3,19 @@
 #include <cli/safety/RelativePath.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/terminal/Progress.h>
+#include <cli/worktree/FileStep.h>
+#include <cli/worktree/FoldedName.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/PlanExecutionInternal.h>
-#include <cli/worktree/WorkingFile.h>
+#include <cli/worktree/PlanRecovery.h>
+#include <cli/worktree/Ticks.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstddef>
-#include <iterator>
-#include <optional>
-#include <set>
 #include <span>
-#include <string>
 #include <utility>
 
 namespace qrv_cli {
@@ -27,103 +25,111 @@ namespace {
 /// New files that are open at the same time; the system allows a process some hundreds.
 constexpr std::size_t filesAtOnce = 200;
 
-Plan reversed(Plan plan) {
-    for (PlannedFile& step : plan.files)
-        std::swap(step.before, step.after);
-    return plan;
-}
+/// Does steps of one plan, and notes what became of their files.
+class Steps {
+public:
+    Steps(Workspace& workspace, const Plan& plan, const Sightings& sightings, Unexpected unexpected)
+        : workspace_(workspace), plan_(plan), sightings_(sightings), unexpected_(unexpected) {}
 
-/// All contents are on the disk before the first file changes.
-Expected<void> writeFiles(Workspace& workspace, std::span<const PlannedFile* const> steps,
-                          Progress& progress) {
-    std::vector<sys::NewFile> files;
-    files.reserve(steps.size());
-    for (const PlannedFile* step : steps) {
-        const Expected<RelativePath> path = RelativePath::check(step->path);
+    Expected<PlannedTimes> apply(const std::vector<const PlannedFile*>& steps) {
+        std::vector<const PlannedFile*> written;
+        for (const PlannedFile* step : steps) {
+            if (!step->after.isEmpty())
+                written.push_back(step);
+            else if (const Expected<void> removed = remove(*step); !removed)
+                return removed.error();
+        }
+        Progress progress(tr(L"Writing"), written.size());
+        for (std::size_t begin = 0; begin < written.size(); begin += filesAtOnce) {
+            const std::size_t count = std::min(filesAtOnce, written.size() - begin);
+            const std::span<const PlannedFile* const> part(written.data() + begin, count);
+            if (const Expected<void> done = write(part, progress); !done)
+                return done.error();
+        }
+        // The names, too: whoever forgets the plan next cannot do it again after a power cut.
+        if (const Expected<void> flushed = flush(); !flushed)
+            return flushed.error();
+        return std::move(times_);
+    }
+
+private:
+    Expected<void> flush() {
+        if (const std::error_code error = workspace_.folder().flushFileSystem())
+            return systemFailure(tr(L"The files of '%ls' cannot be written: %ls"),
+                                 workspace_.root().path(), error);
+        return {};
+    }
+
+    Expected<StepTarget> targetOf(const PlannedFile& step) const {
+        const Expected<RelativePath> path = RelativePath::check(step.path);
         if (!path)
             return path.error();
-        Expected<sys::NewFile> file =
-            workspace.storages().ofUrl(step->after).prepare(workspace.root(), step->after, *path);
-        if (!file)
-            return file.error();
-        files.push_back(std::move(*file));
-        progress.add(step->sizeBytes);
+        const auto seen = sightings_.find(step.path);
+        return StepTarget{
+            .path = *path,
+            .digest = digestOfUrl(step.before),
+            .seen = seen == sightings_.end() ? std::nullopt : std::optional(seen->second),
+            .position = static_cast<std::size_t>(&step - plan_.files.data())};
     }
-    if (Expected<void> flushed = flushWorkingFiles(workspace); !flushed)
-        return flushed;
-    for (std::size_t index = 0; index < files.size(); ++index) {
-        if (const std::error_code error = files[index].publish(sys::NewFile::Existing::replace))
-            return systemFailure(tr(L"'%ls' cannot be written: %ls"), steps[index]->path, error);
-    }
-    return {};
-}
 
-/// Removes first, so that a file can take the place of a folder and the other way round. What is
-/// removed is in the storage.
-Expected<void> applySteps(Workspace& workspace, const std::vector<const PlannedFile*>& steps) {
-    std::vector<const PlannedFile*> written;
-    for (const PlannedFile* step : steps) {
-        if (!step->after.isEmpty())
-            written.push_back(step);
-        else if (Expected<void> removed = removeWorkingFile(workspace, step->path); !removed)
-            return removed;
+    Expected<void> remove(const PlannedFile& step) {
+        const Expected<StepTarget> target = targetOf(step);
+        if (!target)
+            return target.error();
+        const Expected<StepEnd> end = removeFile(workspace_.folder(), *target);
+        return end ? note(step, *end) : end.error();
     }
-    Progress progress(tr(L"Writing"), written.size());
-    for (std::size_t begin = 0; begin < written.size(); begin += filesAtOnce) {
-        const std::size_t count = std::min(filesAtOnce, written.size() - begin);
-        const std::span<const PlannedFile* const> part(written.data() + begin, count);
-        if (Expected<void> done = writeFiles(workspace, part, progress); !done)
-            return done;
+
+    /// All contents are on the disk before the first file changes.
+    Expected<void> write(std::span<const PlannedFile* const> steps, Progress& progress) {
+        std::vector<sys::NewFile> files;
+        files.reserve(steps.size());
+        for (const PlannedFile* step : steps) {
+            const Expected<StepTarget> target = targetOf(*step);
+            if (!target)
+                return target.error();
+            Expected<sys::NewFile> file =
+                workspace_.storages()
+                    .ofUrl(step->after)
+                    .prepare(workspace_.root(), step->after, target->path);
+            if (!file)
+                return file.error();
+            files.push_back(std::move(*file));
+            progress.add(step->sizeBytes);
+        }
+        if (Expected<void> flushed = flush(); !flushed)
+            return flushed;
+        for (std::size_t index = 0; index < files.size(); ++index) {
+            const Expected<StepEnd> end =
+                writeFile(workspace_.folder(), *targetOf(*steps[index]), std::move(files[index]));
+            const Expected<void> noted = end ? note(*steps[index], *end) : end.error();
+            if (!noted)
+                return noted;
+        }
+        return {};
     }
-    // The names, too: the plan is forgotten for good soon.
-    return flushWorkingFiles(workspace);
-}
 
-std::vector<const PlannedFile*> allOf(const Plan& plan) {
-    std::vector<const PlannedFile*> steps;
-    for (const PlannedFile& step : plan.files)
-        steps.push_back(&step);
-    return steps;
-}
-
-OdString digestOfUrl(const OdString& url) {
-    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
-    return checked ? checked->digest() : OdString();
-}
-
-/// The steps that are still to be done, and removals that are done already: repeated, they remove
-/// the folders that were made for files which did not come. Names those whose file is neither as
-/// before nor as planned.
-std::vector<const PlannedFile*> unfinishedSteps(const Workspace& workspace, const Plan& plan) {
-    std::vector<const PlannedFile*> steps;
-    Progress progress(tr(L"Comparing"), plan.files.size());
-    for (const PlannedFile& step : plan.files) {
-        progress.add(step.sizeBytes);
-        const Expected<OdString> digest = digestOfFile(workspace.folder(), step.path);
-        const bool isDone = digest && *digest == digestOfUrl(step.after);
-        if (isDone && !step.after.isEmpty())
-            continue;
-        if (isDone || (digest && *digest == digestOfUrl(step.before)))
-            steps.push_back(&step);
-        else
-            printMessage(OdString::format(
-                tr(L"Note: '%ls' was changed by somebody meanwhile and is left as it is"),
-                printable(step.path)));
+    Expected<void> note(const PlannedFile& step, const StepEnd& end) {
+        if (end.kind == StepEnd::Kind::done) {
+            if (end.written)
+                times_.emplace(step.path, toTicks(end.written->modifiedNs));
+            return {};
+        }
+        if (unexpected_ == Unexpected::fail)
+            return ErrorMessage{OdString::format(
+                tr(L"Another program changed '%ls' meanwhile; what it saved stays, and nothing "
+                   L"else is changed"),
+                printable(step.path))};
+        tellLeft(step.path);
+        return {};
     }
-    return steps;
-}
 
-/// The process that began the plan is dead: this one holds its lock. So are the files that it was
-/// about to publish, which the scan would list.
-void removeLeftovers(const Workspace& workspace, const Plan& plan) {
-    std::set<std::string> folders;
-    for (const PlannedFile& step : plan.files) {
-        const int slash = step.path.reverseFind(L'/');
-        folders.insert(slash < 0 ? "." : step.path.left(slash).toNarrow());
-    }
-    for (const std::string& folder : folders)
-        workspace.folder().removeLeftovers(folder, std::chrono::seconds(0));
-}
+    Workspace& workspace_;
+    const Plan& plan_;
+    const Sightings& sightings_;
+    Unexpected unexpected_;
+    PlannedTimes times_;
+};
 
 std::vector<FileDelta> headDeltas(const Tree& before, const Tree& after) {
     std::vector<FileDelta> deltas;
@@ -141,23 +147,66 @@ void moveHeadFiles(Workspace& workspace, const Plan& plan) {
     workspace.forgetHeadFiles();
 }
 
-void noteInIndex(Workspace& workspace, const Plan& plan) {
+/// The library notes the time that a file has now. When that is not the one with which the file was
+/// as planned, somebody has saved it since, and nothing is known of it.
+void noteInIndex(Workspace& workspace, const Plan& plan, const PlannedTimes& times) {
     const Tree& head = workspace.headFiles();
     common::Cache& cache = workspace.cache();
     for (const PlannedFile& step : plan.files) {
         const auto file = head.find(step.path);
-        if (step.after.isEmpty() || file == head.end())
+        const auto time = times.find(step.path);
+        if (step.after.isEmpty() || file == head.end() || time == times.end()) {
             common::removeIndex(step.path, cache);
-        else
-            common::updateIndex(step.path, cache, workspace.root(), file->second.url != step.after);
+            continue;
+        }
+        common::updateIndex(step.path, cache, workspace.root(), file->second.url != step.after);
+        if (cache.read().index.at(step.path).lastChecked != time->second)
+            common::removeIndex(step.path, cache);
     }
 }
 
-/// What follows when the working files are as before the merge. Nothing of the state can be worth
-/// keeping: a merge, the one command whose plans are taken back, begins without staged files and
-/// conflicts.
-Expected<void> finishTakingBack(Workspace& workspace, const Plan& plan) {
-    noteInIndex(workspace, plan);
+}  // namespace
+
+Expected<Sightings> lookBeforeBeginning(Workspace& workspace, const std::vector<PlannedFile>& steps,
+                                        const WorkingChanges& changes) {
+    if (ignoresLetterCase(workspace.folder())) {
+        if (const Expected<void> possible = checkNames(steps, changes); !possible)
+            return possible.error();
+    }
+    if (const Expected<void> free = checkNotInUse(workspace, steps); !free)
+        return free.error();
+    return lookAgain(workspace, steps, changes);
+}
+
+Plan reversed(Plan plan) {
+    for (PlannedFile& step : plan.files)
+        std::swap(step.before, step.after);
+    return plan;
+}
+
+OdString digestOfUrl(const OdString& url) {
+    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
+    return checked ? checked->digest() : OdString();
+}
+
+Expected<PlannedTimes> applySteps(Workspace& workspace, const Plan& plan,
+                                  const std::vector<const PlannedFile*>& steps,
+                                  const Sightings& sightings, Unexpected unexpected) {
+    return Steps(workspace, plan, sightings, unexpected).apply(steps);
+}
+
+Expected<PlannedTimes> applyPlan(Workspace& workspace, const Plan& plan,
+                                 const Sightings& sightings) {
+    std::vector<const PlannedFile*> steps;
+    for (const PlannedFile& step : plan.files)
+        steps.push_back(&step);
+    return applySteps(workspace, plan, steps, sightings, Unexpected::fail);
+}
+
+Expected<void> finishTakingBack(Workspace& workspace, const Plan& plan, const PlannedTimes& times) {
+    noteInIndex(workspace, plan, times);
+    // Nothing of the state can be worth keeping: a merge, the one command whose plans are taken
+    // back, begins without staged files and conflicts.
     common::State& state = workspace.cache().write();
     state.stagedFiles.clear();
     state.renames.clear();
@@ -169,84 +218,14 @@ Expected<void> finishTakingBack(Workspace& workspace, const Plan& plan) {
     return {};
 }
 
-bool holds(const std::vector<OdString>& sorted, const OdString& path) {
-    return std::binary_search(sorted.begin(), sorted.end(), path);
-}
-
-/// What stays where it is: present, and removed by no step.
-std::vector<OdString> stayingFiles(const std::vector<PlannedFile>& steps,
-                                   const std::vector<OdString>& present) {
-    std::vector<OdString> removed;
-    for (const PlannedFile& step : steps) {
-        if (step.after.isEmpty())
-            removed.push_back(step.path);
-    }
-    std::vector<OdString> staying;
-    std::set_difference(present.begin(), present.end(), removed.begin(), removed.end(),
-                        std::back_inserter(staying));
-    return staying;
-}
-
-/// Whether a file of `staying` lies where the new file needs a folder, or below its name.
-bool isBlocked(const OdString& path, const std::vector<OdString>& staying) {
-    for (int slash = path.find(L'/'); slash >= 0; slash = path.find(L'/', slash + 1)) {
-        if (holds(staying, path.left(slash)))
-            return true;
-    }
-    const OdString folder = path + L'/';
-    const auto first = std::lower_bound(staying.begin(), staying.end(), folder);
-    return first != staying.end() && first->left(folder.getLength()) == folder;
-}
-
-/// Whether something lies there that the scan does not count: a link, also in place of a folder, or
-/// a file that the ignore rules hide. It is in no commit.
-bool isUnknownFile(const Workspace& workspace, const OdString& path,
-                   const std::vector<OdString>& present) {
-    if (holds(present, path))
-        return false;
-    const sys::Outcome<sys::FileStatus> status = workspace.folder().status(path.toNarrow());
-    if (!status)
-        return status.error() == std::errc::too_many_symbolic_link_levels;
-    return status->kind != sys::FileKind::folder;
-}
-
-ErrorMessage listed(const OdString& heading, const std::vector<OdString>& paths) {
-    OdString list;
-    for (const OdString& path : paths)
-        list += L"\n  " + printable(path);
-    return {heading + list};
-}
-
-}  // namespace
-
-Expected<void> flushWorkingFiles(const Workspace& workspace) {
-    if (const std::error_code error = workspace.folder().flushFileSystem())
-        return systemFailure(tr(L"The files of '%ls' cannot be written: %ls"),
-                             workspace.root().path(), error);
-    return {};
-}
-
-Expected<void> removeWorkingFile(const Workspace& workspace, const OdString& path) {
-    const Expected<RelativePath> safe = RelativePath::check(path);
-    if (!safe)
-        return safe.error();
-    const std::error_code error = workspace.folder().removeFile(safe->bytes());
-    const bool isGone = error == std::errc::no_such_file_or_directory ||
-                        error == std::errc::not_a_directory || error == std::errc::is_a_directory;
-    if (error && !isGone)
-        return systemFailure(tr(L"'%ls' cannot be removed: %ls"), path, error);
-    workspace.folder().removeEmptyParents(safe->bytes());
-    return {};
-}
-
-Expected<void> finish(Workspace& workspace, const Plan& plan) {
+Expected<void> finish(Workspace& workspace, const Plan& plan, const PlannedTimes& times) {
     if (!plan.branch.isEmpty()) {
         DatabaseTransaction transaction(workspace.history().database());
         moveHeadFiles(workspace, plan);
         transaction.commit();
     }
     common::Transaction transaction = workspace.cache().getTransaction();
-    noteInIndex(workspace, plan);
+    noteInIndex(workspace, plan, times);
     if (!plan.branch.isEmpty())
         workspace.cache().write().head.reference = plan.branch;
     transaction.commit();
@@ -254,20 +233,6 @@ Expected<void> finish(Workspace& workspace, const Plan& plan) {
         return saved;
     forgetPlan(workspace.history());
     return {};
-}
-
-Expected<void> takeBackAfter(Workspace& workspace, const Plan& plan, const ErrorMessage& failure) {
-    const Plan back = reversed(plan);
-    if (const Expected<void> done = applySteps(workspace, unfinishedSteps(workspace, back));
-        !done) {
-        printMessage(done.error().message);
-        printMessage(plan.recovery == Plan::Recovery::finish
-                         ? tr(L"Note: the next command tries again to finish this")
-                         : tr(L"Note: the next command takes back what was done"));
-        return failure;
-    }
-    forgetPlan(workspace.history());
-    return failure;
 }
 
 std::vector<PlannedFile> stepsBetween(const Tree& before, const Tree& after) {
@@ -287,81 +252,36 @@ std::vector<PlannedFile> stepsBetween(const Tree& before, const Tree& after) {
     return steps;
 }
 
-Expected<void> checkRoom(const Workspace& workspace, const std::vector<PlannedFile>& steps,
-                         const WorkingChanges& changes) {
-    const std::vector<OdString> present = presentFiles(changes);
-    const std::vector<OdString> staying = stayingFiles(steps, present);
-    std::vector<OdString> blocked;
-    for (const PlannedFile& step : steps) {
-        const bool needsRoom = !step.after.isEmpty() && isBlocked(step.path, staying);
-        if (needsRoom || isUnknownFile(workspace, step.path, present))
-            blocked.push_back(step.path);
-    }
-    if (blocked.empty())
-        return {};
-    return listed(tr(L"These files have no room, because something that is in no commit has their "
-                     L"name or that of a folder above them:"),
-                  blocked);
-}
-
-Expected<void> checkUnharmed(const Workspace& workspace, const std::vector<PlannedFile>& steps,
-                             const WorkingChanges& changes) {
-    std::vector<OdString> harmed;
-    for (const PlannedFile& step : steps) {
-        if (changeOf(step.path, changes) != common::FileChange::unchanged)
-            harmed.push_back(step.path);
-    }
-    if (!harmed.empty())
-        return listed(tr(L"These files have changes that are not committed:"), harmed);
-    return checkRoom(workspace, steps, changes);
-}
-
-Expected<void> carryOut(Workspace& workspace, const Plan& plan) {
+Expected<void> carryOut(Workspace& workspace, const Plan& plan, const WorkingChanges& changes) {
+    const Expected<Sightings> sightings = lookBeforeBeginning(workspace, plan.files, changes);
+    if (!sightings)
+        return sightings.error();
     notePlan(workspace.history(), plan);
-    if (const Expected<void> done = applySteps(workspace, allOf(plan)); !done)
-        return takeBackAfter(workspace, plan, done.error());
-    return finish(workspace, plan);
+    const Expected<PlannedTimes> times = applyPlan(workspace, plan, *sightings);
+    if (!times)
+        return takeBackAfter(workspace, plan, times.error());
+    return finish(workspace, plan, *times);
 }
 
-Expected<void> takeBackMerge(Workspace& workspace, const std::vector<PlannedFile>& steps) {
+Expected<void> carryOutWithoutFiles(Workspace& workspace, const Plan& plan) {
+    notePlan(workspace.history(), plan);
+    return finish(workspace, plan, {});
+}
+
+Expected<void> takeBackMerge(Workspace& workspace, const std::vector<PlannedFile>& steps,
+                             const WorkingChanges& changes) {
     Plan plan;
     plan.title = L"merge";
     plan.recovery = Plan::Recovery::takeBack;
     plan.files = steps;
+    const Expected<Sightings> sightings = lookBeforeBeginning(workspace, plan.files, changes);
+    if (!sightings)
+        return sightings.error();
     notePlan(workspace.history(), reversed(plan));
-    if (const Expected<void> done = applySteps(workspace, allOf(plan)); !done)
-        return takeBackAfter(workspace, plan, done.error());
-    return finishTakingBack(workspace, plan);
-}
-
-Expected<void> recover(Workspace& workspace) {
-    const std::optional<Plan> plan = notedPlan(workspace.history());
-    if (!plan)
-        return {};
-    if (!workspace.mayChange()) {
-        printMessage(OdString::format(
-            tr(L"Note: '%ls' was interrupted, or is being done now by another process"),
-            printable(plan->title)));
-        return {};
-    }
-    const bool finishes = plan->recovery == Plan::Recovery::finish;
-    const Plan rest = finishes ? *plan : reversed(*plan);
-    // It may take long, and is not what the person asked for now.
-    printMessage(OdString::format(finishes
-                                      ? tr(L"Note: '%ls' was interrupted; it is being finished")
-                                      : tr(L"Note: '%ls' was interrupted; it is being taken back"),
-                                  printable(plan->title)));
-    removeLeftovers(workspace, *plan);
-    if (Expected<void> done = applySteps(workspace, unfinishedSteps(workspace, rest)); !done)
-        return done;
-    if (Expected<void> done =
-            finishes ? finish(workspace, rest) : finishTakingBack(workspace, rest);
-        !done)
-        return done;
-    printMessage(OdString::format(finishes ? tr(L"Note: '%ls' was interrupted and is now finished")
-                                           : tr(L"Note: '%ls' was interrupted and is taken back"),
-                                  printable(plan->title)));
-    return {};
+    const Expected<PlannedTimes> times = applyPlan(workspace, plan, *sightings);
+    if (!times)
+        return takeBackAfter(workspace, plan, times.error());
+    return finishTakingBack(workspace, plan, *times);
 }
 
 }  // namespace qrv_cli

@@ -2,7 +2,8 @@
 #include <cli/Translation.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/worktree/Merging.h>
-#include <cli/worktree/PlanExecution.h>
+#include <cli/worktree/PathList.h>
+#include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/Saving.h>
 #include <cli/worktree/WorkingFile.h>
 #include <common/storage/StorageUrl.h>
@@ -81,10 +82,8 @@ Expected<OdString> keep(Workspace& workspace, const OdString& path) {
 }
 
 ErrorMessage refusal(const std::vector<OdString>& paths) {
-    OdString list;
-    for (const OdString& path : paths)
-        list += L"\n  " + printable(path);
-    return {tr(L"These files have changes that are kept nowhere (--force replaces them):") + list};
+    return withPaths(tr(L"These files have changes that are kept nowhere (--force replaces them):"),
+                     paths);
 }
 
 }  // namespace

@@ -2,10 +2,10 @@
 #include <cli/Settings.h>
 #include <cli/Translation.h>
 #include <cli/safety/RelativePath.h>
+#include <cli/worktree/FoldedName.h>
+#include <cli/worktree/OpenDrawings.h>
 #include <cli/worktree/StagingWarnings.h>
-#include <platform/qut/toQt.h>
 
-#include <QString>
 #include <algorithm>
 #include <cstdint>
 #include <map>
@@ -25,16 +25,6 @@ using common::StagedFile;
 constexpr std::int64_t bytesPerMegabyte = 1'000'000;
 /// More notes of one kind are only counted.
 constexpr int mostOfAKind = 5;
-
-/// What two names have in common that a file system could take for one.
-std::u16string folded(const OdString& path) {
-    constexpr auto composed = QString::NormalizationForm_C;
-    return qut::toQt(path)
-        .normalized(composed)
-        .toCaseFolded()
-        .normalized(composed)
-        .toStdU16String();
-}
 
 OdString parentOf(const OdString& path) {
     const int slash = path.reverseFind(L'/');
@@ -167,19 +157,6 @@ void warnOfNames(const std::vector<StagedFile>& files, const WorkingChanges& cha
                                                L"'%ls'"),
                                             printable(path)));
     }
-}
-
-/// The file that says that the drawing is open, if one lies beside it.
-std::optional<OdString> lockBeside(const OdString& path, const Workspace& workspace) {
-    const int point = path.reverseFind(L'.');
-    if (point < 0 || path.mid(point).iCompare(L".dwg") != 0)
-        return std::nullopt;
-    for (const wchar_t* const ending : {L".dwl", L".dwl2", L".DWL", L".DWL2"}) {
-        const OdString lock = path.left(point) + ending;
-        if (workspace.folder().status(lock.toNarrow()))
-            return lock;
-    }
-    return std::nullopt;
 }
 
 void warnOfOpenDrawings(const std::vector<StagedFile>& files, const Workspace& workspace) {

@@ -1,7 +1,9 @@
 #include <cli/MetadataCheck.h>
 #include <cli/maintenance/IgnoreRules.h>
+#include <cli/worktree/AsideName.h>
 #include <cli/worktree/TreeScan.h>
 #include <common/worktree/VisitRepoFiles.h>
+#include <platform/sys/TemporaryName.h>
 
 #include <algorithm>
 #include <chrono>
@@ -69,6 +71,17 @@ private:
     std::optional<sys::Outcome<sys::Folder>> folder_;
     std::vector<Unseen> unseen_;
 };
+
+/// What a process that ended in the middle of its work left, and what one that is at work now is
+/// about to rename: never anybody's file.
+bool isOurOwn(const OdString& path) {
+    const std::wstring& units = path.toWide();
+    const std::size_t begin = units.rfind(L'/') + 1;  // 0 without a slash
+    if (begin == units.size() || units[begin] != L'.')
+        return false;
+    const std::string name = OdString(units.substr(begin)).toNarrow();
+    return sys::isTemporaryName(name) || isAsideName(name);
+}
 
 /// Calls `look` for every place below `count` that no other thread takes from `next`.
 template <class Look>
@@ -183,9 +196,12 @@ Expected<void> TreeScan::list() {
     const auto remember = [this](const OdString& text) { messages_.push_back(text); };
     IgnoreRules rules(root_, remember);
     OtherPaths others(baseline_);
+    const auto add = [&others](OdString path) {
+        if (!isOurOwn(path))
+            others.add(std::move(path));
+    };
     Expected<void> visited = common::visitRepoFiles(
-        root_, [&rules](const OdString& name) { return rules.match(name) != nullptr; },
-        [&others](OdString path) { others.add(std::move(path)); },
+        root_, [&rules](const OdString& name) { return rules.match(name) != nullptr; }, add,
         [this](const OdString& path) { noteUnread(path); });
     if (!rules.isRead())
         noteUnread(L".qrv/properties/ignore");

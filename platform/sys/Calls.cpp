@@ -3,16 +3,19 @@
 
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <linux/magic.h>
 #include <linux/openat2.h>
 #include <stdio.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 
 namespace sys::calls {
 
@@ -34,6 +37,17 @@ long openBeneathOnce(int folder, const char* path, int flags, mode_t mode) {
     how.mode = (flags & O_CREAT) != 0 ? mode : 0;
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
     return ::syscall(SYS_openat2, folder, path, &how, sizeof how);
+}
+
+/// On a network share a lease is refused in the same words when the server has not entrusted the
+/// file to this machine, which says nothing of other programs.
+bool isOnNetworkShare(int file) {
+    struct statfs system = {};
+    if (repeatedWhenInterrupted([&] { return ::fstatfs(file, &system); }) < 0)
+        return true;
+    const auto kind = static_cast<std::uint32_t>(system.f_type);
+    return kind == NFS_SUPER_MAGIC || kind == CIFS_SUPER_MAGIC || kind == SMB_SUPER_MAGIC ||
+           kind == SMB2_SUPER_MAGIC;
 }
 
 // An older kernel lacks the call, and a container's filter answers "not permitted" to all that it
@@ -106,6 +120,8 @@ int lock(int file) {
 }
 
 bool isOpenForWriting(int file) {
+    if (isOnNetworkShare(file))
+        return false;
     // The system grants a lease for reading only while nobody has the file open for writing. Who
     // opens it meanwhile waits for a moment, and this process is told by a signal: by one that
     // nobody minds.

@@ -46,6 +46,7 @@ Outcome<InputFile::Stamp> InputFile::stamp() const {
         return calls::lastError();
     return Stamp{.sizeBytes = status.st_size,
                  .modifiedNs = modifiedNs(status),
+                 .changedNs = changedNs(status),
                  .permissions = permissionsOf(status)};
 }
 

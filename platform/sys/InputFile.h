@@ -22,12 +22,14 @@ public:
     /// How many names the file has.
     Outcome<std::uint64_t> countNames() const;
 
-    /// Size and time of modification as they are now; two answers that differ mean that somebody
-    /// writes to the file.
+    /// Size and times as they are now; two answers that differ mean that somebody writes to the
+    /// file.
     struct Stamp {
         std::int64_t sizeBytes = 0;
         /// Nanoseconds since 1970-01-01T00:00:00Z.
         std::int64_t modifiedNs = 0;
+        /// The same for the last change of contents, name or permissions.
+        std::int64_t changedNs = 0;
         std::uint32_t permissions = 0;
 
         friend bool operator==(const Stamp&, const Stamp&) = default;

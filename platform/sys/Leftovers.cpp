@@ -1,13 +1,13 @@
 #include <platform/sys/BeneathInternal.h>
 #include <platform/sys/CallsInternal.h>
 #include <platform/sys/Folder.h>
+#include <platform/sys/TemporaryName.h>
 
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <memory>
-#include <string_view>
 #include <vector>
 
 namespace sys {
@@ -17,10 +17,6 @@ namespace {
 struct CloseList {
     void operator()(DIR* list) const { ::closedir(list); }
 };
-
-bool isTemporaryName(std::string_view name) {
-    return name.starts_with('.') && name.ends_with(".qrv-tmp");
-}
 
 // All names before the first is removed, for what a listing gives after that is left to the system.
 std::vector<std::string> temporaryNames(int folder) {

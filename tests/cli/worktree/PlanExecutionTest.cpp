@@ -1,4 +1,5 @@
 #include <cli/history/Plan.h>
+#include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/PlanExecution.h>
 #include <tests/cli/worktree/Trees.h>
 #include <tests/cli/worktree/Working.h>
@@ -90,7 +91,7 @@ protected:
 
 TEST_F(PlanExecution, ChangesFilesHeadAndState) {
     const std::unique_ptr<Workspace> workspace = project.open();
-    ASSERT_TRUE(carryOut(*workspace, planOfSwitch(*workspace)));
+    ASSERT_TRUE(carryOut(*workspace, planOfSwitch(*workspace), *findChanges(*workspace)));
     EXPECT_EQ(readFile(project / "a.txt"), "new a");
     EXPECT_EQ(readFile(project / "fresh/c.dwg"), "new c");
     EXPECT_FALSE(isThere("gone"));
@@ -103,7 +104,7 @@ TEST_F(PlanExecution, TakesEverythingBackWhenAVersionIsMissing) {
     const std::unique_ptr<Workspace> workspace = project.open();
     Plan plan = planOfSwitch(*workspace);
     plan.files.push_back({L"z.txt", L"", qrv_test::url('f'), 1});
-    const Expected<void> done = carryOut(*workspace, plan);
+    const Expected<void> done = carryOut(*workspace, plan, *findChanges(*workspace));
     ASSERT_FALSE(done);
     EXPECT_EQ(readFile(project / "a.txt"), "old a");
     EXPECT_EQ(readFile(project / "gone/b.txt"), "old b");

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <common/base/ErrorMessage.h>
+#include <platform/kernel/OdString.h>
+
+#include <vector>
+
+namespace qrv_cli {
+
+/// An error that names files, one a line below the heading.
+ErrorMessage withPaths(const OdString& heading, const std::vector<OdString>& paths);
+
+}  // namespace qrv_cli

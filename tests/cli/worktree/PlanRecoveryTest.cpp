@@ -1,0 +1,140 @@
+#include <cli/worktree/PlanExecution.h>
+#include <cli/worktree/PlanRecovery.h>
+#include <platform/sys/ScopedFault.h>
+#include <tests/cli/worktree/Working.h>
+
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qrv_cli::findChanges;
+using qrv_cli::Plan;
+using qrv_cli::Workspace;
+using qrv_test::readFile;
+using qrv_test::Working;
+using testing::HasSubstr;
+
+/// A switch from "old" to "new" that was noted, and interrupted before it did anything.
+class PlanRecovery : public testing::Test {
+protected:
+    PlanRecovery() {
+        project.write({{"a.txt", "old a"}, {"gone/b.txt", "old b"}});
+        project.commit("Old");
+        project.run({"switch", "-c", "old"});
+        project.run({"switch", "-c", "new"});
+        project.write({{"a.txt", "new a"}, {"fresh/c.dwg", "new c"}});
+        fs::remove_all(project / "gone");
+        project.commit("New");
+        project.run({"switch", "old"});
+        workspace = project.open();
+        noteSwitch(L"new");
+    }
+
+    /// As a command leaves it that was killed after it had noted its plan.
+    void noteSwitch(const wchar_t* branch) const {
+        Plan plan;
+        plan.title = OdString(L"switch ") + branch;
+        plan.branch = branch;
+        plan.commit = *workspace->history().reference(branch, common::RefType::Branch);
+        plan.files =
+            qrv_cli::stepsBetween(workspace->headFiles(), workspace->history().tree(plan.commit));
+        notePlan(workspace->history(), plan);
+    }
+
+    std::string recovered() const {
+        const Expected<void> done = recover(*workspace);
+        return done ? "recovered" : done.error().message.toNarrow();
+    }
+    bool isNoted() const { return notedPlan(workspace->history()).has_value(); }
+
+    const Working project;
+    std::unique_ptr<Workspace> workspace;
+};
+
+TEST_F(PlanRecovery, FinishesTheRest) {
+    EXPECT_EQ(recovered(), "recovered");
+    EXPECT_FALSE(isNoted());
+    EXPECT_EQ(readFile(project / "a.txt"), "new a");
+    EXPECT_TRUE(findChanges(*workspace)->isEmpty());
+}
+
+// Symptom: an error of the disk passed for a person's change, the plan was forgotten, and the next
+// commit reverted the other branch.
+// Cause: whatever could not be read counted as changed.
+TEST_F(PlanRecovery, StopsAndKeepsThePlanWhicheverCallFails) {
+    int stops = 0;
+    bool hasFired = true;
+    for (int nth = 1; hasFired; nth += 5) {
+        const bool isOnNew = workspace->branch() == OdString(L"new");
+        if (!isNoted())
+            noteSwitch(isOnNew ? L"old" : L"new");
+        std::string answer;
+        {
+            const sys::ScopedFault fault(nth, EIO);
+            answer = recovered();
+            hasFired = fault.hasFired();
+        }
+        if (answer != "recovered") {
+            ++stops;
+            EXPECT_THAT(answer, HasSubstr("was interrupted, and what it left")) << nth;
+            EXPECT_TRUE(isNoted()) << nth;
+            ASSERT_EQ(recovered(), "recovered") << nth;
+        }
+        EXPECT_FALSE(isNoted()) << nth;
+        EXPECT_EQ(readFile(project / "a.txt"), isOnNew ? "old a" : "new a") << nth;
+        EXPECT_EQ(fs::exists(project / "fresh/c.dwg"), !isOnNew) << nth;
+        EXPECT_EQ(fs::exists(project / "gone/b.txt"), isOnNew) << nth;
+        EXPECT_TRUE(findChanges(*workspace)->isEmpty()) << nth;
+    }
+    EXPECT_GT(stops, 5);
+}
+
+TEST_F(PlanRecovery, StopsWhileAFileOfThePlanIsOpen) {
+    std::ofstream writer(project / "a.txt", std::ios::app);
+    EXPECT_THAT(recovered(), HasSubstr("open in another program"));
+    EXPECT_TRUE(isNoted());
+    writer.close();
+    EXPECT_EQ(recovered(), "recovered");
+}
+
+TEST_F(PlanRecovery, GivesBackWhatWasMovedAsideWhenThePowerFailed) {
+    const std::string aside = ".0-0.qrv-aside";
+    // The first step is that of "a.txt": the planned file has the name already.
+    project.write({{"a.txt", "new a"}, {aside, "a day's work"}, {"fresh/.1-0.qrv-aside", "new c"}});
+    EXPECT_EQ(recovered(), "recovered");
+    EXPECT_EQ(readFile(project / "a.txt"), "a day's work");
+    EXPECT_EQ(readFile(project / "fresh/c.dwg"), "new c");
+    EXPECT_FALSE(fs::exists(project / aside));
+    EXPECT_FALSE(fs::exists(project / "fresh/.1-0.qrv-aside"));
+    EXPECT_EQ(qrv_test::shown(*findChanges(*workspace)), "a.txt modified, ");
+}
+
+TEST_F(PlanRecovery, KeepsTheSaveBeforeTheLastBesideIt) {
+    project.write({{"a.txt", "second save"}, {".0-0.qrv-aside", "first save"}});
+    EXPECT_EQ(recovered(), "recovered");
+    EXPECT_EQ(readFile(project / "a.txt"), "second save");
+    EXPECT_EQ(readFile(project / "a.kept-1.txt"), "first save");
+}
+
+// Symptom: a file that a person had changed, and that a recovery left as it was, passed for
+// unchanged, and the next switch replaced it.
+// Cause: the index noted the time that the file had then.
+TEST_F(PlanRecovery, KnowsNothingOfAFileThatItLeft) {
+    project.write({{"a.txt", "a day's work"}});
+    EXPECT_EQ(recovered(), "recovered");
+    EXPECT_FALSE(workspace->state().index.contains(L"a.txt"));
+    EXPECT_TRUE(workspace->state().index.contains(L"fresh/c.dwg"));
+}
+
+TEST_F(PlanRecovery, HidesWhatIsOnItsWayFromTheScan) {
+    project.write({{".12-3.qrv-tmp", "half"}, {"fresh/.0-0.qrv-aside", "x"}, {".other", "y"}});
+    EXPECT_EQ(qrv_test::shown(*findChanges(*workspace)), ".other added, ");
+}
+
+}  // namespace
