@@ -75,6 +75,7 @@ repeat_in_locales() {
 step kills disturb Kill
 step failures disturb Failure
 step questions disturb Question
+step saves disturb Save
 step power-cuts disturb PowerCut
 step model walk
 step locales repeat_in_locales

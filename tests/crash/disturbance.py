@@ -42,9 +42,13 @@ class Disturbance:
 
     def problem_at(self, label, tracer, judge):
         """Runs the command under the tracer in a copy; `judge` says what is wrong then, or nothing."""
+        arguments = self.scenario.arguments
+        return self.problem_in_copy(label, lambda copy: judge(copy, copy.run(*arguments, tracer=tracer)))
+
+    def problem_in_copy(self, label, judge):
         repository = self.repository.copy(self.scenario.folder.with_name(label))
         try:
-            return judge(repository, repository.run(*self.scenario.arguments, tracer=tracer))
+            return judge(repository)
         except RuntimeError as error:
             # It was a call of the sanitizer's own, which takes a failure amiss.
             was_its_own = self.by_chance and "CHECK failed: sanitizer_posix" in str(error)

@@ -15,6 +15,8 @@ import time
 from collections import namedtuple
 from pathlib import Path
 
+from system_calls import Call, find_strace, injecting
+
 DRAWING = random.Random(2).randbytes(60_000)
 STRANGE = os.fsdecode(b"notes/sch\xe4den\n.txt")
 FIRST = {
@@ -197,6 +199,13 @@ def make_scenarios(program, folder, only=""):
     def conflict(repository):
         repository.do("merge", "side", status=1)
 
+    def interrupt(repository):
+        """Kills a switch between two of its files."""
+        tracer = injecting(find_strace(), Call("renameat2", 6, ""), "signal=KILL")
+        result = repository.run("switch", "side", tracer=tracer)
+        if result.returncode != -9:
+            raise RuntimeError(f"the switch was not killed, but ended with {result.returncode}")
+
     def pack(repository):
         repository.write({"parts/list.csv": b"flange;6\n" * 2000})
         repository.commit("newer list")
@@ -218,6 +227,7 @@ def make_scenarios(program, folder, only=""):
     scenario("merge-with-conflicts", CONFLICTING, lambda _: None, ["merge", "side"], status=1, again=(1,))
     scenario("resolve", CONFLICTING, conflict, ["resolve", "parts/list.csv", "--theirs"], again=(1,), is_halved=True)
     scenario("abort", CONFLICTING, conflict, ["merge", "--abort"], again=(1,))
+    scenario("recovery", ON_MASTER, interrupt, ["recover"])
     scenario("restore", {}, edit, ["restore", ".", "--force"])
     scenario("gc", CONFLICTING, pack, ["gc"])
     scenario("status", ON_MASTER, age, ["status"])

@@ -56,6 +56,6 @@ def calls_of(strace, repository, arguments, names):
     return result, calls, by_chance
 
 
-def injecting(strace, call, effect):
+def injecting(strace, call, effect, log="/dev/null"):
     what = f"inject={call.name}:{effect}:when={call.number}"
-    return [strace, "-f", "-qq", "-o", "/dev/null", "-e", f"trace={call.name}", "-e", what]
+    return [strace, "-f", "-qq", "-o", str(log), "-e", f"trace={call.name}", "-e", what]
