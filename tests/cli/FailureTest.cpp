@@ -80,7 +80,8 @@ TEST(Failure, OfADamagedState) {
         {"{\"head\" : {\"reference\" : \"mas",
          "The state file '" + stateFile + "' ends in the middle of a text"},
         {std::string(100, '\0'), unparsable},
-        {std::string(1000000, '['), unparsable},
+        {std::string(1000000, '['), "The state file '" + stateFile +
+                                        "' has more than 100 levels of brackets, and is not read"},
         {"[]", "Error: Expected json type 'object', found 'array'"},
         {"{}", "State does not contain HEAD."},
         {"{\"head\" : {}}", "HEAD does not point to a branch"},
