@@ -1,3 +1,4 @@
+#include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Translation.h>
 #include <cli/worktree/Merging.h>
@@ -7,7 +8,6 @@
 #include <cli/worktree/Saving.h>
 #include <cli/worktree/Staging.h>
 #include <cli/worktree/TreeShape.h>
-#include <common/repository/ActivityLog.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <platform/kernel/Clock.h>
@@ -210,8 +210,8 @@ Expected<MergeOutcome> merge(Workspace& workspace, const OdString& hash, const O
         return changes.error();
     if (const Expected<void> none = checkNothingStaged(workspace, *changes); !none)
         return none.error();
-    common::logString(OdString::format(L"merge of %ls into %ls", hash, workspace.branch()),
-                      workspace.root());
+    logEvent(OdString::format(L"merge of %ls into %ls", hash, quotedName(workspace.branch())),
+             workspace.root(), workspace.folder());
     if (head.isEmpty() || workspace.history().buildsOn(hash, head))
         return goForward(workspace, hash, name, *changes);
     return mergeThreeWays(workspace, hash, name, *changes, text);
