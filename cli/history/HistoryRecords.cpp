@@ -158,6 +158,16 @@ Expected<void> updateRecords(ReferenceRecord& record, std::int64_t firstNumber,
     return record.append(moves, root);
 }
 
+std::int64_t firstUnrecordedCommit(History& history, const sys::Folder& root) {
+    std::int64_t number = history.lastNumber();
+    for (; number > 0; --number) {
+        const std::optional<CommitEntry> entry = history.commitByNumber(number);
+        if (entry && root.status(recordPath(entry->hash)))
+            break;
+    }
+    return number + 1;
+}
+
 Expected<std::set<OdString>> recordedCommits(const sys::Folder& root) {
     std::set<OdString> hashes;
     const sys::Outcome<std::vector<std::string>> names = root.list(commitRecordFolder);

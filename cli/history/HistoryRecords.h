@@ -39,6 +39,10 @@ Expected<void> checkNotOlder(const ReferenceRecord& record, History& history);
 Expected<void> updateRecords(ReferenceRecord& record, std::int64_t firstNumber,
                              const std::string& command, History& history, const sys::Folder& root);
 
+/// The number of the first of the newest commits that are not recorded: one behind the last when
+/// all are. A process that is killed between adding a commit and recording it leaves such.
+std::int64_t firstUnrecordedCommit(History& history, const sys::Folder& root);
+
 /// The hashes of the commits that are recorded.
 Expected<std::set<OdString>> recordedCommits(const sys::Folder& root);
 

@@ -176,9 +176,15 @@ private:
         // A process that was killed before it recorded its commit has not recorded its branch.
         if (stateOf(*record, history) != RecordState::same)
             return;
+        // One that merges moves its branch when the working files are done.
+        const std::int64_t firstUnrecorded = firstUnrecordedCommit(history, folder_);
+        if (firstUnrecorded <= history.lastNumber())
+            addNote(OdString::format(tr(L"The newest commits, from %i on, are recorded by the next "
+                                        L"command that changes something"),
+                                     firstUnrecorded));
         for (const std::int64_t number : commitNumbers(history)) {
             const std::optional<CommitEntry> entry = history.commitByNumber(number);
-            if (!entry)
+            if (!entry || number >= firstUnrecorded)
                 continue;
             if (const Expected<NewCommit> commit = recordedCommit(entry->hash, folder_); !commit)
                 addProblem(OdString::format(tr(L"The record of commit %i is lost: %ls"), number,

@@ -167,7 +167,7 @@ Expected<void> Workspace::readRecord() {
     if (Expected<void> notOlder = checkNotOlder(*record, history_); !notOlder)
         return notOlder;
     if (stateOf(*record, history_) == RecordState::same)
-        firstUnrecorded_ = history_.lastNumber() + 1;
+        firstUnrecorded_ = firstUnrecordedCommit(history_, folder_);
     record_ = std::move(*record);
     return {};
 }

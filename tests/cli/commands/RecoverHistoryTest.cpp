@@ -153,6 +153,23 @@ TEST_F(LostAndRebuilt, RecordsOfAnOlderProgramAreMadeWithTheNextChange) {
     EXPECT_THAT(project.run({"log"}), HasSubstr("fifth"));
 }
 
+// Symptom: a merge that was killed left a repository in which verify found damage, for ever.
+// Cause: its commit was added before its branch moved, and only moved branches led to a record.
+TEST_F(LostAndRebuilt, ANewestCommitWithoutARecordGetsItWithTheNextChange) {
+    const std::string newest = project.run({"log", "-n", "1", "--json"});
+    fs::path record;
+    for (const fs::path& path : fs::directory_iterator(project / ".qrv/commits")) {
+        if (newest.find(path.filename()) != std::string::npos)
+            record = path;
+    }
+    ASSERT_TRUE(fs::remove(record));
+    const Outcome verified = project.qrv({"verify"});
+    EXPECT_EQ(verified.status, 0) << verified;
+    EXPECT_THAT(verified.output, HasSubstr("are recorded by the next command"));
+    project.run({"unstage", "--all"});
+    EXPECT_TRUE(fs::exists(record));
+}
+
 TEST_F(LostAndRebuilt, RecordsThatAreDamagedAreFound) {
     const fs::path commit = fs::directory_iterator(project / ".qrv/commits")->path();
     writeFile(commit, "x");
