@@ -66,7 +66,8 @@ bool isRemovedUnderOtherName(const Workspace& workspace, const OdString& path,
                              const std::vector<PlannedFile>& steps) {
     const sys::Outcome<sys::FileVersion> version = workspace.folder().version(path.toNarrow());
     return version && std::any_of(steps.begin(), steps.end(), [&](const PlannedFile& step) {
-               if (!step.after.isEmpty() || folded(step.path) != folded(path))
+               const bool isOther = step.path != path && folded(step.path) == folded(path);
+               if (!step.after.isEmpty() || !isOther)
                    return false;
                const sys::Outcome<sys::FileVersion> removed =
                    workspace.folder().version(step.path.toNarrow());
