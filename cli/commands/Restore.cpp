@@ -111,11 +111,18 @@ bool belongsToRepository(const OdString& path) {
     return path.left(prefix.getLength()) == prefix;
 }
 
-Expected<std::vector<OdString>> exportedFiles(const std::vector<OdString>& paths) {
+/// Whoever names one of these and nothing else wants to know why it does not come.
+bool isNamed(const OdString& path, const Arguments& arguments) {
+    return std::find(arguments.paths.begin(), arguments.paths.end(), path.toNarrow()) !=
+           arguments.paths.end();
+}
+
+Expected<std::vector<OdString>> exportedFiles(const std::vector<OdString>& paths,
+                                              const Arguments& arguments) {
     std::vector<OdString> exported;
     std::copy_if(paths.begin(), paths.end(), std::back_inserter(exported),
                  [](const OdString& path) { return !belongsToRepository(path); });
-    if (exported.empty())
+    if (exported.empty() && isNamed(paths.front(), arguments))
         return ErrorMessage{
             OdString::format(tr(L"'%ls' belongs to the repository and is not written anywhere else "
                                 L"(qrv show prints it)"),
@@ -150,7 +157,7 @@ Expected<std::vector<OdString>> exportFiles(Workspace& workspace, const Tree& tr
             OdString::format(tr(L"'%ls' lies in the repository (without --to, its files are "
                                 L"replaced with care)"),
                              printable(OdString::fromNarrow(*arguments.folder)))};
-    Expected<std::vector<OdString>> exported = exportedFiles(paths);
+    Expected<std::vector<OdString>> exported = exportedFiles(paths, arguments);
     if (!exported || arguments.dryRun)
         return exported;
     const Expected<Target> target = openTarget(*arguments.folder);
