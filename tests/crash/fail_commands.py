@@ -30,7 +30,9 @@ def problem_of_failure(disturbance, call, cause):
     def judge(repository, failed):
         messages = failed.stderr.decode()
         is_told = messages.startswith("qrv: ") and any(w in messages for w in CAUSES[cause] + WITHOUT_CAUSE)
-        if failed.returncode == disturbance.scenario.status and not is_told:
+        # The work is done; what it left beside the history for a later rescue is done with the next change.
+        is_note = messages.startswith("qrv: Note: the next command that changes something records this")
+        if failed.returncode == disturbance.scenario.status and (is_note or not is_told):
             return disturbance.problem_left(repository, (disturbance.after,))
         if failed.returncode != 1 or not is_told:
             return f"it ends with {failed.returncode}: {messages}"

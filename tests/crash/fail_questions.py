@@ -85,6 +85,9 @@ def text_of(printed):
 
 
 def problem_left(disturbance, repository, allowed):
+    recovered = repository.run("recover")
+    if recovered.returncode != 0:
+        return f"recover fails: {text_of(recovered.stdout)}{text_of(recovered.stderr)}"
     verified = repository.run("verify")
     if verified.returncode != 0:
         return f"verify fails: {text_of(verified.stdout)}{text_of(verified.stderr)}"
