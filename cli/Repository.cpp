@@ -28,10 +28,15 @@ Expected<fs::path> existingFolder(const std::string& folder) {
 }
 
 /// Also when that is a link, for whoever made it meant this folder and none above it. A file of
-/// that name means nothing.
-bool hasMetadata(const fs::path& folder) {
+/// that name means nothing. Where nobody can look, a repository above may be the wrong one.
+Expected<bool> hasMetadata(const fs::path& folder) {
     std::error_code error;
-    const fs::file_type type = fs::symlink_status(folder / ".qrv", error).type();
+    const fs::path metadata = folder / ".qrv";
+    const fs::file_type type = fs::symlink_status(metadata, error).type();
+    if (type == fs::file_type::none)
+        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be opened: %ls"),
+                                             printable(toText(metadata)),
+                                             OdString(error.message().c_str()))};
     return type == fs::file_type::directory || type == fs::file_type::symlink;
 }
 
@@ -60,7 +65,10 @@ OdString toText(const fs::path& path) {
 
 Expected<std::optional<OpenRepository>> enclosingRepository(const fs::path& folder) {
     for (fs::path path = folder;; path = path.parent_path()) {
-        if (hasMetadata(path)) {
+        const Expected<bool> isRepository = hasMetadata(path);
+        if (!isRepository)
+            return isRepository.error();
+        if (*isRepository) {
             Expected<OpenRepository> repository = openAt(path);
             if (!repository)
                 return repository.error();
