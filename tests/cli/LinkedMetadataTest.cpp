@@ -170,7 +170,7 @@ TEST_P(SwappedMetadata, LetsNoCommitWriteOutsideOrLackItsFiles) {
     EXPECT_EQ(project.qrv({"verify"}).status, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(EachFolder, SwappedMetadata, testing::Values(".qrv/objects"));
+INSTANTIATE_TEST_SUITE_P(EachFolder, SwappedMetadata, testing::Values(".qrv/objects", ".qrv/tf"));
 
 // Symptom: a commit wrote commands of an attacker into the victim's file for the shell.
 // Cause: the log was a link to that file, and the name of a branch stood in it as it was.
