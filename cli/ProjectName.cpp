@@ -25,7 +25,8 @@ std::error_code replaceName(const std::string& text, const sys::Folder& folder) 
     if (!file)
         return file.error();
     const sys::Outcome<sys::FileStatus> old = folder.status(nameFile);
-    std::error_code error = old ? file->setPermissions(old->permissions) : std::error_code();
+    std::error_code error =
+        old ? file->takeRights(old->owner, old->group, old->permissions) : std::error_code();
     if (!error)
         error = file->write(text);
     if (!error)

@@ -5,6 +5,7 @@
 #include <cli/storage/HostStorage.h>
 #include <cli/storage/StorageMessages.h>
 
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -29,32 +30,30 @@ Expected<void> readWhole(VersionReader& version, const OdString& target, Use use
     return {};
 }
 
-struct Permissions {
-    std::uint32_t bits = workingFilePermissions;
-    /// Whether a file had them, whatever the mask says.
-    bool areExact = false;
-};
-
-/// Those that a file of this name is to have; an error when none can have it.
-sys::Outcome<Permissions> permissionsFor(const sys::Folder& folder, const std::string& name) {
+/// The file that one of this name replaces, if there is one; an error when none can have the name.
+sys::Outcome<std::optional<sys::FileStatus>> replacedFile(const sys::Folder& folder,
+                                                          const std::string& name) {
     const sys::Outcome<sys::FileStatus> status = folder.status(name);
     if (!status && status.error() != std::errc::no_such_file_or_directory)
         return status.error();
     if (status && status->kind == sys::FileKind::folder)
         return std::make_error_code(std::errc::is_a_directory);
     if (!status || status->kind != sys::FileKind::regular)
-        return Permissions();
-    return Permissions{.bits = status->permissions, .areExact = true};
+        return std::optional<sys::FileStatus>();
+    return std::optional(*status);
 }
 
 sys::Outcome<sys::NewFile> newFileLikeOld(const sys::Folder& folder, const std::string& name) {
-    const sys::Outcome<Permissions> permissions = permissionsFor(folder, name);
-    if (!permissions)
-        return permissions.error();
-    sys::Outcome<sys::NewFile> file = folder.newFile(name, permissions->bits);
-    if (!file || !permissions->areExact)
+    const sys::Outcome<std::optional<sys::FileStatus>> old = replacedFile(folder, name);
+    if (!old)
+        return old.error();
+    sys::Outcome<sys::NewFile> file =
+        folder.newFile(name, *old ? (*old)->permissions : workingFilePermissions);
+    if (!file || !*old)
         return file;
-    if (const std::error_code error = file->setPermissions(permissions->bits))
+    const std::error_code error =
+        file->takeRights((*old)->owner, (*old)->group, (*old)->permissions);
+    if (error)
         return error;
     return file;
 }

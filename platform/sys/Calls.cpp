@@ -156,6 +156,10 @@ int statusAt(int folder, const std::string& name, struct stat& status) {
         [&] { return ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW); });
 }
 
+int setOwner(int file, uid_t owner, gid_t group) {
+    return repeatedWhenInterrupted([&] { return ::fchown(file, owner, group); });
+}
+
 int setPermissions(int file, mode_t permissions) {
     return repeatedWhenInterrupted([&] { return ::fchmod(file, permissions); });
 }

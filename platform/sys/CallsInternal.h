@@ -45,6 +45,7 @@ bool isLocked(int file);
 int status(int file, struct stat& status);
 /// Of a link itself.
 int statusAt(int folder, const std::string& name, struct stat& status);
+int setOwner(int file, uid_t owner, gid_t group);
 int setPermissions(int file, mode_t permissions);
 int setModified(int file, const timespec& time);
 

@@ -27,7 +27,8 @@ FileStatus toFileStatus(const struct stat& status) {
             .modifiedNs = modifiedNs(status),
             .changedNs = changedNs(status),
             .permissions = permissionsOf(status),
-            .owner = status.st_uid};
+            .owner = status.st_uid,
+            .group = status.st_gid};
 }
 
 // A path is opened as itself, be it a link, where the name alone would be asked for past the check.

@@ -27,6 +27,8 @@ struct FileStatus {
     std::uint32_t permissions = 0;
     /// The number of the user whose file it is.
     std::uint32_t owner = 0;
+    /// Of the group likewise.
+    std::uint32_t group = 0;
 };
 
 /// An open folder, and what lies below it. Every operation takes a path relative to it and never

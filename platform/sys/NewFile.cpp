@@ -129,6 +129,20 @@ std::error_code NewFile::setPermissions(std::uint32_t permissions) {
     return onOpenFile([&](int file) { return calls::setPermissions(file, permissions); });
 }
 
+std::error_code NewFile::takeRights(std::uint32_t owner, std::uint32_t group,
+                                    std::uint32_t permissions) {
+    // Who may not give a file away may still give it to a group of their own.
+    constexpr auto unchanged = static_cast<uid_t>(-1);
+    const bool isKept = onOpenFile([&](int file) {
+                            const int given = calls::setOwner(file, owner, group);
+                            return given == 0 ? given : calls::setOwner(file, unchanged, group);
+                        }) == std::error_code();
+    constexpr std::uint32_t forEverybody = 07;
+    const std::uint32_t forStrangers = (permissions & ~070U) | (permissions & forEverybody) << 3U;
+    // A change of the owner takes some permissions away, so they come last.
+    return setPermissions(isKept ? permissions : permissions & forStrangers);
+}
+
 std::error_code NewFile::publish(Existing existing) {
     const Outcome<Place> place = placeOf(root_->number(), pathOf(temporaryName_));
     if (!place)

@@ -52,6 +52,11 @@ public:
     /// Exactly these, whatever the process's mask says.
     [[nodiscard]] std::error_code setPermissions(std::uint32_t permissions);
 
+    /// Those of the file that it is to replace: owner and group as far as the system allows, and
+    /// these permissions, of which a group that could not be kept has no more than everybody.
+    [[nodiscard]] std::error_code takeRights(std::uint32_t owner, std::uint32_t group,
+                                             std::uint32_t permissions);
+
     /// The file will have this name in its folder instead of the one that it was made for.
     void setName(const std::string& name) { name_ = name; }
     /// Gives the file its name. The folder is not flushed.

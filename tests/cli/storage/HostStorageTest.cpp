@@ -3,6 +3,8 @@
 #include <tests/cli/storage/StorageFolder.h>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -58,6 +60,23 @@ TEST_F(HostStorage, RestoresOverAFileAndKeepsItsPermissions) {
         EXPECT_EQ(readFile(folder / "old"), "contents");
         EXPECT_EQ(permissions(folder / "old"), mode);
     }
+}
+
+// Symptom: a file that root restored was not its owner's any more.
+// Cause: only the permissions were taken over from the file that was replaced.
+TEST_F(HostStorage, RestoresOverAFileAndLeavesItToItsOwner) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root may give a file away";
+    const OdString url = stored("file", "contents");
+    writeFile(folder / "old", "old");
+    ASSERT_EQ(::chown((folder / "old").c_str(), 1000, 2000), 0);
+    fs::permissions(folder / "old", fs::perms(0660));
+    EXPECT_TRUE(storage.restore(root, url, L"old").value());
+    struct stat status = {};
+    ASSERT_EQ(::stat((folder / "old").c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 1000U);
+    EXPECT_EQ(status.st_gid, 2000U);
+    EXPECT_EQ(permissions(folder / "old"), 0660U);
 }
 
 TEST_F(HostStorage, RestoresLargeAndEmptyFiles) {
