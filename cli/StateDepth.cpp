@@ -13,6 +13,8 @@ namespace qrv_cli {
 
 namespace {
 
+constexpr std::size_t pieceBytes = 65536;
+
 /// Ours are five levels deep.
 constexpr int deepest = 100;
 
@@ -66,7 +68,7 @@ bool isTooDeep(const OdString& path) {
     if (!file.open(path))
         return false;
     Depth depth;
-    std::array<char, 64 * 1024> buffer;
+    std::array<char, pieceBytes> buffer{};
     bool isFirst = true;
     while (const std::size_t count = file.read(buffer.data(), buffer.size())) {
         const std::string_view bytes(buffer.data(), count);

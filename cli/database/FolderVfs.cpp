@@ -91,7 +91,8 @@ FolderVfs::FolderVfs(const sys::Folder& folder, const std::string& name)
       databasePath_(folder.pathThroughHandle(database_)),
       journalPath_(folder.pathThroughHandle(journal_)) {
     std::array<char, 40> unique{};
-    std::snprintf(unique.data(), unique.size(), "qrv-%p", static_cast<void*>(this));
+    static_cast<void>(
+        std::snprintf(unique.data(), unique.size(), "qrv-%p", static_cast<void*>(this)));
     name_ = unique.data();
     vfs_.iVersion = 1;
     vfs_.szOsFile = systemVfs()->szOsFile;

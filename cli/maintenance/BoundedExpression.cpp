@@ -29,18 +29,23 @@ struct TooManySteps {};
 /// and all but an alternative copies its place in the name before it goes deeper.
 class CountedByte {
 public:
+    // The standard library looks for these names.
+    // NOLINTBEGIN(readability-identifier-naming)
     using iterator_category = std::bidirectional_iterator_tag;
     using value_type = char;
     using difference_type = std::ptrdiff_t;
     using pointer = const char*;
     using reference = const char&;
+    // NOLINTEND(readability-identifier-naming)
 
     CountedByte() = default;
     CountedByte(const char* byte, std::int64_t& steps) : byte_(byte), steps_(&steps) {}
     CountedByte(const CountedByte& other) : byte_(other.byte_), steps_(other.steps_) { count(); }
     CountedByte& operator=(const CountedByte& other) {
-        byte_ = other.byte_;
-        steps_ = other.steps_;
+        if (this != &other) {
+            byte_ = other.byte_;
+            steps_ = other.steps_;
+        }
         count();
         return *this;
     }
@@ -51,6 +56,8 @@ public:
         ++byte_;
         return *this;
     }
+    // A constant result could not be moved from.
+    // NOLINTBEGIN(cert-dcl21-cpp)
     CountedByte operator++(int) {
         CountedByte before = *this;
         ++byte_;
@@ -65,6 +72,7 @@ public:
         --byte_;
         return before;
     }
+    // NOLINTEND(cert-dcl21-cpp)
     friend bool operator==(const CountedByte& left, const CountedByte& right) {
         left.count();
         return left.byte_ == right.byte_;
@@ -128,8 +136,10 @@ bool findBackReference(const common::IgnoreLine& line) {
 }  // namespace
 
 BoundedExpression::BoundedExpression(const common::IgnoreLine& line)
-    : line_(line), mostDeepSteps_(deepSteps(line)), deep_(line.compiled()) {
-    hasBackReference_ = findBackReference(line);
+    : line_(line),
+      mostDeepSteps_(deepSteps(line)),
+      hasBackReference_(findBackReference(line)),
+      deep_(line.compiled()) {
 }
 
 std::optional<bool> BoundedExpression::matches(std::string_view nameNarrow, std::int64_t& steps) {

@@ -10,7 +10,7 @@ namespace {
 /// Later times are given as the last one that can be counted in nanoseconds, or just before it.
 constexpr std::int64_t lastTimeNs =
     std::numeric_limits<std::int64_t>::max() - std::int64_t{10} * 1000 * 1000 * 1000;
-constexpr std::int64_t nsPerMillisecond = 1000 * 1000;
+constexpr std::int64_t nsPerMillisecond = 1000000;
 
 }  // namespace
 

@@ -283,8 +283,7 @@ Expected<StepEnd> removeFile(const sys::Folder& root, const StepTarget& target) 
                              folder.error());
     StepEnd end;
     if (folder) {
-        const Expected<StepEnd> removed =
-            Change(std::move(*folder), std::move(name), target).remove();
+        Expected<StepEnd> removed = Change(std::move(*folder), std::move(name), target).remove();
         if (!removed)
             return removed;
         end = *removed;

@@ -53,8 +53,7 @@ public:
             // Anything else is not ours.
             if (!status || status->kind == sys::FileKind::folder)
                 continue;
-            const Expected<void> done =
-                sys::isTemporaryName(name) ? remove(name) : settleAside(name);
+            Expected<void> done = sys::isTemporaryName(name) ? remove(name) : settleAside(name);
             if (!done)
                 return done;
         }
@@ -151,7 +150,7 @@ Expected<void> settleLeftovers(const Workspace& workspace, const Plan& plan) {
         if (!folder)
             return systemFailure(tr(L"The folder '%ls' cannot be opened: %ls"),
                                  OdString::fromNarrow(path), folder.error());
-        const Expected<void> settled = Cleaning(std::move(*folder), path, plan).settle();
+        Expected<void> settled = Cleaning(std::move(*folder), path, plan).settle();
         if (!settled)
             return settled;
     }

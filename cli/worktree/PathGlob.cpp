@@ -75,6 +75,8 @@ PathGlob::PathGlob(const OdString& folder, const OdString& glob) {
     for (const char32_t character : charactersOf(folder.isEmpty() ? folder : folder + L'/'))
         parts_.push_back({Kind::itself, character});
     addGlob(charactersOf(glob));
+    // There are parts to count only now.
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer)
     fewest_ =
         static_cast<std::size_t>(std::count_if(parts_.begin(), parts_.end(), [](const Part& part) {
             return part.kind == Kind::itself || part.kind == Kind::any;

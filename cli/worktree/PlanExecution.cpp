@@ -102,7 +102,7 @@ private:
         for (std::size_t index = 0; index < files.size(); ++index) {
             const Expected<StepEnd> end =
                 writeFile(workspace_.folder(), *targetOf(*steps[index]), std::move(files[index]));
-            const Expected<void> noted = end ? note(*steps[index], *end) : end.error();
+            Expected<void> noted = end ? note(*steps[index], *end) : end.error();
             if (!noted)
                 return noted;
         }

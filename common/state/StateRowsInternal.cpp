@@ -30,10 +30,10 @@ private:
     std::optional<Content> content_;
 };
 
-/// All keys are ASCII, so each unit is one byte. `size` counts the NUL behind the key.
-template <std::size_t size>
-bool is(std::string_view name, const wchar_t (&key)[size]) {
-    return name.size() == size - 1 && std::equal(name.begin(), name.end(), key);
+/// All keys are ASCII, so each unit is one byte. `Size` counts the NUL behind the key.
+template <std::size_t Size>
+bool is(std::string_view name, const wchar_t (&key)[Size]) {
+    return name.size() == Size - 1 && std::equal(name.begin(), name.end(), key);
 }
 
 /// Calls `readMember` with the name of each member; it must read the member's value.

@@ -31,16 +31,16 @@ constexpr std::size_t bytesForTerm = 160 * instrumented;
 constexpr std::size_t bytesForParenthesis = 450 * instrumented;
 constexpr std::size_t bytesForState = 180 * instrumented;
 /// Left to others: what is called at the end, and the throwing of an exception.
-constexpr std::size_t reserveBytes = 32 * 1024;
+constexpr std::size_t reserveBytes = std::size_t{32} * 1024;
 /// So much is there in any thread, and need not be asked for.
-constexpr std::size_t alwaysThereBytes = 64 * 1024;
+constexpr std::size_t alwaysThereBytes = std::size_t{64} * 1024;
 
 std::size_t usableStackBytes() {
 #ifdef QRV_BUNDLED_PLATFORM
     const std::size_t left = kernel::stackLeftBytes();
 #else
     // A host's platform does not tell: half of a small thread's stack.
-    const std::size_t left = 256 * 1024;
+    const std::size_t left = std::size_t{256} * 1024;
 #endif
     return left > reserveBytes ? left - reserveBytes : 0;
 }

@@ -5,7 +5,7 @@
 namespace kernel {
 
 std::size_t stackLeftBytes() {
-    std::size_t left = 64 * 1024;
+    std::size_t left = std::size_t{64} * 1024;
 #ifdef __GLIBC__
     pthread_attr_t attributes;
     if (pthread_getattr_np(pthread_self(), &attributes) != 0)
