@@ -9,6 +9,7 @@
 #include <sqlite3.h>
 
 #include <array>
+#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -53,14 +54,6 @@ void limitStatements(sqlite3* connection) {
         sqlite3_limit(connection, limit.kind, limit.atMost);
 }
 
-/// The folder of a path, and the name in it.
-std::pair<std::string, std::string> splitPath(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos)
-        return {".", path};
-    return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
-}
-
 }  // namespace
 
 void Database::Close::operator()(sqlite3* connection) const {
@@ -70,19 +63,19 @@ void Database::Close::operator()(sqlite3* connection) const {
 Database::Database(const sys::Folder& folder, const std::string& relative, const OdString& path,
                    Access access)
     : path_(path) {
-    const auto [parent, name] = splitPath(relative);
-    const sys::Outcome<sys::Folder> holder = folder.openFolder(parent);
-    if (!holder)
-        failOnDatabase(path_, causeOf(holder.error()));
-    open(*holder, name, access);
+    const sys::Outcome<sys::NameInFolder> place = folder.openFolderOf(relative);
+    if (!place)
+        failOnDatabase(path_, causeOf(place.error()));
+    open(place->folder, place->name, access);
 }
 
 Database::Database(const OdString& path, Access access) : path_(path) {
-    const auto [parent, name] = splitPath(path.toNarrow());
-    const sys::Outcome<sys::Folder> folder = sys::Folder::open(parent);
+    const std::filesystem::path file = path.toNarrow();
+    const std::filesystem::path parent = file.has_parent_path() ? file.parent_path() : ".";
+    const sys::Outcome<sys::Folder> folder = sys::Folder::open(parent.native());
     if (!folder)
         failOnDatabase(path_, causeOf(folder.error()));
-    open(*folder, name, access);
+    open(*folder, file.filename().native(), access);
 }
 
 Database::Database(const OdString& path, InMemory) : path_(path) {

@@ -10,6 +10,7 @@
 #include <platform/kernel/Clock.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace qrv_cli {
@@ -186,22 +187,13 @@ Expected<std::set<OdString>> recordedCommits(const sys::Folder& root) {
 
 Expected<NewCommit> recordedCommit(const OdString& hash, const sys::Folder& root) {
     const std::string path = recordPath(hash);
-    const auto unreadable = [&path](std::error_code cause) {
-        return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString::fromNarrow(path), cause);
-    };
-    sys::Outcome<sys::InputFile> file = root.openFile(path);
-    if (!file)
-        return unreadable(file.error());
-    const sys::Outcome<sys::InputFile::Stamp> stamp = file->stamp();
-    if (!stamp)
-        return unreadable(stamp.error());
-    if (std::cmp_greater(stamp->sizeBytes, maximumRecordBytes))
-        return unreadable(std::make_error_code(std::errc::file_too_large));
-    std::string bytes(static_cast<std::size_t>(stamp->sizeBytes), '\0');
-    const sys::Outcome<std::size_t> count = file->read(bytes);
-    if (!count)
-        return unreadable(count.error());
-    bytes.resize(*count);
+    const sys::Outcome<sys::InputFile> file = root.openFile(path);
+    const sys::Outcome<std::vector<char>> whole =
+        file ? file->readWhole(maximumRecordBytes) : file.error();
+    if (!whole)
+        return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString::fromNarrow(path),
+                             whole.error());
+    const std::string_view bytes(whole->data(), whole->size());
     if (OdString::fromNarrow(Digest::of(bytes)) != hash)
         return ErrorMessage{OdString::format(tr(L"'%ls' is damaged: its contents have another "
                                                 L"digest"),

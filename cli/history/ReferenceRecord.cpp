@@ -89,23 +89,14 @@ ErrorMessage unreadable(std::error_code cause) {
     return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString(referenceRecordPath), cause);
 }
 
-Expected<std::optional<std::string>> bytesOf(const sys::Folder& root) {
-    sys::Outcome<sys::InputFile> file = root.openFile(referenceRecordPath);
+Expected<std::optional<std::vector<char>>> bytesOf(const sys::Folder& root) {
+    const sys::Outcome<sys::InputFile> file = root.openFile(referenceRecordPath);
     if (!file && sys::meansAbsent(file.error()))
-        return std::optional<std::string>();
-    if (!file)
-        return unreadable(file.error());
-    const sys::Outcome<sys::InputFile::Stamp> stamp = file->stamp();
-    if (!stamp)
-        return unreadable(stamp.error());
-    if (std::cmp_greater(stamp->sizeBytes, maximumSizeBytes))
-        return unreadable(std::make_error_code(std::errc::file_too_large));
-    std::string bytes(static_cast<std::size_t>(stamp->sizeBytes), '\0');
-    const sys::Outcome<std::size_t> count = file->read(bytes);
-    if (!count)
-        return unreadable(count.error());
-    bytes.resize(*count);
-    return std::optional(std::move(bytes));
+        return std::optional<std::vector<char>>();
+    sys::Outcome<std::vector<char>> bytes = file ? file->readWhole(maximumSizeBytes) : file.error();
+    if (!bytes)
+        return unreadable(bytes.error());
+    return std::optional(std::move(*bytes));
 }
 
 std::error_code write(const std::string& bytes, const sys::Folder& root) {
@@ -124,7 +115,7 @@ std::error_code write(const std::string& bytes, const sys::Folder& root) {
 }  // namespace
 
 Expected<ReferenceRecord> ReferenceRecord::read(const sys::Folder& root) {
-    const Expected<std::optional<std::string>> bytes = bytesOf(root);
+    const Expected<std::optional<std::vector<char>>> bytes = bytesOf(root);
     if (!bytes)
         return bytes.error();
     ReferenceRecord record;
@@ -132,7 +123,7 @@ Expected<ReferenceRecord> ReferenceRecord::read(const sys::Folder& root) {
     if (!*bytes)
         return record;
     record.isThere_ = true;
-    std::string_view rest = **bytes;
+    std::string_view rest((*bytes)->data(), (*bytes)->size());
     if (!rest.starts_with(heading)) {
         record.damagedLine_ = 1;
         return record;

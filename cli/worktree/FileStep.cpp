@@ -30,18 +30,11 @@ bool isSameFile(const sys::FileVersion& one, const sys::FileVersion& other) {
            one.modifiedNs == other.modifiedNs;
 }
 
-std::pair<std::string, std::string> splitPath(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos)
-        return {".", path};
-    return {path.substr(0, slash), path.substr(slash + 1)};
-}
-
 /// One working file in its folder, which stays the same whatever happens to the path.
 class Change {
 public:
-    Change(sys::Folder folder, std::string name, const StepTarget& target)
-        : folder_(std::move(folder)), name_(std::move(name)), target_(target) {}
+    Change(sys::NameInFolder place, const StepTarget& target)
+        : folder_(std::move(place.folder)), name_(std::move(place.name)), target_(target) {}
 
     Expected<StepEnd> write(sys::NewFile file) {
         const sys::Outcome<sys::FileVersion> version = versionOf(file);
@@ -267,23 +260,21 @@ Expected<void> keepBeside(const sys::Folder& folder, const std::string& aside,
 }
 
 Expected<StepEnd> writeFile(const sys::Folder& root, const StepTarget& target, sys::NewFile file) {
-    auto [parent, name] = splitPath(target.path.bytes());
-    sys::Outcome<sys::Folder> folder = root.openFolder(parent);
-    if (!folder)
+    sys::Outcome<sys::NameInFolder> place = root.openFolderOf(target.path.bytes());
+    if (!place)
         return systemFailure(tr(L"'%ls' cannot be written: %ls"), target.path.text(),
-                             folder.error());
-    return Change(std::move(*folder), std::move(name), target).write(std::move(file));
+                             place.error());
+    return Change(std::move(*place), target).write(std::move(file));
 }
 
 Expected<StepEnd> removeFile(const sys::Folder& root, const StepTarget& target) {
-    auto [parent, name] = splitPath(target.path.bytes());
-    sys::Outcome<sys::Folder> folder = root.openFolder(parent);
-    if (!folder && !sys::meansAbsent(folder.error()))
+    sys::Outcome<sys::NameInFolder> place = root.openFolderOf(target.path.bytes());
+    if (!place && !sys::meansAbsent(place.error()))
         return systemFailure(tr(L"'%ls' cannot be removed: %ls"), target.path.text(),
-                             folder.error());
+                             place.error());
     StepEnd end;
-    if (folder) {
-        Expected<StepEnd> removed = Change(std::move(*folder), std::move(name), target).remove();
+    if (place) {
+        Expected<StepEnd> removed = Change(std::move(*place), target).remove();
         if (!removed)
             return removed;
         end = *removed;

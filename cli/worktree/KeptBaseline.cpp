@@ -35,24 +35,17 @@ KeptBaseline toKept(const common::State& state, const sys::FileVersion& stateFil
 }
 
 Expected<std::optional<KeptBaseline>> readBaseline(const sys::Folder& root) {
-    sys::Outcome<sys::InputFile> file = root.openFile(baselinePath);
+    const sys::Outcome<sys::InputFile> file = root.openFile(baselinePath);
     if (!file && file.error() == std::errc::no_such_file_or_directory)
         return std::optional<KeptBaseline>();
-    if (!file)
-        return unreadable(file.error());
-    const sys::Outcome<sys::InputFile::Stamp> stamp = file->stamp();
-    if (!stamp)
-        return unreadable(stamp.error());
-    if (std::cmp_greater(stamp->sizeBytes, maximumSizeBytes))
+    sys::Outcome<std::vector<char>> bytes = file ? file->readWhole(maximumSizeBytes) : file.error();
+    if (!bytes && bytes.error() == std::errc::file_too_large)
         return damagedBaseline();
-    std::vector<char> bytes(static_cast<std::size_t>(stamp->sizeBytes));
-    const sys::Outcome<std::size_t> count = file->read(bytes);
-    if (!count)
-        return unreadable(count.error());
-    bytes.resize(*count);
-    if (isOfLaterProgram({bytes.data(), bytes.size()}))
+    if (!bytes)
+        return unreadable(bytes.error());
+    if (isOfLaterProgram({bytes->data(), bytes->size()}))
         return std::optional<KeptBaseline>();
-    std::optional<KeptBaseline> kept = fromBytes(std::move(bytes));
+    std::optional<KeptBaseline> kept = fromBytes(std::move(*bytes));
     if (!kept)
         return damagedBaseline();
     return kept;

@@ -107,6 +107,18 @@ Outcome<InputFile> Folder::openFile(const std::string& relative) const {
     return InputFile(std::move(handle));
 }
 
+Outcome<NameInFolder> Folder::openFolderOf(const std::string& relative) const {
+    if (const int refusal = relative == "." ? EINVAL : refusalOfForm(relative); refusal != 0)
+        return std::error_code(refusal, std::generic_category());
+    auto [above, name] = splitPath(relative);
+    if (above.empty())
+        return NameInFolder{.folder = *this, .name = std::move(name)};
+    Outcome<Folder> opened = openFolder(above);
+    if (!opened)
+        return opened.error();
+    return NameInFolder{.folder = std::move(*opened), .name = std::move(name)};
+}
+
 Outcome<NewFile> Folder::newFile(const std::string& relative, std::uint32_t permissions) const {
     if (const int refusal = relative == "." ? EINVAL : refusalOfForm(relative); refusal != 0)
         return std::error_code(refusal, std::generic_category());

@@ -31,6 +31,8 @@ struct FileStatus {
     std::uint32_t group = 0;
 };
 
+struct NameInFolder;
+
 /// An open folder, and what lies below it. Every operation takes a path relative to it and never
 /// leaves it: nothing is cached, and a path that leads through a symbolic link is refused by the
 /// system itself at the moment of use, so that nothing can be exchanged between a check and the
@@ -52,6 +54,9 @@ public:
     /// folder with `is_a_directory`, a link with `too_many_symbolic_link_levels`, the rest with
     /// `operation_not_supported`.
     Outcome<InputFile> openFile(const std::string& relative) const;
+    /// Opens the folder that holds what is called `relative`, which need not be there, and gives
+    /// that with the name in it: the two stay together whatever happens to the path.
+    Outcome<NameInFolder> openFolderOf(const std::string& relative) const;
     /// Begins a new file, which will have the name `relative` once it is published (see NewFile).
     /// Makes the folders on the way that are missing. The process's mask applies to `permissions`.
     Outcome<NewFile> newFile(const std::string& relative, std::uint32_t permissions) const;
@@ -104,6 +109,11 @@ private:
 
     // Shared with the new files that are not published yet.
     std::shared_ptr<const Handle> handle_;
+};
+
+struct NameInFolder {
+    Folder folder;
+    std::string name;
 };
 
 }  // namespace sys

@@ -18,6 +18,20 @@ Outcome<std::size_t> InputFile::read(std::span<char> buffer) {
     return total;
 }
 
+Outcome<std::vector<char>> InputFile::readWhole(std::size_t mostBytes) const {
+    const Outcome<Stamp> now = stamp();
+    if (!now)
+        return now.error();
+    if (std::cmp_greater(now->sizeBytes, mostBytes))
+        return std::make_error_code(std::errc::file_too_large);
+    std::vector<char> bytes(static_cast<std::size_t>(now->sizeBytes));
+    const Outcome<std::size_t> count = readAt(0, bytes);
+    if (!count)
+        return count.error();
+    bytes.resize(*count);
+    return bytes;
+}
+
 Outcome<std::size_t> InputFile::readAt(std::int64_t position, std::span<char> buffer) const {
     std::size_t total = 0;
     while (total < buffer.size()) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace sys {
 
@@ -16,6 +17,10 @@ class InputFile {
 public:
     /// Reads the next bytes and gives their number: less than asked for only at the end.
     Outcome<std::size_t> read(std::span<char> buffer);
+
+    /// Reads the file from its beginning to its end. `file_too_large` for more than `mostBytes`,
+    /// which are not read then.
+    Outcome<std::vector<char>> readWhole(std::size_t mostBytes) const;
 
     /// Reads what lies at `position`, and leaves where `read` goes on as it is.
     Outcome<std::size_t> readAt(std::int64_t position, std::span<char> buffer) const;

@@ -129,6 +129,32 @@ TEST_F(Folder, ReadsAFileToItsEnd) {
     EXPECT_EQ(file->stamp()->sizeBytes, 10);
 }
 
+TEST_F(Folder, ReadsAWholeFileUnlessItIsTooLong) {
+    writeFile(temporary_ / "file", "0123456789");
+    sys::Outcome<sys::InputFile> file = folder_.openFile("file");
+    ASSERT_TRUE(file);
+    std::array<char, 7> buffer = {};
+    EXPECT_EQ(*file->read(buffer), 7U);
+    const sys::Outcome<std::vector<char>> whole = file->readWhole(10);
+    ASSERT_TRUE(whole);
+    EXPECT_EQ(std::string(whole->begin(), whole->end()), "0123456789");
+    EXPECT_EQ(file->readWhole(9).error(), std::errc::file_too_large);
+}
+
+TEST_F(Folder, OpensTheFolderOfAName) {
+    writeFile(temporary_ / "a/file", "");
+    fs::create_symlink("a", temporary_ / "link");
+    const sys::Outcome<sys::NameInFolder> place = folder_.openFolderOf("a/new");
+    ASSERT_TRUE(place);
+    EXPECT_EQ(place->name, "new");
+    EXPECT_TRUE(place->folder.openFile("file"));
+    EXPECT_EQ(folder_.openFolderOf("file")->name, "file");
+    EXPECT_EQ(folder_.openFolderOf("none/file").error(), std::errc::no_such_file_or_directory);
+    EXPECT_EQ(folder_.openFolderOf("link/file").error(), std::errc::too_many_symbolic_link_levels);
+    EXPECT_EQ(folder_.openFolderOf(".").error(), std::errc::invalid_argument);
+    EXPECT_EQ(folder_.openFolderOf("../file").error(), std::errc::invalid_argument);
+}
+
 TEST_F(Folder, SeesByTheStampThatAFileWasChanged) {
     writeFile(temporary_ / "file", "before");
     setTime("file", {.tv_sec = 1700000000, .tv_nsec = 1});
