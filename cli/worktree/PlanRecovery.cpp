@@ -133,12 +133,6 @@ Expected<void> recover(Workspace& workspace) {
     const std::optional<Plan> plan = notedPlan(workspace.history());
     if (!plan)
         return {};
-    if (!workspace.mayChange()) {
-        printMessage(OdString::format(
-            tr(L"Note: '%ls' was interrupted, or is being done now by another process"),
-            printable(plan->title)));
-        return {};
-    }
     const bool isFinished = plan->recovery == Plan::Recovery::finish;
     // It may take long, and is not what the person asked for now.
     printMessage(OdString::format(isFinished

@@ -8,7 +8,7 @@ namespace qrv_cli {
 
 /// Finishes or takes back what an interrupted command left, and tells so. A working file that is
 /// neither as before nor as planned was changed by somebody meanwhile: it is left alone, and named.
-/// Without the lock nothing is done but telling.
+/// Needs the lock.
 ///
 /// Fails, and the plan stays noted, when anything cannot be looked at, written or removed, and when
 /// a file of the plan is open in another program: nobody can tell then what was done already, and
