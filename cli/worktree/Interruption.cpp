@@ -1,7 +1,7 @@
 #include <cli/Message.h>
 #include <cli/Translation.h>
 #include <cli/worktree/Interruption.h>
-#include <cli/worktree/PlanCheck.h>
+#include <cli/worktree/NotedPlanCheck.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/PlanRecovery.h>
 #include <platform/sys/Lock.h>
@@ -41,7 +41,7 @@ Expected<void> settleInterruption(Workspace& workspace) {
     const std::optional<Plan> plan = notedPlan(workspace.history());
     if (!plan)
         return {};
-    if (const Expected<void> checked = checkPlan(workspace, *plan); !checked)
+    if (const Expected<void> checked = checkNotedPlan(workspace, *plan); !checked)
         return ErrorMessage{OdString::format(
             tr(L"'%ls' was interrupted, and what it left to do cannot be: %ls (qrv recover "
                L"--forget leaves the files as they are)"),

@@ -9,8 +9,9 @@ namespace qrv_cli {
 /// look changes no file, least of all because a repository says so. Never waits for the lock.
 void tellInterruption(Workspace& workspace);
 
-/// Does what an interrupted command left to do, after it was checked (see PlanCheck.h), and tells
-/// so. Fails when it cannot be trusted or cannot be done; it stays noted then. Needs the lock.
+/// Does what an interrupted command left to do, after it was checked (see NotedPlanCheck.h), and
+/// tells so. Fails when it cannot be trusted or cannot be done; it stays noted then. Needs the
+/// lock.
 Expected<void> settleInterruption(Workspace& workspace);
 
 /// Leaves the working files as they are, and forgets what an interrupted command had left to do.

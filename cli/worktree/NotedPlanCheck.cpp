@@ -1,6 +1,6 @@
 #include <cli/Message.h>
 #include <cli/Translation.h>
-#include <cli/worktree/PlanCheck.h>
+#include <cli/worktree/NotedPlanCheck.h>
 
 namespace qrv_cli {
 
@@ -74,7 +74,7 @@ private:
 
 }  // namespace
 
-Expected<void> checkPlan(Workspace& workspace, const Plan& plan) {
+Expected<void> checkNotedPlan(Workspace& workspace, const Plan& plan) {
     return Check(workspace, plan).run();
 }
 

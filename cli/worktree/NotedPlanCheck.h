@@ -16,6 +16,6 @@ namespace qrv_cli {
 ///
 /// Paths, URLs and the names of references were checked when the plan was read, and the way to each
 /// file is when it is gone. Fails with a message that names the cause.
-Expected<void> checkPlan(Workspace& workspace, const Plan& plan);
+Expected<void> checkNotedPlan(Workspace& workspace, const Plan& plan);
 
 }  // namespace qrv_cli
