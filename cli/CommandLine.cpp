@@ -2,8 +2,10 @@
 #include <cli/CommandLine.h>
 #include <cli/RunningCommand.h>
 #include <cli/Translation.h>
+#include <cli/shell/ArgumentParser.h>
 
 #include <algorithm>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -86,6 +88,18 @@ bool needsEnd(const std::string& word) {
            (word.starts_with('-') && word.ends_with('='));
 }
 
+/// The words behind the program's name, the last one first, as the parser takes them.
+std::vector<std::string> wordsForParser(int argumentCount, const char* const* arguments) {
+    std::vector<std::string> words(arguments + std::min(argumentCount, 1),
+                                   arguments + argumentCount);
+    for (std::string& word : words) {
+        if (needsEnd(word))
+            word += endOfWord;
+    }
+    std::reverse(words.begin(), words.end());
+    return words;
+}
+
 std::string withoutEnd(std::string word) {
     if (word.ends_with(endOfWord))
         word.pop_back();
@@ -122,26 +136,34 @@ CommandLine::CommandLine()
     parser_->require_subcommand(0, 1);
     for (const Command& command : commands()) {
         CLI::App* const parser = parser_->add_subcommand(command.name, trUtf8(command.summary));
-        parser->callback([this, action = command.declare(*parser), name = command.name] {
-            chosen_ = action;
-            setRunningCommand(name);
-        });
+        parser->callback(
+            [this, action = command.declare(ArgumentParser(*parser)), name = command.name] {
+                chosen_ = action;
+                setRunningCommand(name);
+            });
     }
     prepareOptions(*parser_);
 }
 
 CommandLine::~CommandLine() = default;
 
-void CommandLine::parse(int argumentCount, const char* const* arguments) {
-    std::vector<std::string> words(arguments + std::min(argumentCount, 1),
-                                   arguments + argumentCount);
-    for (std::string& word : words) {
-        if (needsEnd(word))
-            word += endOfWord;
+Expected<void> CommandLine::parse(int argumentCount, const char* const* arguments) {
+    try {
+        parser_->parse(wordsForParser(argumentCount, arguments));
+    } catch (const CLI::ParseError& error) {
+        // A wish for the help or the version is one of the parser's errors too.
+        if (error.get_exit_code() != 0)
+            return ErrorMessage{OdString(error.what())};
+        std::ostringstream text;
+        std::ostringstream unused;
+        parser_->exit(error, text, unused);
+        wishedText_ = text.str();
     }
-    // The parser takes them from the end.
-    std::reverse(words.begin(), words.end());
-    parser_->parse(std::move(words));
+    return {};
+}
+
+std::string CommandLine::help() const {
+    return parser_->help();
 }
 
 std::vector<CommandText> CommandLine::texts() const {

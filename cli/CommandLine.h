@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cli/commands/Commands.h>
+#include <common/base/Expected.h>
 
 #include <memory>
 #include <optional>
@@ -40,21 +41,25 @@ public:
     CommandLine& operator=(const CommandLine&) = delete;
     ~CommandLine();
 
-    /// Takes each word as it is, also one that has the form of a list, such as "[a,b]". Throws what
-    /// the parser throws, at a wish for the help too.
-    void parse(int argumentCount, const char* const* arguments);
+    /// Takes each word as it is, also one that has the form of a list, such as "[a,b]". Fails with
+    /// what is wrong with the words.
+    Expected<void> parse(int argumentCount, const char* const* arguments);
 
-    CLI::App& parser() { return *parser_; }
+    /// The help or the version, if the command line wishes for one of them instead of a command.
+    const std::optional<std::string>& wishedText() const { return wishedText_; }
     /// What the parsed command does; empty without a command.
     const Action& chosen() const { return chosen_; }
     /// The folder that `-C` named.
     const std::optional<std::string>& folder() const { return folder_; }
 
+    /// The help of the program itself.
+    std::string help() const;
     /// The program itself first, with an empty name, then the commands in the order of the help.
     std::vector<CommandText> texts() const;
 
 private:
     std::unique_ptr<CLI::App> parser_;
+    std::optional<std::string> wishedText_;
     Action chosen_;
     std::optional<std::string> folder_;
 };

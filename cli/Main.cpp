@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/CommandLine.h>
 #include <cli/Failure.h>
 #include <cli/Message.h>
@@ -13,7 +12,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -22,24 +20,16 @@ namespace qrv_cli {
 
 namespace {
 
-ExitStatus printHelpOnError(const CLI::App& app) {
-    const std::string help = app.help();
+ExitStatus printHelpOnError(const CommandLine& line) {
+    const std::string help = line.help();
     static_cast<void>(std::fwrite(help.data(), 1, help.size(), stderr));
     return kWrongUsage;
 }
 
-/// A wish for the help or the version is one of the parser's errors too.
-ExitStatus answer(const CLI::App& app, const CLI::ParseError& error, Output& output) {
-    if (error.get_exit_code() != 0) {
-        printMessage(OdString::format(tr(L"%ls (see qrv --help)"), OdString(error.what())));
-        return kWrongUsage;
-    }
-    std::ostringstream text;
-    std::ostringstream unused;
-    app.exit(error, text, unused);
+ExitStatus print(const std::string& text, Output& output) {
     return carryOut(
         [&text](Output& out) {
-            out.write(text.str());
+            out.write(text);
             return Expected<void>();
         },
         output);
@@ -84,20 +74,24 @@ bool isCommand(const std::string& word) {
                        [&word](const Command& command) { return command.name == word; });
 }
 
+ExitStatus refuse(int argumentCount, const char* const* arguments, const ErrorMessage& reason) {
+    const std::string word = wordForCommand(argumentCount, arguments);
+    if (!word.empty() && !isCommand(word))
+        return refuseCommand(word);
+    printMessage(OdString::format(tr(L"%ls (see qrv --help)"), reason.message));
+    return kWrongUsage;
+}
+
 ExitStatus run(int argumentCount, const char* const* arguments) {
     Output output;
     const Translations translations;
     CommandLine line;
-    try {
-        line.parse(argumentCount, arguments);
-    } catch (const CLI::ParseError& error) {
-        const std::string word = wordForCommand(argumentCount, arguments);
-        if (error.get_exit_code() != 0 && !word.empty() && !isCommand(word))
-            return refuseCommand(word);
-        return answer(line.parser(), error, output);
-    }
+    if (const Expected<void> parsed = line.parse(argumentCount, arguments); !parsed)
+        return refuse(argumentCount, arguments, parsed.error());
+    if (line.wishedText())
+        return print(*line.wishedText(), output);
     if (!line.chosen())
-        return printHelpOnError(line.parser());
+        return printHelpOnError(line);
     const auto inFolder = [&line](Output& out) {
         const Expected<void> entered = line.folder() ? enter(*line.folder()) : Expected<void>();
         return entered ? line.chosen()(out) : entered;

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
 #include <cli/Message.h>
@@ -10,6 +9,7 @@
 #include <cli/history/CommitName.h>
 #include <cli/history/CommitText.h>
 #include <cli/history/ReferenceName.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/Workspace.h>
 
 #include <algorithm>
@@ -171,30 +171,30 @@ Expected<void> change(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareBranch(CLI::App& parser) {
+Action declareBranch(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::Option* const name = parser.add_option(
+    const Argument name = parser.addOption(
         "NAME", arguments->name, trUtf8(L"The branch to make (default: list the branches)"));
     parser
-        .add_option("COMMIT", arguments->start,
-                    trUtf8(L"Where it begins (default: the current branch's commit)"))
-        ->needs(name);
-    CLI::Option* const deleted =
-        parser.add_option("--delete", arguments->deleted, trUtf8(L"Delete the branch NAME"))
-            ->type_name("NAME")
-            ->excludes(name);
+        .addOption("COMMIT", arguments->start,
+                   trUtf8(L"Where it begins (default: the current branch's commit)"))
+        .needs(name);
+    const Argument deleted =
+        parser.addOption("--delete", arguments->deleted, trUtf8(L"Delete the branch NAME"))
+            .placeholder("NAME")
+            .excludes(name);
     parser
-        .add_flag("--force", arguments->force,
-                  trUtf8(L"Delete it also when its commits are in no other branch or tag"))
-        ->needs(deleted);
-    CLI::Option* const names =
-        parser.add_flag("--names", arguments->namesOnly, trUtf8(L"List only the names"))
-            ->excludes(name);
+        .addFlag("--force", arguments->force,
+                 trUtf8(L"Delete it also when its commits are in no other branch or tag"))
+        .needs(deleted);
+    const Argument names =
+        parser.addFlag("--names", arguments->namesOnly, trUtf8(L"List only the names"))
+            .excludes(name);
     parser
-        .add_flag("--json", arguments->asJson,
-                  trUtf8(L"Print an array of objects with \"name\", \"commit\" and \"current\"; "
-                         L"of a branch made or deleted its object alone"))
-        ->excludes(names);
+        .addFlag("--json", arguments->asJson,
+                 trUtf8(L"Print an array of objects with \"name\", \"commit\" and \"current\"; "
+                        L"of a branch made or deleted its object alone"))
+        .excludes(names);
     return [arguments](Output& output) {
         const bool changes = arguments->name || arguments->deleted;
         return changes ? change(*arguments, output) : list(*arguments, output);

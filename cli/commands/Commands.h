@@ -5,12 +5,9 @@
 #include <functional>
 #include <span>
 
-namespace CLI {
-class App;
-}
-
 namespace qrv_cli {
 
+class ArgumentParser;
 class Output;
 
 /// What a command does once its arguments are known: writes its results, or fails with a message.
@@ -21,39 +18,39 @@ struct Command {
     /// In English; the catalogue may have another.
     const wchar_t* summary;
     /// Declares the command's arguments. The action is called after they were parsed.
-    Action (*declare)(CLI::App& parser);
+    Action (*declare)(const ArgumentParser& parser);
 };
 
 /// In the order in which the help lists them.
 std::span<const Command> commands();
 
-Action declareAdd(CLI::App& parser);
-Action declareBranch(CLI::App& parser);
-Action declareCommit(CLI::App& parser);
-Action declareConfig(CLI::App& parser);
-Action declareCompletion(CLI::App& parser);
-Action declareConvert(CLI::App& parser);
-Action declareDiff(CLI::App& parser);
-Action declareFiles(CLI::App& parser);
-Action declareGc(CLI::App& parser);
-Action declareIgnore(CLI::App& parser);
-Action declareInit(CLI::App& parser);
-Action declareLocate(CLI::App& parser);
-Action declareLog(CLI::App& parser);
-Action declareLogNote(CLI::App& parser);
-Action declareManual(CLI::App& parser);
-Action declareMerge(CLI::App& parser);
-Action declareName(CLI::App& parser);
-Action declareProjects(CLI::App& parser);
-Action declareResolve(CLI::App& parser);
-Action declareRecover(CLI::App& parser);
-Action declareRestore(CLI::App& parser);
-Action declareShow(CLI::App& parser);
-Action declareState(CLI::App& parser);
-Action declareStatus(CLI::App& parser);
-Action declareSwitch(CLI::App& parser);
-Action declareTag(CLI::App& parser);
-Action declareUnstage(CLI::App& parser);
-Action declareVerify(CLI::App& parser);
+Action declareAdd(const ArgumentParser& parser);
+Action declareBranch(const ArgumentParser& parser);
+Action declareCommit(const ArgumentParser& parser);
+Action declareConfig(const ArgumentParser& parser);
+Action declareCompletion(const ArgumentParser& parser);
+Action declareConvert(const ArgumentParser& parser);
+Action declareDiff(const ArgumentParser& parser);
+Action declareFiles(const ArgumentParser& parser);
+Action declareGc(const ArgumentParser& parser);
+Action declareIgnore(const ArgumentParser& parser);
+Action declareInit(const ArgumentParser& parser);
+Action declareLocate(const ArgumentParser& parser);
+Action declareLog(const ArgumentParser& parser);
+Action declareLogNote(const ArgumentParser& parser);
+Action declareManual(const ArgumentParser& parser);
+Action declareMerge(const ArgumentParser& parser);
+Action declareName(const ArgumentParser& parser);
+Action declareProjects(const ArgumentParser& parser);
+Action declareResolve(const ArgumentParser& parser);
+Action declareRecover(const ArgumentParser& parser);
+Action declareRestore(const ArgumentParser& parser);
+Action declareShow(const ArgumentParser& parser);
+Action declareState(const ArgumentParser& parser);
+Action declareStatus(const ArgumentParser& parser);
+Action declareSwitch(const ArgumentParser& parser);
+Action declareTag(const ArgumentParser& parser);
+Action declareUnstage(const ArgumentParser& parser);
+Action declareVerify(const ArgumentParser& parser);
 
 }  // namespace qrv_cli

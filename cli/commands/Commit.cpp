@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/Author.h>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
@@ -6,6 +5,7 @@
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitText.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/Committing.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
@@ -66,12 +66,12 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareCommit(CLI::App& parser) {
+Action declareCommit(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("-m,--message", arguments->message, trUtf8(L"What was done"))->required();
-    parser.add_option("--author", arguments->author,
-                      trUtf8(L"Who did it (default: $QRV_AUTHOR, else user@host)"));
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the commit as JSON"));
+    parser.addOption("-m,--message", arguments->message, trUtf8(L"What was done")).required();
+    parser.addOption("--author", arguments->author,
+                     trUtf8(L"Who did it (default: $QRV_AUTHOR, else user@host)"));
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the commit as JSON"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

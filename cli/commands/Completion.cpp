@@ -1,20 +1,20 @@
-#include <CLI/CLI.hpp>
 #include <cli/CommandLine.h>
 #include <cli/Completion.h>
 #include <cli/Output.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/ArgumentParser.h>
 
 #include <memory>
 #include <string>
 
 namespace qrv_cli {
 
-Action declareCompletion(CLI::App& parser) {
+Action declareCompletion(const ArgumentParser& parser) {
     const auto shell = std::make_shared<std::string>();
-    parser.add_option("SHELL", *shell, trUtf8(L"bash, zsh or fish"))
-        ->required()
-        ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+    parser.addOption("SHELL", *shell, trUtf8(L"bash, zsh or fish"))
+        .required()
+        .oneOf({"bash", "zsh", "fish"});
     return [shell](Output& output) -> Expected<void> {
         output.write(completionScript(*shell, CommandLine().texts()));
         return {};

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
@@ -6,6 +5,7 @@
 #include <cli/Settings.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/ArgumentParser.h>
 #include <common/json/Value.h>
 
 #include <algorithm>
@@ -152,20 +152,20 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareConfig(CLI::App& parser) {
+Action declareConfig(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::Option* const key =
-        parser.add_option("KEY", arguments->key, trUtf8(L"A setting (default: all are listed)"));
-    CLI::Option* const value =
+    const Argument key =
+        parser.addOption("KEY", arguments->key, trUtf8(L"A setting (default: all are listed)"));
+    const Argument value =
         parser
-            .add_option("VALUE", arguments->value,
-                        trUtf8(L"The value that it gets, or the folder that the list 'trusted' "
-                               L"gets (default: it is printed)"))
-            ->needs(key);
+            .addOption("VALUE", arguments->value,
+                       trUtf8(L"The value that it gets, or the folder that the list 'trusted' "
+                              L"gets (default: it is printed)"))
+            .needs(key);
     parser
-        .add_flag("--remove", arguments->removes, trUtf8(L"Take the folder off the list 'trusted'"))
-        ->needs(value);
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the answer as JSON"));
+        .addFlag("--remove", arguments->removes, trUtf8(L"Take the folder off the list 'trusted'"))
+        .needs(value);
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the answer as JSON"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

@@ -1,9 +1,9 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/ServerRecords.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/ArgumentParser.h>
 #include <common/json/JsonParseError.h>
 #include <platform/ut/ReadEntireFile.h>
 
@@ -94,14 +94,12 @@ Expected<void> convert(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareConvert(CLI::App& parser) {
+Action declareConvert(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
     const OdString kinds = OdString::format(tr(L"The kind of record: %ls"), kindNames());
-    parser.add_option("RECORD", arguments->kind, kinds.toNarrow())
-        ->required()
-        ->check(refusalOfKind);
-    parser.add_option("FILE", arguments->file,
-                      trUtf8(L"The record's file (default: -, standard input)"));
+    parser.addOption("RECORD", arguments->kind, kinds.toNarrow()).required().check(refusalOfKind);
+    parser.addOption("FILE", arguments->file,
+                     trUtf8(L"The record's file (default: -, standard input)"));
     return [arguments](Output& output) { return convert(*arguments, output); };
 }
 

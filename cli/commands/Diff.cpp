@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Names.h>
@@ -10,6 +9,7 @@
 #include <cli/diff/Differences.h>
 #include <cli/diff/Patch.h>
 #include <cli/history/CommitName.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Colour.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/WorkingChanges.h>
@@ -206,26 +206,26 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareDiff(CLI::App& parser) {
+Action declareDiff(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("COMMIT", arguments->before,
-                      trUtf8(L"What to compare with (default: the current branch's commit)"));
-    parser.add_option("OTHER", arguments->after,
-                      trUtf8(L"The commit to compare (default: the working files)"));
-    parser.add_option("--path", arguments->paths, trUtf8(L"Only these files and folders"))
-        ->type_name("PATH");
-    CLI::Option* const names =
-        parser.add_flag("--names", arguments->namesOnly, trUtf8(L"Print only the paths"));
+    parser.addOption("COMMIT", arguments->before,
+                     trUtf8(L"What to compare with (default: the current branch's commit)"));
+    parser.addOption("OTHER", arguments->after,
+                     trUtf8(L"The commit to compare (default: the working files)"));
+    parser.addOption("--path", arguments->paths, trUtf8(L"Only these files and folders"))
+        .placeholder("PATH");
+    const Argument names =
+        parser.addFlag("--names", arguments->namesOnly, trUtf8(L"Print only the paths"));
     parser
-        .add_flag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
-        ->needs(names);
+        .addFlag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
+        .needs(names);
     parser
-        .add_flag("--json", arguments->asJson,
-                  trUtf8(L"Print an array of objects with \"path\", \"change\" (\"added\", "
-                         L"\"modified\", \"removed\" or \"renamed\"), \"previousPath\" of a "
-                         L"renamed file, and of each side the size in bytes and the digest: "
-                         L"\"sizeBefore\", \"digestBefore\", \"sizeAfter\", \"digestAfter\""))
-        ->excludes(names);
+        .addFlag("--json", arguments->asJson,
+                 trUtf8(L"Print an array of objects with \"path\", \"change\" (\"added\", "
+                        L"\"modified\", \"removed\" or \"renamed\"), \"previousPath\" of a "
+                        L"renamed file, and of each side the size in bytes and the digest: "
+                        L"\"sizeBefore\", \"digestBefore\", \"sizeAfter\", \"digestAfter\""))
+        .excludes(names);
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/MetadataCheck.h>
@@ -8,6 +7,7 @@
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/IgnoreRules.h>
+#include <cli/shell/ArgumentParser.h>
 #include <common/json/Value.h>
 #include <common/worktree/VisitRepoFiles.h>
 
@@ -74,15 +74,15 @@ Expected<void> listFiles(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareFiles(CLI::App& parser) {
+Action declareFiles(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("DIR", arguments->folder,
-                      trUtf8(L"A folder in the repository (default: the current one)"));
-    CLI::Option* const json =
-        parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the paths as a JSON array"));
+    parser.addOption("DIR", arguments->folder,
+                     trUtf8(L"A folder in the repository (default: the current one)"));
+    const Argument json =
+        parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the paths as a JSON array"));
     parser
-        .add_flag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
-        ->excludes(json);
+        .addFlag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
+        .excludes(json);
     return [arguments](Output& output) { return listFiles(*arguments, output); };
 }
 

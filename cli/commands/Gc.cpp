@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
 #include <cli/Message.h>
@@ -6,6 +5,7 @@
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/Collection.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Progress.h>
 #include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
@@ -99,10 +99,10 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareGc(CLI::App& parser) {
+Action declareGc(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_flag("--dry-run,-n", arguments->onlyLook, trUtf8(L"Only tell what would be done"));
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print what was done as a JSON object"));
+    parser.addFlag("--dry-run,-n", arguments->onlyLook, trUtf8(L"Only tell what would be done"));
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print what was done as a JSON object"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

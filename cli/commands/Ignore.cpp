@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
@@ -6,6 +5,7 @@
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/IgnoreRules.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
@@ -119,28 +119,28 @@ Expected<void> add(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareIgnore(CLI::App& parser) {
+Action declareIgnore(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App* const listing =
-        parser.add_subcommand("list", trUtf8(L"List the rules in force (the default)"));
-    CLI::App* const checking = parser.add_subcommand(
+    const ArgumentParser listing =
+        parser.addSubcommand("list", trUtf8(L"List the rules in force (the default)"));
+    const ArgumentParser checking = parser.addSubcommand(
         "check", trUtf8(L"Tell which rule ignores a path; fails when none does"));
-    CLI::App* const adding = parser.add_subcommand("add", trUtf8(L"Add a rule to the ignore file"));
-    parser.require_subcommand(0, 1);
+    const ArgumentParser adding =
+        parser.addSubcommand("add", trUtf8(L"Add a rule to the ignore file"));
 
-    checking->add_option("PATH", arguments->path, trUtf8(L"A file or folder, which need not exist"))
-        ->required();
+    checking.addOption("PATH", arguments->path, trUtf8(L"A file or folder, which need not exist"))
+        .required();
     adding
-        ->add_option("RULE", arguments->rule,
-                     trUtf8(L"A glob such as '*.bak', or an expression that begins with ^"))
-        ->required();
-    for (CLI::App* const command : {&parser, listing, checking, adding})
-        command->add_flag("--json", arguments->asJson, trUtf8(L"Print the answer as JSON"));
+        .addOption("RULE", arguments->rule,
+                   trUtf8(L"A glob such as '*.bak', or an expression that begins with ^"))
+        .required();
+    for (const ArgumentParser& command : {parser, listing, checking, adding})
+        command.addFlag("--json", arguments->asJson, trUtf8(L"Print the answer as JSON"));
 
     return [arguments, checking, adding](Output& output) {
-        if (adding->parsed())
+        if (adding.isChosen())
             return add(*arguments, output);
-        return checking->parsed() ? check(*arguments, output) : list(*arguments, output);
+        return checking.isChosen() ? check(*arguments, output) : list(*arguments, output);
     };
 }
 

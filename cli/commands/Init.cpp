@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/MetadataCheck.h>
@@ -11,6 +10,7 @@
 #include <cli/Trust.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/IgnoreRules.h>
+#include <cli/shell/ArgumentParser.h>
 #include <common/worktree/RepoIgnore.h>
 #include <platform/ut/FileName.h>
 
@@ -169,17 +169,16 @@ Expected<void> initialise(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareInit(CLI::App& parser) {
+Action declareInit(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option(
+    parser.addOption(
         "DIR", arguments->folder,
         trUtf8(L"The project's folder, made if it is missing (default: the current one)"));
-    parser.add_option("--name", arguments->name, trUtf8(L"The project's name"))
-        ->check(refusalOfName);
-    parser.add_flag("--cad-ignores", arguments->cadIgnores,
-                    trUtf8(L"Also ignore autosaves, backups, plot logs, lock files and temporary "
-                           L"files"));
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the result as JSON"));
+    parser.addOption("--name", arguments->name, trUtf8(L"The project's name")).check(refusalOfName);
+    parser.addFlag("--cad-ignores", arguments->cadIgnores,
+                   trUtf8(L"Also ignore autosaves, backups, plot logs, lock files and temporary "
+                          L"files"));
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the result as JSON"));
     return [arguments](Output& output) { return initialise(*arguments, output); };
 }
 

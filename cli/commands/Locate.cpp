@@ -1,10 +1,10 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Repository.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/ArgumentParser.h>
 #include <common/json/Value.h>
 #include <common/storage/StorageUrl.h>
 
@@ -69,14 +69,14 @@ Expected<void> locate(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareLocate(CLI::App& parser) {
+Action declareLocate(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
     parser
-        .add_option("URL", arguments->url,
-                    trUtf8(L"A storage URL, such as tf:plan#12 or po: with a digest"))
-        ->required();
-    parser.add_flag("--json", arguments->asJson,
-                    trUtf8(L"Print type, revision and path as a JSON object"));
+        .addOption("URL", arguments->url,
+                   trUtf8(L"A storage URL, such as tf:plan#12 or po: with a digest"))
+        .required();
+    parser.addFlag("--json", arguments->asJson,
+                   trUtf8(L"Print type, revision and path as a JSON object"));
     return [arguments](Output& output) { return locate(*arguments, output); };
 }
 

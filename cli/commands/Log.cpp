@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
@@ -8,6 +7,7 @@
 #include <cli/diff/PathHistory.h>
 #include <cli/history/CommitName.h>
 #include <cli/history/CommitText.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Workspace.h>
 #include <common/history/HistoryItem.h>
@@ -130,21 +130,21 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareLog(CLI::App& parser) {
+Action declareLog(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("COMMIT", arguments->commit,
-                      trUtf8(L"The newest one to list (default: the current branch's)"));
-    parser.add_option("-n", arguments->count, trUtf8(L"List at most N commits"))
-        ->type_name("N")
-        ->check(CLI::Validator(refusalOfCount, "POSITIVE"));
+    parser.addOption("COMMIT", arguments->commit,
+                     trUtf8(L"The newest one to list (default: the current branch's)"));
+    parser.addOption("-n", arguments->count, trUtf8(L"List at most N commits"))
+        .placeholder("N")
+        .check(refusalOfCount, "POSITIVE");
     parser
-        .add_option("--path", arguments->path,
-                    trUtf8(L"Only commits that changed the file, also under former names, or "
-                           L"something in the folder"))
-        ->type_name("PATH");
-    parser.add_flag("--json", arguments->asJson,
-                    trUtf8(L"Print an array of objects with \"number\", \"hash\", \"parents\", "
-                           L"\"author\", \"message\", \"time\" and \"references\""));
+        .addOption("--path", arguments->path,
+                   trUtf8(L"Only commits that changed the file, also under former names, or "
+                          L"something in the folder"))
+        .placeholder("PATH");
+    parser.addFlag("--json", arguments->asJson,
+                   trUtf8(L"Print an array of objects with \"number\", \"hash\", \"parents\", "
+                          L"\"author\", \"message\", \"time\" and \"references\""));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/LogEntry.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
@@ -6,6 +5,7 @@
 #include <cli/SharedMode.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/ArgumentParser.h>
 
 #include <memory>
 #include <string>
@@ -35,11 +35,11 @@ Expected<void> addNote(const std::string& note, Output&) {
 
 }  // namespace
 
-Action declareLogNote(CLI::App& parser) {
+Action declareLogNote(const ArgumentParser& parser) {
     const auto note = std::make_shared<std::string>();
-    parser.add_option("TEXT", *note, trUtf8(L"The line, which gets the time before it"))
-        ->required()
-        ->check(refusalOfNote);
+    parser.addOption("TEXT", *note, trUtf8(L"The line, which gets the time before it"))
+        .required()
+        .check(refusalOfNote);
     return [note](Output& output) { return addNote(*note, output); };
 }
 

@@ -1,10 +1,10 @@
-#include <CLI/CLI.hpp>
 #include <cli/CommandLine.h>
 #include <cli/Manual.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/ArgumentParser.h>
 
 #include <memory>
 #include <string>
@@ -35,13 +35,12 @@ void printNames(Output& output) {
 
 }  // namespace
 
-Action declareManual(CLI::App& parser) {
+Action declareManual(const ArgumentParser& parser) {
     const auto command = std::make_shared<std::string>();
     const auto lists = std::make_shared<bool>(false);
-    CLI::Option* const name =
-        parser.add_option("COMMAND", *command, trUtf8(L"The command (default: the program)"));
-    parser.add_flag("--list", *lists, trUtf8(L"List the commands that have a page"))
-        ->excludes(name);
+    const Argument name =
+        parser.addOption("COMMAND", *command, trUtf8(L"The command (default: the program)"));
+    parser.addFlag("--list", *lists, trUtf8(L"List the commands that have a page")).excludes(name);
     return [command, lists](Output& output) -> Expected<void> {
         if (!*lists)
             return printPage(*command, output);

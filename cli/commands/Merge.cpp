@@ -1,13 +1,12 @@
-#include <CLI/CLI.hpp>
 #include <cli/Author.h>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
-#include <cli/commands/RequireOne.h>
 #include <cli/history/CommitName.h>
 #include <cli/history/CommitText.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/ConflictText.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/Workspace.h>
@@ -125,21 +124,21 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareMerge(CLI::App& parser) {
+Action declareMerge(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::Option* const name =
-        parser.add_option("COMMIT", arguments->name,
-                          trUtf8(L"The branch, tag or commit to merge into the current branch"));
-    CLI::Option* const abort = parser.add_flag("--abort", arguments->aborts,
-                                               trUtf8(L"Take back the merge that is going on"));
-    requireOne(parser, {name, abort}, "COMMIT or --abort");
-    parser.add_option("-m,--message", arguments->message,
-                      trUtf8(L"The message of the merge's commit"));
-    parser.add_option("--author", arguments->author,
-                      trUtf8(L"Who did it (default: $QRV_AUTHOR, else user@host)"));
-    parser.add_flag("--force", arguments->force,
-                    trUtf8(L"With --abort: also replace files that were edited since"));
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the result as JSON"));
+    const Argument name =
+        parser.addOption("COMMIT", arguments->name,
+                         trUtf8(L"The branch, tag or commit to merge into the current branch"));
+    const Argument abort = parser.addFlag("--abort", arguments->aborts,
+                                          trUtf8(L"Take back the merge that is going on"));
+    parser.requireOne({name, abort}, "COMMIT or --abort");
+    parser.addOption("-m,--message", arguments->message,
+                     trUtf8(L"The message of the merge's commit"));
+    parser.addOption("--author", arguments->author,
+                     trUtf8(L"Who did it (default: $QRV_AUTHOR, else user@host)"));
+    parser.addFlag("--force", arguments->force,
+                   trUtf8(L"With --abort: also replace files that were edited since"));
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the result as JSON"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

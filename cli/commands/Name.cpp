@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/MetadataCheck.h>
@@ -8,6 +7,7 @@
 #include <cli/Repository.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/ArgumentParser.h>
 #include <common/json/Value.h>
 
 #include <memory>
@@ -76,14 +76,14 @@ Expected<void> showOrSetName(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareName(CLI::App& parser) {
+Action declareName(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
     parser
-        .add_option("NEW", arguments->newName,
-                    trUtf8(L"The name that the project gets (default: the name stays)"))
-        ->check(refusalOfName);
-    parser.add_flag("--json", arguments->asJson,
-                    trUtf8(L"Print the name and the project's folder as a JSON object"));
+        .addOption("NEW", arguments->newName,
+                   trUtf8(L"The name that the project gets (default: the name stays)"))
+        .check(refusalOfName);
+    parser.addFlag("--json", arguments->asJson,
+                   trUtf8(L"Print the name and the project's folder as a JSON object"));
     return [arguments](Output& output) { return showOrSetName(*arguments, output); };
 }
 

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
@@ -7,6 +6,7 @@
 #include <cli/Repository.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/ArgumentParser.h>
 #include <common/json/Value.h>
 
 #include <algorithm>
@@ -148,30 +148,30 @@ Expected<void> removeProject(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareProjects(CLI::App& parser) {
+Action declareProjects(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::App* const list =
-        parser.add_subcommand("list", trUtf8(L"List the projects (the default)"));
-    CLI::App* const add =
-        parser.add_subcommand("add", trUtf8(L"Register the repository that holds a folder"));
-    CLI::App* const remove =
-        parser.add_subcommand("remove", trUtf8(L"Remove a folder, which need not exist any more"));
+    const ArgumentParser list =
+        parser.addSubcommand("list", trUtf8(L"List the projects (the default)"));
+    const ArgumentParser add =
+        parser.addSubcommand("add", trUtf8(L"Register the repository that holds a folder"));
+    const ArgumentParser remove =
+        parser.addSubcommand("remove", trUtf8(L"Remove a folder, which need not exist any more"));
 
-    add->add_option("DIR", arguments->folder,
-                    trUtf8(L"A folder in the repository (default: the current one)"));
-    add->add_option("--name", arguments->name,
-                    trUtf8(L"The name to list (default: the project's, or else its folder's)"))
-        ->check(refusalOfName);
-    remove->add_option("DIR", arguments->folder,
-                       trUtf8(L"The project's folder or one in it (default: the current one)"));
-    for (CLI::App* const command : {&parser, list, add, remove})
-        command->add_flag("--json", arguments->asJson, trUtf8(L"Print the projects as JSON"));
+    add.addOption("DIR", arguments->folder,
+                  trUtf8(L"A folder in the repository (default: the current one)"));
+    add.addOption("--name", arguments->name,
+                  trUtf8(L"The name to list (default: the project's, or else its folder's)"))
+        .check(refusalOfName);
+    remove.addOption("DIR", arguments->folder,
+                     trUtf8(L"The project's folder or one in it (default: the current one)"));
+    for (const ArgumentParser& command : {parser, list, add, remove})
+        command.addFlag("--json", arguments->asJson, trUtf8(L"Print the projects as JSON"));
 
     return [arguments, add, remove](Output& output) {
-        if (add->parsed())
+        if (add.isChosen())
             return addProject(*arguments, output);
-        return remove->parsed() ? removeProject(*arguments, output)
-                                : listProjects(*arguments, output);
+        return remove.isChosen() ? removeProject(*arguments, output)
+                                 : listProjects(*arguments, output);
     };
 }
 

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
 #include <cli/Message.h>
@@ -7,6 +6,7 @@
 #include <cli/commands/Commands.h>
 #include <cli/history/Plan.h>
 #include <cli/maintenance/HistoryRebuild.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/Interruption.h>
 #include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
@@ -147,21 +147,21 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareRecover(CLI::App& parser) {
+Action declareRecover(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::Option* const look = parser.add_flag("--dry-run,-n", arguments->onlyLook,
-                                              trUtf8(L"Only tell what would be done"));
-    CLI::Option* const forget =
+    const Argument look = parser.addFlag("--dry-run,-n", arguments->onlyLook,
+                                         trUtf8(L"Only tell what would be done"));
+    const Argument forget =
         parser
-            .add_flag("--forget", arguments->forgets,
-                      trUtf8(L"Leave the files as they are, and forget what was interrupted"))
-            ->excludes(look);
+            .addFlag("--forget", arguments->forgets,
+                     trUtf8(L"Leave the files as they are, and forget what was interrupted"))
+            .excludes(look);
     parser
-        .add_flag("--history", arguments->rebuilds,
-                  trUtf8(L"Make a lost, older or damaged history anew from the records beside it"))
-        ->excludes(look)
-        ->excludes(forget);
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print what was done as a JSON object"));
+        .addFlag("--history", arguments->rebuilds,
+                 trUtf8(L"Make a lost, older or damaged history anew from the records beside it"))
+        .excludes(look)
+        .excludes(forget);
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print what was done as a JSON object"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

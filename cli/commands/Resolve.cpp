@@ -1,10 +1,9 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
-#include <cli/commands/RequireOne.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/ConflictText.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/PathArgument.h>
@@ -122,18 +121,18 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareResolve(CLI::App& parser) {
+Action declareResolve(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("PATH", arguments->path, trUtf8(L"The file with the conflict"))->required();
-    CLI::Option* const mine =
-        parser.add_flag("--mine", arguments->mine, trUtf8(L"Take this branch's version"));
-    CLI::Option* const theirs =
-        parser.add_flag("--theirs", arguments->theirs, trUtf8(L"Take the other side's version"));
-    CLI::Option* const merged =
-        parser.add_flag("--merged", arguments->merged, trUtf8(L"Take the file as it lies here"));
-    requireOne(parser, {mine, theirs, merged}, "--mine, --theirs or --merged");
-    parser.add_flag("--force", arguments->force, trUtf8(L"Also replace unsaved changes"));
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the conflicts that are left"));
+    parser.addOption("PATH", arguments->path, trUtf8(L"The file with the conflict")).required();
+    const Argument mine =
+        parser.addFlag("--mine", arguments->mine, trUtf8(L"Take this branch's version"));
+    const Argument theirs =
+        parser.addFlag("--theirs", arguments->theirs, trUtf8(L"Take the other side's version"));
+    const Argument merged =
+        parser.addFlag("--merged", arguments->merged, trUtf8(L"Take the file as it lies here"));
+    parser.requireOne({mine, theirs, merged}, "--mine, --theirs or --merged");
+    parser.addFlag("--force", arguments->force, trUtf8(L"Also replace unsaved changes"));
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the conflicts that are left"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

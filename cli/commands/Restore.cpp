@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
 #include <cli/Message.h>
@@ -7,6 +6,7 @@
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitName.h>
 #include <cli/safety/RelativePath.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/Saving.h>
@@ -223,21 +223,21 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareRestore(CLI::App& parser) {
+Action declareRestore(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("PATH", arguments->paths, trUtf8(L"Files and folders"))->required();
+    parser.addOption("PATH", arguments->paths, trUtf8(L"Files and folders")).required();
     parser
-        .add_option("--from", arguments->from,
-                    trUtf8(L"The commit whose versions are wanted (default: HEAD)"))
-        ->type_name("COMMIT");
+        .addOption("--from", arguments->from,
+                   trUtf8(L"The commit whose versions are wanted (default: HEAD)"))
+        .placeholder("COMMIT");
     parser
-        .add_option("--to", arguments->folder,
-                    trUtf8(L"Write them into this folder, not into the repository"))
-        ->type_name("DIR")
-        ->check(refusalOfFolder);
-    parser.add_flag("--dry-run", arguments->dryRun, trUtf8(L"Only say what would be restored"));
-    parser.add_flag("--force", arguments->force, trUtf8(L"Also replace unsaved changes"));
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the paths as JSON"));
+        .addOption("--to", arguments->folder,
+                   trUtf8(L"Write them into this folder, not into the repository"))
+        .placeholder("DIR")
+        .check(refusalOfFolder);
+    parser.addFlag("--dry-run", arguments->dryRun, trUtf8(L"Only say what would be restored"));
+    parser.addFlag("--force", arguments->force, trUtf8(L"Also replace unsaved changes"));
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the paths as JSON"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

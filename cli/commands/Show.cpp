@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
@@ -9,6 +8,7 @@
 #include <cli/diff/Differences.h>
 #include <cli/history/CommitName.h>
 #include <cli/history/CommitText.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Workspace.h>
@@ -143,15 +143,15 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareShow(CLI::App& parser) {
+Action declareShow(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("COMMIT", arguments->object,
-                      trUtf8(L"The commit to show (default: the current branch's); with \":\" and "
-                             L"a file's path behind it, the file's contents are printed"));
-    parser.add_flag("--json", arguments->asJson,
-                    trUtf8(L"Print an object with \"number\", \"hash\", \"parents\", \"author\", "
-                           L"\"message\", \"time\", \"references\" and \"changes\", the latter as "
-                           L"qrv diff --json prints them"));
+    parser.addOption("COMMIT", arguments->object,
+                     trUtf8(L"The commit to show (default: the current branch's); with \":\" and "
+                            L"a file's path behind it, the file's contents are printed"));
+    parser.addFlag("--json", arguments->asJson,
+                   trUtf8(L"Print an object with \"number\", \"hash\", \"parents\", \"author\", "
+                          L"\"message\", \"time\", \"references\" and \"changes\", the latter as "
+                          L"qrv diff --json prints them"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

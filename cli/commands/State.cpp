@@ -1,8 +1,8 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Repository.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/ArgumentParser.h>
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
 #include <platform/ut/ReadEntireFile.h>
@@ -38,10 +38,10 @@ Expected<void> printState(const std::string& folder, Output& output) {
 
 }  // namespace
 
-Action declareState(CLI::App& parser) {
+Action declareState(const ArgumentParser& parser) {
     const auto folder = std::make_shared<std::string>(".");
-    parser.add_option("DIR", *folder,
-                      trUtf8(L"A folder in the repository (default: the current one)"));
+    parser.addOption("DIR", *folder,
+                     trUtf8(L"A folder in the repository (default: the current one)"));
     return [folder](Output& output) { return printState(*folder, output); };
 }
 

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Names.h>
@@ -6,6 +5,7 @@
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitText.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Colour.h>
 #include <cli/worktree/ChangeText.h>
 #include <cli/worktree/ConflictText.h>
@@ -238,17 +238,17 @@ Expected<void> showStatus(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareStatus(CLI::App& parser) {
+Action declareStatus(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("DIR", arguments->folder,
-                      trUtf8(L"A folder in the repository (default: the current one)"));
-    CLI::Option* const names = parser.add_flag("--names", arguments->namesOnly,
-                                               trUtf8(L"Print only the paths of what has changed"));
+    parser.addOption("DIR", arguments->folder,
+                     trUtf8(L"A folder in the repository (default: the current one)"));
+    const Argument names = parser.addFlag("--names", arguments->namesOnly,
+                                          trUtf8(L"Print only the paths of what has changed"));
     parser
-        .add_flag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
-        ->needs(names);
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the status as a JSON object"))
-        ->excludes(names);
+        .addFlag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
+        .needs(names);
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the status as a JSON object"))
+        .excludes(names);
     return [arguments](Output& output) { return showStatus(*arguments, output); };
 }
 

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
 #include <cli/Message.h>
@@ -8,6 +7,7 @@
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitName.h>
 #include <cli/history/ReferenceName.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/PlanExecution.h>
@@ -122,16 +122,16 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareSwitch(CLI::App& parser) {
+Action declareSwitch(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    parser.add_option("BRANCH", arguments->branch, trUtf8(L"The branch to work on"))->required();
-    CLI::Option* const start = parser.add_option(
+    parser.addOption("BRANCH", arguments->branch, trUtf8(L"The branch to work on")).required();
+    const Argument start = parser.addOption(
         "COMMIT", arguments->start,
         trUtf8(L"Where a new branch begins (default: the current branch's commit)"));
-    CLI::Option* const create =
-        parser.add_flag("-c,--create", arguments->creates, trUtf8(L"Make the branch"));
-    start->needs(create);
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the result as JSON"));
+    const Argument create =
+        parser.addFlag("-c,--create", arguments->creates, trUtf8(L"Make the branch"));
+    start.needs(create);
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the result as JSON"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
 #include <cli/Message.h>
@@ -10,6 +9,7 @@
 #include <cli/history/CommitName.h>
 #include <cli/history/CommitText.h>
 #include <cli/history/ReferenceName.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/Workspace.h>
 
 #include <algorithm>
@@ -124,25 +124,25 @@ Expected<void> change(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareTag(CLI::App& parser) {
+Action declareTag(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::Option* const name = parser.add_option(
-        "NAME", arguments->name, trUtf8(L"The tag to make (default: list the tags)"));
+    const Argument name = parser.addOption("NAME", arguments->name,
+                                           trUtf8(L"The tag to make (default: list the tags)"));
     parser
-        .add_option("COMMIT", arguments->commit,
-                    trUtf8(L"The commit that it names (default: the current branch's)"))
-        ->needs(name);
-    parser.add_option("--delete", arguments->deleted, trUtf8(L"Delete the tag NAME"))
-        ->type_name("NAME")
-        ->excludes(name);
-    CLI::Option* const names =
-        parser.add_flag("--names", arguments->namesOnly, trUtf8(L"List only the names"))
-            ->excludes(name);
+        .addOption("COMMIT", arguments->commit,
+                   trUtf8(L"The commit that it names (default: the current branch's)"))
+        .needs(name);
+    parser.addOption("--delete", arguments->deleted, trUtf8(L"Delete the tag NAME"))
+        .placeholder("NAME")
+        .excludes(name);
+    const Argument names =
+        parser.addFlag("--names", arguments->namesOnly, trUtf8(L"List only the names"))
+            .excludes(name);
     parser
-        .add_flag("--json", arguments->asJson,
-                  trUtf8(L"Print an array of objects with \"name\" and \"commit\"; of a tag made "
-                         L"or deleted its object alone"))
-        ->excludes(names);
+        .addFlag("--json", arguments->asJson,
+                 trUtf8(L"Print an array of objects with \"name\" and \"commit\"; of a tag made "
+                        L"or deleted its object alone"))
+        .excludes(names);
     return [arguments](Output& output) {
         const bool changes = arguments->name || arguments->deleted;
         return changes ? change(*arguments, output) : list(*arguments, output);

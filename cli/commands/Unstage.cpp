@@ -1,10 +1,9 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
-#include <cli/commands/RequireOne.h>
+#include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/ChangeText.h>
 #include <cli/worktree/FileWord.h>
 #include <cli/worktree/PathArgument.h>
@@ -71,14 +70,14 @@ Expected<void> run(const Arguments& arguments, Output& output) {
 
 }  // namespace
 
-Action declareUnstage(CLI::App& parser) {
+Action declareUnstage(const ArgumentParser& parser) {
     const auto arguments = std::make_shared<Arguments>();
-    CLI::Option* const paths = parser.add_option(
+    const Argument paths = parser.addOption(
         "PATH", arguments->paths,
         trUtf8(L"Staged files, folders of them, globs, or the end of a file's name"));
-    CLI::Option* const all = parser.add_flag("--all,-a", arguments->all, trUtf8(L"Everything"));
-    requireOne(parser, {paths, all}, "PATH or --all");
-    parser.add_flag("--json", arguments->asJson, trUtf8(L"Print the files as JSON"));
+    const Argument all = parser.addFlag("--all,-a", arguments->all, trUtf8(L"Everything"));
+    parser.requireOne({paths, all}, "PATH or --all");
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print the files as JSON"));
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cli/JsonOutput.h>
 #include <cli/Message.h>
 #include <cli/Output.h>
@@ -6,6 +5,7 @@
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/Verification.h>
+#include <cli/shell/ArgumentParser.h>
 #include <common/json/Value.h>
 
 #include <memory>
@@ -85,9 +85,9 @@ Expected<void> run(bool asJson, Output& output) {
 
 }  // namespace
 
-Action declareVerify(CLI::App& parser) {
+Action declareVerify(const ArgumentParser& parser) {
     const auto asJson = std::make_shared<bool>(false);
-    parser.add_flag("--json", *asJson, trUtf8(L"Print what was found as a JSON object"));
+    parser.addFlag("--json", *asJson, trUtf8(L"Print what was found as a JSON object"));
     return [asJson](Output& output) { return run(*asJson, output); };
 }
 
