@@ -74,16 +74,9 @@ clang_headers() {
 
 # The slow one. Sources are checked side by side, unless nothing was found in the very same text before; a log holds
 # what was found, file by file.
-# Not the commands: for each, clang-tidy works through the parser of the arguments for a quarter of a minute,
-# and they hold little else. `QRV_TIDY_ALL=1 scripts/lint.sh clang-tidy` takes that time.
-tidied_files() {
-    project_files 'common/*.cpp' 'platform/*.cpp' 'cli/*.cpp' |
-        if [ -n "${QRV_TIDY_ALL:-}" ]; then cat; else grep --invert-match '^cli/commands/'; fi
-}
-
 tidy() {
     cmake --preset tidy >/dev/null || return 1
-    tidied_files |
+    project_files 'common/*.cpp' 'platform/*.cpp' 'cli/*.cpp' |
         xargs --no-run-if-empty --max-args=1 --max-procs="$(nproc)" \
             python3 scripts/tidy_file.py build/tidy 2>"$logs/clang-tidy-noise.log" |
         tee "$logs/clang-tidy-all.log" | grep --extended-regexp '(warning|error):' | sort --unique

@@ -52,7 +52,7 @@ Expected<void> listFiles(const Arguments& arguments, Output& output) {
     const auto addUnread = [&unread](const OdString& path) {
         unread += L"\n  " + (path.isEmpty() ? OdString(L".") : printable(path));
     };
-    const Expected<void> visited = common::visitRepoFiles(
+    Expected<void> visited = common::visitRepoFiles(
         repository->root, [&rules](const OdString& name) { return rules.match(name) != nullptr; },
         [&files](OdString path) { files.push_back(std::move(path)); }, addUnread);
     if (!visited)
