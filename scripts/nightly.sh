@@ -6,45 +6,19 @@
 #   scripts/nightly.sh            every step
 #   scripts/nightly.sh kills ...  only the steps named
 #
-# QRV_NIGHTLY_SECONDS is the time for each fuzz target (600), QRV_NIGHTLY_WALKS the number of random walks (10).
+# For a shorter night: QRV_NIGHTLY_SECONDS is the time for each fuzz target (600), QRV_NIGHTLY_WALKS the number of random
+# walks (10) and QRV_NIGHTLY_STEPS their length (2000); of the calls to disturb each QRV_NIGHTLY_EVERY-th is met (1).
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 scripts/install-deps.sh || exit 1
 
 build=$PWD/build/nightly
 logs=$build/logs
-mkdir -p "$logs"
-wanted=("$@")
-known=()
-failures=0
-
-is_wanted() {
-    local name
-    [ ${#wanted[@]} -gt 0 ] || return 0
-    for name in "${wanted[@]}"; do
-        [ "$name" != "$1" ] || return 0
-    done
-    return 1
-}
-
-# step NAME COMMAND...
-step() {
-    local name=$1 log=$logs/$1.log start=$SECONDS
-    shift
-    known+=("$name")
-    is_wanted "$name" || return 0
-    if "$@" >"$log" 2>&1; then
-        echo "ok    $name ($((SECONDS - start)) s)"
-        return 0
-    fi
-    failures=$((failures + 1))
-    echo "FAIL  $name ($((SECONDS - start)) s): $log"
-    tail --lines=40 "$log" | sed 's/^/      /'
-}
+. scripts/steps.sh
 
 # The program as it is given to people, and the tests that disturb it at every call.
 build_program() {
-    cmake --preset release -B "$build/release" -DQRV_BUILD_BENCH=OFF -DQRV_EXHAUSTIVE_CRASH_TESTS=ON &&
+    cmake --preset release -B "$build/release" -DQRV_BUILD_BENCH=OFF -DQRV_DISTURB_EVERY="${QRV_NIGHTLY_EVERY:-1}" &&
         cmake --build "$build/release" --target qrv_cli
 }
 
@@ -57,8 +31,15 @@ walk() {
     local count
     build_program || return 1
     for ((count = 0; count < ${QRV_NIGHTLY_WALKS:-10}; ++count)); do
-        python3 -B tests/model/random_walk.py "$build/release/bin/qrv" --steps 2000 || return 1
+        python3 -B tests/model/random_walk.py "$build/release/bin/qrv" --steps "${QRV_NIGHTLY_STEPS:-2000}" || return 1
     done
+}
+
+# Everything else that .ci/run tries with smaller numbers.
+try_full_sizes() {
+    cmake --preset dev -B "$build/dev" && cmake --build "$build/dev" &&
+        QRV_EXHAUSTIVE=1 ctest --test-dir "$build/dev" --output-on-failure --no-tests=error --parallel "$(nproc)" \
+            -E '^(Kill|Failure|Question|Save|PowerCut|Model|Consumer|Scripts)[.]|AllAgainUnder'
 }
 
 # Every test program in each of the odd locales.
@@ -69,7 +50,7 @@ repeat_in_locales() {
     fi
     cmake --preset dev -B "$build/dev" -DQRV_TEST_EVERY_LOCALE=ON -DQRV_TEST_LOCALE_PATH="$folder" &&
         cmake --build "$build/dev" &&
-        ctest --test-dir "$build/dev" --output-on-failure --no-tests=error -R AllAgainUnder
+        ctest --test-dir "$build/dev" --output-on-failure --no-tests=error --parallel "$(nproc)" -R AllAgainUnder
 }
 
 step kills disturb Kill
@@ -78,16 +59,10 @@ step questions disturb Question
 step saves disturb Save
 step power-cuts disturb PowerCut
 step model walk
+step sizes try_full_sizes
 step locales repeat_in_locales
 step fuzz scripts/fuzz.sh "${QRV_NIGHTLY_SECONDS:-600}"
-# Whatever was remembered.
-step clang-tidy env QRV_TIDY_CACHE= scripts/lint.sh clang-tidy
+# Each source by itself, and whatever was remembered.
+step clang-tidy env QRV_TIDY_ALONE=1 QRV_TIDY_CACHE= scripts/lint.sh clang-tidy
 
-for name in "${wanted[@]}"; do
-    if [[ " ${known[*]} " != *" $name "* ]]; then
-        echo "FAIL  $name: no such step; there are: ${known[*]}"
-        failures=$((failures + 1))
-    fi
-done
-echo "$failures steps failed"
-[ "$failures" -eq 0 ]
+end_of_steps

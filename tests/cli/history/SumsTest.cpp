@@ -2,11 +2,11 @@
 #include <cli/history/HistoryRecords.h>
 #include <cli/history/SumsInternal.h>
 #include <tests/cli/history/Repository.h>
+#include <tests/support/Effort.h>
 #include <tests/support/Files.h>
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -85,7 +85,7 @@ TEST(Sums, LetNoFlippedByteOfTheFileChangeUnseenWhatItSays) {
     const std::string expected = everythingOf(repository.history);
     const std::string bytes = qrv_test::readFile(repository.dbFile());
     // A prime, so that each place of a row is met; all of them take minutes.
-    const std::size_t step = std::getenv("QRV_EXHAUSTIVE") != nullptr ? 1 : 61;
+    const std::size_t step = qrv_test::isExhaustive() ? 1 : 61;
     std::size_t seen = 0;
     for (std::size_t at = 0; at < bytes.size(); at += step) {
         std::string flipped = bytes;
@@ -95,6 +95,7 @@ TEST(Sums, LetNoFlippedByteOfTheFileChangeUnseenWhatItSays) {
         ++seen;
     }
     EXPECT_GT(seen, 500U);
+    qrv_test::tellTried(seen, "flipped bytes");
 }
 
 TEST(Sums, AreComparedByEachReadOfAReference) {

@@ -1,6 +1,7 @@
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
 #include <common/json/Writer.h>
+#include <tests/support/Effort.h>
 
 #include <gmock/gmock.h>
 #include <pthread.h>
@@ -11,12 +12,8 @@
 namespace jsonlib::json {
 namespace {
 
-// The sanitizers' own bookkeeping makes each allocation several times as large.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr std::size_t depth = 1'000'000;
-#else
-constexpr std::size_t depth = 10'000'000;
-#endif
+/// Several hundred times what the stack below has room for.
+const std::size_t depth = qrv_test::isExhaustive() ? 10'000'000 : 1'000'000;
 
 /// Runs the work on a stack far too small for any recursion over the depth above.
 void onSmallStack(std::function<void()> work) {
@@ -75,7 +72,7 @@ TEST(Depth, OfNestedArraysIsReadCopiedComparedAndDestroyed) {
 
 TEST(Depth, OfNestedObjectsAndArraysIsReadCopiedComparedAndDestroyed) {
     onSmallStack([] {
-        constexpr std::size_t pairs = depth / 20;
+        const std::size_t pairs = depth / 20;
         Value value;
         const std::wstring text = repeated(L"{\"a\":[", pairs) + repeated(L"]}", pairs);
         ASSERT_TRUE(readText(text, value));
