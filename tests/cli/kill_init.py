@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Kills `qrv init` at each of its system calls that changes or opens a file, and looks at what is left.
 
-Usage: kill_init.py PROGRAM. After each kill there is no state file or a whole one, and the next `qrv init`
+Usage: kill_init.py PROGRAM [EVERY]. After each kill there is no state file or a whole one, and the next `qrv init`
 completes the repository and registers it. A first run without a kill tells which calls there are, so every
-one is met.
+one is met, or with EVERY each one of so many.
 """
 
 import os
@@ -97,7 +97,7 @@ def check(program, folder, expected):
     return None
 
 
-def main(program):
+def main(program, every=1):
     strace = shutil.which("strace")
     if strace is None:
         sys.exit("the program strace is missing")
@@ -109,21 +109,22 @@ def main(program):
         if expected.get(".qrv/qrv.state") != STATE.encode() or len(expected) != 3:
             sys.exit(f"init without a kill leaves {expected}")
         killed, problems, states, registries = 0, [], Counter(), Counter()
-        for name, (first, last) in sorted(calls.items()):
-            for number in range(first, last + 1):
-                folder = whole.with_name(f"{name}-{number}")
-                kill = f"inject={name}:signal=KILL:when={number}"
-                result = traced(strace, name, init(program, folder), registry_of(folder), "-e", kill)
-                killed += result.returncode == -9
-                states[(folder / ".qrv/qrv.state").exists()] += 1
-                registries[(registry_of(folder) / "directories.state").exists()] += 1
-                problem = check(program, folder, expected)
-                if problem:
-                    problems.append(f"killed at {name} number {number}: {problem}")
-        planned = sum(last - first + 1 for first, last in calls.values())
-        print(f"{killed} kills: {states[True]} with a state file, {states[False]} without")
-        if killed != planned:
-            problems.append(f"{planned} kills were planned")
+        every_one = [(name, number) for name, (first, last) in sorted(calls.items()) for number in range(first, last + 1)]
+        chosen = every_one[::every]
+        for name, number in chosen:
+            folder = whole.with_name(f"{name}-{number}")
+            kill = f"inject={name}:signal=KILL:when={number}"
+            result = traced(strace, name, init(program, folder), registry_of(folder), "-e", kill)
+            killed += result.returncode == -9
+            states[(folder / ".qrv/qrv.state").exists()] += 1
+            registries[(registry_of(folder) / "directories.state").exists()] += 1
+            problem = check(program, folder, expected)
+            if problem:
+                problems.append(f"killed at {name} number {number}: {problem}")
+        print(f"tried: {killed} kills")
+        print(f"{states[True]} with a state file, {states[False]} without")
+        if killed != len(chosen):
+            problems.append(f"{len(chosen)} kills were planned")
         has_met_the_writing = "fsync" in calls and any("rename" in name for name in calls)
         if not states[True] or not states[False] or not has_met_the_writing:
             problems.append(f"the kills did not meet the writing of the state: {calls}")
@@ -133,4 +134,4 @@ def main(program):
 
 
 if __name__ == "__main__":
-    main(sys.argv[1])
+    main(sys.argv[1], *map(int, sys.argv[2:]))

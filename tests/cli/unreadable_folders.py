@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Takes permissions from folders of a repository and looks at what `qrv` makes of it.
 
-Usage: unreadable_folders.py PROGRAM. Whatever lies below such a folder was recorded as removed, with exit status 0:
+Usage: unreadable_folders.py PROGRAM [--few]. Whatever lies below such a folder was recorded as removed, with exit status 0:
 what cannot be looked at was taken for what is not there. It needs a user whom permissions bind, so that root works as
 "nobody".
 """
@@ -101,10 +101,12 @@ def main():
         project.write("plans/new.dwg", "a staged new drawing")
         project.run("qrv", "add", "plans/new.dwg")
         before = json.loads(project.run("qrv", "status", "--json").stdout)
-        for mode in (0o000, 0o444, 0o111):
-            for closed in ("plans", "plans/old"):
-                check_closed(project, closed, mode)
-                expect(project.staged() == ["plans/new.dwg"], f"{closed} with {mode:o} changed the stage")
+        ways = [("plans", 0o000), ("plans/old", 0o444), ("plans/old", 0o111)]
+        if "--few" not in sys.argv:
+            ways += [("plans/old", 0o000), ("plans", 0o444), ("plans", 0o111)]
+        for closed, mode in ways:
+            check_closed(project, closed, mode)
+            expect(project.staged() == ["plans/new.dwg"], f"{closed} with {mode:o} changed the stage")
         check_rules(project)
         now = json.loads(project.run("qrv", "status", "--json").stdout)
         expect(changed(now) == changed(before), f"{now} is not {before}")
