@@ -21,6 +21,7 @@ import check_silence
 import check_sizes
 import check_words
 import count_tests
+import count_tried
 import library_names
 import manual_sources
 import sources
@@ -458,6 +459,26 @@ class CountTests(unittest.TestCase):
             with contextlib.redirect_stderr(io.StringIO()):
                 self.assertEqual(count_tests.main("/nonexistent/report.xml"), 1)
         self.assertEqual(printed.getvalue(), "0 passed, 0 failed\n")
+
+
+class CountTried(unittest.TestCase):
+    REPORT = """<testsuite>
+        <testcase name="Kill.a"><system-out>a: 3 disturbances\ntried: 3 kills\n</system-out></testcase>
+        <testcase name="Kill.b"><system-out>tried: 1040 kills\ntried: 2 saves\n</system-out></testcase>
+        <testcase name="a.AllAgainUnderAnOddLocale"><system-out>tried: 5 kills\n</system-out></testcase>
+        <testcase name="Silent"/>
+    </testsuite>"""
+
+    def test_each_kind_is_summed_and_repeats_are_not(self):
+        tried, tests = count_tried.counts_of(io.StringIO(self.REPORT))
+        self.assertEqual((tried, tests), ({"kills": 1043, "saves": 2}, {"kills": 2, "saves": 1}))
+        self.assertTrue(count_tried.rows(tried, tests)[0].endswith(" | 1,043 | 2 |"))
+
+    def test_a_kind_that_is_missing_or_unknown_is_told(self):
+        every = dict.fromkeys(count_tried.KINDS, 1)
+        self.assertEqual(count_tried.problems(count_tried.Counter(every)), [])
+        found = count_tried.problems(count_tried.Counter({**every, "saves": 0, "sighs": 1}))
+        self.assertEqual(found, ["no test has tried any: saves", "a kind without a row: sighs"])
 
 
 class BenchTable(unittest.TestCase):

@@ -23,6 +23,10 @@ def differences(seen, expected):
     return {key: pair for key, pair in pairs.items() if pair[0] != pair[1]}
 
 
+def text_of(printed):
+    return printed.decode(errors="replace")
+
+
 class Disturbance:
     def __init__(self, program, strace, names, scenario):
         self.strace = strace
@@ -56,21 +60,27 @@ class Disturbance:
         finally:
             shutil.rmtree(repository.folder)
 
-    def problem_left(self, repository, allowed):
-        """What is wrong with a repository that is to be as one of `allowed`, and with going on from there."""
-        verified = repository.run("verify")
-        if verified.returncode != 0:
-            return f"verify fails: {verified.stdout.decode()}{verified.stderr.decode()}"
-        # A look shows what a killed command left half done as it is.
-        recovered = repository.run("recover")
-        if recovered.returncode != 0:
-            return f"recover fails: {recovered.stdout.decode()}{recovered.stderr.decode()}"
+    def damage(self, repository, allowed):
+        """What a person sees of a repository, and what is wrong with it when it is to be as one of `allowed`."""
+        # Verified first: a look shows what a killed command left half done as it is.
+        for command in ("verify", "recover"):
+            result = repository.run(command)
+            if result.returncode != 0:
+                return None, f"{command} fails: {text_of(result.stdout)}{text_of(result.stderr)}"
         seen = repository.observe()
         if seen not in allowed:
-            return "\n   differs: ".join(["the repository is none of:", *(str(differences(seen, a)) for a in allowed)])
+            others = (str(differences(seen, a)) for a in allowed)
+            return seen, "\n   differs: ".join(["the repository is none of:", *others])
+        return seen, None if self.hashes <= repository.hashes() else "commits are lost"
+
+    def problem_left(self, repository, allowed):
+        """What is wrong with a repository that is to be as one of `allowed`, and with going on from there."""
+        seen, problem = self.damage(repository, allowed)
+        if problem:
+            return problem
         left = set(seen["tree"].values()) | repository.contents_of_commits() | repository.kept_contents()
-        if not self.contents <= left or not self.hashes <= repository.hashes():
-            return "contents or commits are lost"
+        if not self.contents <= left:
+            return "contents are lost"
         return self.problem_again(repository, seen != self.after)
 
     def problem_again(self, repository, is_first):
@@ -85,27 +95,34 @@ class Disturbance:
         return None
 
 
-def run_all(description, tasks_of):
+def run_all(description, what, tasks_of, scenarios_of=make_scenarios, names=("",)):
     """Does the tasks of every scenario. `tasks_of` gives, for a Disturbance and one call in so many, pairs of a text
-    and a function that gives a problem or None. Ends the program."""
-    parser = argparse.ArgumentParser(description=description)
+    and a function that gives a problem or None. `what` they are is counted. `names` are those of the scenarios, where
+    `scenarios_of` does not make all of them at once. Ends the program."""
+    parser = argparse.ArgumentParser(description=description.splitlines()[0])
     parser.add_argument("program", type=Path)
     parser.add_argument("--only", default="", help="the name of the only scenario")
-    parser.add_argument("--every", type=int, default=1, help="take only each N-th call")
+    parser.add_argument("--every", type=int, default=1, help="take only each N-th disturbance")
     arguments = parser.parse_args()
     strace = find_strace()
-    names = available(strace, CHANGING + OTHER)
+    calls = available(strace, CHANGING + OTHER)
     program = str(arguments.program.resolve())
     problems, count = [], 0
-    with tempfile.TemporaryDirectory(prefix="qrv-crash-", dir=MEMORY if os.access(MEMORY, os.W_OK) else None) as folder:
-        for scenario in make_scenarios(program, Path(folder).resolve(), arguments.only):
-            tasks = tasks_of(Disturbance(program, strace, names, scenario), arguments.every)
-            with ThreadPoolExecutor(os.cpu_count()) as pool:
-                found = list(pool.map(lambda task: task[1](), tasks))
-            wrong = [f"{scenario.name}: {task[0][:160]}:\n   {p}" for task, p in zip(tasks, found) if p]
-            print(f"{scenario.name}: {len(tasks)} disturbances, {len(wrong)} problems", flush=True)
-            problems += wrong
-            count += len(tasks)
+    for only in [arguments.only] if arguments.only else names:
+        with tempfile.TemporaryDirectory(prefix="qrv-crash-", dir=MEMORY if os.access(MEMORY, os.W_OK) else None) as folder:
+            for scenario in scenarios_of(program, Path(folder).resolve(), only):
+                tasks = tasks_of(Disturbance(program, strace, calls, scenario), arguments.every)
+                wrong = wrong_of(scenario, tasks)
+                print(f"{scenario.name}: {len(tasks)} disturbances, {len(wrong)} problems", flush=True)
+                problems += wrong
+                count += len(tasks)
+    print(f"tried: {count} {what}", flush=True)
     if count == 0:
         problems.append("nothing was disturbed")
     sys.exit("\n".join(problems) or 0)
+
+
+def wrong_of(scenario, tasks):
+    with ThreadPoolExecutor(os.cpu_count()) as pool:
+        found = list(pool.map(lambda task: task[1](), tasks))
+    return [f"{scenario.name}: {text[:160]}:\n   {problem}" for (text, _), problem in zip(tasks, found) if problem]

@@ -50,4 +50,4 @@ def failures(disturbance, every):
 
 
 if __name__ == "__main__":
-    run_all(__doc__, failures)
+    run_all(__doc__, "failing calls", failures)

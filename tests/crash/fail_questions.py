@@ -9,19 +9,14 @@ Left out are the calls of the loader and the look-ups of translations and settin
 before the program first asks for a folder ".qrv", and memory that cannot be had (mmap, brk).
 """
 
-import argparse
-import os
 import re
 import shutil
-import sys
-import tempfile
 from collections import Counter, namedtuple
-from concurrent.futures import ThreadPoolExecutor
-from pathlib import Path
+from functools import partial
 
-from disturbance import MEMORY, Disturbance, differences
+from disturbance import run_all, text_of
 from scenarios import make_scenarios
-from system_calls import CHANGING, OTHER, Call, available, find_strace, injecting
+from system_calls import CHANGING, OTHER, Call, available, injecting
 
 CAUSES = ("EIO", "ESTALE", "EACCES", "EMFILE", "ENOSPC", "EDQUOT", "ENOMEM")
 # Closing teaches nothing.
@@ -80,23 +75,11 @@ def questions(disturbance):
     return list(found.values()), result.stdout
 
 
-def text_of(printed):
-    return printed.decode(errors="replace")
-
-
 def problem_left(disturbance, repository, allowed):
-    recovered = repository.run("recover")
-    if recovered.returncode != 0:
-        return f"recover fails: {text_of(recovered.stdout)}{text_of(recovered.stderr)}"
-    verified = repository.run("verify")
-    if verified.returncode != 0:
-        return f"verify fails: {text_of(verified.stdout)}{text_of(verified.stderr)}"
-    seen = repository.observe()
-    if seen not in allowed:
-        return "\n   differs: ".join(["the repository is none of:", *(str(differences(seen, a)) for a in allowed)])
-    if not disturbance.hashes <= repository.hashes():
-        return "commits are lost"
-    return None if disturbance.scenario.name in ONCE else disturbance.problem_again(repository, seen != disturbance.after)
+    seen, problem = disturbance.damage(repository, allowed)
+    if problem or disturbance.scenario.name in ONCE:
+        return problem
+    return disturbance.problem_again(repository, seen != disturbance.after)
 
 
 def problem_of(disturbance, printed, question, cause):
@@ -127,36 +110,12 @@ def scenarios_of(program, folder, only):
     return make_scenarios(program, folder, only)
 
 
-def try_scenario(disturbance, every):
+def failing_questions(disturbance, every):
     asked, printed = questions(disturbance)
     pairs = [(question, cause) for question in asked for cause in CAUSES][::every]
-    with ThreadPoolExecutor(os.cpu_count()) as pool:
-        found = pool.map(lambda pair: problem_of(disturbance, printed, *pair), pairs)
-        wrong = [f"{disturbance.scenario.name}: {cause} at {q.call.name} {q.call.number} {q.call.line[:160]}:\n   {problem}"
-                 for (q, cause), problem in zip(pairs, found) if problem]
-    print(f"{disturbance.scenario.name}: {len(asked)} calls, {len(pairs)} failures, {len(wrong)} problems", flush=True)
-    return len(pairs), wrong
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("program", type=Path)
-    parser.add_argument("--only", default="", help="the name of the only scenario")
-    parser.add_argument("--every", type=int, default=1, help="take only each N-th failure")
-    arguments = parser.parse_args()
-    strace, program = find_strace(), str(arguments.program.resolve())
-    names = available(strace, CHANGING + OTHER)
-    problems, count = [], 0
-    for only in [arguments.only] if arguments.only else ["", *THERE]:
-        with tempfile.TemporaryDirectory(dir=MEMORY if os.access(MEMORY, os.W_OK) else None) as folder:
-            for scenario in scenarios_of(program, Path(folder).resolve(), only):
-                tried, wrong = try_scenario(Disturbance(program, strace, names, scenario), arguments.every)
-                count += tried
-                problems += wrong
-    if count == 0:
-        problems.append("nothing was disturbed")
-    sys.exit("\n".join(problems) or 0)
+    return [(f"{cause} at {q.call.name} {q.call.number} {q.call.line}", partial(problem_of, disturbance, printed, q, cause))
+            for q, cause in pairs]
 
 
 if __name__ == "__main__":
-    main()
+    run_all(__doc__, "failing questions", failing_questions, scenarios_of, ("", *THERE))

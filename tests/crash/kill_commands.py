@@ -37,4 +37,4 @@ def kills(disturbance, every):
 
 
 if __name__ == "__main__":
-    run_all(__doc__, kills)
+    run_all(__doc__, "kills", kills)

@@ -156,4 +156,4 @@ def saves(disturbance, every):
 
 
 if __name__ == "__main__":
-    run_all(__doc__, saves)
+    run_all(__doc__, "saves", saves)

@@ -317,6 +317,7 @@ def main():
         print("\n".join(walk.journal[-40:]))
         sys.exit(f"seed {seed}, in {folder}: {difference}")
     shutil.rmtree(folder)
+    print(f"tried: {arguments.steps} steps of random walks")
     print(f"seed {seed}: {len(walk.model.commits)} commits, {dict(sorted(walk.counts.items()))}")
 
 

@@ -156,6 +156,7 @@ def main():
             tried, wrong = problems_of(disturbance, disk, arguments.states)
             problems += wrong
             count += tried
+    print(f"tried: {count} power-cut states", flush=True)
     if count == 0:
         problems.append("nothing was tried")
     if arguments.ignore_flushes_of:

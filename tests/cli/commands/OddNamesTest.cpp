@@ -1,6 +1,7 @@
 #include <cli/Message.h>
 #include <cli/safety/RelativePath.h>
 #include <tests/cli/commands/HistoryProject.h>
+#include <tests/support/Effort.h>
 
 #include <gtest/gtest.h>
 
@@ -168,6 +169,7 @@ TEST_F(OddNames, MeanTheFilesOfExactlyThoseNames) {
         EXPECT_EQ(project.qrv(Names{"diff", "--names", "-0"} + options),
                   (Outcome{0, compared, ""}));
     }
+    qrv_test::tellTried(4 * names.size(), "attacks");
 }
 
 TEST_F(OddNames, MeanTheSameToEveryCommandThatTakesOnePath) {

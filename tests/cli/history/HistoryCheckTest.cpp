@@ -1,6 +1,7 @@
 #include <cli/history/HistoryCheck.h>
 #include <cli/history/Plan.h>
 #include <tests/cli/history/Repository.h>
+#include <tests/support/Effort.h>
 #include <tests/support/Files.h>
 
 #include <gmock/gmock.h>
@@ -219,6 +220,7 @@ TEST(HistoryCheck, FindsThatTheFileWasCut) {
 TEST(HistoryCheck, EndsOnAnyDamage) {
     // Every page overwritten in turn, from its begin and from its middle.
     Sound repository;
+    std::size_t damages = 0;
     const std::string bytes = qrv_test::readFile(repository.dbFile());
     for (std::size_t at = 4096; at < bytes.size(); at += 2048) {
         std::string broken = bytes;
@@ -226,7 +228,9 @@ TEST(HistoryCheck, EndsOnAnyDamage) {
         qrv_test::writeFile(repository.dbFile(), broken);
         const bool isUsed = bytes.substr(at, 512) != std::string(512, '\0');
         EXPECT_TRUE(!repository.problemsOfFile().empty() || !isUsed) << at;
+        ++damages;
     }
+    qrv_test::tellTried(damages, "damaged inputs");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <cli/history/HistoryRecords.h>
 #include <platform/kernel/Clock.h>
 #include <tests/cli/history/Repository.h>
+#include <tests/support/Effort.h>
 #include <tests/support/Files.h>
 
 #include <gtest/gtest.h>
@@ -78,6 +79,7 @@ TEST(ReferenceRecord, KnowsEachFlippedByteAndEachMissingLine) {
         qrv_test::writeFile(repository.path(), flipped);
         EXPECT_GT(repository.read().damagedLine(), 0) << at;
     }
+    qrv_test::tellTried(bytes.size(), "flipped bytes");
     const std::size_t second = bytes.find('\n') + 1;
     const std::size_t third = bytes.find('\n', second) + 1;
     qrv_test::writeFile(repository.path(), bytes.substr(0, second) + bytes.substr(third));

@@ -1,6 +1,7 @@
 #include <cli/storage/Digest.h>
 #include <cli/storage/FrameStore.h>
 #include <tests/cli/storage/Contents.h>
+#include <tests/support/Effort.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 
@@ -356,6 +357,7 @@ TEST_F(FrameStoreTest, NoChangedByteGivesWrongContents) {
     }
     // A bit or two of a frame mean nothing.
     EXPECT_GE(errors, changes - 2);
+    qrv_test::tellTried(static_cast<std::size_t>(changes), "flipped bytes");
     EXPECT_TRUE(read(revision(2)) == revision(2));
 }
 

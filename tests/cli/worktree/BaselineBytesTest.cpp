@@ -1,5 +1,6 @@
 #include <cli/storage/Digest.h>
 #include <cli/worktree/BaselineBytes.h>
+#include <tests/support/Effort.h>
 #include <tests/support/Files.h>
 
 #include <gtest/gtest.h>
@@ -119,6 +120,8 @@ TEST(BaselineBytes, AreNotReadWhenAnyBitIsFlippedOrAnyByteIsMissing) {
         EXPECT_FALSE(read(bytes.substr(0, place))) << place;
     }
     EXPECT_FALSE(read(bytes + "x"));
+    qrv_test::tellTried(bytes.size(), "flipped bytes");
+    qrv_test::tellTried(bytes.size(), "damaged inputs");
 }
 
 // Whoever makes a right digest for it can write anything.
@@ -128,6 +131,7 @@ TEST(BaselineBytes, AreNotReadWhenTheBodyIsNotWhole) {
         EXPECT_FALSE(read(whole(body.substr(0, length)))) << length;
     EXPECT_FALSE(read(whole(body + "x")));
     EXPECT_TRUE(read(whole(body)));
+    qrv_test::tellTried(body.size(), "damaged inputs");
 }
 
 TEST(BaselineBytes, AreNotReadWhenCountsOrNumbersCannotBe) {

@@ -2,6 +2,7 @@
 #include <cli/worktree/PlanRecovery.h>
 #include <platform/sys/ScopedFault.h>
 #include <tests/cli/worktree/Working.h>
+#include <tests/support/Effort.h>
 
 #include <gmock/gmock.h>
 
@@ -101,6 +102,7 @@ TEST_F(PlanRecovery, StopsAndKeepsThePlanWhicheverCallFails) {
         EXPECT_TRUE(findChanges(*workspace)->isEmpty()) << nth;
     }
     EXPECT_GT(stops, 5);
+    qrv_test::tellTried(static_cast<std::size_t>(stops), "failing calls");
 }
 
 TEST_F(PlanRecovery, StopsWhileAFileOfThePlanIsOpen) {
