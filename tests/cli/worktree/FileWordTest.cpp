@@ -1,29 +1,15 @@
 #include <cli/worktree/FileWord.h>
-#include <tests/support/TemporaryFolder.h>
+#include <tests/cli/worktree/InsideARoot.h>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
 namespace {
 
-namespace fs = std::filesystem;
-using qrv_test::TemporaryFolder;
-
-/// A root whose folder "plans" is where the process works.
-class AWord : public testing::Test {
+class AWord : public qrv_test::InsideARoot {
 protected:
-    AWord() {
-        fs::create_directories(folder / "plans");
-        fs::current_path(folder / "plans");
-    }
-    ~AWord() override { fs::current_path(before); }
-
-    AWord(const AWord&) = delete;
-    AWord& operator=(const AWord&) = delete;
-
     std::string found(const std::string& word) const {
         const auto files = qrv_cli::filesOfWord(root, word, paths);
         return files ? shown(*files) : files.error().message.toNarrow();
@@ -37,10 +23,6 @@ protected:
         return text;
     }
 
-    const fs::path before = fs::current_path();
-    const TemporaryFolder folder;
-    const common::RootPath root =
-        *common::RootPath::get(OdString::fromNarrow(fs::canonical(folder.path()).native()), true);
     const std::vector<OdString> paths = {L"*.dwg",           L"list.csv",        L"plans/a.tar.gz",
                                          L"plans/floor.dwg", L"plans/old/a.dwg", L"x/floor.dwg"};
 };

@@ -1,6 +1,6 @@
 #include <cli/worktree/PathArgument.h>
+#include <tests/cli/worktree/InsideARoot.h>
 #include <tests/support/Files.h>
-#include <tests/support/TemporaryFolder.h>
 
 #include <gtest/gtest.h>
 
@@ -11,21 +11,15 @@ namespace {
 
 namespace fs = std::filesystem;
 using qrv_cli::isChosen;
-using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 
-/// A root with a folder "plans", in which the process works.
-class PathArgument : public testing::Test {
+/// Beside it lies another folder.
+class PathArgument : public qrv_test::InsideARoot {
 protected:
     PathArgument() {
         writeFile(folder / "root/plans/a.dwg", "");
         writeFile(folder / "elsewhere/b.dwg", "");
-        fs::current_path(folder / "root/plans");
     }
-    ~PathArgument() override { fs::current_path(before); }
-
-    PathArgument(const PathArgument&) = delete;
-    PathArgument& operator=(const PathArgument&) = delete;
 
     std::string path(const std::string& argument) const {
         const Expected<OdString> found = qrv_cli::pathInRepository(root, argument);
@@ -34,13 +28,6 @@ protected:
     std::string outside(const std::string& argument) const {
         return "'" + argument + "' lies outside the repository '" + root.path().toNarrow() + "'";
     }
-
-    const fs::path before = fs::current_path();
-    const TemporaryFolder folder;
-    const common::RootPath root =
-        common::RootPath::get(
-            OdString::fromNarrow((fs::canonical(folder.path()) / "root").native()), true)
-            .value();
 };
 
 TEST_F(PathArgument, StartsFromTheCurrentFolder) {

@@ -2,7 +2,7 @@
 #include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/PlanExecution.h>
 #include <tests/cli/worktree/Trees.h>
-#include <tests/cli/worktree/Working.h>
+#include <tests/cli/worktree/TwoBranches.h>
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,6 @@ using qrv_test::letterOf;
 using qrv_test::Outcome;
 using qrv_test::readFile;
 using qrv_test::treeOf;
-using qrv_test::Working;
 
 std::string steps(const std::string& before, const std::string& after) {
     std::string text;
@@ -42,28 +41,10 @@ TEST(PlanSteps, LeadFromOneTreeToTheOther) {
     EXPECT_EQ(steps("", "a=1 b=1"), "a ->1, b ->1, ");
 }
 
-/// "old" and "new" are branches; "old" is the current one.
-class PlanExecution : public testing::Test {
+class PlanExecution : public qrv_test::TwoBranches {
 protected:
-    PlanExecution() {
-        project.write({{"a.txt", "old a"}, {"gone/b.txt", "old b"}});
-        project.commit("Old");
-        project.run({"switch", "-c", "old"});
-        project.run({"switch", "-c", "new"});
-        project.write({{"a.txt", "new a"}, {"fresh/c.dwg", "new c"}});
-        fs::remove_all(project / "gone");
-        project.commit("New");
-        project.run({"switch", "old"});
-    }
-
-    /// The plan of `qrv switch new`.
-    Plan planOfSwitch(Workspace& workspace) const {
-        Plan plan;
-        plan.title = L"switch new";
-        plan.branch = L"new";
-        plan.commit = *workspace.history().reference(L"new", common::RefType::Branch);
-        plan.files = stepsBetween(workspace.headFiles(), workspace.history().tree(plan.commit));
-        return plan;
+    static Plan planOfSwitch(Workspace& workspace) {
+        return TwoBranches::planOfSwitch(workspace, L"new");
     }
     /// As a command leaves it that was killed after it had noted its plan.
     void interrupt() const {
@@ -81,7 +62,6 @@ protected:
     }
     bool isThere(const std::string& path) const { return fs::exists(project / path); }
 
-    const Working project;
     const qrv_test::TemporaryFolder outside;
     const std::string begun = "qrv: Note: 'switch new' was interrupted; it is being finished\n";
     const std::string ended = "qrv: Note: 'switch new' was interrupted and is now finished\n";

@@ -1,7 +1,7 @@
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/PlanRecovery.h>
 #include <platform/sys/ScopedFault.h>
-#include <tests/cli/worktree/Working.h>
+#include <tests/cli/worktree/TwoBranches.h>
 #include <tests/support/Effort.h>
 
 #include <gmock/gmock.h>
@@ -15,37 +15,18 @@ namespace {
 
 namespace fs = std::filesystem;
 using qrv_cli::findChanges;
-using qrv_cli::Plan;
 using qrv_cli::Workspace;
 using qrv_test::readFile;
-using qrv_test::Working;
 using testing::HasSubstr;
 
 /// A switch from "old" to "new" that was noted, and interrupted before it did anything.
-class PlanRecovery : public testing::Test {
+class PlanRecovery : public qrv_test::TwoBranches {
 protected:
-    PlanRecovery() {
-        project.write({{"a.txt", "old a"}, {"gone/b.txt", "old b"}});
-        project.commit("Old");
-        project.run({"switch", "-c", "old"});
-        project.run({"switch", "-c", "new"});
-        project.write({{"a.txt", "new a"}, {"fresh/c.dwg", "new c"}});
-        fs::remove_all(project / "gone");
-        project.commit("New");
-        project.run({"switch", "old"});
-        workspace = project.open();
-        noteSwitch(L"new");
-    }
+    PlanRecovery() { noteSwitch(L"new"); }
 
     /// As a command leaves it that was killed after it had noted its plan.
     void noteSwitch(const wchar_t* branch) const {
-        Plan plan;
-        plan.title = OdString(L"switch ") + branch;
-        plan.branch = branch;
-        plan.commit = *workspace->history().reference(branch, common::RefType::Branch);
-        plan.files =
-            qrv_cli::stepsBetween(workspace->headFiles(), workspace->history().tree(plan.commit));
-        notePlan(workspace->history(), plan);
+        notePlan(workspace->history(), planOfSwitch(*workspace, branch));
     }
 
     std::string recovered() const {
@@ -58,8 +39,7 @@ protected:
     }
     bool isNoted() const { return notedPlan(workspace->history()).has_value(); }
 
-    const Working project;
-    std::unique_ptr<Workspace> workspace;
+    const std::unique_ptr<Workspace> workspace = project.open();
 };
 
 TEST_F(PlanRecovery, FinishesTheRest) {
