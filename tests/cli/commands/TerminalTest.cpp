@@ -89,9 +89,7 @@ TEST_F(Terminal, ShowsHowFarLongWorkIsAndWipesItOut) {
     project.run({"add", "--all"});
     // Every look at a file is made to take its time.
     const std::string slow = "strace -qq -o /dev/null -e inject=newfstatat:delay_exit=30000 ";
-    // The leak check of a sanitizer does not work under a tracer.
-    const std::string committing =
-        shown(slow + "$QRV commit -m x", {{"ASAN_OPTIONS", "detect_leaks=0"}});
+    const std::string committing = shown(slow + "$QRV commit -m x");
     EXPECT_THAT(committing, AllOf(HasSubstr("\rStoring: "), HasSubstr(" of 8 files, "),
                                   HasSubstr(" bytes/s\x1B[K"), HasSubstr("\r\x1B[KCommit 2 on ")));
     EXPECT_THAT(shown("$QRV verify"), Not(HasSubstr("Checking")));
