@@ -7,7 +7,8 @@
 #   scripts/nightly.sh kills ...  only the steps named
 #
 # For a shorter night: QRV_NIGHTLY_SECONDS is the time for each fuzz target (600), QRV_NIGHTLY_WALKS the number of random
-# walks (10) and QRV_NIGHTLY_STEPS their length (2000); of the calls to disturb each QRV_NIGHTLY_EVERY-th is met (1).
+# walks (10) and QRV_NIGHTLY_STEPS their length (2000); of the calls to disturb, and of the sources for clang-tidy, each
+# QRV_NIGHTLY_EVERY-th is taken (1), and of the tests for the steps sizes and locales those that match QRV_NIGHTLY_TESTS.
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 scripts/install-deps.sh || exit 1
@@ -39,7 +40,7 @@ walk() {
 try_full_sizes() {
     cmake --preset dev -B "$build/dev" && cmake --build "$build/dev" &&
         QRV_EXHAUSTIVE=1 ctest --test-dir "$build/dev" --output-on-failure --no-tests=error --parallel "$(nproc)" \
-            -E '^(Kill|Failure|Question|Save|PowerCut|Model|Consumer|Scripts)[.]|AllAgainUnder'
+            -R "${QRV_NIGHTLY_TESTS:-.}" -E '^(Kill|Failure|Question|Save|PowerCut|Model|Consumer|Scripts)[.]|AllAgainUnder'
 }
 
 # Every test program in each of the odd locales.
@@ -50,7 +51,8 @@ repeat_in_locales() {
     fi
     cmake --preset dev -B "$build/dev" -DQRV_TEST_EVERY_LOCALE=ON -DQRV_TEST_LOCALE_PATH="$folder" &&
         cmake --build "$build/dev" &&
-        ctest --test-dir "$build/dev" --output-on-failure --no-tests=error --parallel "$(nproc)" -R AllAgainUnder
+        ctest --test-dir "$build/dev" --output-on-failure --no-tests=error --parallel "$(nproc)" \
+            -R "${QRV_NIGHTLY_TESTS:-.}" -L again
 }
 
 step kills disturb Kill
@@ -63,6 +65,6 @@ step sizes try_full_sizes
 step locales repeat_in_locales
 step fuzz scripts/fuzz.sh "${QRV_NIGHTLY_SECONDS:-600}"
 # Each source by itself, and whatever was remembered.
-step clang-tidy env QRV_TIDY_ALONE=1 QRV_TIDY_CACHE= scripts/lint.sh clang-tidy
+step clang-tidy env QRV_TIDY_ALONE="${QRV_NIGHTLY_EVERY:-1}" QRV_TIDY_CACHE= scripts/lint.sh clang-tidy
 
 end_of_steps

@@ -5,7 +5,8 @@ Usage: tidy_all.py BUILD, with the files on standard input, one a line. Nearly a
 source it takes for the headers of others, which our sources have in common. So sources with the same command are put
 together into one that includes them, BUILD/unified/UnifiedSource-*.cpp. Those that do not go together with others are
 looked at alone. So are those in which something is found, and what is printed comes from there. Prints the findings,
-and ends with 0 only when there are none. With QRV_TIDY_ALONE in the environment each source is looked at alone.
+and ends with 0 only when there are none. With QRV_TIDY_ALONE=1 in the environment each source is looked at alone, with a
+larger number each of so many.
 
 The static analyzer looks into the functions of included sources only because of the name "UnifiedSource".
 """
@@ -125,8 +126,8 @@ def suspects(found, sources):
 
 def main(build, sources):
     groups, alone = groups_of(build, sources)
-    if os.environ.get("QRV_TIDY_ALONE"):
-        groups, alone = {}, sources
+    if every := int(os.environ.get("QRV_TIDY_ALONE", 0)):
+        groups, alone = {}, sources[::every]
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         texts, left_out = together(build / "unified", groups, pool)
         alone += left_out

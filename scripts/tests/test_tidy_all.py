@@ -40,17 +40,21 @@ class TidyAll(unittest.TestCase):
             entry = {"directory": str(self.folder), "file": str(source), "command": f"{command} -c {source} -o {name}.o"}
             self.commands.append(entry)
 
-    def tidy(self):
+    def tidy(self, **variables):
         """The exit status, the names of the sources and checks of the findings, and how the work was done."""
         (self.folder / "compile_commands.json").write_text(json.dumps(self.commands))
         result = subprocess.run([sys.executable, str(SCRIPT), str(self.folder)], input="\n".join(self.sources), text=True,
-                                capture_output=True, env={**os.environ, "QRV_TIDY_CACHE": ""})
+                                capture_output=True, env={**os.environ, "QRV_TIDY_CACHE": "", **variables})
         found = [line.split(" ")[0].split("/")[-1].split(":")[0] + line[line.rindex("["):].split(",")[0]
                  for line in result.stdout.splitlines() if ": error: " in line]
         return result.returncode, found, result.stderr.splitlines()[-1]
 
     def test_clean_sources_are_looked_at_together(self):
         self.assertEqual(self.tidy(), (0, [], "3 sources in 1 texts, 0 looked at alone"))
+
+    def test_each_or_one_in_so_many_is_looked_at_alone_on_request(self):
+        self.assertEqual(self.tidy(QRV_TIDY_ALONE="1"), (0, [], "3 sources in 0 texts, 3 looked at alone"))
+        self.assertEqual(self.tidy(QRV_TIDY_ALONE="2"), (0, [], "3 sources in 0 texts, 2 looked at alone"))
 
     def test_what_is_found_is_told_of_its_source(self):
         self.add("four", "int Four() { return 4; }\n")
