@@ -1,9 +1,9 @@
-#include <CLI/CLI.hpp>
 #include <cli/CommandLine.h>
 #include <cli/RunningCommand.h>
 #include <cli/Translation.h>
 #include <cli/shell/ArgumentParser.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
 #include <string>

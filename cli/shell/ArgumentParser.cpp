@@ -1,6 +1,6 @@
-#include <CLI/CLI.hpp>
 #include <cli/shell/ArgumentParser.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <utility>
 
