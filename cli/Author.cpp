@@ -2,7 +2,7 @@
 #include <cli/Message.h>
 #include <cli/Translation.h>
 #include <platform/qut/toQt.h>
-#include <platform/sys/Terminal.h>
+#include <sys/Terminal.h>
 
 #include <QByteArray>
 #include <QString>

@@ -3,7 +3,7 @@
 #include <cli/Output.h>
 #include <common/json/Writer.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Terminal.h>
+#include <sys/Terminal.h>
 
 namespace qrv_cli {
 

@@ -5,8 +5,8 @@
 #include <cli/Suggestion.h>
 #include <cli/Translation.h>
 #include <cli/commands/Commands.h>
-#include <platform/sys/Interruption.h>
-#include <platform/sys/Memory.h>
+#include <sys/Interruption.h>
+#include <sys/Memory.h>
 
 #include <algorithm>
 #include <cstdio>

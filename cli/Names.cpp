@@ -1,6 +1,6 @@
 #include <cli/Message.h>
 #include <cli/Names.h>
-#include <platform/sys/Terminal.h>
+#include <sys/Terminal.h>
 
 namespace qrv_cli {
 

@@ -4,7 +4,7 @@
 #include <common/repository/IoInterface.h>
 #include <common/repository/RootPath.h>
 #include <common/state/Cache.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <filesystem>
 #include <memory>

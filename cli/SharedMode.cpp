@@ -1,6 +1,6 @@
 #include <cli/Settings.h>
 #include <cli/SharedMode.h>
-#include <platform/sys/CreationMask.h>
+#include <sys/CreationMask.h>
 
 namespace qrv_cli {
 

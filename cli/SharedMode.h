@@ -1,6 +1,6 @@
 #pragma once
 
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <cstdint>
 #include <optional>

@@ -2,7 +2,7 @@
 #include <cli/Settings.h>
 #include <cli/Translation.h>
 #include <cli/Trust.h>
-#include <platform/sys/User.h>
+#include <sys/User.h>
 
 #include <QByteArray>
 #include <algorithm>

@@ -35,35 +35,35 @@ RULES = [
     ),
     (
         "the library prints nothing",
-        ("common", "platform"),
+        ("common", "platform", "sys"),
         r"\b(?:printf|wprintf|fprintf|fwprintf|vprintf|vfprintf|puts|putchar|fputs|fputws|perror|syslog"
         r"|cout|cerr|clog|wcout|wcerr|wclog|qDebug|qInfo|qWarning|qCritical|qFatal|wxLog\w+)\b",
         {},
     ),
     (
         "the library does not end its host",
-        ("common", "platform"),
+        ("common", "platform", "sys"),
         r"\b(?:exit|_exit|_Exit|quick_exit|abort|terminate|raise|kill|assert)\s*\(",
         {
             "platform/ut/ScopedFault.cpp": "tests kill the process at a chosen call",
-            "platform/sys/Interruption.cpp": "only the program links it, and ends by the signal that it was sent",
+            "sys/Interruption.cpp": "only the program links it, and ends by the signal that it was sent",
         },
     ),
     (
         "the library leaves its host's locale alone",
-        ("common", "platform", "cli"),
+        ("common", "platform", "sys", "cli"),
         r"\b(?:setlocale|uselocale|newlocale)\b|\blocale::global\b",
         {},
     ),
     (
         "the library handles no signal",
-        ("common", "platform"),
+        ("common", "platform", "sys"),
         r"\b(?:signal|sigaction|sigprocmask|set_terminate|atexit|at_quick_exit)\s*\(",
-        {"platform/sys/Interruption.cpp": "only the program links it, and makes one while it must not be cut off"},
+        {"sys/Interruption.cpp": "only the program links it, and makes one while it must not be cut off"},
     ),
     (
         "the library starts no thread or process",
-        ("common", "platform"),
+        ("common", "platform", "sys"),
         r"\bstd::(?:thread|jthread|async)\b|\b(?:pthread_create|fork|vfork|execv\w*|posix_spawn\w*|system|popen)\s*\("
         r"|\b(?:QThread|QProcess|QtConcurrent|QTimer)\b",
         {},
@@ -73,7 +73,7 @@ RULES = [
 
 def problems(files, read=sources.read):
     found = []
-    for name in sources.cpp_files(files, ("common", "platform", "cli")):
+    for name in sources.cpp_files(files, ("common", "platform", "sys", "cli")):
         lines = sources.code_only(read(name)).splitlines()
         for complaint, folders, pattern, exceptions in RULES:
             if name.split("/")[0] not in folders or name in exceptions:

@@ -15,7 +15,7 @@ EDGES = {
         "platform/kernel": "converts the kernel's texts",
         "platform/ut": "opens files by their host names",
     },
-    "platform/sys": {},
+    "sys": {},
     "common/base": {},
     "common/json": {"common/base": "errors and their texts"},
     "common/repository": {"common/base": "errors and their texts"},
@@ -53,7 +53,7 @@ EDGES = {
 USERS = {"cli": (), "tests": ("cli",), "bench": ("cli",), "fuzz": ("cli",)}
 
 # These belong to the program, which a host's own platform does not replace: folder -> who includes them.
-PROGRAM_FOLDERS = {"platform/sys": ("cli", "tests")}
+PROGRAM_FOLDERS = {"sys": ("cli", "tests")}
 
 # A header whose name ends in Internal.h belongs to its folder, but for these: who else, and why.
 SHARED_INTERNAL_HEADERS = {
@@ -89,11 +89,11 @@ LIBRARIES = [
     (r"zstd\.h", ("cli",)),
 ]
 
-# Only platform/ knows the system. The exceptions, by file: what they may include or ask.
+# Only platform/ and sys/ know the system. The exceptions, by file: what they may include or ask.
 SYSTEM_EXCEPTIONS = {
     "common/repository/RootPath.cpp": {"windows.h", "_WIN32"},  # hides ".qrv" there
 }
-SYSTEM_FOLDERS = ("platform", "tests", "bench", "fuzz")
+SYSTEM_FOLDERS = ("platform", "sys", "tests", "bench", "fuzz")
 SYSTEM_MACRO = re.compile(
     r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*?\b(_WIN32|_WIN64|WIN32|__linux__|__linux|__unix__|unix|"
     r"__APPLE__|__MACH__|__CYGWIN__|__MINGW32__|__GLIBC__|_POSIX_\w+|Q_OS_\w+)\b")
@@ -147,13 +147,18 @@ def foreign_include_problem(source, target):
             if source.startswith(folders):
                 return None
             return f"{folder_of(source)} does not use this library: <{target}>"
-    return f"system headers belong into platform/: <{target}>"
+    return f"system headers belong into platform/ or sys/: <{target}>"
+
+
+def is_own(target):
+    """Also the system has headers in "sys"; ours begin with a capital."""
+    return bool(re.match(rf"(?:common|platform|{'|'.join(USERS)})/|sys/[A-Z]", target))
 
 
 def include_problem(source, quote, target):
     if quote == '"':
         return f'write <> and the path from the root: "{target}"'
-    if target.split("/")[0] in ("common", "platform", *USERS) and "/" in target:
+    if is_own(target):
         return own_include_problem(source, target)
     return foreign_include_problem(source, target)
 
@@ -166,13 +171,13 @@ def line_problem(source, line):
     macro = SYSTEM_MACRO.match(line)
     if macro and not source.startswith(SYSTEM_FOLDERS):
         if macro.group(1) not in SYSTEM_EXCEPTIONS.get(source, ()):
-            return f"asks for the system outside platform/: {macro.group(1)}"
+            return f"asks for the system outside platform/ and sys/: {macro.group(1)}"
     return None
 
 
 def problems(files, read=sources.read):
     found = []
-    for name in sources.cpp_files(files, ("common", "platform", *USERS)):
+    for name in sources.cpp_files(files, ("common", "platform", "sys", *USERS)):
         for number, line in enumerate(read(name).splitlines(), 1):
             problem = line_problem(name, line)
             if problem:

@@ -13,7 +13,7 @@ import sources
 LONGEST_README = 10
 UMBRELLA = "common/common.h"
 # A README of a folder of tests would only repeat that of the folder that it tests.
-README_FOLDERS = ("bench", "cli", "common", "fuzz", "platform", "scripts")
+README_FOLDERS = ("bench", "cli", "common", "fuzz", "platform", "scripts", "sys")
 
 
 def cmake_texts(files, read):
@@ -44,9 +44,7 @@ def unlisted_sources(files, cmake):
 
 def is_public_header(name):
     return (name.startswith(("common/", "platform/")) and name.endswith(".h")
-            and not name.endswith("Internal.h")
-            # A part of the program, which is not installed.
-            and not name.startswith("platform/sys/"))
+            and not name.endswith("Internal.h"))
 
 
 def header_problems(files, cmake):

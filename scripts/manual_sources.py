@@ -119,12 +119,12 @@ def dead_links(name, text, files):
 
 
 def is_header(name):
-    return check_lists.is_public_header(name) and not name.startswith("platform/sys/")
+    return check_lists.is_public_header(name)
 
 
 def copies(files, read=sources.read):
     """The text of each copy by its name, and the links that lead nowhere."""
-    pages = {name for name in files if PAGES.fullmatch(name) and not name.startswith("platform/sys/")}
+    pages = {name for name in files if PAGES.fullmatch(name)}
     texts = {name: header(read(name)) for name in files if is_header(name)}
     texts |= {name: page(name, read(name), pages) for name in pages}
     return texts, [problem for name in sorted(pages) for problem in dead_links(name, read(name), files)]

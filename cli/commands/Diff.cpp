@@ -14,7 +14,7 @@
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
-#include <platform/sys/Terminal.h>
+#include <sys/Terminal.h>
 
 #include <algorithm>
 #include <cstddef>

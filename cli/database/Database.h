@@ -2,7 +2,7 @@
 
 #include <cli/database/Statement.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <cstdint>
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <string>
 

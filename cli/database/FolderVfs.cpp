@@ -1,5 +1,5 @@
 #include <cli/database/FolderVfsInternal.h>
-#include <platform/sys/OpenByPath.h>
+#include <sys/OpenByPath.h>
 
 #include <array>
 #include <cstddef>

@@ -5,7 +5,7 @@
 #include <common/repository/RootPath.h>
 #include <common/server/Reference.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <cstdint>
 #include <memory>

@@ -4,7 +4,7 @@
 #include <cli/history/History.h>
 #include <cli/history/ReferenceRecord.h>
 #include <common/base/Expected.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <cstdint>
 #include <optional>

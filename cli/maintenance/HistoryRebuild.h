@@ -3,7 +3,7 @@
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <cstdint>
 #include <string>

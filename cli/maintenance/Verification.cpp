@@ -19,9 +19,9 @@
 #include <cli/terminal/Progress.h>
 #include <cli/worktree/KeptBaseline.h>
 #include <cli/worktree/Workspace.h>
-#include <platform/sys/Folder.h>
-#include <platform/sys/Lock.h>
 #include <platform/ut/Paths.h>
+#include <sys/Folder.h>
+#include <sys/Lock.h>
 
 #include <algorithm>
 #include <functional>

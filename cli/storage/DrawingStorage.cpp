@@ -10,7 +10,7 @@
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/WorkingFile.h>
 #include <cli/storage/Zstd.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <optional>
 #include <string>

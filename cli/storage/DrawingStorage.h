@@ -2,7 +2,7 @@
 
 #include <cli/storage/FrameStore.h>
 #include <cli/storage/HostStorage.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <functional>
 #include <memory>

@@ -5,7 +5,7 @@
 #include <cli/storage/FrameReader.h>
 #include <cli/storage/FrameStore.h>
 #include <cli/storage/Zstd.h>
-#include <platform/sys/Memory.h>
+#include <sys/Memory.h>
 
 #include <algorithm>
 #include <string_view>

@@ -3,8 +3,8 @@
 #include <cli/safety/RelativePath.h>
 #include <cli/storage/VersionReader.h>
 #include <common/storage/FileStorage.h>
-#include <platform/sys/Folder.h>
-#include <platform/sys/NewFile.h>
+#include <sys/Folder.h>
+#include <sys/NewFile.h>
 
 #include <cstdint>
 #include <map>

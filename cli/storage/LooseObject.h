@@ -3,7 +3,7 @@
 #include <cli/storage/VersionReader.h>
 #include <common/base/Expected.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/InputFile.h>
+#include <sys/InputFile.h>
 
 #include <memory>
 #include <string>

@@ -5,8 +5,8 @@
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Folder.h>
-#include <platform/sys/NewFile.h>
+#include <sys/Folder.h>
+#include <sys/NewFile.h>
 
 #include <cstdint>
 #include <map>

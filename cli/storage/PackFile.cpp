@@ -2,7 +2,7 @@
 #include <cli/Translation.h>
 #include <cli/storage/PackFile.h>
 #include <cli/storage/StorageMessages.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <algorithm>
 #include <utility>

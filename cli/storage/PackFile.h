@@ -5,7 +5,7 @@
 #include <cli/storage/VersionReader.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <cstdint>
 #include <memory>

@@ -1,7 +1,7 @@
 #include <cli/Translation.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/WorkingFile.h>
-#include <platform/sys/Interruption.h>
+#include <sys/Interruption.h>
 
 #include <algorithm>
 #include <utility>

@@ -3,8 +3,8 @@
 #include <cli/safety/RelativePath.h>
 #include <cli/storage/VersionReader.h>
 #include <common/base/Expected.h>
-#include <platform/sys/Folder.h>
-#include <platform/sys/InputFile.h>
+#include <sys/Folder.h>
+#include <sys/InputFile.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 #include <cli/terminal/Colour.h>
-#include <platform/sys/Terminal.h>
+#include <sys/Terminal.h>
 
 #include <QByteArray>
 

@@ -1,6 +1,6 @@
 #include <cli/Translation.h>
 #include <cli/terminal/Progress.h>
-#include <platform/sys/Terminal.h>
+#include <sys/Terminal.h>
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,7 @@
 #include <cli/history/Commit.h>
 #include <common/state/State.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <cstdint>
 #include <limits>

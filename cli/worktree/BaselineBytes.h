@@ -3,7 +3,7 @@
 #include <cli/worktree/Baseline.h>
 #include <common/state/State.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <memory>
 #include <optional>

@@ -12,7 +12,7 @@
 #include <common/state/Transaction.h>
 #include <common/worktree/RepoFileExplorer.h>
 #include <platform/kernel/Clock.h>
-#include <platform/sys/Interruption.h>
+#include <sys/Interruption.h>
 
 #include <algorithm>
 #include <map>

@@ -3,7 +3,7 @@
 #include <cli/safety/RelativePath.h>
 #include <common/base/Expected.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <cstddef>
 #include <optional>

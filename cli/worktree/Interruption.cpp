@@ -4,7 +4,7 @@
 #include <cli/worktree/NotedPlanCheck.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/PlanRecovery.h>
-#include <platform/sys/Lock.h>
+#include <sys/Lock.h>
 
 #include <optional>
 

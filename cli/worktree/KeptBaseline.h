@@ -4,7 +4,7 @@
 #include <common/base/Expected.h>
 #include <common/state/State.h>
 #include <platform/kernel/OdString.h>
-#include <platform/sys/Folder.h>
+#include <sys/Folder.h>
 
 #include <memory>
 #include <optional>

@@ -4,7 +4,7 @@
 #include <cli/worktree/Leftovers.h>
 #include <cli/worktree/PlanExecutionInternal.h>
 #include <cli/worktree/WorkingFile.h>
-#include <platform/sys/TemporaryName.h>
+#include <sys/TemporaryName.h>
 
 #include <optional>
 #include <set>

@@ -4,7 +4,7 @@
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
 #include <common/base/Expected.h>
-#include <platform/sys/FileVersion.h>
+#include <sys/FileVersion.h>
 
 #include <map>
 #include <vector>

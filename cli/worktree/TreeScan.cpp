@@ -3,7 +3,7 @@
 #include <cli/worktree/AsideName.h>
 #include <cli/worktree/TreeScan.h>
 #include <common/worktree/VisitRepoFiles.h>
-#include <platform/sys/TemporaryName.h>
+#include <sys/TemporaryName.h>
 
 #include <algorithm>
 #include <chrono>

@@ -9,8 +9,8 @@
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <common/state/Cache.h>
-#include <platform/sys/Folder.h>
-#include <platform/sys/Lock.h>
+#include <sys/Folder.h>
+#include <sys/Lock.h>
 
 #include <cstdint>
 #include <memory>

@@ -1,4 +1,4 @@
-#include <platform/sys/Lock.h>
+#include <sys/Lock.h>
 #include <tests/cli/commands/HistoryProject.h>
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
 #include <cli/storage/Storages.h>
-#include <platform/sys/ScopedFault.h>
+#include <sys/ScopedFault.h>
 #include <tests/cli/storage/StorageFolder.h>
 
 #include <gmock/gmock.h>

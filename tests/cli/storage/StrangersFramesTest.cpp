@@ -1,6 +1,6 @@
 #include <cli/storage/Digest.h>
 #include <cli/storage/FrameStore.h>
-#include <platform/sys/Memory.h>
+#include <sys/Memory.h>
 #include <tests/cli/storage/Contents.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>

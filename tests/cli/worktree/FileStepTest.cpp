@@ -1,6 +1,6 @@
 #include <cli/storage/Digest.h>
 #include <cli/worktree/FileStep.h>
-#include <platform/sys/ScopedFault.h>
+#include <sys/ScopedFault.h>
 #include <tests/support/Effort.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>

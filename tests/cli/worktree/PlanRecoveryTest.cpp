@@ -1,6 +1,6 @@
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/PlanRecovery.h>
-#include <platform/sys/ScopedFault.h>
+#include <sys/ScopedFault.h>
 #include <tests/cli/worktree/TwoBranches.h>
 #include <tests/support/Effort.h>
 

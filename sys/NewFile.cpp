@@ -1,0 +1,158 @@
+#include <sys/BeneathInternal.h>
+#include <sys/CallsInternal.h>
+#include <sys/NewFile.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+
+namespace sys {
+
+namespace {
+
+// What killed processes left behind may hold a name; so many of them in one folder mean something
+// else.
+constexpr int namesTried = 1000;
+
+constexpr std::int64_t nsPerSecond = 1000000000;
+
+std::string nextTemporaryName() {
+    static std::atomic<unsigned> counter = 0;
+    return "." + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".qrv-tmp";
+}
+
+std::error_code outcomeOf(int result) {
+    return result < 0 ? calls::lastError() : std::error_code();
+}
+
+// Rounded down also before 1970, for the nanoseconds of the system are never negative.
+timespec toSystemTime(std::int64_t ns) {
+    const std::int64_t rest = ((ns % nsPerSecond) + nsPerSecond) % nsPerSecond;
+    return {.tv_sec = (ns - rest) / nsPerSecond, .tv_nsec = rest};
+}
+
+}  // namespace
+
+NewFile::NewFile(std::shared_ptr<const Handle> root, std::string folder, std::string name)
+    : root_(std::move(root)), folder_(std::move(folder)), name_(std::move(name)) {
+}
+
+NewFile::NewFile(NewFile&& other) noexcept {
+    *this = std::move(other);
+}
+
+NewFile& NewFile::operator=(NewFile&& other) noexcept {
+    root_.swap(other.root_);
+    std::swap(file_, other.file_);
+    folder_.swap(other.folder_);
+    temporaryName_.swap(other.temporaryName_);
+    name_.swap(other.name_);
+    return *this;
+}
+
+NewFile::~NewFile() {
+    if (temporaryName_.empty())
+        return;
+    const Outcome<Place> place = placeOf(root_->number(), pathOf(temporaryName_));
+    // The failure that led here is what is reported; a second one has nobody to tell.
+    if (place)
+        static_cast<void>(calls::removeFile(place->folder, place->name));
+}
+
+std::string NewFile::pathOf(const std::string& name) const {
+    return folder_.empty() ? name : folder_ + '/' + name;
+}
+
+std::error_code NewFile::create(std::uint32_t permissions) {
+    for (int attempt = 0; attempt < namesTried; ++attempt) {
+        // Both texts are made before the file is there: nothing that can throw may stand between a
+        // file and its owner.
+        std::string name = nextTemporaryName();
+        const std::string path = pathOf(name);
+        file_ = openBeneath(root_->number(), path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
+                            permissions);
+        if (file_.isOpen()) {
+            temporaryName_.swap(name);
+            return {};
+        }
+        if (errno != EEXIST)
+            break;
+    }
+    return calls::lastError();
+}
+
+std::error_code NewFile::write(std::span<const char> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = calls::write(file_.number(), bytes.data(), bytes.size());
+        if (count <= 0)
+            return count < 0 ? calls::lastError() : std::make_error_code(std::errc::io_error);
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return {};
+}
+
+std::error_code NewFile::shareBlocks(const InputFile& source) {
+    return outcomeOf(calls::shareBlocks(file_.number(), source.handle_.number()));
+}
+
+std::error_code NewFile::close() {
+    return file_.close();
+}
+
+Outcome<InputFile> NewFile::contents() const {
+    Handle file = openBeneath(root_->number(), pathOf(temporaryName_), O_RDONLY | O_NOFOLLOW);
+    if (!file.isOpen())
+        return calls::lastError();
+    return InputFile(std::move(file));
+}
+
+template <class Call>
+std::error_code NewFile::onOpenFile(Call call) {
+    if (file_.isOpen())
+        return outcomeOf(call(file_.number()));
+    const Outcome<InputFile> again = contents();
+    return again ? outcomeOf(call(again->handle_.number())) : again.error();
+}
+
+std::error_code NewFile::flush() {
+    return onOpenFile([](int file) { return calls::flush(file); });
+}
+
+std::error_code NewFile::setModified(std::int64_t modifiedNs) {
+    const timespec time = toSystemTime(modifiedNs);
+    return onOpenFile([&](int file) { return calls::setModified(file, time); });
+}
+
+std::error_code NewFile::setPermissions(std::uint32_t permissions) {
+    return onOpenFile([&](int file) { return calls::setPermissions(file, permissions); });
+}
+
+std::error_code NewFile::takeRights(std::uint32_t owner, std::uint32_t group,
+                                    std::uint32_t permissions) {
+    // Who may not give a file away may still give it to a group of their own.
+    constexpr auto unchanged = static_cast<uid_t>(-1);
+    const bool isKept = onOpenFile([&](int file) {
+                            const int given = calls::setOwner(file, owner, group);
+                            return given == 0 ? given : calls::setOwner(file, unchanged, group);
+                        }) == std::error_code();
+    constexpr std::uint32_t forEverybody = 07;
+    const std::uint32_t forStrangers = (permissions & ~070U) | (permissions & forEverybody) << 3U;
+    // A change of the owner takes some permissions away, so they come last.
+    return setPermissions(isKept ? permissions : permissions & forStrangers);
+}
+
+std::error_code NewFile::publish(Existing existing) {
+    const Outcome<Place> place = placeOf(root_->number(), pathOf(temporaryName_));
+    if (!place)
+        return place.error();
+    const int result = existing == Existing::replace
+                           ? calls::rename(place->folder, place->name, place->folder, name_)
+                           : calls::renameToFree(place->folder, place->name, name_);
+    if (result == 0)
+        temporaryName_.clear();
+    return outcomeOf(result);
+}
+
+}  // namespace sys
