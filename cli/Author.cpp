@@ -1,6 +1,6 @@
 #include <cli/Author.h>
-#include <cli/Message.h>
-#include <cli/Translation.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/qut/toQt.h>
 #include <sys/Terminal.h>
 

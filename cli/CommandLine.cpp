@@ -1,7 +1,7 @@
 #include <cli/CommandLine.h>
 #include <cli/RunningCommand.h>
-#include <cli/Translation.h>
 #include <cli/shell/ArgumentParser.h>
+#include <engine/base/Translation.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

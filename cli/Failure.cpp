@@ -1,7 +1,7 @@
 #include <cli/Failure.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
+#include <cli/terminal/Message.h>
+#include <engine/base/Translation.h>
 
 #include <exception>
 #include <new>

@@ -1,7 +1,7 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
 #include <common/json/Writer.h>
+#include <engine/base/Printable.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Terminal.h>
 

@@ -1,8 +1,9 @@
 #include <cli/LogEntry.h>
-#include <cli/Message.h>
 #include <cli/MetadataCheck.h>
-#include <cli/Translation.h>
+#include <cli/terminal/Message.h>
 #include <common/repository/ActivityLog.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <cstdint>
 #include <string>

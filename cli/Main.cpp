@@ -1,10 +1,12 @@
 #include <cli/CommandLine.h>
 #include <cli/Failure.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Suggestion.h>
-#include <cli/Translation.h>
+#include <cli/Translations.h>
 #include <cli/commands/Commands.h>
+#include <cli/terminal/Message.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Suggestion.h>
+#include <engine/base/Translation.h>
 #include <sys/Interruption.h>
 #include <sys/Memory.h>
 

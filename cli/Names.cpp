@@ -1,5 +1,5 @@
-#include <cli/Message.h>
 #include <cli/Names.h>
+#include <engine/base/Printable.h>
 #include <sys/Terminal.h>
 
 namespace qrv_cli {

@@ -1,8 +1,8 @@
-#include <cli/Message.h>
 #include <cli/ProjectName.h>
 #include <cli/SharedMode.h>
-#include <cli/Translation.h>
 #include <common/repository/PropertyProjectName.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/qut/toQt.h>
 
 #include <QString>

@@ -1,8 +1,8 @@
-#include <cli/Message.h>
 #include <cli/ProjectRegistry.h>
 #include <cli/Repository.h>
-#include <cli/Translation.h>
 #include <common/config/Config.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <QByteArray>
 #include <filesystem>

@@ -1,9 +1,9 @@
-#include <cli/Message.h>
 #include <cli/MetadataCheck.h>
 #include <cli/Repository.h>
 #include <cli/StateDepth.h>
-#include <cli/Translation.h>
 #include <cli/Trust.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <stdexcept>
 #include <system_error>

@@ -1,10 +1,10 @@
-#include <cli/Message.h>
 #include <cli/ProjectRegistry.h>
 #include <cli/Settings.h>
-#include <cli/Translation.h>
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
 #include <common/json/Writer.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/kernel/OdError.h>
 #include <platform/ut/ReadEntireFile.h>
 #include <platform/ut/TextFile.h>

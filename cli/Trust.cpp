@@ -1,7 +1,7 @@
-#include <cli/Message.h>
 #include <cli/Settings.h>
-#include <cli/Translation.h>
 #include <cli/Trust.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <sys/User.h>
 
 #include <QByteArray>

@@ -1,8 +1,8 @@
 // A baseline with a right digest may have been made by anybody. What is read is written back as it
 // was.
 
-#include <cli/storage/Digest.h>
 #include <cli/worktree/BaselineBytes.h>
+#include <engine/base/Digest.h>
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 // An accepted path stays below its root and avoids our folder; a URL has the parts that it names.
 
-#include <cli/Translation.h>
 #include <cli/safety/RelativePath.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <common/storage/StorageUrl.h>
+#include <engine/base/Translation.h>
 
 #include <fcntl.h>
 #include <linux/openat2.h>

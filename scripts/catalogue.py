@@ -18,7 +18,7 @@ import tempfile
 
 import sources
 
-FOLDERS = ("common", "cli")
+FOLDERS = ("common", "engine", "cli")
 # The functions that look a text up, and the one that marks a text for a later look-up.
 KEYWORDS = ("translate", "translatedError", "tr", "trUtf8", "translatable")
 # Where a look-up takes something else than a literal although the file marks no texts, and why no message is
@@ -28,8 +28,8 @@ OTHER_LOOK_UPS = {
     "common/base/Message.cpp": "is the look-up",
     "cli/CommandLine.cpp": "looks up the summaries of the commands, which their table marks",
     "cli/commands/Config.cpp": "looks up the summaries of the settings, which their table marks",
-    "cli/Translation.h": "declares the program's look-up",
-    "cli/Translation.cpp": "is the program's look-up",
+    "engine/base/Translation.h": "declares the program's look-up",
+    "engine/base/Translation.cpp": "is the program's look-up",
 }
 
 HEADER = r'''# {title}

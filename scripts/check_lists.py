@@ -13,7 +13,7 @@ import sources
 LONGEST_README = 10
 UMBRELLA = "common/common.h"
 # A README of a folder of tests would only repeat that of the folder that it tests.
-README_FOLDERS = ("bench", "cli", "common", "fuzz", "platform", "scripts", "sys")
+README_FOLDERS = ("bench", "cli", "common", "engine", "fuzz", "platform", "scripts", "sys")
 
 
 def cmake_texts(files, read):

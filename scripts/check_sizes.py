@@ -10,7 +10,7 @@ import sys
 
 import sources
 
-FOLDERS = ("common", "platform", "sys", "cli", "tests", "bench", "fuzz")
+FOLDERS = ("common", "platform", "sys", "engine", "cli", "tests", "bench", "fuzz")
 LONGEST_FUNCTION = 60
 EXCEPTIONS = "scripts/size_exceptions.txt"
 

@@ -46,7 +46,7 @@ clang_headers() {
 # The slow one. Of the same text nothing is looked for a second time.
 tidy() {
     cmake --preset tidy >/dev/null || return 1
-    project_files 'common/*.cpp' 'platform/*.cpp' 'sys/*.cpp' 'cli/*.cpp' |
+    project_files 'common/*.cpp' 'platform/*.cpp' 'sys/*.cpp' 'engine/*.cpp' 'cli/*.cpp' |
         python3 scripts/tidy_all.py build/tidy 2>"$logs/clang-tidy-noise.log" |
         tee "$logs/clang-tidy-all.log" | grep --extended-regexp '(warning|error):' | sort --unique
     # Each finding is an error, see .clang-tidy; the exit status tells of one.

@@ -1,10 +1,9 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/safety/RelativePath.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/ChangeText.h>
 #include <cli/worktree/FileWord.h>
 #include <cli/worktree/PathArgument.h>
@@ -13,6 +12,8 @@
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
 #include <common/worktree/RepoFileExplorer.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <iterator>

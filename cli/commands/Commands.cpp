@@ -1,5 +1,5 @@
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
+#include <engine/base/Translation.h>
 
 namespace qrv_cli {
 

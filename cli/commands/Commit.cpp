@@ -1,14 +1,14 @@
 #include <cli/Author.h>
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitText.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/Committing.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <optional>

@@ -1,9 +1,9 @@
 #include <cli/CommandLine.h>
 #include <cli/Completion.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <string>

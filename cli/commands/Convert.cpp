@@ -1,10 +1,10 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/ServerRecords.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <common/json/JsonParseError.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/ut/ReadEntireFile.h>
 
 #include <algorithm>

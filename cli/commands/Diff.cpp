@@ -1,8 +1,6 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Names.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/diff/Contents.h>
 #include <cli/diff/DifferenceText.h>
@@ -11,9 +9,12 @@
 #include <cli/history/CommitName.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Colour.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <sys/Terminal.h>
 
 #include <algorithm>

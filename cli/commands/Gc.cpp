@@ -1,14 +1,14 @@
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/Collection.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/terminal/Message.h>
 #include <cli/terminal/Progress.h>
 #include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <string>

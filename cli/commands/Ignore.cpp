@@ -1,14 +1,15 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
 #include <cli/Repository.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/IgnoreRules.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <optional>

@@ -1,17 +1,18 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/MetadataCheck.h>
 #include <cli/Output.h>
 #include <cli/ProjectName.h>
 #include <cli/ProjectRegistry.h>
 #include <cli/Repository.h>
 #include <cli/SharedMode.h>
-#include <cli/Translation.h>
 #include <cli/Trust.h>
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/IgnoreRules.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/terminal/Message.h>
 #include <common/worktree/RepoIgnore.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/ut/FileName.h>
 
 #include <algorithm>

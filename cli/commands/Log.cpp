@@ -1,7 +1,5 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/commands/ReferenceList.h>
 #include <cli/diff/PathHistory.h>
@@ -11,6 +9,8 @@
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Workspace.h>
 #include <common/history/HistoryItem.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/kernel/OdTimeStamp.h>
 
 #include <QString>

@@ -1,10 +1,10 @@
 #include <cli/CommandLine.h>
 #include <cli/Manual.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <string>

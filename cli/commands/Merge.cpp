@@ -1,8 +1,6 @@
 #include <cli/Author.h>
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitName.h>
 #include <cli/history/CommitText.h>
@@ -10,6 +8,8 @@
 #include <cli/worktree/ConflictText.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <optional>

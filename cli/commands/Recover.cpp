@@ -1,8 +1,6 @@
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/Plan.h>
 #include <cli/maintenance/HistoryRebuild.h>
@@ -10,6 +8,8 @@
 #include <cli/worktree/Interruption.h>
 #include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <optional>

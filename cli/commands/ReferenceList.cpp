@@ -1,9 +1,9 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/ReferenceList.h>
 #include <cli/history/CommitText.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <utility>
 

@@ -1,7 +1,5 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/ConflictText.h>
@@ -13,6 +11,8 @@
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
 #include <common/state/Transaction.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <optional>

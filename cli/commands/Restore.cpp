@@ -1,17 +1,18 @@
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitName.h>
 #include <cli/safety/RelativePath.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/Saving.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <filesystem>

@@ -1,7 +1,5 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/commands/ReferenceList.h>
 #include <cli/diff/DifferenceText.h>
@@ -12,6 +10,8 @@
 #include <cli/storage/StorageMessages.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <cstddef>
 #include <memory>

@@ -1,12 +1,11 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Names.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitText.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Colour.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/ChangeText.h>
 #include <cli/worktree/ConflictText.h>
 #include <cli/worktree/Merging.h>
@@ -14,6 +13,8 @@
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
 #include <common/worktree/RepoFileExplorer.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <map>

@@ -1,9 +1,6 @@
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Suggestion.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitName.h>
 #include <cli/history/ReferenceName.h>
@@ -13,6 +10,9 @@
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Suggestion.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <optional>

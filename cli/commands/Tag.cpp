@@ -1,9 +1,6 @@
 #include <cli/JsonOutput.h>
 #include <cli/LogEntry.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Suggestion.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/commands/ReferenceList.h>
 #include <cli/history/CommitName.h>
@@ -11,6 +8,9 @@
 #include <cli/history/ReferenceName.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Suggestion.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <memory>

@@ -1,7 +1,5 @@
 #include <cli/JsonOutput.h>
-#include <cli/Message.h>
 #include <cli/Output.h>
-#include <cli/Translation.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/ChangeText.h>
@@ -9,6 +7,8 @@
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Staging.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <string>

@@ -1,10 +1,10 @@
-#include <cli/Translation.h>
 #include <cli/database/Database.h>
 #include <cli/database/DatabaseFailureInternal.h>
 #include <cli/database/DatabaseFileInternal.h>
 #include <cli/database/FolderVfsInternal.h>
 #include <cli/database/StepLimitInternal.h>
 #include <cli/storage/StorageMessages.h>
+#include <engine/base/Translation.h>
 
 #include <sqlite3.h>
 

@@ -1,7 +1,7 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/database/DatabaseFailureInternal.h>
 #include <cli/database/Statement.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <sqlite3.h>
 

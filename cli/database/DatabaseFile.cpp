@@ -1,7 +1,7 @@
-#include <cli/Translation.h>
 #include <cli/database/DatabaseFailureInternal.h>
 #include <cli/database/DatabaseFileInternal.h>
 #include <cli/storage/StorageMessages.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/database/Schema.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <map>
 

@@ -1,11 +1,11 @@
 #include <cli/history/Commit.h>
 #include <cli/history/CommitRecord.h>
-#include <cli/storage/Digest.h>
 #include <common/json/Value.h>
 #include <common/json/Writer.h>
 #include <common/server/Annotation.h>
 #include <common/server/Commit.h>
 #include <common/worktree/File.h>
+#include <engine/base/Digest.h>
 #include <platform/kernel/OdTimeStamp.h>
 
 #include <algorithm>

@@ -1,7 +1,7 @@
-#include <cli/Message.h>
-#include <cli/Suggestion.h>
-#include <cli/Translation.h>
 #include <cli/history/CommitName.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Suggestion.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,7 @@
-#include <cli/Translation.h>
 #include <cli/history/CommitRecord.h>
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
+#include <engine/base/Translation.h>
 
 #include <charconv>
 #include <chrono>

@@ -1,7 +1,7 @@
-#include <cli/Translation.h>
 #include <cli/history/History.h>
 #include <cli/history/RowsInternal.h>
 #include <cli/history/SumsInternal.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <set>

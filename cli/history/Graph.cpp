@@ -1,6 +1,6 @@
-#include <cli/Translation.h>
 #include <cli/history/History.h>
 #include <cli/history/RowsInternal.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <functional>

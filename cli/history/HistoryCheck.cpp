@@ -1,9 +1,9 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/history/HistoryCheck.h>
 #include <cli/history/Plan.h>
 #include <cli/history/SchemaInternal.h>
 #include <cli/history/SumsInternal.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/ut/Paths.h>
 
 #include <algorithm>

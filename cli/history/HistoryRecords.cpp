@@ -1,12 +1,12 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/history/CommitRecord.h>
 #include <cli/history/CommitText.h>
 #include <cli/history/HistoryRecords.h>
 #include <cli/history/RowsInternal.h>
 #include <cli/history/SumsInternal.h>
-#include <cli/storage/Digest.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Digest.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/kernel/Clock.h>
 
 #include <string>

@@ -1,8 +1,8 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/history/Plan.h>
 #include <cli/history/ReferenceName.h>
 #include <cli/history/RowsInternal.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 namespace qrv_cli {
 

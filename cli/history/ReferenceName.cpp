@@ -1,7 +1,6 @@
-#include <cli/Message.h>
-#include <cli/Names.h>
-#include <cli/Translation.h>
 #include <cli/history/ReferenceName.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <string>

@@ -1,9 +1,9 @@
-#include <cli/Translation.h>
 #include <cli/history/ReferenceName.h>
 #include <cli/history/ReferenceRecord.h>
 #include <cli/history/RowsInternal.h>
-#include <cli/storage/Digest.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Digest.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <charconv>

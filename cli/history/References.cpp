@@ -1,9 +1,9 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/history/History.h>
 #include <cli/history/ReferenceName.h>
 #include <cli/history/RowsInternal.h>
 #include <cli/history/SumsInternal.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 namespace qrv_cli {
 

@@ -1,7 +1,7 @@
-#include <cli/Translation.h>
 #include <cli/history/RowsInternal.h>
 #include <cli/history/SumsInternal.h>
-#include <cli/storage/Digest.h>
+#include <engine/base/Digest.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,3 @@
-#include <cli/Translation.h>
 #include <cli/history/HistoryCheck.h>
 #include <cli/history/HistoryRecords.h>
 #include <cli/maintenance/Collection.h>
@@ -8,6 +7,7 @@
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/Age.h>
 #include <cli/storage/PackFile.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <chrono>

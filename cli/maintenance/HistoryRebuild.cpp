@@ -1,6 +1,4 @@
-#include <cli/Message.h>
 #include <cli/Repository.h>
-#include <cli/Translation.h>
 #include <cli/history/History.h>
 #include <cli/history/HistoryCheck.h>
 #include <cli/history/HistoryRecords.h>
@@ -11,6 +9,8 @@
 #include <cli/storage/Storages.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <map>

@@ -1,8 +1,8 @@
-#include <cli/Message.h>
 #include <cli/Repository.h>
-#include <cli/Translation.h>
 #include <cli/maintenance/HistoryTraces.h>
 #include <cli/maintenance/MetadataFiles.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <memory>
 #include <string>

@@ -1,7 +1,7 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/maintenance/IgnoreRules.h>
 #include <common/worktree/RepoIgnore.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/ut/TextFile.h>
 
 #include <algorithm>

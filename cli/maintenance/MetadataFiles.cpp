@@ -1,8 +1,7 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/maintenance/MetadataFiles.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,3 @@
-#include <cli/Translation.h>
 #include <cli/maintenance/NamedVersions.h>
 #include <cli/maintenance/Packing.h>
 #include <cli/maintenance/ReadToEnd.h>
@@ -6,6 +5,7 @@
 #include <cli/storage/PackFile.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/terminal/Progress.h>
+#include <engine/base/Translation.h>
 
 #include <map>
 #include <memory>

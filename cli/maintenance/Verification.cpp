@@ -1,6 +1,4 @@
-#include <cli/Message.h>
 #include <cli/Repository.h>
-#include <cli/Translation.h>
 #include <cli/history/History.h>
 #include <cli/history/HistoryCheck.h>
 #include <cli/history/HistoryRecords.h>
@@ -19,6 +17,8 @@
 #include <cli/terminal/Progress.h>
 #include <cli/worktree/KeptBaseline.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/ut/Paths.h>
 #include <sys/Folder.h>
 #include <sys/Lock.h>

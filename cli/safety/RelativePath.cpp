@@ -1,7 +1,7 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/safety/MetadataNameInternal.h>
 #include <cli/safety/RelativePath.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <cstddef>

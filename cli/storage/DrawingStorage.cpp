@@ -1,15 +1,15 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/database/Database.h>
 #include <cli/safety/RelativePath.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/Age.h>
-#include <cli/storage/Digest.h>
 #include <cli/storage/DrawingStorage.h>
 #include <cli/storage/FrameStore.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/WorkingFile.h>
 #include <cli/storage/Zstd.h>
+#include <engine/base/Digest.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <sys/Folder.h>
 
 #include <optional>

@@ -1,5 +1,5 @@
-#include <cli/Translation.h>
 #include <cli/storage/FrameReader.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <array>

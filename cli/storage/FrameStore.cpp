@@ -1,10 +1,10 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/storage/CopyBuffer.h>
-#include <cli/storage/Digest.h>
 #include <cli/storage/FrameReader.h>
 #include <cli/storage/FrameStore.h>
 #include <cli/storage/Zstd.h>
+#include <engine/base/Digest.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <sys/Memory.h>
 
 #include <algorithm>

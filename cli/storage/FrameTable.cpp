@@ -1,7 +1,7 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/database/Schema.h>
 #include <cli/storage/FrameTable.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <utility>

@@ -1,9 +1,9 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/CopyBuffer.h>
 #include <cli/storage/HostStorage.h>
 #include <cli/storage/StorageMessages.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <optional>
 #include <string>

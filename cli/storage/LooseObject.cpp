@@ -1,7 +1,7 @@
-#include <cli/Translation.h>
-#include <cli/storage/Digest.h>
 #include <cli/storage/LooseObject.h>
 #include <cli/storage/StorageMessages.h>
+#include <engine/base/Digest.h>
+#include <engine/base/Translation.h>
 
 #include <utility>
 

@@ -1,9 +1,9 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/storage/Age.h>
 #include <cli/storage/LooseObject.h>
 #include <cli/storage/ObjectFolder.h>
 #include <cli/storage/StorageMessages.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <chrono>
 #include <cstddef>

@@ -1,10 +1,10 @@
-#include <cli/Translation.h>
 #include <cli/safety/RelativePath.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/ObjectFolder.h>
 #include <cli/storage/ObjectStorage.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/StoreObject.h>
+#include <engine/base/Translation.h>
 
 #include <map>
 #include <string>

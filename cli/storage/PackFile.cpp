@@ -1,7 +1,7 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/storage/PackFile.h>
 #include <cli/storage/StorageMessages.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <sys/Folder.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/storage/StorageMessages.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 namespace qrv_cli {
 

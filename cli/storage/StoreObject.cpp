@@ -1,7 +1,7 @@
 #include <cli/storage/CopyBuffer.h>
-#include <cli/storage/Digest.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/StoreObject.h>
+#include <engine/base/Digest.h>
 
 #include <cstddef>
 #include <span>

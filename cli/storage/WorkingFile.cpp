@@ -1,6 +1,6 @@
-#include <cli/Translation.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/WorkingFile.h>
+#include <engine/base/Translation.h>
 #include <sys/Interruption.h>
 
 #include <algorithm>

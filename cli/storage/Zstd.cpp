@@ -1,5 +1,5 @@
-#include <cli/Translation.h>
 #include <cli/storage/Zstd.h>
+#include <engine/base/Translation.h>
 
 #include <zstd.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/storage/Bytes.h>
 #include <common/base/Expected.h>
+#include <engine/base/Bytes.h>
 
 #include <cstdint>
 #include <functional>

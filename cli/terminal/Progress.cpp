@@ -1,5 +1,5 @@
-#include <cli/Translation.h>
 #include <cli/terminal/Progress.h>
+#include <engine/base/Translation.h>
 #include <sys/Terminal.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#include <cli/storage/Digest.h>
 #include <cli/worktree/BaselineBytes.h>
+#include <engine/base/Digest.h>
 
 #include <cstddef>
 #include <cstdint>

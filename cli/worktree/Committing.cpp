@@ -1,6 +1,4 @@
 #include <cli/LogEntry.h>
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/safety/RelativePath.h>
 #include <cli/terminal/Progress.h>
 #include <cli/worktree/Committing.h>
@@ -11,6 +9,8 @@
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <common/worktree/RepoFileExplorer.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/kernel/Clock.h>
 #include <sys/Interruption.h>
 

@@ -1,8 +1,8 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/terminal/Colour.h>
 #include <cli/worktree/ChangeText.h>
 #include <cli/worktree/ConflictText.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <utility>
 

@@ -1,9 +1,10 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/AsideName.h>
 #include <cli/worktree/FileStep.h>
 #include <cli/worktree/WorkingFile.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <string>
 #include <utility>

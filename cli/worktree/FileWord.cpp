@@ -1,9 +1,9 @@
-#include <cli/Message.h>
-#include <cli/Suggestion.h>
-#include <cli/Translation.h>
 #include <cli/worktree/FileWord.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/PathGlob.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Suggestion.h>
+#include <engine/base/Translation.h>
 #include <platform/ut/FileName.h>
 
 #include <algorithm>

@@ -1,9 +1,10 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/Interruption.h>
 #include <cli/worktree/NotedPlanCheck.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/PlanRecovery.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <sys/Lock.h>
 
 #include <optional>

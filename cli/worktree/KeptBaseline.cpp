@@ -1,6 +1,6 @@
-#include <cli/Translation.h>
 #include <cli/worktree/KeptBaseline.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Translation.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,9 +1,9 @@
-#include <cli/Translation.h>
 #include <cli/worktree/AsideName.h>
 #include <cli/worktree/FileStep.h>
 #include <cli/worktree/Leftovers.h>
 #include <cli/worktree/PlanExecutionInternal.h>
 #include <cli/worktree/WorkingFile.h>
+#include <engine/base/Translation.h>
 #include <sys/TemporaryName.h>
 
 #include <optional>

@@ -1,6 +1,4 @@
 #include <cli/LogEntry.h>
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/PlanExecution.h>
@@ -10,6 +8,7 @@
 #include <cli/worktree/TreeShape.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
+#include <engine/base/Translation.h>
 #include <platform/kernel/Clock.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-#include <cli/Message.h>
 #include <cli/worktree/PathList.h>
+#include <engine/base/Printable.h>
 
 namespace qrv_cli {
 

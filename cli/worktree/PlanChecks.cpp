@@ -1,5 +1,3 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/Age.h>
 #include <cli/worktree/FoldedName.h>
@@ -7,6 +5,7 @@
 #include <cli/worktree/PathList.h>
 #include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/WorkingFile.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <chrono>

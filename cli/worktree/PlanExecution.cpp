@@ -1,5 +1,3 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/safety/RelativePath.h>
 #include <cli/safety/StorageUrlCheck.h>
 #include <cli/terminal/Progress.h>
@@ -12,6 +10,8 @@
 #include <cli/worktree/Ticks.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,11 +1,12 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
+#include <cli/terminal/Message.h>
 #include <cli/terminal/Progress.h>
 #include <cli/worktree/Leftovers.h>
 #include <cli/worktree/PlanExecutionInternal.h>
 #include <cli/worktree/PlanRecovery.h>
 #include <cli/worktree/Ticks.h>
 #include <cli/worktree/WorkingFile.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <optional>
 #include <utility>

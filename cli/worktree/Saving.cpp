@@ -1,12 +1,13 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/safety/StorageUrlCheck.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/PathList.h>
 #include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/Saving.h>
 #include <cli/worktree/WorkingFile.h>
 #include <common/storage/StorageUrl.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <utility>

@@ -1,5 +1,5 @@
-#include <cli/Message.h>
 #include <cli/worktree/Unseen.h>
+#include <engine/base/Printable.h>
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,5 @@
-#include <cli/Message.h>
-#include <cli/Translation.h>
 #include <cli/safety/StorageUrlCheck.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/Renames.h>
 #include <cli/worktree/Ticks.h>
 #include <cli/worktree/TreeScan.h>
@@ -8,6 +7,7 @@
 #include <cli/worktree/WorkingFile.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
+#include <engine/base/Translation.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
-#include <cli/Translation.h>
-#include <cli/storage/Digest.h>
 #include <cli/worktree/WorkingFile.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Digest.h>
+#include <engine/base/Translation.h>
 
 #include <cstddef>
 #include <memory>

@@ -1,15 +1,16 @@
-#include <cli/Message.h>
 #include <cli/MetadataCheck.h>
 #include <cli/RunningCommand.h>
-#include <cli/Translation.h>
 #include <cli/history/HistoryRecords.h>
 #include <cli/history/Plan.h>
 #include <cli/maintenance/HistoryRebuild.h>
 #include <cli/maintenance/HistoryTraces.h>
+#include <cli/terminal/Message.h>
 #include <cli/worktree/Interruption.h>
 #include <cli/worktree/KeptBaseline.h>
 #include <cli/worktree/TreeScan.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
 #include <platform/kernel/OdError.h>
 
 #include <chrono>

@@ -127,7 +127,7 @@ class LookUps(unittest.TestCase):
             self.assertEqual(len(self.problems(marked + code)), 1, code)
 
     def test_may_take_something_else_where_the_table_says_so(self):
-        self.assertEqual(self.problems("tr(text)", "cli/Translation.cpp"), [])
+        self.assertEqual(self.problems("tr(text)", "engine/base/Translation.cpp"), [])
 
 
 if __name__ == "__main__":

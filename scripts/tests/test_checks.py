@@ -49,7 +49,7 @@ class Includes(unittest.TestCase):
         ("cli/Main.cpp", "#include <common/common.h>"),
         ("tests/common/json/ReaderTest.cpp", "#include <common/json/ReaderInternal.h>"),
         ("tests/common/json/ReaderTest.cpp", "#include <gmock/gmock.h>"),
-        ("tests/cli/MessageTest.cpp", "#include <cli/Message.h>"),
+        ("tests/cli/MessageTest.cpp", "#include <engine/base/Printable.h>"),
         ("common/base/Export.h", "#if defined(_MSC_VER)"),
     ]
     REFUSED = [

@@ -1,5 +1,5 @@
-#include <cli/Message.h>
 #include <cli/safety/RelativePath.h>
+#include <engine/base/Printable.h>
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/support/Effort.h>
 

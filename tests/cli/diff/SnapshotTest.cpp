@@ -1,5 +1,5 @@
 #include <cli/diff/Snapshot.h>
-#include <cli/storage/Digest.h>
+#include <engine/base/Digest.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

@@ -1,5 +1,5 @@
 #include <cli/history/Commit.h>
-#include <cli/storage/Digest.h>
+#include <engine/base/Digest.h>
 #include <tests/cli/history/Repository.h>
 #include <tests/support/Files.h>
 

@@ -1,8 +1,8 @@
 // The files of frames have the form that their pages in docs/formats show.
 
-#include <cli/storage/Digest.h>
 #include <cli/storage/DrawingStorage.h>
 #include <cli/storage/PackFile.h>
+#include <engine/base/Digest.h>
 #include <tests/cli/storage/Contents.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>

@@ -1,5 +1,5 @@
-#include <cli/storage/Digest.h>
 #include <cli/storage/FrameStore.h>
+#include <engine/base/Digest.h>
 #include <tests/cli/storage/Contents.h>
 #include <tests/support/Effort.h>
 #include <tests/support/Files.h>

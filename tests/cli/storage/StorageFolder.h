@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cli/storage/Digest.h>
 #include <cli/storage/ObjectStorage.h>
 #include <common/repository/RootPath.h>
+#include <engine/base/Digest.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

@@ -1,4 +1,4 @@
-#include <cli/Suggestion.h>
+#include <engine/base/Suggestion.h>
 
 #include <algorithm>
 #include <cstddef>

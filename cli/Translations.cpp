@@ -1,5 +1,5 @@
 #include <cli/CompiledCatalogue.h>
-#include <cli/Translation.h>
+#include <cli/Translations.h>
 
 #include <wx/arrstr.h>
 #include <wx/init.h>
@@ -165,18 +165,6 @@ Translations::Translations() {
 Translations::~Translations() {
     if (host_)
         wxTranslations::Set(nullptr);
-}
-
-OdString tr(const wchar_t* source) {
-    if (const wxTranslations* translations = wxTranslations::Get()) {
-        if (const wxString* text = translations->GetTranslatedString(source))
-            return OdString(text->ToStdWstring());
-    }
-    return source;
-}
-
-std::string trUtf8(const wchar_t* source) {
-    return tr(source).toNarrow();
 }
 
 }  // namespace qrv_cli

@@ -9,8 +9,8 @@ namespace qrv_cli {
 /// is written as \x1B, \u202E or \u200B.
 OdString printable(const OdString& name);
 
-/// Prints "qrv: " and the text on standard error, as one line: a line feed becomes "; ", a tab a
-/// blank, and everything else is made printable.
-void printMessage(const OdString& text);
+/// Whether there is nothing in it that could steer a terminal or reorder its line. Something
+/// invisible may be.
+bool isHarmless(const OdString& text);
 
 }  // namespace qrv_cli

@@ -1,5 +1,5 @@
-#include <cli/Translation.h>
-#include <cli/storage/Bytes.h>
+#include <engine/base/Bytes.h>
+#include <engine/base/Translation.h>
 
 #include <new>
 

@@ -1,5 +1,5 @@
-#include <cli/Message.h>
-#include <cli/Names.h>
+#include <cli/terminal/Message.h>
+#include <engine/base/Printable.h>
 
 #include <gtest/gtest.h>
 

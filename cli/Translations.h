@@ -1,9 +1,6 @@
 #pragma once
 
-#include <platform/kernel/OdString.h>
-
 #include <memory>
-#include <string>
 
 class wxInitializer;
 
@@ -25,18 +22,5 @@ private:
     /// Null where no catalogue is wanted, which costs nothing.
     std::unique_ptr<wxInitializer> host_;
 };
-
-/// The text for `source` in the catalogue, or `source` itself. Placeholders are still in it: the
-/// look-up comes first, the filling after.
-OdString tr(const wchar_t* source);
-
-/// The same as UTF-8, for the parser of the arguments.
-std::string trUtf8(const wchar_t* source);
-
-/// Marks a text that stands in a table, so that it comes into the catalogue; it is looked up, by
-/// `tr` or `trUtf8`, where it is used.
-constexpr const wchar_t* translatable(const wchar_t* source) {
-    return source;
-}
 
 }  // namespace qrv_cli

@@ -1,4 +1,4 @@
-#include <cli/storage/Digest.h>
+#include <engine/base/Digest.h>
 
 #include <openssl/evp.h>
 

@@ -1,8 +1,4 @@
-#include <cli/Message.h>
-#include <cli/Names.h>
-
-#include <cstdio>
-#include <string>
+#include <engine/base/Printable.h>
 
 namespace qrv_cli {
 
@@ -72,17 +68,6 @@ OdString escape(wchar_t unit) {
     return escaped;
 }
 
-OdString oneLine(const OdString& text) {
-    OdString line;
-    for (int index = 0; index < text.getLength(); ++index) {
-        if (text[index] == L'\n')
-            line += L"; ";
-        else
-            line += text[index] == L'\t' ? L' ' : text[index];
-    }
-    return line;
-}
-
 }  // namespace
 
 OdString printable(const OdString& name) {
@@ -105,12 +90,6 @@ bool isHarmless(const OdString& text) {
         isSafe = isSafe && (isPair || !isUnsafe(text[index]));
     });
     return isSafe;
-}
-
-void printMessage(const OdString& text) {
-    const std::string line = "qrv: " + printable(oneLine(text)).toNarrow() + "\n";
-    // When standard error cannot be written there is nobody left to tell.
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
 
 }  // namespace qrv_cli
