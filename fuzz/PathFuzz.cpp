@@ -1,9 +1,9 @@
 // An accepted path stays below its root and avoids our folder; a URL has the parts that it names.
 
-#include <cli/safety/RelativePath.h>
-#include <cli/safety/StorageUrlCheck.h>
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <fcntl.h>
 #include <linux/openat2.h>

@@ -1,7 +1,6 @@
 #include <cli/JsonOutput.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
-#include <cli/safety/RelativePath.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
 #include <cli/worktree/ChangeText.h>
@@ -14,6 +13,7 @@
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
 
 #include <algorithm>
 #include <iterator>

@@ -3,7 +3,6 @@
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/history/CommitName.h>
-#include <cli/safety/RelativePath.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
 #include <cli/worktree/PathArgument.h>
@@ -13,6 +12,7 @@
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
 
 #include <algorithm>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include <cli/diff/Snapshot.h>
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/worktree/WorkingFile.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include <cli/history/RowsInternal.h>
-#include <cli/safety/RelativePath.h>
-#include <cli/safety/StorageUrlCheck.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <algorithm>
 #include <string>

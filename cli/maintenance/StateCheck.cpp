@@ -1,9 +1,9 @@
 #include <cli/history/ReferenceName.h>
 #include <cli/maintenance/StateCheck.h>
-#include <cli/safety/RelativePath.h>
-#include <cli/safety/StorageUrlCheck.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <set>
 

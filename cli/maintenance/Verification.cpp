@@ -9,7 +9,6 @@
 #include <cli/maintenance/ReadToEnd.h>
 #include <cli/maintenance/StateCheck.h>
 #include <cli/maintenance/Verification.h>
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/DrawingStorage.h>
 #include <cli/storage/PackFile.h>
 #include <cli/storage/StorageMessages.h>
@@ -19,6 +18,7 @@
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/StorageUrlCheck.h>
 #include <platform/ut/Paths.h>
 #include <sys/Folder.h>
 #include <sys/Lock.h>

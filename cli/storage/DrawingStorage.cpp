@@ -1,6 +1,4 @@
 #include <cli/database/Database.h>
-#include <cli/safety/RelativePath.h>
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/Age.h>
 #include <cli/storage/DrawingStorage.h>
 #include <cli/storage/FrameStore.h>
@@ -10,6 +8,8 @@
 #include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/paths/StorageUrlCheck.h>
 #include <sys/Folder.h>
 
 #include <optional>

@@ -1,9 +1,9 @@
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/CopyBuffer.h>
 #include <cli/storage/HostStorage.h>
 #include <cli/storage/StorageMessages.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <optional>
 #include <string>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cli/safety/RelativePath.h>
 #include <cli/storage/VersionReader.h>
 #include <common/storage/FileStorage.h>
+#include <engine/paths/RelativePath.h>
 #include <sys/Folder.h>
 #include <sys/NewFile.h>
 

@@ -1,10 +1,10 @@
-#include <cli/safety/RelativePath.h>
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/ObjectFolder.h>
 #include <cli/storage/ObjectStorage.h>
 #include <cli/storage/StorageMessages.h>
 #include <cli/storage/StoreObject.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <map>
 #include <string>

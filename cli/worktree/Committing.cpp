@@ -1,5 +1,4 @@
 #include <cli/LogEntry.h>
-#include <cli/safety/RelativePath.h>
 #include <cli/terminal/Progress.h>
 #include <cli/worktree/Committing.h>
 #include <cli/worktree/Merging.h>
@@ -11,6 +10,7 @@
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
 #include <platform/kernel/Clock.h>
 #include <sys/Interruption.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/safety/RelativePath.h>
 #include <common/base/Expected.h>
+#include <engine/paths/RelativePath.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 

@@ -1,4 +1,3 @@
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/storage/Age.h>
 #include <cli/worktree/FoldedName.h>
 #include <cli/worktree/OpenDrawings.h>
@@ -6,6 +5,7 @@
 #include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/WorkingFile.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <algorithm>
 #include <chrono>

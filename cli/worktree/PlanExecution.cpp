@@ -1,5 +1,3 @@
-#include <cli/safety/RelativePath.h>
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/terminal/Progress.h>
 #include <cli/worktree/FileStep.h>
 #include <cli/worktree/FoldedName.h>
@@ -12,6 +10,8 @@
 #include <common/state/Transaction.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/worktree/Renames.h>
 #include <cli/worktree/WorkingFile.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,3 @@
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/terminal/Message.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/PathList.h>
@@ -8,6 +7,7 @@
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <algorithm>
 #include <utility>

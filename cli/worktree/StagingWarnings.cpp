@@ -1,11 +1,11 @@
 #include <cli/Settings.h>
-#include <cli/safety/RelativePath.h>
 #include <cli/terminal/Message.h>
 #include <cli/worktree/FoldedName.h>
 #include <cli/worktree/OpenDrawings.h>
 #include <cli/worktree/StagingWarnings.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
 
 #include <algorithm>
 #include <cstdint>

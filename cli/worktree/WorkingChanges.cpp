@@ -1,4 +1,3 @@
-#include <cli/safety/StorageUrlCheck.h>
 #include <cli/terminal/Message.h>
 #include <cli/worktree/Renames.h>
 #include <cli/worktree/Ticks.h>
@@ -8,6 +7,7 @@
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <algorithm>
 #include <cstddef>

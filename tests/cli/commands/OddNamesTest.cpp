@@ -1,5 +1,5 @@
-#include <cli/safety/RelativePath.h>
 #include <engine/base/Printable.h>
+#include <engine/paths/RelativePath.h>
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/support/Effort.h>
 

@@ -1,5 +1,5 @@
 #include <cli/diff/Differences.h>
-#include <cli/safety/StorageUrlCheck.h>
+#include <engine/paths/StorageUrlCheck.h>
 #include <tests/cli/history/Repository.h>
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include <cli/safety/StorageUrlCheck.h>
+#include <engine/paths/StorageUrlCheck.h>
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include <cli/safety/MetadataNameInternal.h>
+#include <engine/paths/MetadataNameInternal.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include <cli/safety/RelativePath.h>
+#include <engine/paths/RelativePath.h>
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
-#include <cli/safety/MetadataNameInternal.h>
-#include <cli/safety/RelativePath.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/MetadataNameInternal.h>
+#include <engine/paths/RelativePath.h>
 
 #include <algorithm>
 #include <cstddef>
