@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cli/database/Database.h>
 #include <cli/history/Commit.h>
 #include <common/repository/RootPath.h>
 #include <common/server/Reference.h>
+#include <engine/database/Database.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 

@@ -1,8 +1,8 @@
-#include <cli/database/Schema.h>
 #include <cli/history/SchemaInternal.h>
 #include <cli/history/SumsInternal.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/database/Schema.h>
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cli/database/Database.h>
+#include <engine/database/Database.h>
 #include <platform/kernel/OdString.h>
 
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/database/Database.h>
 #include <cli/history/Commit.h>
+#include <engine/database/Database.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>

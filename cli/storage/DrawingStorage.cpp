@@ -1,4 +1,3 @@
-#include <cli/database/Database.h>
 #include <cli/storage/Age.h>
 #include <cli/storage/DrawingStorage.h>
 #include <cli/storage/FrameStore.h>
@@ -8,6 +7,7 @@
 #include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/database/Database.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <sys/Folder.h>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cli/database/Database.h>
 #include <cli/storage/FrameTable.h>
 #include <cli/storage/VersionReader.h>
 #include <cli/storage/Zstd.h>
 #include <common/base/Expected.h>
 #include <engine/base/Bytes.h>
 #include <engine/base/Digest.h>
+#include <engine/database/Database.h>
 
 #include <cstdint>
 #include <memory>

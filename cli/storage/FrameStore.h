@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cli/database/Database.h>
 #include <cli/storage/FrameTable.h>
 #include <cli/storage/VersionReader.h>
 #include <common/base/Expected.h>
 #include <engine/base/Bytes.h>
+#include <engine/database/Database.h>
 
 #include <cstdint>
 #include <memory>

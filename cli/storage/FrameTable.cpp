@@ -1,7 +1,7 @@
-#include <cli/database/Schema.h>
 #include <cli/storage/FrameTable.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/database/Schema.h>
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/database/Database.h>
 #include <common/base/Expected.h>
+#include <engine/database/Database.h>
 
 #include <cstdint>
 #include <memory>

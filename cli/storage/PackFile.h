@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cli/database/Database.h>
 #include <cli/storage/FrameStore.h>
 #include <cli/storage/VersionReader.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
+#include <engine/database/Database.h>
 #include <sys/Folder.h>
 
 #include <cstdint>

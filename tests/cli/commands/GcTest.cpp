@@ -1,6 +1,6 @@
-#include <cli/database/Database.h>
 #include <cli/terminal/Progress.h>
 #include <engine/base/Digest.h>
+#include <engine/database/Database.h>
 #include <tests/cli/commands/HistoryProject.h>
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include <cli/database/Database.h>
+#include <engine/database/Database.h>
 #include <tests/cli/commands/HistoryProject.h>
 
 #include <gmock/gmock.h>

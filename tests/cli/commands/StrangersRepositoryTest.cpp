@@ -1,6 +1,6 @@
-#include <cli/database/Database.h>
+#include <engine/database/Database.h>
 #include <tests/cli/commands/HistoryProject.h>
-#include <tests/cli/database/Journals.h>
+#include <tests/engine/database/Journals.h>
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>

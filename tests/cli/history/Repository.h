@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cli/database/Database.h>
 #include <cli/history/History.h>
 #include <common/repository/RootPath.h>
+#include <engine/database/Database.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <string>

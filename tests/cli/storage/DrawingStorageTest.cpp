@@ -1,7 +1,7 @@
-#include <cli/database/Database.h>
 #include <cli/storage/DrawingStorage.h>
 #include <cli/storage/WorkingFile.h>
 #include <engine/base/Digest.h>
+#include <engine/database/Database.h>
 #include <tests/cli/storage/Contents.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>

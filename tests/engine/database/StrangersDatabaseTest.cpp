@@ -1,7 +1,7 @@
-#include <cli/database/Database.h>
-#include <cli/database/FolderVfsInternal.h>
-#include <cli/database/Schema.h>
-#include <tests/cli/database/Journals.h>
+#include <engine/database/Database.h>
+#include <engine/database/FolderVfsInternal.h>
+#include <engine/database/Schema.h>
+#include <tests/engine/database/Journals.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

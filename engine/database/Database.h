@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cli/database/Statement.h>
+#include <engine/database/Statement.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 

@@ -1,4 +1,4 @@
-#include <cli/database/Database.h>
+#include <engine/database/Database.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

@@ -1,4 +1,4 @@
-#include <cli/database/StepLimitInternal.h>
+#include <engine/database/StepLimitInternal.h>
 
 #include <sqlite3.h>
 

@@ -1,4 +1,4 @@
-#include <cli/database/FolderVfsInternal.h>
+#include <engine/database/FolderVfsInternal.h>
 #include <sys/OpenByPath.h>
 
 #include <array>

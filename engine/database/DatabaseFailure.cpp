@@ -1,7 +1,7 @@
-#include <cli/database/DatabaseFailureInternal.h>
-#include <cli/database/Statement.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/database/DatabaseFailureInternal.h>
+#include <engine/database/Statement.h>
 
 #include <sqlite3.h>
 

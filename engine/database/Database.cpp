@@ -1,10 +1,10 @@
-#include <cli/database/Database.h>
-#include <cli/database/DatabaseFailureInternal.h>
-#include <cli/database/DatabaseFileInternal.h>
-#include <cli/database/FolderVfsInternal.h>
-#include <cli/database/StepLimitInternal.h>
 #include <cli/storage/StorageMessages.h>
 #include <engine/base/Translation.h>
+#include <engine/database/Database.h>
+#include <engine/database/DatabaseFailureInternal.h>
+#include <engine/database/DatabaseFileInternal.h>
+#include <engine/database/FolderVfsInternal.h>
+#include <engine/database/StepLimitInternal.h>
 
 #include <sqlite3.h>
 

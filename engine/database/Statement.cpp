@@ -1,6 +1,6 @@
-#include <cli/database/DatabaseFailureInternal.h>
-#include <cli/database/Statement.h>
-#include <cli/database/StepLimitInternal.h>
+#include <engine/database/DatabaseFailureInternal.h>
+#include <engine/database/Statement.h>
+#include <engine/database/StepLimitInternal.h>
 
 #include <sqlite3.h>
 

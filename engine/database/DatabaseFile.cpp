@@ -1,7 +1,7 @@
-#include <cli/database/DatabaseFailureInternal.h>
-#include <cli/database/DatabaseFileInternal.h>
 #include <cli/storage/StorageMessages.h>
 #include <engine/base/Translation.h>
+#include <engine/database/DatabaseFailureInternal.h>
+#include <engine/database/DatabaseFileInternal.h>
 
 #include <algorithm>
 #include <array>

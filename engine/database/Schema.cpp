@@ -1,6 +1,6 @@
-#include <cli/database/Schema.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/database/Schema.h>
 
 #include <map>
 
