@@ -7,11 +7,11 @@
 #include <cli/history/CommitName.h>
 #include <cli/history/CommitText.h>
 #include <cli/shell/ArgumentParser.h>
-#include <cli/storage/StorageMessages.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/storage/StorageMessages.h>
 
 #include <cstddef>
 #include <memory>

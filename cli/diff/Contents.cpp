@@ -1,8 +1,8 @@
 #include <cli/diff/Contents.h>
 #include <cli/diff/Lines.h>
-#include <cli/storage/StorageMessages.h>
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Translation.h>
+#include <engine/storage/StorageMessages.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,9 +1,9 @@
 #include <cli/history/History.h>
 #include <cli/history/SchemaInternal.h>
 #include <cli/history/SumsInternal.h>
-#include <cli/storage/StorageMessages.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/storage/StorageMessages.h>
 
 #include <utility>
 

@@ -4,10 +4,10 @@
 #include <cli/maintenance/MetadataFiles.h>
 #include <cli/maintenance/NamedVersions.h>
 #include <cli/maintenance/Packing.h>
-#include <cli/storage/Age.h>
-#include <cli/storage/PackFile.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/storage/Age.h>
+#include <engine/storage/PackFile.h>
 
 #include <algorithm>
 #include <chrono>

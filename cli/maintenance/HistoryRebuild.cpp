@@ -6,11 +6,11 @@
 #include <cli/history/SumsInternal.h>
 #include <cli/maintenance/HistoryRebuild.h>
 #include <cli/maintenance/NamedVersions.h>
-#include <cli/storage/Storages.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/storage/Storages.h>
 
 #include <algorithm>
 #include <map>

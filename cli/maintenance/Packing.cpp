@@ -1,11 +1,11 @@
 #include <cli/maintenance/NamedVersions.h>
 #include <cli/maintenance/Packing.h>
 #include <cli/maintenance/ReadToEnd.h>
-#include <cli/storage/PackFile.h>
-#include <cli/storage/StorageMessages.h>
 #include <cli/terminal/Progress.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/storage/PackFile.h>
+#include <engine/storage/StorageMessages.h>
 
 #include <map>
 #include <memory>

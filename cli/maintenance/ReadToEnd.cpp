@@ -1,5 +1,5 @@
 #include <cli/maintenance/ReadToEnd.h>
-#include <cli/storage/CopyBuffer.h>
+#include <engine/storage/CopyBuffer.h>
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/storage/VersionReader.h>
 #include <common/base/Expected.h>
+#include <engine/storage/VersionReader.h>
 
 namespace qrv_cli {
 

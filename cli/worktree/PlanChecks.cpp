@@ -1,4 +1,3 @@
-#include <cli/storage/Age.h>
 #include <cli/worktree/FoldedName.h>
 #include <cli/worktree/OpenDrawings.h>
 #include <cli/worktree/PathList.h>
@@ -6,6 +5,7 @@
 #include <cli/worktree/WorkingFile.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/storage/Age.h>
 
 #include <algorithm>
 #include <chrono>

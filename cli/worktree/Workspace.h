@@ -4,11 +4,11 @@
 #include <cli/SharedMode.h>
 #include <cli/history/History.h>
 #include <cli/history/ReferenceRecord.h>
-#include <cli/storage/Storages.h>
 #include <cli/worktree/BaselineBytes.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <common/state/Cache.h>
+#include <engine/storage/Storages.h>
 #include <sys/Folder.h>
 #include <sys/Lock.h>
 

@@ -1,0 +1,202 @@
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/paths/StorageUrlCheck.h>
+#include <engine/storage/CopyBuffer.h>
+#include <engine/storage/HostStorage.h>
+#include <engine/storage/StorageMessages.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+/// Reads a version to its end, which says whether it is whole. `use` takes each piece and answers
+/// an error code.
+template <class Use>
+Expected<void> readWhole(VersionReader& version, const OdString& target, Use use) {
+    CopyBuffer buffer(version.sizeBytes());
+    std::size_t count = buffer.size();
+    while (count == buffer.size()) {
+        const Expected<std::size_t> read = version.read(buffer.span());
+        if (!read)
+            return read.error();
+        count = *read;
+        if (const std::error_code error = use(buffer.first(count)))
+            return cannotWrite(target, causeOf(error));
+    }
+    return {};
+}
+
+/// The file that one of this name replaces, if there is one; an error when none can have the name.
+sys::Outcome<std::optional<sys::FileStatus>> replacedFile(const sys::Folder& folder,
+                                                          const std::string& name) {
+    const sys::Outcome<sys::FileStatus> status = folder.status(name);
+    if (!status && status.error() != std::errc::no_such_file_or_directory)
+        return status.error();
+    if (status && status->kind == sys::FileKind::folder)
+        return std::make_error_code(std::errc::is_a_directory);
+    if (!status || status->kind != sys::FileKind::regular)
+        return std::optional<sys::FileStatus>();
+    return std::optional(*status);
+}
+
+sys::Outcome<sys::NewFile> newFileLikeOld(const sys::Folder& folder, const std::string& name) {
+    const sys::Outcome<std::optional<sys::FileStatus>> old = replacedFile(folder, name);
+    if (!old)
+        return old.error();
+    sys::Outcome<sys::NewFile> file =
+        folder.newFile(name, *old ? (*old)->permissions : workingFilePermissions);
+    if (!file || !*old)
+        return file;
+    const std::error_code error =
+        file->takeRights((*old)->owner, (*old)->group, (*old)->permissions);
+    if (error)
+        return error;
+    return file;
+}
+
+/// `target` is the name for people.
+Expected<sys::NewFile> writeBeside(const sys::Folder& folder, const std::string& name,
+                                   const OdString& target, VersionReader& version) {
+    sys::Outcome<sys::NewFile> file = newFileLikeOld(folder, name);
+    if (!file)
+        return cannotWrite(target, causeOf(file.error()));
+    const Expected<void> written =
+        readWhole(version, target, [&](std::span<const char> bytes) { return file->write(bytes); });
+    if (!written)
+        return written.error();
+    if (const std::error_code error = file->close())
+        return cannotWrite(target, causeOf(error));
+    return std::move(*file);
+}
+
+/// Gives the file its name for good.
+std::error_code publishForGood(sys::NewFile& file, const sys::Folder& folder,
+                               const std::string& parent, sys::NewFile::Existing existing) {
+    if (const std::error_code error = file.flush())
+        return error;
+    if (const std::error_code error = file.publish(existing))
+        return error;
+    return folder.flush(parent);
+}
+
+constexpr sys::NewFile::Existing replace = sys::NewFile::Existing::replace;
+
+std::string parentOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash);
+}
+
+}  // namespace
+
+Expected<sys::Folder> HostStorage::folderOf(const common::RootPath& root) {
+    const auto known = folders_.find(root.path());
+    if (known != folders_.end())
+        return known->second;
+    sys::Outcome<sys::Folder> folder = sys::Folder::open(root.path().toNarrow());
+    if (!folder)
+        return ErrorMessage{OdString::format(tr(L"The folder '%ls' cannot be opened: %ls"),
+                                             printable(root.path()), causeOf(folder.error()))};
+    return folders_.emplace(root.path(), std::move(*folder)).first->second;
+}
+
+Expected<sys::NewFile> HostStorage::prepare(const common::RootPath& root, const OdString& url,
+                                            const RelativePath& path) {
+    const Expected<std::unique_ptr<VersionReader>> version = open(root, url);
+    if (!version)
+        return version.error();
+    if (*version == nullptr)
+        return notKept(url);
+    const Expected<sys::Folder> folder = folderOf(root);
+    if (!folder)
+        return folder.error();
+    return writeBeside(*folder, path.bytes(), path.text(), **version);
+}
+
+Expected<void> HostStorage::exportBelow(const common::RootPath& root, const OdString& url,
+                                        const sys::Folder& target, const RelativePath& path,
+                                        sys::NewFile::Existing existing) {
+    const Expected<std::unique_ptr<VersionReader>> version = open(root, url);
+    if (!version)
+        return version.error();
+    if (*version == nullptr)
+        return notKept(url);
+    Expected<sys::NewFile> file = writeBeside(target, path.bytes(), path.text(), **version);
+    if (!file)
+        return file.error();
+    if (const std::error_code error =
+            publishForGood(*file, target, parentOf(path.bytes()), existing))
+        return cannotWrite(path.text(), causeOf(error));
+    return {};
+}
+
+Expected<void> HostStorage::exportTo(const common::RootPath& root, const OdString& url,
+                                     const OdString& target) {
+    const Expected<std::unique_ptr<VersionReader>> version = open(root, url);
+    if (!version)
+        return version.error();
+    if (*version == nullptr)
+        return notKept(url);
+    const std::string path = target.toNarrow();
+    const std::size_t name = path.rfind('/') + 1;  // 0 without a slash
+    const sys::Outcome<sys::Folder> folder =
+        sys::Folder::open(name == 0 ? "." : path.substr(0, name));
+    if (!folder)
+        return cannotWrite(target, causeOf(folder.error()));
+    Expected<sys::NewFile> file = writeBeside(*folder, path.substr(name), target, **version);
+    if (!file)
+        return file.error();
+    if (const std::error_code error = publishForGood(*file, *folder, ".", replace))
+        return cannotWrite(target, causeOf(error));
+    return {};
+}
+
+Expected<bool> HostStorage::restore(const common::RootPath& root, const OdString& url,
+                                    const OdString& path) {
+    const Expected<RelativePath> checked = RelativePath::check(path);
+    if (!checked)
+        return checked.error();
+    const Expected<std::unique_ptr<VersionReader>> version = open(root, url);
+    if (!version)
+        return version.error();
+    if (*version == nullptr)
+        return false;
+    const Expected<sys::Folder> folder = folderOf(root);
+    if (!folder)
+        return folder.error();
+    Expected<sys::NewFile> file = writeBeside(*folder, checked->bytes(), path, **version);
+    if (!file)
+        return file.error();
+    if (const std::error_code error =
+            publishForGood(*file, *folder, parentOf(checked->bytes()), replace))
+        return cannotWrite(path, causeOf(error));
+    return true;
+}
+
+Expected<common::DiffHandles> HostStorage::compare(const common::RootPath&, const OdString& url,
+                                                   const OdString& otherUrl) {
+    const Expected<CheckedUrl> one = CheckedUrl::check(url);
+    if (!one)
+        return one.error();
+    const Expected<CheckedUrl> other = CheckedUrl::check(otherUrl);
+    if (!other)
+        return other.error();
+    if (one->digest() == other->digest())
+        return common::DiffHandles();
+    return ErrorMessage{
+        tr(L"The two versions differ, but this program does not look into drawings")};
+}
+
+Expected<void> HostStorage::verify(const common::RootPath& root, const OdString& url) {
+    const Expected<std::unique_ptr<VersionReader>> version = open(root, url);
+    if (!version)
+        return version.error();
+    if (*version == nullptr)
+        return notKept(url);
+    return readWhole(**version, url, [](std::span<const char>) { return std::error_code(); });
+}
+
+}  // namespace qrv_cli

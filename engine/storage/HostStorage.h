@@ -1,0 +1,72 @@
+#pragma once
+
+#include <common/storage/FileStorage.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/storage/VersionReader.h>
+#include <sys/Folder.h>
+#include <sys/NewFile.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+
+namespace qrv_cli {
+
+/// What the storages of this program have in common: everything that reads a version out. Each
+/// contents is checked against its digest before it gets a name anywhere, and appears there as a
+/// whole.
+///
+/// A URL that is not safe (see CheckedUrl) and a path that is not (see RelativePath) are errors of
+/// every operation. So is a working file below a symbolic link.
+class HostStorage : public common::FileStorage {
+public:
+    /// Reaches the files of that root beneath the handle that is open already, and not by its path
+    /// once more.
+    void use(const common::RootPath& root, const sys::Folder& folder) {
+        folders_.insert_or_assign(root.path(), folder);
+    }
+    /// Opens a version for reading; null when it is not kept here.
+    virtual Expected<std::unique_ptr<VersionReader>> open(const common::RootPath& root,
+                                                          const OdString& url) = 0;
+    /// Whether the version is kept here. If so, it counts as new again, so that `gc` does not take
+    /// it for long unused.
+    virtual Expected<bool> renew(const common::RootPath& root, const OdString& url) = 0;
+    /// Writes the version beside the working file `path`, with the permissions of the file that
+    /// lies there, and leaves the rest, flushing and giving it the name, to the caller. The file is
+    /// closed, so that any number of them can wait. Fails when the version is not kept here, and
+    /// when a folder lies at the path.
+    Expected<sys::NewFile> prepare(const common::RootPath& root, const OdString& url,
+                                   const RelativePath& path);
+
+    /// Writes a version below `target`, whatever repository or none that is, and makes the folders
+    /// on the way. A file that is there is replaced, and its permissions are taken over, or stays,
+    /// and it is an error. Fails when a link leads out of the target.
+    Expected<void> exportBelow(const common::RootPath& root, const OdString& url,
+                               const sys::Folder& target, const RelativePath& path,
+                               sys::NewFile::Existing existing);
+    /// The target's folder must exist. A file or link of the target's name is replaced, and its
+    /// permissions are taken over.
+    Expected<void> exportTo(const common::RootPath& root, const OdString& url,
+                            const OdString& target) override;
+    /// The new file takes over the permissions of the one that it replaces.
+    Expected<bool> restore(const common::RootPath& root, const OdString& url,
+                           const OdString& path) override;
+    /// Equal versions do not differ. Of others this program knows nothing, as it does not look into
+    /// drawings: an error.
+    Expected<common::DiffHandles> compare(const common::RootPath& root, const OdString& url,
+                                          const OdString& otherUrl) override;
+    Expected<void> verify(const common::RootPath& root, const OdString& url) override;
+
+protected:
+    /// The root's folder, which is opened once and stays open: commands touch thousands of files
+    /// below it.
+    Expected<sys::Folder> folderOf(const common::RootPath& root);
+
+private:
+    std::map<OdString, sys::Folder> folders_;
+};
+
+/// The permissions of a new working file, before the process's mask.
+inline constexpr std::uint32_t workingFilePermissions = 0666;
+
+}  // namespace qrv_cli

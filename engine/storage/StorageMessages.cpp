@@ -1,0 +1,39 @@
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/storage/StorageMessages.h>
+
+namespace qrv_cli {
+
+OdString causeOf(std::error_code error) {
+    // The system counts the links that it follows, here none, and says that there are too many.
+    if (error == std::errc::too_many_symbolic_link_levels)
+        return tr(L"it is a symbolic link, or one leads to it");
+    if (error == std::errc::operation_not_supported)
+        return tr(L"it is not a regular file");
+    return OdString::fromNarrow(error.message());
+}
+
+ErrorMessage cannotStore(const OdString& path, const OdString& cause) {
+    return {OdString::format(tr(L"'%ls' cannot be stored: %ls"), printable(path), cause)};
+}
+
+ErrorMessage cannotWrite(const OdString& path, const OdString& cause) {
+    return {OdString::format(tr(L"'%ls' cannot be written: %ls"), printable(path), cause)};
+}
+
+ErrorMessage cannotRead(const OdString& url, const OdString& cause) {
+    return {OdString::format(tr(L"The stored version '%ls' cannot be read: %ls"), printable(url),
+                             cause)};
+}
+
+ErrorMessage notKept(const OdString& url) {
+    return {
+        OdString::format(tr(L"The stored version '%ls' is not in the repository"), printable(url))};
+}
+
+ErrorMessage damaged(const OdString& url, const OdString& cause) {
+    return {
+        OdString::format(tr(L"The stored version '%ls' is damaged: %ls"), printable(url), cause)};
+}
+
+}  // namespace qrv_cli

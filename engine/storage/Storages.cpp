@@ -1,0 +1,27 @@
+#include <engine/storage/Storages.h>
+
+#include <utility>
+
+namespace qrv_cli {
+
+Storages::Storages(DrawingStorage::PreviousUrl previousUrl) : drawings_(std::move(previousUrl)) {
+}
+
+void Storages::use(const common::RootPath& root, const sys::Folder& folder) {
+    objects_.use(root, folder);
+    drawings_.use(root, folder);
+}
+
+HostStorage& Storages::ofUrl(const OdString& url) {
+    if (common::urlToType(url) == common::FileStorage::Drawing)
+        return drawings_;
+    return objects_;
+}
+
+HostStorage& Storages::ofFile(const OdString& path) {
+    if (common::fileToType(path) == common::FileStorage::Drawing)
+        return drawings_;
+    return objects_;
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,54 @@
+#include <engine/base/Translation.h>
+#include <engine/storage/StorageMessages.h>
+#include <engine/storage/WorkingFile.h>
+#include <sys/Interruption.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace qrv_cli {
+
+Expected<std::unique_ptr<WorkingFile>> WorkingFile::open(const sys::Folder& root,
+                                                         const RelativePath& path) {
+    sys::Outcome<sys::InputFile> file = root.openFile(path.bytes());
+    if (!file)
+        return cannotStore(path.text(), causeOf(file.error()));
+    const sys::Outcome<sys::InputFile::Stamp> stamp = file->stamp();
+    if (!stamp)
+        return cannotStore(path.text(), causeOf(stamp.error()));
+    return std::unique_ptr<WorkingFile>(new WorkingFile(path.text(), std::move(*file), *stamp));
+}
+
+WorkingFile::WorkingFile(OdString path, sys::InputFile file, const sys::InputFile::Stamp& before)
+    : path_(std::move(path)), file_(std::move(file)), before_(before) {
+}
+
+Expected<std::size_t> WorkingFile::read(std::span<char> buffer) {
+    // A large file takes long, and what was written of it so far is only a temporary file.
+    if (sys::Interruption::isWanted())
+        return ErrorMessage{tr(L"Interrupted")};
+    // What somebody appends meanwhile is not of interest: the file has changed then.
+    const auto left = static_cast<std::size_t>(before_.sizeBytes - position_);
+    const std::size_t wanted = std::min(buffer.size(), left);
+    const sys::Outcome<std::size_t> count = file_.read(buffer.first(wanted));
+    if (!count)
+        return cannotStore(path_, causeOf(count.error()));
+    position_ += static_cast<std::int64_t>(*count);
+    if (*count < buffer.size()) {
+        if (Expected<void> unchanged = checkUnchanged(); !unchanged)
+            return std::move(unchanged).error();
+    }
+    return *count;
+}
+
+Expected<void> WorkingFile::checkUnchanged() {
+    const sys::Outcome<sys::InputFile::Stamp> after = file_.stamp();
+    if (!after)
+        return cannotStore(path_, causeOf(after.error()));
+    hasChanged_ = *after != before_ || position_ != before_.sizeBytes;
+    if (hasChanged_)
+        return cannotStore(path_, tr(L"it changes while it is read"));
+    return {};
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <common/base/Expected.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/storage/VersionReader.h>
+#include <sys/Folder.h>
+#include <sys/InputFile.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace qrv_cli {
+
+/// Reads a working file that is to be stored. At the end, size and time are compared with those
+/// before: a file that somebody writes to meanwhile is not read, as it may be half the old and half
+/// the new.
+class WorkingFile : public VersionReader {
+public:
+    static Expected<std::unique_ptr<WorkingFile>> open(const sys::Folder& root,
+                                                       const RelativePath& path);
+
+    Expected<std::size_t> read(std::span<char> buffer) override;
+    std::int64_t sizeBytes() const override { return before_.sizeBytes; }
+    /// Whether that is why reading failed.
+    bool hasChanged() const { return hasChanged_; }
+
+private:
+    WorkingFile(OdString path, sys::InputFile file, const sys::InputFile::Stamp& before);
+
+    Expected<void> checkUnchanged();
+
+    OdString path_;
+    sys::InputFile file_;
+    sys::InputFile::Stamp before_;
+    std::int64_t position_ = 0;
+    bool hasChanged_ = false;
+};
+
+}  // namespace qrv_cli
