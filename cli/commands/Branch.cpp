@@ -3,14 +3,14 @@
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/commands/ReferenceList.h>
-#include <cli/history/CommitName.h>
-#include <cli/history/CommitText.h>
-#include <cli/history/ReferenceName.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/text/CommitText.h>
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
 #include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
+#include <engine/history/ReferenceName.h>
 
 #include <algorithm>
 #include <memory>

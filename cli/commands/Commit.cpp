@@ -2,8 +2,8 @@
 #include <cli/JsonOutput.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
-#include <cli/history/CommitText.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/text/CommitText.h>
 #include <cli/worktree/Committing.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>

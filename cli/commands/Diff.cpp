@@ -6,7 +6,6 @@
 #include <cli/diff/DifferenceText.h>
 #include <cli/diff/Differences.h>
 #include <cli/diff/Patch.h>
-#include <cli/history/CommitName.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Colour.h>
 #include <cli/terminal/Message.h>
@@ -15,6 +14,7 @@
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
 #include <sys/Terminal.h>
 
 #include <algorithm>

@@ -3,14 +3,14 @@
 #include <cli/commands/Commands.h>
 #include <cli/commands/ReferenceList.h>
 #include <cli/diff/PathHistory.h>
-#include <cli/history/CommitName.h>
-#include <cli/history/CommitText.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/text/CommitText.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Workspace.h>
 #include <common/history/HistoryItem.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
 #include <platform/kernel/OdTimeStamp.h>
 
 #include <QString>

@@ -2,14 +2,14 @@
 #include <cli/JsonOutput.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
-#include <cli/history/CommitName.h>
-#include <cli/history/CommitText.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/text/CommitText.h>
 #include <cli/worktree/ConflictText.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
 
 #include <memory>
 #include <optional>

@@ -2,7 +2,6 @@
 #include <cli/LogEntry.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
-#include <cli/history/Plan.h>
 #include <cli/maintenance/HistoryRebuild.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/Interruption.h>
@@ -10,6 +9,7 @@
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/Plan.h>
 
 #include <memory>
 #include <optional>

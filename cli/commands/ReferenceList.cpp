@@ -1,7 +1,7 @@
 #include <cli/JsonOutput.h>
 #include <cli/Output.h>
 #include <cli/commands/ReferenceList.h>
-#include <cli/history/CommitText.h>
+#include <cli/text/CommitText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cli/history/History.h>
 #include <common/json/Value.h>
 #include <common/server/Reference.h>
+#include <engine/history/History.h>
 #include <platform/kernel/OdString.h>
 
 #include <map>

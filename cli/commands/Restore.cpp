@@ -2,7 +2,6 @@
 #include <cli/LogEntry.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
-#include <cli/history/CommitName.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
 #include <cli/worktree/PathArgument.h>
@@ -12,6 +11,7 @@
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
 #include <engine/paths/RelativePath.h>
 
 #include <algorithm>

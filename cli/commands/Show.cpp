@@ -4,13 +4,13 @@
 #include <cli/commands/ReferenceList.h>
 #include <cli/diff/DifferenceText.h>
 #include <cli/diff/Differences.h>
-#include <cli/history/CommitName.h>
-#include <cli/history/CommitText.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/text/CommitText.h>
 #include <cli/worktree/PathArgument.h>
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
 #include <engine/storage/StorageMessages.h>
 
 #include <cstddef>

@@ -2,10 +2,10 @@
 #include <cli/Names.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
-#include <cli/history/CommitText.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Colour.h>
 #include <cli/terminal/Message.h>
+#include <cli/text/CommitText.h>
 #include <cli/worktree/ChangeText.h>
 #include <cli/worktree/ConflictText.h>
 #include <cli/worktree/Merging.h>

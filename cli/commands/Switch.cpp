@@ -2,8 +2,6 @@
 #include <cli/LogEntry.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
-#include <cli/history/CommitName.h>
-#include <cli/history/ReferenceName.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/worktree/Merging.h>
 #include <cli/worktree/PlanChecks.h>
@@ -13,6 +11,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
 #include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
+#include <engine/history/ReferenceName.h>
 
 #include <memory>
 #include <optional>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cli/diff/Snapshot.h>
-#include <cli/history/Commit.h>
+#include <engine/history/Commit.h>
 #include <platform/kernel/OdString.h>
 
 #include <map>

@@ -1,15 +1,15 @@
 #include <cli/Repository.h>
-#include <cli/history/History.h>
-#include <cli/history/HistoryCheck.h>
-#include <cli/history/HistoryRecords.h>
-#include <cli/history/RowsInternal.h>
-#include <cli/history/SumsInternal.h>
 #include <cli/maintenance/HistoryRebuild.h>
 #include <cli/maintenance/NamedVersions.h>
 #include <cli/worktree/PlanExecution.h>
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/History.h>
+#include <engine/history/HistoryCheck.h>
+#include <engine/history/HistoryRecords.h>
+#include <engine/history/RowsInternal.h>
+#include <engine/history/SumsInternal.h>
 #include <engine/storage/Storages.h>
 
 #include <algorithm>

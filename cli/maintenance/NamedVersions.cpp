@@ -1,5 +1,5 @@
-#include <cli/history/Plan.h>
 #include <cli/maintenance/NamedVersions.h>
+#include <engine/history/Plan.h>
 
 #include <optional>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cli/history/History.h>
+#include <engine/history/History.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>

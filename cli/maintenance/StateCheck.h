@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/history/History.h>
 #include <common/state/State.h>
+#include <engine/history/History.h>
 #include <platform/kernel/OdString.h>
 
 #include <vector>

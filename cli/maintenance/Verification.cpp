@@ -1,8 +1,4 @@
 #include <cli/Repository.h>
-#include <cli/history/History.h>
-#include <cli/history/HistoryCheck.h>
-#include <cli/history/HistoryRecords.h>
-#include <cli/history/Plan.h>
 #include <cli/maintenance/HistoryTraces.h>
 #include <cli/maintenance/MetadataFiles.h>
 #include <cli/maintenance/NamedVersions.h>
@@ -14,6 +10,10 @@
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/History.h>
+#include <engine/history/HistoryCheck.h>
+#include <engine/history/HistoryRecords.h>
+#include <engine/history/Plan.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/PackFile.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/history/Commit.h>
 #include <common/state/State.h>
+#include <engine/history/Commit.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 

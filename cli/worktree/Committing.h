@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cli/history/History.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
 #include <common/base/Expected.h>
 #include <common/worktree/File.h>
+#include <engine/history/History.h>
 
 #include <optional>
 #include <vector>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cli/history/Plan.h>
 #include <cli/worktree/Workspace.h>
 #include <common/base/Expected.h>
+#include <engine/history/Plan.h>
 
 namespace qrv_cli {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cli/history/Plan.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
 #include <common/base/Expected.h>
+#include <engine/history/Plan.h>
 
 #include <vector>
 

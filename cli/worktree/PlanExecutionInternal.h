@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cli/history/Plan.h>
 #include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/Workspace.h>
 #include <common/base/Expected.h>
+#include <engine/history/Plan.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cli/history/Commit.h>
 #include <cli/worktree/Unseen.h>
 #include <cli/worktree/Workspace.h>
+#include <engine/history/Commit.h>
 #include <platform/kernel/OdString.h>
 
 #include <map>

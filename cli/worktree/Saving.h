@@ -1,10 +1,10 @@
 #pragma once
 
-#include <cli/history/History.h>
-#include <cli/history/Plan.h>
 #include <cli/worktree/WorkingChanges.h>
 #include <cli/worktree/Workspace.h>
 #include <common/base/Expected.h>
+#include <engine/history/History.h>
+#include <engine/history/Plan.h>
 #include <platform/kernel/OdString.h>
 
 #include <vector>

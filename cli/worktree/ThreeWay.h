@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cli/history/History.h>
-#include <cli/history/Plan.h>
 #include <common/worktree/FileChange.h>
+#include <engine/history/History.h>
+#include <engine/history/Plan.h>
 #include <platform/kernel/OdString.h>
 
 #include <vector>

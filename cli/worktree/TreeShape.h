@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/history/Commit.h>
 #include <common/base/Expected.h>
+#include <engine/history/Commit.h>
 
 #include <vector>
 

@@ -1,7 +1,5 @@
 #include <cli/MetadataCheck.h>
 #include <cli/RunningCommand.h>
-#include <cli/history/HistoryRecords.h>
-#include <cli/history/Plan.h>
 #include <cli/maintenance/HistoryRebuild.h>
 #include <cli/maintenance/HistoryTraces.h>
 #include <cli/terminal/Message.h>
@@ -11,6 +9,8 @@
 #include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/HistoryRecords.h>
+#include <engine/history/Plan.h>
 #include <platform/kernel/OdError.h>
 
 #include <chrono>

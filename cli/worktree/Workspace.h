@@ -2,12 +2,12 @@
 
 #include <cli/Repository.h>
 #include <cli/SharedMode.h>
-#include <cli/history/History.h>
-#include <cli/history/ReferenceRecord.h>
 #include <cli/worktree/BaselineBytes.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <common/state/Cache.h>
+#include <engine/history/History.h>
+#include <engine/history/ReferenceRecord.h>
 #include <engine/storage/Storages.h>
 #include <sys/Folder.h>
 #include <sys/Lock.h>

@@ -1,7 +1,7 @@
-#include <cli/history/History.h>
-#include <cli/history/Plan.h>
 #include <common/repository/RootPath.h>
 #include <engine/base/Digest.h>
+#include <engine/history/History.h>
+#include <engine/history/Plan.h>
 #include <tests/cli/commands/HistoryProject.h>
 
 #include <gmock/gmock.h>

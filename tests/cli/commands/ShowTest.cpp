@@ -1,5 +1,5 @@
 #include <tests/cli/commands/HistoryProject.h>
-#include <tests/cli/history/Repository.h>
+#include <tests/engine/history/Repository.h>
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include <cli/history/History.h>
-#include <cli/history/Plan.h>
 #include <common/repository/RootPath.h>
 #include <engine/base/Digest.h>
 #include <engine/database/Database.h>
+#include <engine/history/History.h>
+#include <engine/history/Plan.h>
 #include <tests/cli/commands/HistoryProject.h>
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
 #include <cli/diff/DifferenceText.h>
 #include <common/json/Writer.h>
-#include <tests/cli/history/Repository.h>
+#include <tests/engine/history/Repository.h>
 
 #include <gtest/gtest.h>
 

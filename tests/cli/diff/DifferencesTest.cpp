@@ -1,6 +1,6 @@
 #include <cli/diff/Differences.h>
 #include <engine/paths/StorageUrlCheck.h>
-#include <tests/cli/history/Repository.h>
+#include <tests/engine/history/Repository.h>
 
 #include <gtest/gtest.h>
 

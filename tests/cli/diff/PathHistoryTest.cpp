@@ -1,5 +1,5 @@
 #include <cli/diff/PathHistory.h>
-#include <tests/cli/history/Repository.h>
+#include <tests/engine/history/Repository.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include <cli/history/Plan.h>
 #include <engine/base/Digest.h>
+#include <engine/history/Plan.h>
 #include <tests/cli/worktree/Trees.h>
 #include <tests/cli/worktree/Working.h>
 

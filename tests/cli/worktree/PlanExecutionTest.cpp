@@ -1,6 +1,6 @@
-#include <cli/history/Plan.h>
 #include <cli/worktree/PlanChecks.h>
 #include <cli/worktree/PlanExecution.h>
+#include <engine/history/Plan.h>
 #include <tests/cli/worktree/Trees.h>
 #include <tests/cli/worktree/TwoBranches.h>
 

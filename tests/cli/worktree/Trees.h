@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/history/History.h>
-#include <tests/cli/history/Repository.h>
+#include <engine/history/History.h>
+#include <tests/engine/history/Repository.h>
 
 #include <sstream>
 #include <string>

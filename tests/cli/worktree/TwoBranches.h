@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/history/Plan.h>
 #include <cli/worktree/PlanExecution.h>
+#include <engine/history/Plan.h>
 #include <tests/cli/worktree/Working.h>
 
 #include <gtest/gtest.h>

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <common/base/Expected.h>
+#include <engine/history/Commit.h>
+
+#include <string>
+#include <string_view>
+
+namespace qrv_cli {
+
+/// The bytes whose digest is the hash of the commit: its record in the form in which it is sent to
+/// a server, without the hash itself.
+std::string recordOf(const NewCommit& commit);
+
+/// The commit of such a record, with sizes of 0, which are no part of it. Fails for bytes that
+/// `recordOf` does not write.
+Expected<NewCommit> commitOfRecord(std::string_view bytes);
+
+}  // namespace qrv_cli

@@ -1,0 +1,59 @@
+#include <engine/history/History.h>
+#include <engine/history/RowsInternal.h>
+
+#include <algorithm>
+
+namespace qrv_cli {
+
+Tree History::headFiles() {
+    Statement query = database_->prepare("SELECT path, url, size FROM head_files ORDER BY path");
+    const CheckedRow row(*database_, query);
+    Tree files;
+    // Rows come in the order of the paths, or nearly so, and each goes to the end.
+    while (query.step())
+        files.insert_or_assign(files.end(), row.path(0), TreeFile{row.url(1), row.sizeBytes(2)});
+    return files;
+}
+
+std::vector<SizedFile> History::headSizes() {
+    Statement query = database_->prepare("SELECT path, size FROM head_files ORDER BY path");
+    const CheckedRow row(*database_, query);
+    std::vector<SizedFile> files;
+    while (query.step())
+        files.push_back({row.path(0), row.sizeBytes(1)});
+    // The order of the bytes is not always that of the texts.
+    const auto isBefore = [](const SizedFile& one, const SizedFile& other) {
+        return one.path < other.path;
+    };
+    if (!std::is_sorted(files.begin(), files.end(), isBefore))
+        std::sort(files.begin(), files.end(), isBefore);
+    return files;
+}
+
+OdString History::headUrl(const OdString& path) {
+    Statement query = database_->prepare("SELECT url FROM head_files WHERE path = ?");
+    query.bind(path);
+    return query.step() ? CheckedRow(*database_, query).url(0) : OdString();
+}
+
+void History::changeHeadFiles(const std::vector<FileDelta>& deltas) {
+    for (const FileDelta& delta : deltas)
+        requireStorable(*database_, delta);
+    DatabaseTransaction transaction(*database_);
+    // First all that go: a new file may have the name that a renamed one had.
+    Statement removal = database_->prepare("DELETE FROM head_files WHERE path = ?");
+    for (const FileDelta& delta : deltas) {
+        if (delta.url.isEmpty())
+            removal.run(delta.path);
+        if (!delta.previousPath.isEmpty())
+            removal.run(delta.previousPath);
+    }
+    Statement insertion = database_->prepare("INSERT OR REPLACE INTO head_files VALUES (?, ?, ?)");
+    for (const FileDelta& delta : deltas) {
+        if (!delta.url.isEmpty())
+            insertion.run(delta.path, delta.url, delta.sizeBytes);
+    }
+    transaction.commit();
+}
+
+}  // namespace qrv_cli

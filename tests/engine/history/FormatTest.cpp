@@ -1,0 +1,72 @@
+#include <engine/history/Plan.h>
+#include <tests/engine/history/Repository.h>
+#include <tests/support/Files.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using qrv_cli::Database;
+using qrv_cli::Statement;
+using qrv_test::file;
+using qrv_test::Repository;
+
+std::string tables(Database& database) {
+    Statement query =
+        database.prepare("SELECT sql FROM sqlite_schema WHERE sql NOTNULL ORDER BY rowid");
+    std::string text;
+    while (query.step())
+        text += query.text(0).toNarrow() + ";\n\n";
+    return text;
+}
+
+/// One line for each row of a table: its name and its values.
+std::string rows(Database& database, const std::string& table, int columns) {
+    Statement query = database.prepare(("SELECT * FROM " + table + " ORDER BY 1, 2").c_str());
+    std::string text;
+    while (query.step()) {
+        text += table;
+        for (int column = 0; column < columns; ++column)
+            text += " | " + query.text(column).toNarrow();
+        text += "\n";
+    }
+    return text;
+}
+
+std::string numberIn(Database& database, const char* sql) {
+    Statement query = database.prepare(sql);
+    query.step();
+    return std::to_string(query.integer(0));
+}
+
+TEST(HistoryFormat, IsThatOfTheSample) {
+    Repository repository;
+    auto& history = repository.history;
+    const OdString one = repository.add({}, "First plans", {file("a.txt", '1', 10)});
+    const OdString two =
+        repository.add({one}, "Move", {file("b.txt", '1', 10, "a.txt"), file("c.txt", '2', 20)});
+    history.changeHeadFiles({file("b.txt", '1', 10), file("c.txt", '2', 20)});
+    history.setNote(qrv_cli::headNote, two);
+    history.setReference(L"master", common::RefType::Branch, two);
+    history.setReference(L"v1", common::RefType::Tag, one);
+    qrv_cli::Plan plan;
+    plan.title = L"switch to 'side'";
+    plan.branch = L"side";
+    plan.commit = one;
+    plan.files = {{L"b.txt", qrv_test::url('1'), OdString(), 0},
+                  {L"c.txt", qrv_test::url('2'), OdString(), 0}};
+    notePlan(history, plan);
+
+    Database database(repository.root.dbPath(), Database::Access::readOnly);
+    const std::string text =
+        tables(database) + "application_id | " + numberIn(database, "PRAGMA application_id") +
+        "\nuser_version | " + numberIn(database, "PRAGMA user_version") + "\n" +
+        rows(database, "commits", 5) + rows(database, "parents", 3) + rows(database, "changes", 5) +
+        rows(database, "refs", 3) + rows(database, "head_files", 3) + rows(database, "notes", 2) +
+        rows(database, "plan", 5) + rows(database, "plan_files", 5);
+    EXPECT_EQ(text, qrv_test::readFile(QRV_HISTORY_SAMPLES "/history.sample"));
+}
+
+}  // namespace

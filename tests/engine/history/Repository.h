@@ -1,0 +1,85 @@
+#pragma once
+
+#include <common/repository/RootPath.h>
+#include <engine/database/Database.h>
+#include <engine/history/History.h>
+#include <tests/support/TemporaryFolder.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace qrv_test {
+
+/// The storage URL of a plain file; equal letters name equal contents.
+inline OdString url(char letter) {
+    return OdString::fromNarrow("po:" + std::string(64, letter));
+}
+
+inline qrv_cli::FileDelta file(const char* path, char letter, std::int64_t sizeBytes = 1,
+                               const char* previousPath = "") {
+    return {OdString(path), url(letter), OdString(previousPath), sizeBytes};
+}
+
+inline qrv_cli::FileDelta removal(const char* path) {
+    return {OdString(path), OdString(), OdString(), 0};
+}
+
+inline qrv_cli::NewCommit newCommit(std::vector<OdString> parents, const char* message,
+                                    std::vector<qrv_cli::FileDelta> deltas = {}) {
+    return {std::move(parents), L"Ada", OdString(message), 1709647629, std::move(deltas)};
+}
+
+/// "path letter size, ..." of the files, which have URLs of `url`.
+inline std::string shown(const qrv_cli::Tree& tree) {
+    std::string text;
+    for (const auto& [path, treeFile] : tree)
+        text += path.toNarrow() + " " + treeFile.url.toNarrow()[3] + " " +
+                std::to_string(treeFile.sizeBytes) + ", ";
+    return text;
+}
+
+/// A repository with a history.
+struct Repository {
+    TemporaryFolder folder;
+    common::RootPath root = common::RootPath::get(folder.text(), true).value();
+    qrv_cli::History history = qrv_cli::History::open(root, qrv_cli::Database::Access::create);
+
+    Repository() {
+        // These tests pull no plug, and there are many files.
+        history.database().execute("PRAGMA synchronous=OFF");
+    }
+
+    /// Adds a commit and gives its hash.
+    OdString add(std::vector<OdString> parents, const char* message,
+                 std::vector<qrv_cli::FileDelta> deltas = {}) {
+        return history.add(newCommit(std::move(parents), message, std::move(deltas))).hash;
+    }
+    /// Changes the file as somebody could who knows SQLite, past all that guards it.
+    void tamper(const char* sql) const {
+        qrv_cli::Database database(root.dbPath(), qrv_cli::Database::Access::readWrite);
+        database.execute(
+            "PRAGMA synchronous=OFF; PRAGMA foreign_keys=OFF; PRAGMA ignore_check_constraints=ON");
+        database.execute(sql);
+    }
+    /// What the history says when it cannot do it, with "DB" for the path of its file; "no
+    /// complaint" when it can.
+    template <class Action>
+    std::string complaint(const Action& action) const {
+        try {
+            action();
+        } catch (const qrv_cli::DatabaseError& error) {
+            return withoutPath(error.description());
+        }
+        return "no complaint";
+    }
+    std::string withoutPath(const OdString& message) const {
+        std::string text = message.toNarrow();
+        const std::string file = root.dbPath().toNarrow();
+        if (const auto at = text.find(file); at != std::string::npos)
+            text.replace(at, file.size(), "DB");
+        return text;
+    }
+};
+
+}  // namespace qrv_test
