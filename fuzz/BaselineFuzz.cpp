@@ -1,8 +1,8 @@
 // A baseline with a right digest may have been made by anybody. What is read is written back as it
 // was.
 
-#include <cli/worktree/BaselineBytes.h>
 #include <engine/base/Digest.h>
+#include <engine/worktree/BaselineBytes.h>
 
 #include <cstdint>
 #include <cstdlib>

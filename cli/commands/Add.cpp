@@ -3,17 +3,17 @@
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
-#include <cli/worktree/ChangeText.h>
-#include <cli/worktree/FileWord.h>
-#include <cli/worktree/PathArgument.h>
-#include <cli/worktree/Staging.h>
-#include <cli/worktree/StagingWarnings.h>
-#include <cli/worktree/WorkingChanges.h>
-#include <cli/worktree/Workspace.h>
+#include <cli/text/ChangeText.h>
+#include <cli/text/StagingWarnings.h>
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/RelativePath.h>
+#include <engine/worktree/FileWord.h>
+#include <engine/worktree/PathArgument.h>
+#include <engine/worktree/Staging.h>
+#include <engine/worktree/WorkingChanges.h>
+#include <engine/worktree/Workspace.h>
 
 #include <algorithm>
 #include <iterator>

@@ -5,12 +5,12 @@
 #include <cli/commands/ReferenceList.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/text/CommitText.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/history/ReferenceName.h>
+#include <engine/worktree/Workspace.h>
 
 #include <algorithm>
 #include <memory>

@@ -4,11 +4,11 @@
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/text/CommitText.h>
-#include <cli/worktree/Committing.h>
-#include <cli/worktree/WorkingChanges.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/worktree/Committing.h>
+#include <engine/worktree/WorkingChanges.h>
+#include <engine/worktree/Workspace.h>
 
 #include <memory>
 #include <optional>

@@ -9,12 +9,12 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Colour.h>
 #include <cli/terminal/Message.h>
-#include <cli/worktree/PathArgument.h>
-#include <cli/worktree/WorkingChanges.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
+#include <engine/worktree/PathArgument.h>
+#include <engine/worktree/WorkingChanges.h>
+#include <engine/worktree/Workspace.h>
 #include <sys/Terminal.h>
 
 #include <algorithm>

@@ -6,9 +6,9 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
 #include <cli/terminal/Progress.h>
-#include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>
+#include <engine/worktree/Workspace.h>
 
 #include <memory>
 #include <string>

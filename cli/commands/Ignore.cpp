@@ -5,11 +5,11 @@
 #include <cli/maintenance/IgnoreRules.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
-#include <cli/worktree/PathArgument.h>
-#include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/worktree/PathArgument.h>
+#include <engine/worktree/Workspace.h>
 
 #include <memory>
 #include <optional>

@@ -5,12 +5,12 @@
 #include <cli/diff/PathHistory.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/text/CommitText.h>
-#include <cli/worktree/PathArgument.h>
-#include <cli/worktree/Workspace.h>
 #include <common/history/HistoryItem.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
+#include <engine/worktree/PathArgument.h>
+#include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdTimeStamp.h>
 
 #include <QString>

@@ -4,12 +4,12 @@
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/text/CommitText.h>
-#include <cli/worktree/ConflictText.h>
-#include <cli/worktree/Merging.h>
-#include <cli/worktree/Workspace.h>
+#include <cli/text/ConflictText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
+#include <engine/worktree/Merging.h>
+#include <engine/worktree/Workspace.h>
 
 #include <memory>
 #include <optional>

@@ -4,12 +4,12 @@
 #include <cli/commands/Commands.h>
 #include <cli/maintenance/HistoryRebuild.h>
 #include <cli/shell/ArgumentParser.h>
-#include <cli/worktree/Interruption.h>
-#include <cli/worktree/Workspace.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/Plan.h>
+#include <engine/worktree/Interruption.h>
+#include <engine/worktree/Workspace.h>
 
 #include <memory>
 #include <optional>

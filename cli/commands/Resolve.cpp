@@ -2,17 +2,17 @@
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
-#include <cli/worktree/ConflictText.h>
-#include <cli/worktree/Merging.h>
-#include <cli/worktree/PathArgument.h>
-#include <cli/worktree/PlanExecution.h>
-#include <cli/worktree/Saving.h>
-#include <cli/worktree/Staging.h>
-#include <cli/worktree/WorkingChanges.h>
-#include <cli/worktree/Workspace.h>
+#include <cli/text/ConflictText.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/worktree/Merging.h>
+#include <engine/worktree/PathArgument.h>
+#include <engine/worktree/PlanExecution.h>
+#include <engine/worktree/Saving.h>
+#include <engine/worktree/Staging.h>
+#include <engine/worktree/WorkingChanges.h>
+#include <engine/worktree/Workspace.h>
 
 #include <memory>
 #include <optional>

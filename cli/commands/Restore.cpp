@@ -4,15 +4,15 @@
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
-#include <cli/worktree/PathArgument.h>
-#include <cli/worktree/PlanExecution.h>
-#include <cli/worktree/Saving.h>
-#include <cli/worktree/WorkingChanges.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/paths/RelativePath.h>
+#include <engine/worktree/PathArgument.h>
+#include <engine/worktree/PlanExecution.h>
+#include <engine/worktree/Saving.h>
+#include <engine/worktree/WorkingChanges.h>
+#include <engine/worktree/Workspace.h>
 
 #include <algorithm>
 #include <filesystem>

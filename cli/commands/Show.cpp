@@ -6,12 +6,12 @@
 #include <cli/diff/Differences.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/text/CommitText.h>
-#include <cli/worktree/PathArgument.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/storage/StorageMessages.h>
+#include <engine/worktree/PathArgument.h>
+#include <engine/worktree/Workspace.h>
 
 #include <cstddef>
 #include <memory>

@@ -5,16 +5,16 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Colour.h>
 #include <cli/terminal/Message.h>
+#include <cli/text/ChangeText.h>
 #include <cli/text/CommitText.h>
-#include <cli/worktree/ChangeText.h>
-#include <cli/worktree/ConflictText.h>
-#include <cli/worktree/Merging.h>
-#include <cli/worktree/Staging.h>
-#include <cli/worktree/WorkingChanges.h>
-#include <cli/worktree/Workspace.h>
+#include <cli/text/ConflictText.h>
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/worktree/Merging.h>
+#include <engine/worktree/Staging.h>
+#include <engine/worktree/WorkingChanges.h>
+#include <engine/worktree/Workspace.h>
 
 #include <algorithm>
 #include <map>

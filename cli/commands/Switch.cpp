@@ -3,16 +3,16 @@
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
-#include <cli/worktree/Merging.h>
-#include <cli/worktree/PlanChecks.h>
-#include <cli/worktree/PlanExecution.h>
-#include <cli/worktree/WorkingChanges.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/history/ReferenceName.h>
+#include <engine/worktree/Merging.h>
+#include <engine/worktree/PlanChecks.h>
+#include <engine/worktree/PlanExecution.h>
+#include <engine/worktree/WorkingChanges.h>
+#include <engine/worktree/Workspace.h>
 
 #include <memory>
 #include <optional>

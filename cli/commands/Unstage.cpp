@@ -2,13 +2,13 @@
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
-#include <cli/worktree/ChangeText.h>
-#include <cli/worktree/FileWord.h>
-#include <cli/worktree/PathArgument.h>
-#include <cli/worktree/Staging.h>
-#include <cli/worktree/Workspace.h>
+#include <cli/text/ChangeText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/worktree/FileWord.h>
+#include <engine/worktree/PathArgument.h>
+#include <engine/worktree/Staging.h>
+#include <engine/worktree/Workspace.h>
 
 #include <memory>
 #include <string>

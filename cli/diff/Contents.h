@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cli/diff/Snapshot.h>
-#include <cli/worktree/Workspace.h>
 #include <common/base/Expected.h>
+#include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 
 #include <optional>

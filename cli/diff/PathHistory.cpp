@@ -1,5 +1,5 @@
 #include <cli/diff/PathHistory.h>
-#include <cli/worktree/PathArgument.h>
+#include <engine/worktree/PathArgument.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include <cli/diff/Snapshot.h>
-#include <cli/worktree/WorkingFile.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/worktree/WorkingFile.h>
 
 #include <utility>
 

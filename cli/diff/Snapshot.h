@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cli/worktree/WorkingChanges.h>
-#include <cli/worktree/Workspace.h>
 #include <common/base/Expected.h>
 #include <engine/history/History.h>
+#include <engine/worktree/WorkingChanges.h>
+#include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>

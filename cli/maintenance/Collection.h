@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/worktree/Workspace.h>
 #include <common/base/Expected.h>
+#include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>

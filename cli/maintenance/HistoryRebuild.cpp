@@ -1,8 +1,6 @@
 #include <cli/Repository.h>
 #include <cli/maintenance/HistoryRebuild.h>
 #include <cli/maintenance/NamedVersions.h>
-#include <cli/worktree/PlanExecution.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/History.h>
@@ -11,6 +9,8 @@
 #include <engine/history/RowsInternal.h>
 #include <engine/history/SumsInternal.h>
 #include <engine/storage/Storages.h>
+#include <engine/worktree/PlanExecution.h>
+#include <engine/worktree/Workspace.h>
 
 #include <algorithm>
 #include <map>

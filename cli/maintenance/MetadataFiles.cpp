@@ -1,7 +1,7 @@
 #include <cli/maintenance/MetadataFiles.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/worktree/Workspace.h>
 
 #include <algorithm>
 #include <optional>

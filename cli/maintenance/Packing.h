@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cli/maintenance/MetadataFiles.h>
-#include <cli/worktree/Workspace.h>
+#include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>

@@ -6,8 +6,6 @@
 #include <cli/maintenance/StateCheck.h>
 #include <cli/maintenance/Verification.h>
 #include <cli/terminal/Progress.h>
-#include <cli/worktree/KeptBaseline.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/History.h>
@@ -19,6 +17,8 @@
 #include <engine/storage/PackFile.h>
 #include <engine/storage/StorageMessages.h>
 #include <engine/storage/Storages.h>
+#include <engine/worktree/KeptBaseline.h>
+#include <engine/worktree/Workspace.h>
 #include <platform/ut/Paths.h>
 #include <sys/Folder.h>
 #include <sys/Lock.h>

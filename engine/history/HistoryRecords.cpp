@@ -1,5 +1,4 @@
 #include <cli/text/CommitText.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -7,6 +6,7 @@
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/RowsInternal.h>
 #include <engine/history/SumsInternal.h>
+#include <engine/worktree/Workspace.h>
 #include <platform/kernel/Clock.h>
 
 #include <string>

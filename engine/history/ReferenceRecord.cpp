@@ -1,9 +1,9 @@
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Digest.h>
 #include <engine/base/Translation.h>
 #include <engine/history/ReferenceName.h>
 #include <engine/history/ReferenceRecord.h>
 #include <engine/history/RowsInternal.h>
+#include <engine/worktree/Workspace.h>
 
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,7 @@
 #include <cli/LogEntry.h>
 #include <cli/MetadataCheck.h>
 #include <cli/Repository.h>
-#include <cli/worktree/TreeScan.h>
+#include <engine/worktree/TreeScan.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

@@ -1,9 +1,9 @@
 #include <cli/maintenance/MetadataFiles.h>
 #include <cli/maintenance/Packing.h>
-#include <cli/worktree/Workspace.h>
 #include <engine/base/Digest.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <engine/storage/PackFile.h>
+#include <engine/worktree/Workspace.h>
 #include <tests/cli/commands/HistoryProject.h>
 
 #include <filesystem>

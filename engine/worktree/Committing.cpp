@@ -1,0 +1,190 @@
+#include <cli/LogEntry.h>
+#include <cli/terminal/Progress.h>
+#include <common/state/Index.h>
+#include <common/state/Transaction.h>
+#include <common/worktree/RepoFileExplorer.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/worktree/Committing.h>
+#include <engine/worktree/Merging.h>
+#include <engine/worktree/Staging.h>
+#include <engine/worktree/Ticks.h>
+#include <engine/worktree/TreeShape.h>
+#include <platform/kernel/Clock.h>
+#include <sys/Interruption.h>
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+using common::FileChange;
+using common::StagedFile;
+
+constexpr std::int64_t millisecondsPerSecond = 1000;
+
+/// What goes into the commit, and what was seen of each file that was stored.
+struct StoredFiles {
+    std::vector<FileDelta> deltas;
+    std::map<OdString, std::int64_t> ticksByPath;
+};
+
+ErrorMessage nothingStaged() {
+    return {tr(L"Nothing is staged (qrv add stages files)")};
+}
+
+/// The library's own answer for a tree without changes.
+Expected<void> checkStage(const WorkingChanges& changes, const std::vector<StagedFile>& staged,
+                          const Workspace& workspace) {
+    common::RepoFileExplorer explorer(changes.files, workspace.root());
+    for (const StagedFile& file : staged)
+        explorer.stage(file);
+    const Expected<std::vector<common::StatusRef>> files = explorer.stagedFiles();
+    if (!files)
+        return files.error();
+    return files->empty() ? Expected<void>(nothingStaged()) : Expected<void>();
+}
+
+Expected<sys::FileStatus> look(const Workspace& workspace, const OdString& path) {
+    const sys::Outcome<sys::FileStatus> status = workspace.folder().status(path.toNarrow());
+    if (!status)
+        return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, status.error());
+    return *status;
+}
+
+Expected<void> storeFile(Workspace& workspace, const OdString& path, StoredFiles& stored) {
+    if (const Expected<RelativePath> safe = RelativePath::check(path); !safe)
+        return safe.error();
+    const Expected<sys::FileStatus> before = look(workspace, path);
+    if (!before)
+        return before.error();
+    const Expected<OdString> url = workspace.storages().ofFile(path).store(workspace.root(), path);
+    if (!url)
+        return url.error();
+    const Expected<sys::FileStatus> after = look(workspace, path);
+    if (!after)
+        return after.error();
+    if (after->sizeBytes != before->sizeBytes || after->modifiedNs != before->modifiedNs)
+        return ErrorMessage{
+            OdString::format(tr(L"'%ls' was changed while it was stored; try again when its "
+                                L"program has finished writing"),
+                             printable(path))};
+    stored.ticksByPath.emplace(path, toTicks(after->modifiedNs));
+    const Tree& head = workspace.headFiles();
+    const auto old = head.find(path);
+    if (old == head.end() || old->second.url != *url)
+        stored.deltas.push_back({path, *url, {}, after->sizeBytes});
+    return {};
+}
+
+OdString previousPath(const OdString& path, const std::vector<StagedFile>& staged,
+                      const common::State& state) {
+    const auto rename = state.renames.find(path);
+    if (rename == state.renames.end())
+        return {};
+    const StagedFile removal(rename->second, FileChange::removed);
+    const bool isGone = std::find(staged.begin(), staged.end(), removal) != staged.end();
+    return isGone ? rename->second : OdString();
+}
+
+Expected<StoredFiles> storeAll(Workspace& workspace, const std::vector<StagedFile>& staged) {
+    StoredFiles stored;
+    Progress progress(tr(L"Storing"), staged.size());
+    for (const StagedFile& file : staged) {
+        if (sys::Interruption::isWanted())
+            return ErrorMessage{tr(L"Interrupted; nothing was committed")};
+        if (file.change == FileChange::removed) {
+            stored.deltas.push_back({file.path, {}, {}, 0});
+            continue;
+        }
+        if (const Expected<void> done = storeFile(workspace, file.path, stored); !done)
+            return done.error();
+        progress.add(stored.deltas.empty() ? 0 : stored.deltas.back().sizeBytes);
+    }
+    // The last moment: from here on it is quicker to end than to take back.
+    if (sys::Interruption::isWanted())
+        return ErrorMessage{tr(L"Interrupted; nothing was committed")};
+    for (FileDelta& delta : stored.deltas)
+        delta.previousPath = previousPath(delta.path, staged, workspace.state());
+    if (const Expected<void> flushed = workspace.storages().objects().flush(workspace.root());
+        !flushed)
+        return flushed.error();
+    return stored;
+}
+
+CommitEntry addToHistory(Workspace& workspace, std::vector<FileDelta> deltas,
+                         const CommitText& text) {
+    History& history = workspace.history();
+    DatabaseTransaction transaction(history.database());
+    NewCommit commit;
+    for (const OdString& parent : {workspace.headCommit(), history.note(mergeNote)}) {
+        if (!parent.isEmpty())
+            commit.parents.push_back(parent);
+    }
+    commit.author = text.author;
+    commit.message = text.message;
+    commit.timeSeconds = kernel::now() / millisecondsPerSecond;
+    commit.deltas = std::move(deltas);
+    CommitEntry entry = history.add(commit);
+    history.changeHeadFiles(commit.deltas);
+    history.setNote(headNote, entry.hash);
+    history.setNote(mergeNote, {});
+    history.setReference(workspace.branch(), common::RefType::Branch, entry.hash);
+    transaction.commit();
+    workspace.forgetHeadFiles();
+    return entry;
+}
+
+void clearStage(Workspace& workspace, const std::map<OdString, std::int64_t>& ticksByPath) {
+    common::Cache& cache = workspace.cache();
+    common::Transaction transaction = cache.getTransaction();
+    common::updateIndex(cache, workspace.root());
+    // The library notes the times that the files have now; what is committed is what they held when
+    // they were stored.
+    for (const StagedFile& file : cache.read().stagedFiles) {
+        const auto entry = cache.read().index.find(file.path);
+        const auto ticks = ticksByPath.find(file.path);
+        if (entry != cache.read().index.end() &&
+            (ticks == ticksByPath.end() || ticks->second != entry->second.lastChecked))
+            common::removeIndex(file.path, cache);
+    }
+    cache.write().stagedFiles.clear();
+    cache.write().renames.clear();
+    transaction.commit();
+}
+
+}  // namespace
+
+Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& changes,
+                                   const CommitText& text) {
+    // Files that wait for their names would be left behind, hundreds of them.
+    const sys::Interruption interruption;
+    if (const std::size_t count = workspace.state().conflicts.size(); count > 0)
+        return ErrorMessage{
+            OdString::format(tr(L"Conflicts to resolve before a commit: %i (qrv resolve)"), count)};
+    const std::vector<StagedFile> staged = stagedChanges(workspace.state(), changes);
+    const bool isMerge = !workspace.history().note(mergeNote).isEmpty();
+    if (const Expected<void> checked = checkStage(changes, staged, workspace); !checked && !isMerge)
+        return checked.error();
+    Expected<StoredFiles> stored = storeAll(workspace, staged);
+    if (!stored)
+        return stored.error();
+    if (stored->deltas.empty() && !isMerge)
+        return nothingStaged();
+    if (const Expected<void> possible = checkShape(workspace.headFiles(), stored->deltas);
+        !possible)
+        return possible.error();
+    CommitEntry entry = addToHistory(workspace, std::move(stored->deltas), text);
+    clearStage(workspace, stored->ticksByPath);
+    logEvent(OdString::format(L"commit %i on %ls", entry.number, quotedName(workspace.branch())),
+             workspace.root(), workspace.folder());
+    if (const Expected<void> saved = workspace.saveState(); !saved)
+        return saved.error();
+    return entry;
+}
+
+}  // namespace qrv_cli

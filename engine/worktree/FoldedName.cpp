@@ -1,0 +1,23 @@
+#include <engine/worktree/FoldedName.h>
+#include <platform/qut/toQt.h>
+
+#include <QString>
+
+namespace qrv_cli {
+
+std::u16string folded(const OdString& path) {
+    constexpr auto composed = QString::NormalizationForm_C;
+    return qut::toQt(path)
+        .normalized(composed)
+        .toCaseFolded()
+        .normalized(composed)
+        .toStdU16String();
+}
+
+bool ignoresLetterCase(const sys::Folder& root) {
+    const sys::Outcome<sys::FileVersion> metadata = root.version(".qrv");
+    const sys::Outcome<sys::FileVersion> inCapitals = root.version(".QRV");
+    return metadata && inCapitals && metadata->number == inCapitals->number;
+}
+
+}  // namespace qrv_cli

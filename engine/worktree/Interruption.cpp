@@ -1,0 +1,69 @@
+#include <cli/terminal/Message.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/worktree/Interruption.h>
+#include <engine/worktree/NotedPlanCheck.h>
+#include <engine/worktree/PlanExecution.h>
+#include <engine/worktree/PlanRecovery.h>
+#include <sys/Lock.h>
+
+#include <optional>
+
+namespace qrv_cli {
+
+namespace {
+
+OdString noteOf(const Plan& plan, bool isBusy) {
+    const OdString title = printable(plan.title);
+    if (isBusy)
+        return OdString::format(
+            tr(L"Note: '%ls' was interrupted, or is being done now by another process"), title);
+    const bool finishes = plan.recovery == Plan::Recovery::finish;
+    return OdString::format(
+        finishes ? tr(L"Note: '%ls' was interrupted; qrv recover finishes it, and so does the next "
+                      L"command that changes something")
+                 : tr(L"Note: '%ls' was interrupted; qrv recover takes it back, and so does the "
+                      L"next command that changes something"),
+        title);
+}
+
+}  // namespace
+
+void tellInterruption(Workspace& workspace) {
+    if (!notedPlan(workspace.history()))
+        return;
+    // Whoever is at work holds the lock, and may have finished meanwhile.
+    const bool isBusy = workspace.isLockedByOther();
+    if (const std::optional<Plan> plan = notedPlan(workspace.history()))
+        printMessage(noteOf(*plan, isBusy));
+}
+
+Expected<void> settleInterruption(Workspace& workspace) {
+    const std::optional<Plan> plan = notedPlan(workspace.history());
+    if (!plan)
+        return {};
+    if (const Expected<void> checked = checkNotedPlan(workspace, *plan); !checked)
+        return ErrorMessage{OdString::format(
+            tr(L"'%ls' was interrupted, and what it left to do cannot be: %ls (qrv recover "
+               L"--forget leaves the files as they are)"),
+            printable(plan->title), checked.error().message)};
+    return recover(workspace);
+}
+
+void forgetInterruption(Workspace& workspace) {
+    History& history = workspace.history();
+    DatabaseTransaction transaction(history.database());
+    forgetPlan(history);
+    const OdString head = workspace.headCommit();
+    if (history.note(headNote) != head) {
+        std::vector<FileDelta> deltas;
+        for (const PlannedFile& step : stepsBetween(history.headFiles(), history.tree(head)))
+            deltas.push_back({step.path, step.after, {}, step.sizeBytes});
+        history.changeHeadFiles(deltas);
+        history.setNote(headNote, head);
+    }
+    transaction.commit();
+    workspace.forgetHeadFiles();
+}
+
+}  // namespace qrv_cli

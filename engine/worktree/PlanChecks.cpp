@@ -1,0 +1,261 @@
+#include <engine/base/Translation.h>
+#include <engine/paths/StorageUrlCheck.h>
+#include <engine/storage/Age.h>
+#include <engine/worktree/FoldedName.h>
+#include <engine/worktree/OpenDrawings.h>
+#include <engine/worktree/PathList.h>
+#include <engine/worktree/PlanChecks.h>
+#include <engine/worktree/WorkingFile.h>
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace qrv_cli {
+
+namespace {
+
+bool holds(const std::vector<OdString>& sorted, const OdString& path) {
+    return std::binary_search(sorted.begin(), sorted.end(), path);
+}
+
+/// What stays where it is: present, and removed by no step.
+std::vector<OdString> stayingFiles(const std::vector<PlannedFile>& steps,
+                                   const std::vector<OdString>& present) {
+    std::vector<OdString> removed;
+    for (const PlannedFile& step : steps) {
+        if (step.after.isEmpty())
+            removed.push_back(step.path);
+    }
+    std::vector<OdString> staying;
+    std::set_difference(present.begin(), present.end(), removed.begin(), removed.end(),
+                        std::back_inserter(staying));
+    return staying;
+}
+
+/// Whether a file of `staying` lies where the new file needs a folder, or below its name.
+bool isBlocked(const OdString& path, const std::vector<OdString>& staying) {
+    for (int slash = path.find(L'/'); slash >= 0; slash = path.find(L'/', slash + 1)) {
+        if (holds(staying, path.left(slash)))
+            return true;
+    }
+    const OdString folder = path + L'/';
+    const auto first = std::lower_bound(staying.begin(), staying.end(), folder);
+    return first != staying.end() && first->left(folder.getLength()) == folder;
+}
+
+/// Whether something lies there that the scan does not count: a link, also in place of a folder, or
+/// a file that the ignore rules hide. It is in no commit.
+bool isUnknownFile(const Workspace& workspace, const OdString& path,
+                   const std::vector<OdString>& present) {
+    if (holds(present, path))
+        return false;
+    const sys::Outcome<sys::FileStatus> status = workspace.folder().status(path.toNarrow());
+    if (!status)
+        return status.error() == std::errc::too_many_symbolic_link_levels;
+    return status->kind != sys::FileKind::folder;
+}
+
+/// Whether what lies there is a file that a step removes, found under another name: a file whose
+/// name only changes its letters, on a disk that ignores these.
+bool isRemovedUnderOtherName(const Workspace& workspace, const OdString& path,
+                             const std::vector<PlannedFile>& steps) {
+    const sys::Outcome<sys::FileVersion> version = workspace.folder().version(path.toNarrow());
+    return version && std::any_of(steps.begin(), steps.end(), [&](const PlannedFile& step) {
+               const bool isOther = step.path != path && folded(step.path) == folded(path);
+               if (!step.after.isEmpty() || !isOther)
+                   return false;
+               const sys::Outcome<sys::FileVersion> removed =
+                   workspace.folder().version(step.path.toNarrow());
+               return removed && removed->number == version->number;
+           });
+}
+
+ErrorMessage unreadable(const OdString& path, std::error_code cause) {
+    return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, cause);
+}
+
+/// A file that is not there is in nobody's use; nor is a link, which later is not what was
+/// expected.
+Expected<bool> isInUse(const Workspace& workspace, const OdString& path) {
+    const sys::Outcome<sys::InputFile> file = workspace.folder().openFile(path.toNarrow());
+    if (file)
+        return file->isInUse();
+    // Its program has a lease on it.
+    if (file.error() == std::errc::operation_would_block)
+        return true;
+    const bool isNoFile = sys::meansAbsent(file.error()) ||
+                          file.error() == std::errc::is_a_directory ||
+                          file.error() == std::errc::operation_not_supported ||
+                          file.error() == std::errc::too_many_symbolic_link_levels;
+    if (!isNoFile)
+        return unreadable(path, file.error());
+    return false;
+}
+
+OdString digestOfUrl(const OdString& url) {
+    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
+    return checked ? checked->digest() : OdString();
+}
+
+/// Some file systems count their times in steps of this: a file may change again without another
+/// time.
+constexpr std::chrono::seconds coarsestTimeStep{2};
+
+bool isJustChanged(const sys::FileVersion& version) {
+    return !isOlder(version.modifiedNs, coarsestTimeStep);
+}
+
+class Look {
+public:
+    Look(const Workspace& workspace, const WorkingChanges& changes)
+        : workspace_(workspace), changes_(changes) {}
+
+    /// The version that has the contents which the step expects; nothing when the file has others.
+    Expected<std::optional<sys::FileVersion>> sightingOf(const PlannedFile& step) const {
+        using Answer = Expected<std::optional<sys::FileVersion>>;
+        const std::string path = step.path.toNarrow();
+        const sys::Outcome<sys::FileVersion> before = workspace_.folder().version(path);
+        if (!before && sys::meansAbsent(before.error()))
+            return Answer(std::nullopt);
+        if (!before)
+            return unreadable(step.path, before.error());
+        if (isBelieved(step.path, *before))
+            return Answer(*before);
+        const Expected<OdString> digest = digestOfFile(workspace_.folder(), step.path);
+        if (!digest)
+            return digest.error();
+        const sys::Outcome<sys::FileVersion> after = workspace_.folder().version(path);
+        const bool isSame = *digest == digestOfUrl(step.before) && after && *after == *before;
+        return isSame ? Answer(*before) : Answer(std::nullopt);
+    }
+
+private:
+    /// As in HEAD, and the steps were made of it.
+    bool isBelieved(const OdString& path, const sys::FileVersion& version) const {
+        if (changeOf(path, changes_) != common::FileChange::unchanged)
+            return false;
+        const std::vector<KnownFile>& files = changes_.baseline->files();
+        const auto file = std::lower_bound(files.begin(), files.end(), path,
+                                           [](const KnownFile& known, const OdString& sought) {
+                                               return compare(known.path, sought) < 0;
+                                           });
+        if (file == files.end() || compare(file->path, path) != 0)
+            return false;
+        return isUnmodified(*file, {.kind = sys::FileKind::regular,
+                                    .sizeBytes = version.sizeBytes,
+                                    .modifiedNs = version.modifiedNs,
+                                    .changedNs = version.changedNs});
+    }
+
+    const Workspace& workspace_;
+    const WorkingChanges& changes_;
+};
+
+}  // namespace
+
+Expected<void> checkRoom(const Workspace& workspace, const std::vector<PlannedFile>& steps,
+                         const WorkingChanges& changes) {
+    const std::vector<OdString> present = presentFiles(changes);
+    const std::vector<OdString> staying = stayingFiles(steps, present);
+    std::vector<OdString> blocked;
+    for (const PlannedFile& step : steps) {
+        const bool needsRoom = !step.after.isEmpty() && isBlocked(step.path, staying);
+        const bool isTaken = isUnknownFile(workspace, step.path, present) &&
+                             !isRemovedUnderOtherName(workspace, step.path, steps);
+        if (needsRoom || isTaken)
+            blocked.push_back(step.path);
+    }
+    if (blocked.empty())
+        return {};
+    return withPaths(
+        tr(L"These files have no room, because something that is in no commit has their "
+           L"name or that of a folder above them:"),
+        blocked);
+}
+
+Expected<void> checkUnharmed(const Workspace& workspace, const std::vector<PlannedFile>& steps,
+                             const WorkingChanges& changes) {
+    std::vector<OdString> harmed;
+    for (const PlannedFile& step : steps) {
+        if (changeOf(step.path, changes) != common::FileChange::unchanged)
+            harmed.push_back(step.path);
+    }
+    if (!harmed.empty())
+        return withPaths(tr(L"These files have changes that are not committed:"), harmed);
+    return checkRoom(workspace, steps, changes);
+}
+
+Expected<void> checkNames(const std::vector<PlannedFile>& steps, const WorkingChanges& changes) {
+    std::map<std::u16string, OdString> known;
+    for (const OdString& path : stayingFiles(steps, presentFiles(changes)))
+        known.emplace(folded(path), path);
+    std::vector<OdString> clashes;
+    for (const PlannedFile& step : steps) {
+        if (step.after.isEmpty())
+            continue;
+        const auto [other, isNew] = known.emplace(folded(step.path), step.path);
+        if (!isNew && other->second != step.path)
+            clashes.push_back(other->second + L", " + step.path);
+    }
+    if (clashes.empty())
+        return {};
+    return withPaths(tr(L"This disk takes these names for one, so that the second file would take "
+                        L"the place of the first:"),
+                     clashes);
+}
+
+Expected<void> checkNotInUse(Workspace& workspace, const std::vector<PlannedFile>& steps) {
+    std::vector<OdString> used;
+    std::vector<OdString> locks;
+    for (const PlannedFile& step : steps) {
+        if (step.before.isEmpty())
+            continue;
+        const std::optional<OdString> lock = lockBeside(step.path, workspace);
+        // One that somebody committed says nothing of today.
+        const bool isLocked = lock && !workspace.headFiles().contains(*lock);
+        const Expected<bool> inUse = isInUse(workspace, step.path);
+        if (!inUse)
+            return inUse.error();
+        if (isLocked)
+            locks.push_back(*lock);
+        if (isLocked || *inUse)
+            used.push_back(step.path);
+    }
+    if (used.empty())
+        return {};
+    ErrorMessage error = withPaths(
+        tr(L"These files are open in another program, which has to close them first:"), used);
+    if (!locks.empty())
+        error.message += L"\n" + withPaths(tr(L"These say so (one that a program left when it "
+                                              L"crashed can be deleted):"),
+                                           locks)
+                                     .message;
+    return error;
+}
+
+Expected<Sightings> lookAgain(const Workspace& workspace, const std::vector<PlannedFile>& steps,
+                              const WorkingChanges& changes) {
+    Sightings sightings;
+    std::vector<OdString> changed;
+    const Look look(workspace, changes);
+    for (const PlannedFile& step : steps) {
+        if (step.before.isEmpty())
+            continue;
+        const Expected<std::optional<sys::FileVersion>> sighting = look.sightingOf(step);
+        if (!sighting)
+            return sighting.error();
+        if (!*sighting)
+            changed.push_back(step.path);
+        else if (!isJustChanged(**sighting))
+            sightings.emplace(step.path, **sighting);
+    }
+    if (!changed.empty())
+        return withPaths(tr(L"Another program has just changed these files; try again:"), changed);
+    return sightings;
+}
+
+}  // namespace qrv_cli

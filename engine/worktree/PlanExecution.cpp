@@ -1,0 +1,287 @@
+#include <cli/terminal/Progress.h>
+#include <common/state/Index.h>
+#include <common/state/Transaction.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/paths/RelativePath.h>
+#include <engine/paths/StorageUrlCheck.h>
+#include <engine/worktree/FileStep.h>
+#include <engine/worktree/FoldedName.h>
+#include <engine/worktree/Merging.h>
+#include <engine/worktree/PlanExecution.h>
+#include <engine/worktree/PlanExecutionInternal.h>
+#include <engine/worktree/PlanRecovery.h>
+#include <engine/worktree/Ticks.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+/// New files that are open at the same time; the system allows a process some hundreds.
+constexpr std::size_t filesAtOnce = 200;
+
+/// Does steps of one plan, and notes what became of their files.
+class Steps {
+public:
+    Steps(Workspace& workspace, const Plan& plan, const Sightings& sightings, Unexpected unexpected)
+        : workspace_(workspace), plan_(plan), sightings_(sightings), unexpected_(unexpected) {}
+
+    Expected<PlannedTimes> apply(const std::vector<const PlannedFile*>& steps) {
+        std::vector<const PlannedFile*> written;
+        for (const PlannedFile* step : steps) {
+            if (!step->after.isEmpty())
+                written.push_back(step);
+            else if (const Expected<void> removed = remove(*step); !removed)
+                return removed.error();
+        }
+        Progress progress(tr(L"Writing"), written.size());
+        for (std::size_t begin = 0; begin < written.size(); begin += filesAtOnce) {
+            const std::size_t count = std::min(filesAtOnce, written.size() - begin);
+            const std::span<const PlannedFile* const> part(written.data() + begin, count);
+            if (const Expected<void> done = write(part, progress); !done)
+                return done.error();
+        }
+        // The names, too: whoever forgets the plan next cannot do it again after a power cut.
+        if (const Expected<void> flushed = flush(); !flushed)
+            return flushed.error();
+        return std::move(times_);
+    }
+
+private:
+    Expected<void> flush() {
+        if (const std::error_code error = workspace_.folder().flushFileSystem())
+            return systemFailure(tr(L"The files of '%ls' cannot be written: %ls"),
+                                 workspace_.root().path(), error);
+        return {};
+    }
+
+    Expected<StepTarget> targetOf(const PlannedFile& step) const {
+        const Expected<RelativePath> path = RelativePath::check(step.path);
+        if (!path)
+            return path.error();
+        const auto seen = sightings_.find(step.path);
+        return StepTarget{
+            .path = *path,
+            .digest = digestOfUrl(step.before),
+            .seen = seen == sightings_.end() ? std::nullopt : std::optional(seen->second),
+            .position = static_cast<std::size_t>(&step - plan_.files.data())};
+    }
+
+    Expected<void> remove(const PlannedFile& step) {
+        const Expected<StepTarget> target = targetOf(step);
+        if (!target)
+            return target.error();
+        const Expected<StepEnd> end = removeFile(workspace_.folder(), *target);
+        return end ? note(step, *end) : end.error();
+    }
+
+    /// All contents are on the disk before the first file changes.
+    Expected<void> write(std::span<const PlannedFile* const> steps, Progress& progress) {
+        std::vector<sys::NewFile> files;
+        files.reserve(steps.size());
+        for (const PlannedFile* step : steps) {
+            const Expected<StepTarget> target = targetOf(*step);
+            if (!target)
+                return target.error();
+            Expected<sys::NewFile> file =
+                workspace_.storages()
+                    .ofUrl(step->after)
+                    .prepare(workspace_.root(), step->after, target->path);
+            if (!file)
+                return file.error();
+            files.push_back(std::move(*file));
+            progress.add(step->sizeBytes);
+        }
+        if (Expected<void> flushed = flush(); !flushed)
+            return flushed;
+        for (std::size_t index = 0; index < files.size(); ++index) {
+            const Expected<StepEnd> end =
+                writeFile(workspace_.folder(), *targetOf(*steps[index]), std::move(files[index]));
+            Expected<void> noted = end ? note(*steps[index], *end) : end.error();
+            if (!noted)
+                return noted;
+        }
+        return {};
+    }
+
+    Expected<void> note(const PlannedFile& step, const StepEnd& end) {
+        if (end.kind == StepEnd::Kind::done) {
+            if (end.written)
+                times_.emplace(step.path, toTicks(end.written->modifiedNs));
+            return {};
+        }
+        if (unexpected_ == Unexpected::fail)
+            return ErrorMessage{OdString::format(
+                tr(L"Another program changed '%ls' meanwhile; what it saved stays, and nothing "
+                   L"else is changed"),
+                printable(step.path))};
+        tellLeft(step.path);
+        return {};
+    }
+
+    Workspace& workspace_;
+    const Plan& plan_;
+    const Sightings& sightings_;
+    Unexpected unexpected_;
+    PlannedTimes times_;
+};
+
+std::vector<FileDelta> headDeltas(const Tree& before, const Tree& after) {
+    std::vector<FileDelta> deltas;
+    for (const PlannedFile& step : stepsBetween(before, after))
+        deltas.push_back({step.path, step.after, {}, step.sizeBytes});
+    return deltas;
+}
+
+void moveHeadFiles(Workspace& workspace, const Plan& plan) {
+    History& history = workspace.history();
+    history.changeHeadFiles(headDeltas(history.headFiles(), history.tree(plan.commit)));
+    history.setNote(headNote, plan.commit);
+    if (!plan.commit.isEmpty())
+        history.setReference(plan.branch, common::RefType::Branch, plan.commit);
+    workspace.forgetHeadFiles();
+}
+
+/// The library notes the time that a file has now. When that is not the one with which the file was
+/// as planned, somebody has saved it since, and nothing is known of it.
+void noteInIndex(Workspace& workspace, const Plan& plan, const PlannedTimes& times) {
+    const Tree& head = workspace.headFiles();
+    common::Cache& cache = workspace.cache();
+    for (const PlannedFile& step : plan.files) {
+        const auto file = head.find(step.path);
+        const auto time = times.find(step.path);
+        if (step.after.isEmpty() || file == head.end() || time == times.end()) {
+            common::removeIndex(step.path, cache);
+            continue;
+        }
+        common::updateIndex(step.path, cache, workspace.root(), file->second.url != step.after);
+        if (cache.read().index.at(step.path).lastChecked != time->second)
+            common::removeIndex(step.path, cache);
+    }
+}
+
+}  // namespace
+
+Expected<Sightings> lookBeforeBeginning(Workspace& workspace, const std::vector<PlannedFile>& steps,
+                                        const WorkingChanges& changes) {
+    if (ignoresLetterCase(workspace.folder())) {
+        if (const Expected<void> possible = checkNames(steps, changes); !possible)
+            return possible.error();
+    }
+    if (const Expected<void> free = checkNotInUse(workspace, steps); !free)
+        return free.error();
+    return lookAgain(workspace, steps, changes);
+}
+
+Plan reversed(Plan plan) {
+    for (PlannedFile& step : plan.files)
+        std::swap(step.before, step.after);
+    return plan;
+}
+
+OdString digestOfUrl(const OdString& url) {
+    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
+    return checked ? checked->digest() : OdString();
+}
+
+Expected<PlannedTimes> applySteps(Workspace& workspace, const Plan& plan,
+                                  const std::vector<const PlannedFile*>& steps,
+                                  const Sightings& sightings, Unexpected unexpected) {
+    return Steps(workspace, plan, sightings, unexpected).apply(steps);
+}
+
+Expected<PlannedTimes> applyPlan(Workspace& workspace, const Plan& plan,
+                                 const Sightings& sightings) {
+    std::vector<const PlannedFile*> steps;
+    for (const PlannedFile& step : plan.files)
+        steps.push_back(&step);
+    return applySteps(workspace, plan, steps, sightings, Unexpected::fail);
+}
+
+Expected<void> finishTakingBack(Workspace& workspace, const Plan& plan, const PlannedTimes& times) {
+    noteInIndex(workspace, plan, times);
+    // Nothing of the state can be worth keeping: a merge, the one command whose plans are taken
+    // back, begins without staged files and conflicts.
+    common::State& state = workspace.cache().write();
+    state.stagedFiles.clear();
+    state.renames.clear();
+    state.conflicts.clear();
+    workspace.history().setNote(mergeNote, {});
+    if (Expected<void> saved = workspace.saveState(); !saved)
+        return saved;
+    forgetPlan(workspace.history());
+    return {};
+}
+
+Expected<void> finish(Workspace& workspace, const Plan& plan, const PlannedTimes& times) {
+    if (!plan.branch.isEmpty()) {
+        DatabaseTransaction transaction(workspace.history().database());
+        moveHeadFiles(workspace, plan);
+        transaction.commit();
+    }
+    common::Transaction transaction = workspace.cache().getTransaction();
+    noteInIndex(workspace, plan, times);
+    if (!plan.branch.isEmpty())
+        workspace.cache().write().head.reference = plan.branch;
+    transaction.commit();
+    if (Expected<void> saved = workspace.saveState(); !saved)
+        return saved;
+    forgetPlan(workspace.history());
+    return {};
+}
+
+std::vector<PlannedFile> stepsBetween(const Tree& before, const Tree& after) {
+    std::vector<PlannedFile> steps;
+    auto old = before.begin();
+    for (const auto& [path, file] : after) {
+        for (; old != before.end() && old->first < path; ++old)
+            steps.push_back({old->first, old->second.url, {}, 0});
+        const bool isOld = old != before.end() && old->first == path;
+        if (!isOld || old->second.url != file.url)
+            steps.push_back({path, isOld ? old->second.url : OdString(), file.url, file.sizeBytes});
+        if (isOld)
+            ++old;
+    }
+    for (; old != before.end(); ++old)
+        steps.push_back({old->first, old->second.url, {}, 0});
+    return steps;
+}
+
+Expected<void> carryOut(Workspace& workspace, const Plan& plan, const WorkingChanges& changes) {
+    const Expected<Sightings> sightings = lookBeforeBeginning(workspace, plan.files, changes);
+    if (!sightings)
+        return sightings.error();
+    notePlan(workspace.history(), plan);
+    const Expected<PlannedTimes> times = applyPlan(workspace, plan, *sightings);
+    if (!times)
+        return takeBackAfter(workspace, plan, times.error());
+    return finish(workspace, plan, *times);
+}
+
+Expected<void> carryOutWithoutFiles(Workspace& workspace, const Plan& plan) {
+    notePlan(workspace.history(), plan);
+    return finish(workspace, plan, {});
+}
+
+Expected<void> takeBackMerge(Workspace& workspace, const std::vector<PlannedFile>& steps,
+                             const WorkingChanges& changes) {
+    Plan plan;
+    plan.title = L"merge";
+    plan.recovery = Plan::Recovery::takeBack;
+    plan.files = steps;
+    const Expected<Sightings> sightings = lookBeforeBeginning(workspace, plan.files, changes);
+    if (!sightings)
+        return sightings.error();
+    notePlan(workspace.history(), reversed(plan));
+    const Expected<PlannedTimes> times = applyPlan(workspace, plan, *sightings);
+    if (!times)
+        return takeBackAfter(workspace, plan, times.error());
+    return finishTakingBack(workspace, plan, *times);
+}
+
+}  // namespace qrv_cli

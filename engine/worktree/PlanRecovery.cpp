@@ -1,0 +1,155 @@
+#include <cli/terminal/Message.h>
+#include <cli/terminal/Progress.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/worktree/Leftovers.h>
+#include <engine/worktree/PlanExecutionInternal.h>
+#include <engine/worktree/PlanRecovery.h>
+#include <engine/worktree/Ticks.h>
+#include <engine/worktree/WorkingFile.h>
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace qrv_cli {
+
+namespace {
+
+/// What lies under a path while a plan is half done.
+struct Found {
+    /// Empty when nothing lies there, or a folder.
+    OdString digest;
+    std::optional<sys::FileVersion> version;
+    /// A link, a pipe, or a file that changes at this moment: nothing that a plan makes.
+    bool isForeign = false;
+};
+
+Expected<Found> findFile(const Workspace& workspace, const OdString& path) {
+    const sys::Outcome<sys::InputFile> file = workspace.folder().openFile(path.toNarrow());
+    if (!file) {
+        const std::error_code error = file.error();
+        if (sys::meansAbsent(error) || error == std::errc::is_a_directory)
+            return Found();
+        if (error == std::errc::too_many_symbolic_link_levels ||
+            error == std::errc::operation_not_supported)
+            return Found{.digest = {}, .version = std::nullopt, .isForeign = true};
+        return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, error);
+    }
+    const sys::Outcome<sys::FileVersion> before = file->version();
+    const Expected<OdString> digest = digestOfFile(workspace.folder(), path);
+    if (!digest)
+        return digest.error();
+    const sys::Outcome<sys::FileVersion> after = file->version();
+    if (!before || !after)
+        return systemFailure(tr(L"'%ls' cannot be read: %ls"), path,
+                             before ? after.error() : before.error());
+    return Found{.digest = *digest, .version = *before, .isForeign = *before != *after};
+}
+
+/// What is still to be done of a plan.
+struct Rest {
+    std::vector<const PlannedFile*> steps;
+    /// Of files that are as planned already.
+    PlannedTimes times;
+};
+
+/// Of a plan the removals, or what is to be written; both in their order, one after the other:
+/// where two names are one, the removal of one decides what lies under the other. Removals that are
+/// done already are repeated, for they remove the folders that were made for files which did not
+/// come. Names the files that are neither as before nor as planned.
+Expected<Rest> restOf(const Workspace& workspace, const Plan& plan, bool isRemoval) {
+    Rest rest;
+    Progress progress(tr(L"Comparing"), plan.files.size());
+    for (const PlannedFile& step : plan.files) {
+        progress.add(step.sizeBytes);
+        if (step.after.isEmpty() != isRemoval)
+            continue;
+        const Expected<Found> found = findFile(workspace, step.path);
+        if (!found)
+            return found.error();
+        const bool isDone = !found->isForeign && found->digest == digestOfUrl(step.after);
+        const bool isBefore = !found->isForeign && found->digest == digestOfUrl(step.before);
+        if (isDone && !isRemoval)
+            rest.times.emplace(step.path, toTicks(found->version->modifiedNs));
+        else if (isDone || isBefore)
+            rest.steps.push_back(&step);
+        else
+            tellLeft(step.path);
+    }
+    return rest;
+}
+
+/// Does what is still to be done, whatever a process that ended, or a failure, has left.
+Expected<PlannedTimes> applyRest(Workspace& workspace, const Plan& plan) {
+    if (const Expected<void> settled = settleLeftovers(workspace, plan); !settled)
+        return settled.error();
+    PlannedTimes times;
+    for (const bool isRemoval : {true, false}) {
+        Expected<Rest> rest = restOf(workspace, plan, isRemoval);
+        if (!rest)
+            return rest.error();
+        Expected<PlannedTimes> written =
+            applySteps(workspace, plan, rest->steps, {}, Unexpected::leave);
+        if (!written)
+            return written.error();
+        times.merge(rest->times);
+        times.merge(*written);
+    }
+    return times;
+}
+
+Expected<void> finishOrTakeBack(Workspace& workspace, const Plan& plan) {
+    const bool finishes = plan.recovery == Plan::Recovery::finish;
+    const Plan rest = finishes ? plan : reversed(plan);
+    if (Expected<void> free = checkNotInUse(workspace, rest.files); !free)
+        return free;
+    const Expected<PlannedTimes> times = applyRest(workspace, rest);
+    if (!times)
+        return times.error();
+    return finishes ? finish(workspace, rest, *times) : finishTakingBack(workspace, rest, *times);
+}
+
+}  // namespace
+
+void tellLeft(const OdString& path) {
+    printMessage(
+        OdString::format(tr(L"Note: '%ls' was changed by somebody meanwhile and is left as it is"),
+                         printable(path)));
+}
+
+ErrorMessage takeBackAfter(Workspace& workspace, const Plan& plan, const ErrorMessage& failure) {
+    if (const Expected<PlannedTimes> done = applyRest(workspace, reversed(plan)); !done) {
+        printMessage(done.error().message);
+        printMessage(plan.recovery == Plan::Recovery::finish
+                         ? tr(L"Note: the next command tries again to finish this")
+                         : tr(L"Note: the next command takes back what was done"));
+        return failure;
+    }
+    forgetPlan(workspace.history());
+    return failure;
+}
+
+Expected<void> recover(Workspace& workspace) {
+    const std::optional<Plan> plan = notedPlan(workspace.history());
+    if (!plan)
+        return {};
+    const bool isFinished = plan->recovery == Plan::Recovery::finish;
+    // It may take long, and is not what the person asked for now.
+    printMessage(OdString::format(isFinished
+                                      ? tr(L"Note: '%ls' was interrupted; it is being finished")
+                                      : tr(L"Note: '%ls' was interrupted; it is being taken back"),
+                                  printable(plan->title)));
+    if (const Expected<void> done = finishOrTakeBack(workspace, *plan); !done)
+        return ErrorMessage{OdString::format(
+            tr(L"'%ls' was interrupted, and what it left cannot be put in order yet. Nothing is "
+               L"lost, and the next command tries again once this is mended: %ls"),
+            printable(plan->title), done.error().message)};
+    printMessage(OdString::format(isFinished
+                                      ? tr(L"Note: '%ls' was interrupted and is now finished")
+                                      : tr(L"Note: '%ls' was interrupted and is taken back"),
+                                  printable(plan->title)));
+    return {};
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,128 @@
+#include <cli/terminal/Message.h>
+#include <common/storage/StorageUrl.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/paths/StorageUrlCheck.h>
+#include <engine/worktree/Merging.h>
+#include <engine/worktree/PathList.h>
+#include <engine/worktree/PlanChecks.h>
+#include <engine/worktree/Saving.h>
+#include <engine/worktree/WorkingFile.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+/// What lies under a path now: the URL of a stored version, or contents that are kept nowhere.
+struct Present {
+    OdString url;
+    bool isUnsaved = false;
+};
+
+OdString urlOf(const Tree& tree, const OdString& path) {
+    const auto file = tree.find(path);
+    return file == tree.end() ? OdString() : file->second.url;
+}
+
+/// Versions that a file may have come from; those of a drawing say which store may keep it.
+struct Origins {
+    const Tree& head;
+    /// The files of the commit that is being merged.
+    const Tree& merged;
+    const Tree& target;
+};
+
+/// The URLs under which the contents may be kept.
+std::vector<OdString> possibleUrls(const Origins& origins, const OdString& path,
+                                   const OdString& digest) {
+    if (common::fileToType(path) == common::FileStorage::Plain)
+        return {objectUrl(digest)};
+    std::vector<OdString> urls;
+    for (const Tree* tree : {&origins.head, &origins.merged, &origins.target}) {
+        const Expected<CheckedUrl> url = CheckedUrl::check(urlOf(*tree, path));
+        if (url && url->isDrawing())
+            urls.push_back(drawingUrl(url->store(), digest));
+    }
+    return urls;
+}
+
+Expected<Present> lookAt(Workspace& workspace, const OdString& path, const WorkingChanges& changes,
+                         const Origins& origins) {
+    const common::FileChange change = changeOf(path, changes);
+    if (change == common::FileChange::removed)
+        return Present();
+    // In HEAD, or nowhere.
+    if (change == common::FileChange::unchanged)
+        return Present{urlOf(workspace.headFiles(), path), false};
+    const Expected<OdString> digest = digestOfFile(workspace.folder(), path);
+    if (!digest)
+        return digest.error();
+    for (const OdString& url : possibleUrls(origins, path, *digest)) {
+        const Expected<bool> isKept = workspace.storages().ofUrl(url).renew(workspace.root(), url);
+        if (!isKept)
+            return isKept.error();
+        if (*isKept)
+            return Present{url, false};
+    }
+    return Present{{}, true};
+}
+
+Expected<OdString> keep(Workspace& workspace, const OdString& path) {
+    const Expected<OdString> url = workspace.storages().ofFile(path).store(workspace.root(), path);
+    if (!url)
+        return url.error();
+    if (const Expected<void> flushed = workspace.storages().objects().flush(workspace.root());
+        !flushed)
+        return flushed.error();
+    printMessage(
+        OdString::format(tr(L"Note: what '%ls' held is kept as %ls"), printable(path), *url));
+    return *url;
+}
+
+ErrorMessage refusal(const std::vector<OdString>& paths) {
+    return withPaths(tr(L"These files have changes that are kept nowhere (--force replaces them):"),
+                     paths);
+}
+
+}  // namespace
+
+Expected<std::vector<PlannedFile>> stepsToTree(Workspace& workspace, const Tree& target,
+                                               const std::vector<OdString>& paths,
+                                               const WorkingChanges& changes, Unsaved unsaved) {
+    std::vector<PlannedFile> steps;
+    std::vector<OdString> refused;
+    const OdString other = workspace.history().note(mergeNote);
+    const Tree merged = other.isEmpty() ? Tree() : workspace.history().tree(other);
+    const Origins origins = {workspace.headFiles(), merged, target};
+    for (const OdString& path : paths) {
+        const Expected<Present> present = lookAt(workspace, path, changes, origins);
+        if (!present)
+            return present.error();
+        const auto wanted = target.find(path);
+        const TreeFile file = wanted == target.end() ? TreeFile() : wanted->second;
+        if (!present->isUnsaved && present->url == file.url)
+            continue;
+        if (present->isUnsaved)
+            refused.push_back(path);
+        steps.push_back({path, present->url, file.url, file.sizeBytes});
+    }
+    if (!refused.empty() && unsaved == Unsaved::refuse)
+        return refusal(refused);
+    if (const Expected<void> free = checkRoom(workspace, steps, changes); !free)
+        return free.error();
+    for (PlannedFile& step : steps) {
+        if (unsaved == Unsaved::leave ||
+            !std::binary_search(refused.begin(), refused.end(), step.path))
+            continue;
+        Expected<OdString> url = keep(workspace, step.path);
+        if (!url)
+            return url.error();
+        step.before = std::move(*url);
+    }
+    return steps;
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,225 @@
+#include <cli/terminal/Message.h>
+#include <common/state/Index.h>
+#include <common/state/Transaction.h>
+#include <engine/base/Translation.h>
+#include <engine/paths/StorageUrlCheck.h>
+#include <engine/worktree/Renames.h>
+#include <engine/worktree/Ticks.h>
+#include <engine/worktree/TreeScan.h>
+#include <engine/worktree/WorkingChanges.h>
+#include <engine/worktree/WorkingFile.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+using common::FileChange;
+
+/// What reading a file told, for the index.
+struct Verdict {
+    OdString path;
+    std::int64_t ticks = 0;
+    bool isModified = false;
+};
+
+OdString textOf(const KnownFile& file) {
+    return OdString::fromNarrow(file.path);
+}
+
+/// Tells what each file is.
+class Comparison {
+public:
+    Comparison(Workspace& workspace, const TreeScan& scan) : workspace_(workspace), scan_(scan) {}
+
+    WorkingChanges compare(std::shared_ptr<const Baseline> baseline) {
+        const std::vector<KnownFile>& known = baseline->files();
+        for (const TreeScan::Known& striking : scan_.striking())
+            addKnown(known[striking.place], striking.status);
+        for (const TreeScan::Other& other : scan_.others())
+            addOther(other);
+        // Both were found in the order of the paths.
+        std::inplace_merge(
+            changes_.begin(), changes_.begin() + static_cast<std::ptrdiff_t>(knownChanges_),
+            changes_.end(),
+            [](const auto& one, const auto& other) { return one.path < other.path; });
+        for (const common::StagedFile& change : changes_)
+            add(change.path, change.change);
+        std::sort(result_.links.begin(), result_.links.end());
+        FoundRenames found = findRenames(workspace_, newFiles_, removed_);
+        result_.renames = std::move(found.renames);
+        result_.unseen.insert(result_.unseen.end(), found.unseen.begin(), found.unseen.end());
+        result_.unseen.insert(result_.unseen.end(), scan_.unseen().begin(), scan_.unseen().end());
+        result_.unseen = sortedUnseen(std::move(result_.unseen));
+        result_.baseline = std::move(baseline);
+        return std::move(result_);
+    }
+
+    const std::vector<Verdict>& verdicts() const { return verdicts_; }
+
+private:
+    /// A file that has to be read may turn out to be as in HEAD.
+    void addKnown(const KnownFile& file, const sys::FileStatus& status) {
+        if (status.kind == sys::FileKind::regular && !isModified(file, status))
+            return;
+        ++knownChanges_;
+        if (status.kind == sys::FileKind::regular) {
+            changes_.emplace_back(textOf(file), FileChange::modified);
+            return;
+        }
+        if (status.kind == sys::FileKind::link)
+            result_.links.push_back(textOf(file));
+        removed_.push_back({textOf(file), file.sizeBytes});
+        changes_.emplace_back(textOf(file), FileChange::removed);
+    }
+
+    void addOther(const TreeScan::Other& other) {
+        if (other.status.kind == sys::FileKind::link)
+            result_.links.push_back(other.path);
+        if (other.status.kind != sys::FileKind::regular)
+            return;
+        newFiles_.push_back({other.path, other.status.sizeBytes});
+        changes_.emplace_back(other.path, FileChange::added);
+    }
+
+    void add(const OdString& path, FileChange change) {
+        listOf(change).emplace_back(path);
+        common::StatusRef& status = result_.files.changes.emplace_back(path, change);
+        for (const common::ConflictData& conflict : workspace_.stateWithoutIndex().conflicts) {
+            if (conflict.path == path)
+                status.conflictInfo() = std::make_shared<common::ConflictData>(conflict);
+        }
+    }
+
+    std::vector<common::File>& listOf(FileChange change) {
+        if (change == FileChange::added)
+            return result_.files.added;
+        return change == FileChange::modified ? result_.files.modified : result_.files.removed;
+    }
+
+    /// One that cannot be read is not known to be, which is noted.
+    bool isModified(const KnownFile& file, const sys::FileStatus& status) {
+        if (status.sizeBytes != file.sizeBytes)
+            return true;
+        const std::int64_t ticks = toTicks(status.modifiedNs);
+        const OdString path = textOf(file);
+        const sys::Outcome<OdString> digest = tryDigestOfFile(workspace_.folder(), path);
+        if (!digest) {
+            result_.unseen.push_back({path, digest.error()});
+            return false;
+        }
+        const Expected<CheckedUrl> url = CheckedUrl::check(workspace_.history().headUrl(path));
+        const bool differs = !url || *digest != url->digest();
+        if (!differs || ticks != file.modifiedTicks)
+            verdicts_.push_back({path, ticks, differs});
+        return differs;
+    }
+
+    Workspace& workspace_;
+    const TreeScan& scan_;
+    std::vector<common::StagedFile> changes_;
+    /// How many of them are of known files, which come first.
+    std::size_t knownChanges_ = 0;
+    std::vector<SizedFile> newFiles_;
+    std::vector<SizedFile> removed_;
+    std::vector<Verdict> verdicts_;
+    WorkingChanges result_;
+};
+
+void refreshIndex(Workspace& workspace, const std::vector<Verdict>& verdicts) {
+    if (!workspace.mayChange() || verdicts.empty())
+        return;
+    common::Cache& cache = workspace.cache();
+    common::Transaction transaction = cache.getTransaction();
+    for (const Verdict& verdict : verdicts) {
+        common::updateIndex(verdict.path, cache, workspace.root(), verdict.isModified);
+        // The library notes the time that the file has now; the verdict is about the one it had.
+        if (cache.read().index.at(verdict.path).lastChecked != verdict.ticks)
+            common::removeIndex(verdict.path, cache);
+    }
+    transaction.commit();
+}
+
+bool holds(const std::vector<common::File>& files, const OdString& path) {
+    const auto isBefore = [](const common::File& file, const OdString& sought) {
+        return file.path < sought;
+    };
+    const auto found = std::lower_bound(files.begin(), files.end(), path, isBefore);
+    return found != files.end() && found->path == path;
+}
+
+}  // namespace
+
+std::size_t WorkingChanges::presentCount() const {
+    return baseline->files().size() - files.removed.size() + files.added.size();
+}
+
+Expected<WorkingChanges> findChanges(Workspace& workspace) {
+    Expected<WorkingChanges> changes = findVisibleChanges(workspace);
+    if (!changes || changes->unseen.empty())
+        return changes;
+    OdString text =
+        tr(L"These files and folders cannot be looked at, so that nothing is done (qrv "
+           L"ignore add leaves out what does not belong to the project):");
+    for (const Unseen& unseen : changes->unseen)
+        text += L"\n  " + textOf(unseen);
+    return ErrorMessage{text};
+}
+
+Expected<WorkingChanges> findVisibleChanges(Workspace& workspace) {
+    const std::unique_ptr<TreeScan> scan = workspace.takeScan();
+    // Meanwhile the tree is listed.
+    std::shared_ptr<const Baseline> baseline = workspace.baseline();
+    if (Expected<void> looked = scan->lookAt(baseline); !looked)
+        return std::move(looked).error();
+    for (const OdString& message : scan->messages())
+        printMessage(message);
+    Comparison comparison(workspace, *scan);
+    WorkingChanges changes = comparison.compare(std::move(baseline));
+    refreshIndex(workspace, comparison.verdicts());
+    return changes;
+}
+
+std::vector<OdString> presentFiles(const WorkingChanges& changes) {
+    std::vector<OdString> paths;
+    paths.reserve(changes.presentCount());
+    auto removed = changes.files.removed.begin();
+    for (const KnownFile& file : changes.baseline->files()) {
+        OdString path = textOf(file);
+        if (removed != changes.files.removed.end() && removed->path == path)
+            ++removed;
+        else
+            paths.push_back(std::move(path));
+    }
+    const auto old = static_cast<std::ptrdiff_t>(paths.size());
+    for (const common::File& file : changes.files.added)
+        paths.push_back(file.path);
+    std::inplace_merge(paths.begin(), paths.begin() + old, paths.end());
+    return paths;
+}
+
+std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,
+                                                  Workspace& workspace) {
+    std::vector<common::UnchangedFile> files;
+    for (const auto& [path, file] : workspace.headFiles()) {
+        if (changeOf(path, changes) == FileChange::unchanged)
+            files.push_back({path, file.url});
+    }
+    return files;
+}
+
+FileChange changeOf(const OdString& path, const WorkingChanges& changes) {
+    if (holds(changes.files.modified, path))
+        return FileChange::modified;
+    if (holds(changes.files.added, path))
+        return FileChange::added;
+    if (holds(changes.files.removed, path))
+        return FileChange::removed;
+    return FileChange::unchanged;
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <common/worktree/RepoChanges.h>
+#include <engine/worktree/Baseline.h>
+#include <engine/worktree/Unseen.h>
+#include <engine/worktree/Workspace.h>
+#include <platform/kernel/OdString.h>
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace qrv_cli {
+
+/// How the working tree differs from HEAD.
+struct WorkingChanges {
+    /// As the library takes them, but without the unchanged files, of which there are many and
+    /// which few ask for (see `unchangedFiles`). Each list is ordered by path.
+    common::RepoChanges files;
+    /// From the new path of a file that is in `files.added` to its path in HEAD, which is in
+    /// `files.removed`: both have the same contents.
+    std::map<OdString, OdString> renames;
+    /// Symbolic links, which are not versioned; ordered.
+    std::vector<OdString> links;
+    /// What could not be looked at (see `sortedUnseen`). It is in none of the lists, but a file
+    /// that is seen to be new and cannot be read is in that of the new ones.
+    std::vector<Unseen> unseen;
+    /// What the working tree was compared with.
+    std::shared_ptr<const Baseline> baseline;
+
+    bool isEmpty() const { return files.changes.empty(); }
+    /// The number of `presentFiles`.
+    std::size_t presentCount() const;
+};
+
+/// Scans the working tree and compares it with HEAD.
+///
+/// A file whose size is that of HEAD is only read when its time is not one that the baseline
+/// believes. What was found by reading goes back into the index, if the workspace may be changed.
+/// Fails when anything cannot be looked at, and names it: who goes on from there must not take what
+/// is out of sight for removed, or for as in HEAD.
+Expected<WorkingChanges> findChanges(Workspace& workspace);
+
+/// The same for whoever only shows it: what cannot be looked at is in `unseen`.
+Expected<WorkingChanges> findVisibleChanges(Workspace& workspace);
+
+/// The regular files that are in the working tree: everything that the scan found, and files of
+/// HEAD that are there although a rule ignores them; ordered.
+std::vector<OdString> presentFiles(const WorkingChanges& changes);
+
+/// The files of HEAD that are as they were committed, ordered by path.
+std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,
+                                                  Workspace& workspace);
+
+/// What a path is in `changes`; `unchanged` for everything that is in none of the lists.
+common::FileChange changeOf(const OdString& path, const WorkingChanges& changes);
+
+}  // namespace qrv_cli

@@ -1,0 +1,298 @@
+#include <cli/MetadataCheck.h>
+#include <cli/RunningCommand.h>
+#include <cli/maintenance/HistoryRebuild.h>
+#include <cli/maintenance/HistoryTraces.h>
+#include <cli/terminal/Message.h>
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/history/HistoryRecords.h>
+#include <engine/history/Plan.h>
+#include <engine/worktree/Interruption.h>
+#include <engine/worktree/KeptBaseline.h>
+#include <engine/worktree/TreeScan.h>
+#include <engine/worktree/Workspace.h>
+#include <platform/kernel/OdError.h>
+
+#include <chrono>
+#include <cstdint>
+#include <exception>
+#include <map>
+#include <thread>
+#include <utility>
+
+namespace qrv_cli {
+
+namespace {
+
+constexpr const char* statePath = ".qrv/qrv.state";
+constexpr const char* lockPath = ".qrv/lock";
+constexpr std::chrono::milliseconds waitForLock{10000};
+constexpr std::chrono::milliseconds pauseBetweenTries{20};
+
+sys::Outcome<sys::Lock> takeLock(const sys::Folder& root, Workspace::Use use) {
+    const auto end = std::chrono::steady_clock::now() + waitForLock;
+    for (;;) {
+        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(root, lockPath);
+        const bool isHeld = !lock && lock.error() == std::errc::operation_would_block;
+        if (!isHeld || use == Workspace::Use::look || std::chrono::steady_clock::now() > end)
+            return lock;
+        std::this_thread::sleep_for(pauseBetweenTries);
+    }
+}
+
+/// Whether the clock of the file system had gone on between the two, so that no version of the
+/// older file that comes after the younger one can have the times of this one.
+bool isLater(const sys::FileVersion& younger, const sys::FileVersion& older) {
+    return younger.modifiedNs > older.modifiedNs && younger.changedNs > older.changedNs;
+}
+
+ErrorMessage lockFailure(const common::RootPath& root, std::error_code cause) {
+    if (cause == std::errc::operation_would_block)
+        return {OdString::format(tr(L"Another process is changing the repository '%ls'"),
+                                 printable(root.path()))};
+    return systemFailure(tr(L"The repository '%ls' cannot be changed: %ls"), root.path(), cause);
+}
+
+Database::Access accessFor(Workspace::Use use) {
+    return use == Workspace::Use::look ? Database::Access::readOnly : Database::Access::create;
+}
+
+/// A look shows what there is, and tells that it is not all.
+void tellOlderHistory(History& history, const sys::Folder& root) try {
+    const Expected<ReferenceRecord> record = ReferenceRecord::read(root);
+    const Expected<void> notOlder =
+        record ? checkNotOlder(*record, history) : Expected<void>(record.error());
+    if (!notOlder)
+        printMessage(notOlder.error().message);
+} catch (const DatabaseError&) {
+    // Told by what asks for a reference, and of no concern to the rest.
+    return;
+}
+
+Expected<void> settle(Workspace& workspace, Workspace::Use use) {
+    if (use == Workspace::Use::change)
+        return settleInterruption(workspace);
+    if (use == Workspace::Use::look)
+        tellInterruption(workspace);
+    return {};
+}
+
+}  // namespace
+
+ErrorMessage systemFailure(const OdString& text, const OdString& name, std::error_code cause) {
+    return {OdString::format(text, printable(name), OdString(cause.message().c_str()))};
+}
+
+Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, Use use,
+                                                     Scan scan) {
+    Expected<OpenRepository> repository = openRepository(folder);
+    if (!repository)
+        return repository.error();
+    const common::RootPath& root = repository->root;
+    // Already for the lock, which a colleague is to take next.
+    SharedMode shared(repository->folder);
+    std::optional<sys::Lock> held;
+    if (use != Use::look || scan == Scan::ahead) {
+        sys::Outcome<sys::Lock> lock = takeLock(repository->folder, use);
+        if (!lock && use != Use::look)
+            return lockFailure(root, lock.error());
+        if (lock)
+            held = std::move(*lock);
+    }
+    if (const Expected<void> isThere = checkHistoryIsThere(root, repository->folder); !isThere)
+        return isThere.error();
+
+    History history = History::open(repository->folder, root, accessFor(use));
+    std::unique_ptr<Workspace> workspace(
+        new Workspace(root, std::move(repository->folder), std::move(held), std::move(history)));
+    // A look keeps nothing but a baseline; what it writes elsewhere is the person's own.
+    if (use != Use::look)
+        workspace->shared_.emplace(std::move(shared));
+    if (scan == Scan::ahead && workspace->canScanAhead())
+        workspace->scan_ = std::make_unique<TreeScan>(workspace->root_, workspace->folder_);
+    if (workspace->scan_ && use == Use::look)
+        workspace->takeKeptBaseline();
+    if (!workspace->kept_) {
+        if (const Expected<void> opened = workspace->openCache(); !opened)
+            return opened.error();
+    }
+    if (use == Use::look)
+        tellOlderHistory(workspace->history_, workspace->folder_);
+    else if (const Expected<void> read = workspace->readRecord(); !read)
+        return read.error();
+    if (const Expected<void> settled = settle(*workspace, use); !settled)
+        return settled.error();
+    return workspace;
+}
+
+Expected<Rebuilt> Workspace::rebuild(const std::string& folder) {
+    Expected<OpenRepository> repository = openRepository(folder);
+    if (!repository)
+        return repository.error();
+    const SharedMode shared(repository->folder);
+    const sys::Outcome<sys::Lock> lock = takeLock(repository->folder, Use::repair);
+    if (!lock)
+        return lockFailure(repository->root, lock.error());
+    return rebuildHistory(repository->root, repository->folder, runningCommand());
+}
+
+Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sys::Lock> lock,
+                     History history)
+    : lock_(std::move(lock)),
+      root_(std::move(root)),
+      folder_(std::move(folder)),
+      history_(std::move(history)),
+      storages_(std::make_unique<Storages>([this](const OdString& path) {
+          const std::map<OdString, OdString>& renames = stateWithoutIndex().renames;
+          const auto previous = renames.find(path);
+          const Tree& files = headFiles();
+          const auto file = files.find(previous == renames.end() ? path : previous->second);
+          return file == files.end() ? OdString() : file->second.url;
+      })) {
+    storages_->use(root_, folder_);
+}
+
+Workspace::~Workspace() {
+    try {
+        updateRecord();
+    } catch (const std::exception&) {
+        // Whoever opens it for a change next finds the record behind the history.
+        record_.reset();
+    }
+}
+
+Expected<void> Workspace::readRecord() {
+    Expected<ReferenceRecord> record = ReferenceRecord::read(folder_);
+    if (!record)
+        return record.error();
+    if (Expected<void> notOlder = checkNotOlder(*record, history_); !notOlder)
+        return notOlder;
+    if (stateOf(*record, history_) == RecordState::same)
+        firstUnrecorded_ = firstUnrecordedCommit(history_, folder_);
+    record_ = std::move(*record);
+    return {};
+}
+
+void Workspace::updateRecord() {
+    if (!record_)
+        return;
+    const Expected<void> updated =
+        updateRecords(*record_, firstUnrecorded_, runningCommand(), history_, folder_);
+    if (!updated)
+        printMessage(OdString::format(
+            tr(L"Note: the next command that changes something records this once more: %ls"),
+            updated.error().message));
+}
+
+bool Workspace::isLockedByOther() const {
+    if (lock_)
+        return false;
+    const sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder_, lockPath);
+    return !lock && lock.error() == std::errc::operation_would_block;
+}
+
+bool Workspace::canScanAhead() {
+    // A scan makes the ignore file when there is none, and a command that fails is to make nothing.
+    // What was interrupted changes files before they are looked at.
+    return folder_.status(".qrv/properties/ignore") && !notedPlan(history_);
+}
+
+/// One that cannot be read is no loss.
+void Workspace::takeKeptBaseline() {
+    const sys::Outcome<sys::FileVersion> stateFile = folder_.version(statePath);
+    const sys::Outcome<sys::FileVersion> keptFile = folder_.version(baselinePath);
+    if (!stateFile || !keptFile || !isLater(*keptFile, *stateFile))
+        return;
+    Expected<std::optional<KeptBaseline>> kept = readBaseline(folder_);
+    if (kept && *kept && (*kept)->stateFile == *stateFile &&
+        (*kept)->headCommit == history_.note(headNote))
+        kept_ = std::move(*kept);
+}
+
+Expected<void> Workspace::openCache() {
+    // Before it is read: should somebody replace it meanwhile, its time is too early, and less of
+    // the index is trusted.
+    const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
+    stateVersion_ = version ? std::optional(*version) : std::nullopt;
+    Expected<std::shared_ptr<common::Cache>> cache = openState(root_, folder_, host_);
+    if (!cache)
+        return cache.error();
+    cache_ = *cache;
+    kept_.reset();
+    return {};
+}
+
+common::Cache& Workspace::cache() {
+    if (!cache_) {
+        if (const Expected<void> opened = openCache(); !opened)
+            throw OdError(opened.error().message);
+    }
+    return *cache_;
+}
+
+const common::State& Workspace::stateWithoutIndex() const {
+    return kept_ ? kept_->state : cache_->read();
+}
+
+std::shared_ptr<const Baseline> Workspace::baseline() {
+    if (kept_)
+        return kept_->baseline;
+    const std::optional<std::int64_t> modifiedNs =
+        stateVersion_ ? std::optional(stateVersion_->modifiedNs) : std::nullopt;
+    return std::make_shared<const Baseline>(
+        Baseline::of(history_.headSizes(), state().index, modifiedNs));
+}
+
+void Workspace::keepBaseline(std::shared_ptr<const Baseline> baseline) {
+    if (!mayChange() || kept_ || !stateVersion_ || baseline->files().empty())
+        return;
+    // Conflicts do not last, and have too many parts to be kept twice.
+    if (!state().conflicts.empty())
+        return;
+    toKeep_ = toKept(state(), *stateVersion_, history_.note(headNote), std::move(baseline));
+}
+
+OdString Workspace::headCommit() {
+    return history_.reference(branch(), common::RefType::Branch).value_or(OdString());
+}
+
+const Tree& Workspace::headFiles() {
+    if (!headFiles_)
+        headFiles_ = history_.headFiles();
+    return *headFiles_;
+}
+
+std::unique_ptr<TreeScan> Workspace::takeScan() {
+    return scan_ ? std::move(scan_) : std::make_unique<TreeScan>(root_, folder_);
+}
+
+Expected<void> Workspace::close() {
+    // The cache writes when its last owner lets go.
+    cache_.reset();
+    if (!host_.lastWrite())
+        return host_.lastWrite();
+    // The library wrote it by its path.
+    if (Expected<void> checked = checkMetadata(folder_, root_.path()); !checked)
+        return checked;
+    writeKeptBaseline();
+    return {};
+}
+
+/// Without it the next look takes longer, and tries again: nobody need know.
+void Workspace::writeKeptBaseline() {
+    if (!toKeep_)
+        return;
+    const SharedMode shared(folder_);
+    const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
+    if (version && *version == toKeep_->stateFile)
+        static_cast<void>(writeBaseline(*toKeep_, folder_));
+    toKeep_.reset();
+}
+
+Expected<void> Workspace::saveState() {
+    const Expected<void> written = close();
+    const Expected<void> opened = openCache();
+    return written ? opened : written;
+}
+
+}  // namespace qrv_cli

@@ -1,0 +1,144 @@
+#include <engine/base/Digest.h>
+#include <engine/history/Plan.h>
+#include <tests/engine/worktree/Trees.h>
+#include <tests/engine/worktree/Working.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using qrv_cli::notedPlan;
+using qrv_cli::Plan;
+using qrv_cli::PlannedFile;
+using qrv_cli::Workspace;
+using qrv_test::contentsOf;
+using qrv_test::Outcome;
+using qrv_test::readFile;
+using qrv_test::Working;
+
+OdString urlOf(const std::string& contents) {
+    return OdString::fromNarrow("po:" + qrv_cli::Digest::of(contents));
+}
+
+/// Plans as a stranger may put them into a repository. "side" is another branch than the current.
+class PlanOfAStranger : public testing::Test {
+protected:
+    PlanOfAStranger() {
+        project.write({{"a.txt", "first"}, {"b.txt", "b"}});
+        project.commit("First");
+        project.run({"switch", "-c", "side"});
+        project.write({{"a.txt", "second"}});
+        project.commit("Second");
+        project.run({"switch", "master"});
+        project.write({{"private.txt", "kept nowhere"}});
+    }
+
+    /// Whatever plan is noted stays.
+    std::unique_ptr<Workspace> open() const {
+        return std::move(*Workspace::open(project.folder.path(), Workspace::Use::repair));
+    }
+    Plan switching(std::vector<PlannedFile> files) const {
+        const std::unique_ptr<Workspace> workspace = open();
+        Plan plan;
+        plan.title = L"switch side";
+        plan.branch = L"side";
+        plan.commit = *workspace->history().reference(L"side", common::RefType::Branch);
+        plan.files = std::move(files);
+        return plan;
+    }
+    static Plan restoring(std::vector<PlannedFile> files) {
+        Plan plan;
+        plan.title = L"restore";
+        plan.files = std::move(files);
+        return plan;
+    }
+    void note(const Plan& plan) const { notePlan(open()->history(), plan); }
+
+    /// What the commands say that would carry it out, when they agree and nothing was changed.
+    std::string refusal(const Plan& plan) const {
+        note(plan);
+        const auto before = contentsOf(project.folder.path());
+        const Outcome outcome = project.qrv({"recover"});
+        EXPECT_EQ(project.qrv({"tag", "v1"}), outcome);
+        EXPECT_EQ(contentsOf(project.folder.path()), before);
+        EXPECT_EQ(outcome.status, 1);
+        return outcome.messages;
+    }
+    static std::string refused(const std::string& title, const std::string& cause) {
+        return "qrv: '" + title + "' was interrupted, and what it left to do cannot be: " + cause +
+               " (qrv recover --forget leaves the files as they are)\n";
+    }
+
+    const Working project;
+};
+
+// Symptom: a file of the victim was replaced by one that the owner of the repository had chosen.
+// Cause: the steps of a noted plan were believed, whether or not any command could have left them.
+TEST_F(PlanOfAStranger, IsRefusedWhenItsFilesAreNotThoseOfItsCommit) {
+    const std::string cause = "'a.txt' would become a file that no commit has there";
+    EXPECT_EQ(refusal(switching({{L"a.txt", urlOf("first"), urlOf("b"), 1}})),
+              refused("switch side", cause));
+    EXPECT_EQ(refusal(switching({{L"a.txt", urlOf("b"), urlOf("second"), 6}})),
+              refused("switch side", cause));
+    EXPECT_EQ(refusal(switching({{L"a.txt", urlOf("first"), {}, 0}})),
+              refused("switch side", cause));
+    EXPECT_EQ(refusal(restoring({{L"a.txt", urlOf("first"), urlOf("b"), 1}})),
+              refused("restore", cause));
+}
+
+TEST_F(PlanOfAStranger, IsRefusedWhenItReplacesOrRemovesWhatIsKeptNowhere) {
+    const std::string cause = "'private.txt' is missing in the storage";
+    EXPECT_EQ(refusal(restoring({{L"private.txt", urlOf("kept nowhere"), {}, 0}})),
+              refused("restore", cause));
+    EXPECT_EQ(readFile(project / "private.txt"), "kept nowhere");
+}
+
+TEST_F(PlanOfAStranger, IsRefusedWithoutItsCommit) {
+    Plan plan = switching({});
+    plan.commit = OdString(std::wstring(64, L'a'));
+    EXPECT_EQ(refusal(plan),
+              refused("switch side", "there is no commit '" + std::string(64, 'a') + "'"));
+}
+
+TEST_F(PlanOfAStranger, CanBeForgotten) {
+    note(restoring({{L"private.txt", urlOf("kept nowhere"), {}, 0}}));
+    EXPECT_EQ(project.qrv({"recover", "--forget"}),
+              (Outcome{0, "'restore' is forgotten, and its files are left as they are: 1\n", ""}));
+    EXPECT_FALSE(notedPlan(open()->history()));
+    EXPECT_EQ(readFile(project / "private.txt"), "kept nowhere");
+    EXPECT_EQ(project.qrv({"verify"}).status, 0);
+}
+
+TEST_F(PlanOfAStranger, ForgottenAfterHeadHadMovedLeavesHeadAtTheBranchOfTheState) {
+    Plan plan = switching({{L"a.txt", urlOf("first"), urlOf("second"), 6}});
+    {
+        const std::unique_ptr<Workspace> workspace = open();
+        notePlan(workspace->history(), plan);
+        workspace->history().changeHeadFiles({{L"a.txt", urlOf("second"), {}, 6}});
+        workspace->history().setNote(qrv_cli::headNote, plan.commit);
+    }
+    project.run({"recover", "--forget"});
+    EXPECT_EQ(project.qrv({"verify"}).status, 0);
+    EXPECT_EQ(project.run({"branch", "--json"}).find("\"current\" : true") != std::string::npos,
+              true);
+    const std::unique_ptr<Workspace> workspace = open();
+    EXPECT_EQ(workspace->branch(), OdString(L"master"));
+    EXPECT_EQ(workspace->headFiles().at(L"a.txt").url, urlOf("first"));
+}
+
+TEST_F(PlanOfAStranger, IsDoneWhenACommandCouldHaveLeftIt) {
+    note(switching({{L"a.txt", urlOf("first"), urlOf("second"), 6}}));
+    project.run({"recover"});
+    EXPECT_EQ(readFile(project / "a.txt"), "second");
+    note(restoring({{L"a.txt", urlOf("second"), urlOf("first"), 5}}));
+    project.run({"recover"});
+    EXPECT_EQ(readFile(project / "a.txt"), "first");
+}
+
+}  // namespace

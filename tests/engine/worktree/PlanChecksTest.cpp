@@ -1,0 +1,104 @@
+#include <engine/worktree/FoldedName.h>
+#include <engine/worktree/PlanChecks.h>
+#include <tests/engine/worktree/Trees.h>
+#include <tests/engine/worktree/Working.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qrv_cli::findChanges;
+using qrv_cli::PlannedFile;
+using qrv_test::Working;
+
+class PlanChecks : public testing::Test {
+protected:
+    PlanChecks() {
+        project.write({{"plan.dwg", "plan"}, {"list.csv", "3"}});
+        project.commit("First");
+    }
+    PlannedFile replacing(const char* path) const {
+        const auto workspace = project.open();
+        return {OdString(path), project.url(*workspace, path), qrv_test::url('1'), 1};
+    }
+    static std::string answer(const Expected<void>& checked) {
+        return checked ? "fine" : checked.error().message.toNarrow();
+    }
+    std::string names(const std::vector<PlannedFile>& steps) const {
+        return answer(checkNames(steps, *findChanges(*project.open())));
+    }
+    std::string inUse(const std::vector<PlannedFile>& steps) const {
+        return answer(checkNotInUse(*project.open(), steps));
+    }
+
+    const Working project;
+};
+
+TEST_F(PlanChecks, NameFilesThatAreOpenInAnotherProgram) {
+    const std::vector<PlannedFile> steps = {replacing("list.csv"), replacing("plan.dwg")};
+    EXPECT_EQ(inUse(steps), "fine");
+    project.write({{"plan.dwl2", "ada"}});
+    std::ofstream writer(project / "list.csv", std::ios::app);
+    EXPECT_EQ(inUse(steps),
+              "These files are open in another program, which has to close them first:\n"
+              "  list.csv\n"
+              "  plan.dwg\n"
+              "These say so (one that a program left when it crashed can be deleted):\n"
+              "  plan.dwl2");
+    writer.close();
+    fs::remove(project / "plan.dwl2");
+    EXPECT_EQ(inUse(steps), "fine");
+}
+
+TEST_F(PlanChecks, SeeWhatWasSavedSinceTheChangesWereFound) {
+    const std::vector<PlannedFile> steps = {replacing("list.csv"), replacing("plan.dwg")};
+    const auto workspace = project.open();
+    const qrv_cli::WorkingChanges changes = *findChanges(*workspace);
+    EXPECT_TRUE(lookAgain(*workspace, steps, changes));
+    project.write({{"plan.dwg", "PLAN"}});
+    fs::remove(project / "list.csv");
+    EXPECT_EQ(lookAgain(*workspace, steps, changes).error().message,
+              OdString(L"Another program has just changed these files; try again:\n"
+                       L"  list.csv\n"
+                       L"  plan.dwg"));
+}
+
+TEST_F(PlanChecks, FindNamesThatWouldBeOne) {
+    const PlannedFile capitals = {L"PLAN.dwg", L"", qrv_test::url('1'), 1};
+    const PlannedFile gone = {L"plan.dwg", qrv_test::url('2'), L"", 0};
+    const std::string both =
+        "This disk takes these names for one, so that the second file would "
+        "take the place of the first:\n  ";
+    EXPECT_EQ(names({capitals}), both + "plan.dwg, PLAN.dwg");
+    EXPECT_EQ(names({capitals, gone}), "fine");
+    EXPECT_EQ(names({replacing("plan.dwg")}), "fine");
+    EXPECT_EQ(names({{L"\u00E4.txt", L"", qrv_test::url('1'), 1},
+                     {L"A\u0308.txt", L"", qrv_test::url('2'), 1}}),
+              both + "\u00E4.txt, A\u0308.txt");
+}
+
+TEST_F(PlanChecks, KnowADiskThatTellsLetterCaseApart) {
+    const sys::Folder root = *sys::Folder::open(project.folder.path());
+    EXPECT_FALSE(qrv_cli::ignoresLetterCase(root));
+    fs::create_directory(project / ".QRV");
+    EXPECT_FALSE(qrv_cli::ignoresLetterCase(root));
+}
+
+// As on a disk that ignores letter case, where one file is found under both names.
+TEST_F(PlanChecks, GiveRoomToAFileWhoseNameChangesItsLettersOnly) {
+    const auto workspace = project.open();
+    const qrv_cli::WorkingChanges changes = *findChanges(*workspace);
+    fs::create_hard_link(project / "plan.dwg", project / "PLAN.dwg");
+    const std::vector<PlannedFile> steps = {{L"PLAN.dwg", L"", qrv_test::url('1'), 1},
+                                            {L"plan.dwg", qrv_test::url('1'), L"", 0}};
+    EXPECT_TRUE(checkRoom(*workspace, steps, changes));
+    EXPECT_FALSE(checkRoom(*workspace, {steps[0]}, changes));
+}
+
+}  // namespace

@@ -1,0 +1,130 @@
+#include <engine/worktree/PlanExecution.h>
+#include <engine/worktree/PlanRecovery.h>
+#include <sys/ScopedFault.h>
+#include <tests/engine/worktree/TwoBranches.h>
+#include <tests/support/Effort.h>
+
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qrv_cli::findChanges;
+using qrv_cli::Workspace;
+using qrv_test::readFile;
+using testing::HasSubstr;
+
+/// A switch from "old" to "new" that was noted, and interrupted before it did anything.
+class PlanRecovery : public qrv_test::TwoBranches {
+protected:
+    PlanRecovery() { noteSwitch(L"new"); }
+
+    /// As a command leaves it that was killed after it had noted its plan.
+    void noteSwitch(const wchar_t* branch) const {
+        notePlan(workspace->history(), planOfSwitch(*workspace, branch));
+    }
+
+    std::string recovered() const {
+        try {
+            const Expected<void> done = recover(*workspace);
+            return done ? "recovered" : done.error().message.toNarrow();
+        } catch (const qrv_cli::DatabaseError& error) {
+            return error.what();
+        }
+    }
+    bool isNoted() const { return notedPlan(workspace->history()).has_value(); }
+
+    const std::unique_ptr<Workspace> workspace = project.open();
+};
+
+TEST_F(PlanRecovery, FinishesTheRest) {
+    EXPECT_EQ(recovered(), "recovered");
+    EXPECT_FALSE(isNoted());
+    EXPECT_EQ(readFile(project / "a.txt"), "new a");
+    EXPECT_TRUE(findChanges(*workspace)->isEmpty());
+}
+
+// Symptom: an error of the disk passed for a person's change, the plan was forgotten, and the next
+// commit reverted the other branch.
+// Cause: whatever could not be read counted as changed.
+TEST_F(PlanRecovery, StopsAndKeepsThePlanWhicheverCallFails) {
+    int stops = 0;
+    bool hasFired = true;
+    for (int nth = 1; hasFired; nth += 5) {
+        const bool isOnNew = workspace->branch() == OdString(L"new");
+        if (!isNoted())
+            noteSwitch(isOnNew ? L"old" : L"new");
+        std::string answer;
+        {
+            const sys::ScopedFault fault(nth, EIO);
+            answer = recovered();
+            hasFired = fault.hasFired();
+        }
+        if (answer != "recovered") {
+            ++stops;
+            // A failing history may have forgotten the plan already, with everything done.
+            const bool isOfHistory = answer.find("qrv.db' cannot be used") != std::string::npos;
+            EXPECT_TRUE(isOfHistory || isNoted()) << nth << answer;
+            EXPECT_TRUE(isOfHistory ||
+                        answer.find("was interrupted, and what it left") != std::string::npos)
+                << nth << answer;
+            ASSERT_EQ(recovered(), "recovered") << nth;
+        }
+        EXPECT_FALSE(isNoted()) << nth;
+        EXPECT_EQ(readFile(project / "a.txt"), isOnNew ? "old a" : "new a") << nth;
+        EXPECT_EQ(fs::exists(project / "fresh/c.dwg"), !isOnNew) << nth;
+        EXPECT_EQ(fs::exists(project / "gone/b.txt"), isOnNew) << nth;
+        EXPECT_TRUE(findChanges(*workspace)->isEmpty()) << nth;
+    }
+    EXPECT_GT(stops, 5);
+    qrv_test::tellTried(static_cast<std::size_t>(stops), "failing calls");
+}
+
+TEST_F(PlanRecovery, StopsWhileAFileOfThePlanIsOpen) {
+    std::ofstream writer(project / "a.txt", std::ios::app);
+    EXPECT_THAT(recovered(), HasSubstr("open in another program"));
+    EXPECT_TRUE(isNoted());
+    writer.close();
+    EXPECT_EQ(recovered(), "recovered");
+}
+
+TEST_F(PlanRecovery, GivesBackWhatWasMovedAsideWhenThePowerFailed) {
+    const std::string aside = ".0-0.qrv-aside";
+    // The first step is that of "a.txt": the planned file has the name already.
+    project.write({{"a.txt", "new a"}, {aside, "a day's work"}, {"fresh/.1-0.qrv-aside", "new c"}});
+    EXPECT_EQ(recovered(), "recovered");
+    EXPECT_EQ(readFile(project / "a.txt"), "a day's work");
+    EXPECT_EQ(readFile(project / "fresh/c.dwg"), "new c");
+    EXPECT_FALSE(fs::exists(project / aside));
+    EXPECT_FALSE(fs::exists(project / "fresh/.1-0.qrv-aside"));
+    EXPECT_EQ(qrv_test::shown(*findChanges(*workspace)), "a.txt modified, ");
+}
+
+TEST_F(PlanRecovery, KeepsTheSaveBeforeTheLastBesideIt) {
+    project.write({{"a.txt", "second save"}, {".0-0.qrv-aside", "first save"}});
+    EXPECT_EQ(recovered(), "recovered");
+    EXPECT_EQ(readFile(project / "a.txt"), "second save");
+    EXPECT_EQ(readFile(project / "a.kept-1.txt"), "first save");
+}
+
+// Symptom: a file that a person had changed, and that a recovery left as it was, passed for
+// unchanged, and the next switch replaced it.
+// Cause: the index noted the time that the file had then.
+TEST_F(PlanRecovery, KnowsNothingOfAFileThatItLeft) {
+    project.write({{"a.txt", "a day's work"}});
+    EXPECT_EQ(recovered(), "recovered");
+    EXPECT_FALSE(workspace->state().index.contains(L"a.txt"));
+    EXPECT_TRUE(workspace->state().index.contains(L"fresh/c.dwg"));
+}
+
+TEST_F(PlanRecovery, HidesWhatIsOnItsWayFromTheScan) {
+    project.write({{".12-3.qrv-tmp", "half"}, {"fresh/.0-0.qrv-aside", "x"}, {".other", "y"}});
+    EXPECT_EQ(qrv_test::shown(*findChanges(*workspace)), ".other added, ");
+}
+
+}  // namespace

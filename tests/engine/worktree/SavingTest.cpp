@@ -1,0 +1,119 @@
+#include <engine/worktree/Saving.h>
+#include <tests/engine/worktree/Working.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qrv_cli::findChanges;
+using qrv_cli::PlannedFile;
+using qrv_cli::stepsToTree;
+using qrv_cli::Tree;
+using qrv_cli::Unsaved;
+using qrv_cli::Workspace;
+using qrv_test::Working;
+
+using Steps = Expected<std::vector<PlannedFile>>;
+
+class StepsToTree : public testing::Test {
+protected:
+    StepsToTree() {
+        project.write({{"a.txt", "first a"}, {"d.dwg", "first d"}});
+        project.commit("First");
+        project.write({{"a.txt", "second a"}, {"d.dwg", "second d"}});
+        project.commit("Second");
+        workspace = project.open();
+    }
+
+    Steps steps(const Tree& target, Unsaved unsaved = Unsaved::refuse) const {
+        return stepsToTree(*workspace, target, {L"a.txt", L"d.dwg"}, *findChanges(*workspace),
+                           unsaved);
+    }
+    Tree first() const {
+        return workspace->history().tree(workspace->history().commitByNumber(1)->hash);
+    }
+    const Tree& second() const { return workspace->headFiles(); }
+
+    const Working project;
+    std::unique_ptr<Workspace> workspace;
+};
+
+TEST_F(StepsToTree, AreNoneWhereTheFilesAreAsWanted) {
+    EXPECT_EQ(*steps(second()), std::vector<PlannedFile>());
+    project.write({{"a.txt", "first a"}, {"d.dwg", "first d"}});
+    EXPECT_EQ(*steps(first()), std::vector<PlannedFile>());
+}
+
+TEST_F(StepsToTree, LeadFromAnyStoredVersion) {
+    const std::vector<PlannedFile> back = {
+        {L"a.txt", first().at(L"a.txt").url, second().at(L"a.txt").url, 8},
+        {L"d.dwg", first().at(L"d.dwg").url, second().at(L"d.dwg").url, 8}};
+    project.write({{"a.txt", "first a"}, {"d.dwg", "first d"}});
+    EXPECT_EQ(*steps(second()), back);
+}
+
+TEST_F(StepsToTree, RemoveWhatIsNotWanted) {
+    EXPECT_EQ(*steps(Tree()),
+              (std::vector<PlannedFile>{{L"a.txt", second().at(L"a.txt").url, L"", 0},
+                                        {L"d.dwg", second().at(L"d.dwg").url, L"", 0}}));
+}
+
+TEST_F(StepsToTree, BringBackWhatIsGone) {
+    fs::remove(project / "a.txt");
+    EXPECT_EQ(*steps(second()),
+              (std::vector<PlannedFile>{{L"a.txt", L"", second().at(L"a.txt").url, 8}}));
+}
+
+TEST_F(StepsToTree, AreRefusedForContentsThatAreKeptNowhere) {
+    project.write({{"a.txt", "unsaved"}, {"d.dwg", "unsaved, too"}});
+    EXPECT_EQ(steps(second()).error().message,
+              OdString(L"These files have changes that are kept nowhere (--force replaces them):"
+                       L"\n  a.txt\n  d.dwg"));
+}
+
+TEST_F(StepsToTree, StoreSuchContentsWhenAsked) {
+    project.write({{"a.txt", "unsaved"}, {"d.dwg", "unsaved, too"}});
+    const Steps found = steps(second(), Unsaved::store);
+    ASSERT_TRUE(found);
+    ASSERT_EQ(found->size(), 2);
+    for (const PlannedFile& step : *found) {
+        const OdString copy = project.folder.text("copy");
+        ASSERT_TRUE(workspace->storages()
+                        .ofUrl(step.before)
+                        .exportTo(workspace->root(), step.before, copy));
+        EXPECT_EQ(qrv_test::readFile(project / "copy"),
+                  qrv_test::readFile(project / step.path.toNarrow()));
+    }
+    // From now on they may be replaced.
+    EXPECT_TRUE(steps(second()));
+}
+
+TEST_F(StepsToTree, OnlyLookWhenNothingIsToBeDone) {
+    project.write({{"a.txt", "unsaved"}});
+    const auto before = qrv_test::contentsOf(project / ".qrv/objects");
+    const Steps found = steps(second(), Unsaved::leave);
+    EXPECT_EQ(*found, (std::vector<PlannedFile>{{L"a.txt", L"", second().at(L"a.txt").url, 8}}));
+    EXPECT_EQ(qrv_test::contentsOf(project / ".qrv/objects"), before);
+}
+
+TEST_F(StepsToTree, KnowADrawingThatOnlyTheWantedTreeHas) {
+    workspace.reset();
+    fs::remove(project / "d.dwg");
+    project.commit("Third");
+    project.write({{"d.dwg", "second d"}});
+    workspace = project.open();
+    const Tree wanted = first();
+    const OdString store = wanted.at(L"d.dwg").url.left(36);
+    const Steps found =
+        stepsToTree(*workspace, wanted, {L"d.dwg"}, *findChanges(*workspace), Unsaved::refuse);
+    ASSERT_TRUE(found) << found.error().message.toNarrow();
+    ASSERT_EQ(found->size(), 1);
+    EXPECT_EQ(found->front().before.left(36), store);
+}
+
+}  // namespace

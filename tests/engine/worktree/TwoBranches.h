@@ -1,0 +1,42 @@
+#pragma once
+
+#include <engine/history/Plan.h>
+#include <engine/worktree/PlanExecution.h>
+#include <tests/engine/worktree/Working.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace qrv_test {
+
+/// "old" and "new" are branches with one changed file, one that only "old" and one that only "new"
+/// has; "old" is the current one.
+class TwoBranches : public testing::Test {
+protected:
+    TwoBranches() {
+        project.write({{"a.txt", "old a"}, {"gone/b.txt", "old b"}});
+        project.commit("Old");
+        project.run({"switch", "-c", "old"});
+        project.run({"switch", "-c", "new"});
+        project.write({{"a.txt", "new a"}, {"fresh/c.dwg", "new c"}});
+        std::filesystem::remove_all(project / "gone");
+        project.commit("New");
+        project.run({"switch", "old"});
+    }
+
+    /// The plan of `qrv switch BRANCH`.
+    static qrv_cli::Plan planOfSwitch(qrv_cli::Workspace& workspace, const wchar_t* branch) {
+        qrv_cli::Plan plan;
+        plan.title = OdString(L"switch ") + branch;
+        plan.branch = branch;
+        plan.commit = *workspace.history().reference(branch, common::RefType::Branch);
+        plan.files =
+            qrv_cli::stepsBetween(workspace.headFiles(), workspace.history().tree(plan.commit));
+        return plan;
+    }
+
+    const Working project;
+};
+
+}  // namespace qrv_test

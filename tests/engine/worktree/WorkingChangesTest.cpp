@@ -1,0 +1,146 @@
+#include <tests/engine/worktree/Working.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using common::FileChange;
+using qrv_cli::findChanges;
+using qrv_cli::unchangedFiles;
+using qrv_cli::WorkingChanges;
+using qrv_cli::Workspace;
+using qrv_test::shown;
+using qrv_test::Working;
+
+class WorkingTree : public testing::Test {
+protected:
+    WorkingTree() {
+        project.write(
+            {{"b.dwg", "drawing"}, {"a.txt", "text"}, {"sub/c.txt", "more"}, {"empty", ""}});
+        project.commit("First");
+    }
+
+    WorkingChanges changes() const { return *findChanges(*project.open()); }
+    std::string renames() const {
+        std::string text;
+        for (const auto& [path, previous] : changes().renames)
+            text += previous.toNarrow() + ">" + path.toNarrow() + ", ";
+        return text;
+    }
+
+    const Working project;
+};
+
+TEST_F(WorkingTree, HasNoChangesAfterACommit) {
+    const WorkingChanges found = changes();
+    EXPECT_TRUE(found.isEmpty());
+    EXPECT_EQ(presentFiles(found), (std::vector<OdString>{L".qrv/properties/ignore", L"a.txt",
+                                                          L"b.dwg", L"empty", L"sub/c.txt"}));
+    EXPECT_EQ(found.presentCount(), 5U);
+}
+
+TEST_F(WorkingTree, ListsWhatIsPresentInOrder) {
+    project.write({{"sub/d.txt", "new"}, {"Z.txt", "new, too"}, {"sub/c.bak", "ignored"}});
+    fs::remove(project / "a.txt");
+    const WorkingChanges found = changes();
+    EXPECT_EQ(presentFiles(found),
+              (std::vector<OdString>{L".qrv/properties/ignore", L"Z.txt", L"b.dwg", L"empty",
+                                     L"sub/c.txt", L"sub/d.txt"}));
+    EXPECT_EQ(found.presentCount(), 6U);
+}
+
+TEST_F(WorkingTree, ListsTheUnchangedFilesWhenAsked) {
+    project.write({{"b.dwg", "DRAWING"}, {"sub/d.txt", "new"}});
+    fs::remove(project / "empty");
+    const auto workspace = project.open();
+    const WorkingChanges found = *findChanges(*workspace);
+    std::string shown;
+    for (const common::UnchangedFile& file : unchangedFiles(found, *workspace)) {
+        shown += file.path.toNarrow() + ", ";
+        EXPECT_EQ(file.url, workspace->headFiles().at(file.path).url);
+    }
+    EXPECT_EQ(shown, ".qrv/properties/ignore, a.txt, sub/c.txt, ");
+}
+
+TEST_F(WorkingTree, ListsEachChangeInTheOrderOfThePaths) {
+    project.write({{"b.dwg", "DRAWING"}, {"sub/d.txt", "new"}, {"Z.txt", "new, too"}});
+    fs::remove(project / "a.txt");
+    const WorkingChanges found = changes();
+    EXPECT_EQ(shown(found), "Z.txt added, a.txt removed, b.dwg modified, sub/d.txt added, ");
+    EXPECT_EQ(changeOf(L"a.txt", found), FileChange::removed);
+    EXPECT_EQ(changeOf(L"b.dwg", found), FileChange::modified);
+    EXPECT_EQ(changeOf(L"sub/d.txt", found), FileChange::added);
+    EXPECT_EQ(changeOf(L"sub/c.txt", found), FileChange::unchanged);
+    EXPECT_EQ(changeOf(L"nowhere", found), FileChange::unchanged);
+}
+
+TEST_F(WorkingTree, FindsARenamingByTheContents) {
+    fs::rename(project / "b.dwg", project / "sub/B.dwg");
+    EXPECT_EQ(renames(), "b.dwg>sub/B.dwg, ");
+    project.write({{"sub/B.dwg", "DRAWING"}});
+    EXPECT_EQ(renames(), "");
+}
+
+TEST_F(WorkingTree, TakesNoCopyForARenaming) {
+    fs::copy(project / "b.dwg", project / "copy.dwg");
+    EXPECT_EQ(renames(), "");
+}
+
+TEST_F(WorkingTree, TakesNoEmptyFileForARenamedOne) {
+    fs::rename(project / "empty", project / "void");
+    EXPECT_EQ(renames(), "");
+}
+
+TEST_F(WorkingTree, GivesEachLostFileOneNewName) {
+    project.write({{"twin 1.txt", "twin"}, {"twin 2.txt", "twin"}});
+    project.commit("Twins");
+    fs::rename(project / "twin 2.txt", project / "x.txt");
+    fs::rename(project / "twin 1.txt", project / "y.txt");
+    fs::copy(project / "y.txt", project / "z.txt");
+    EXPECT_EQ(renames(), "twin 1.txt>x.txt, twin 2.txt>y.txt, ");
+}
+
+TEST_F(WorkingTree, ListsLinksApart) {
+    fs::remove(project / "a.txt");
+    fs::create_symlink("sub/c.txt", project / "a.txt");
+    const WorkingChanges found = changes();
+    EXPECT_EQ(shown(found), "a.txt removed, ");
+    EXPECT_EQ(found.links, (std::vector<OdString>{L"a.txt"}));
+}
+
+TEST_F(WorkingTree, DoesNotLookThroughALinkInPlaceOfAFolder) {
+    fs::rename(project / "sub", project.folder.path().string() + "-moved");
+    fs::create_directory_symlink(project.folder.path().string() + "-moved", project / "sub");
+    EXPECT_EQ(shown(changes()), "sub/c.txt removed, ");
+    fs::remove_all(project.folder.path().string() + "-moved");
+}
+
+TEST_F(WorkingTree, IsReadAgainWhereTheIndexSaysModified) {
+    const fs::file_time_type longAgo = fs::file_time_type::clock::now() - std::chrono::hours(24);
+    project.write({{"a.txt", "TEXT"}});
+    fs::last_write_time(project / "a.txt", longAgo);
+    EXPECT_EQ(shown(changes()), "a.txt modified, ");
+    EXPECT_EQ(shown(changes()), "a.txt modified, ");
+    // As if a commit had kept it, and not come to write the state.
+    project.write({{"a.txt", "text"}});
+    fs::last_write_time(project / "a.txt", longAgo);
+    EXPECT_EQ(shown(changes()), "");
+}
+
+TEST_F(WorkingTree, RemembersWhatItReadOnlyWithTheLock) {
+    fs::last_write_time(project / "a.txt", fs::file_time_type::clock::now());
+    const std::unique_ptr<Workspace> holder = project.open();
+    const std::string before = qrv_test::readFile(project / ".qrv/qrv.state");
+    {
+        const auto looker = *Workspace::open(project.folder.path(), Workspace::Use::look);
+        EXPECT_FALSE(looker->mayChange());
+        EXPECT_TRUE(findChanges(*looker)->isEmpty());
+    }
+    EXPECT_EQ(qrv_test::readFile(project / ".qrv/qrv.state"), before);
+}
+
+}  // namespace
