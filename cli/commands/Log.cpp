@@ -2,12 +2,12 @@
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/commands/ReferenceList.h>
-#include <cli/diff/PathHistory.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/text/CommitText.h>
 #include <common/history/HistoryItem.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/diff/PathHistory.h>
 #include <engine/history/CommitName.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/Workspace.h>

@@ -2,12 +2,12 @@
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/commands/ReferenceList.h>
-#include <cli/diff/DifferenceText.h>
-#include <cli/diff/Differences.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/text/CommitText.h>
+#include <cli/text/DifferenceText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/diff/Differences.h>
 #include <engine/history/CommitName.h>
 #include <engine/storage/StorageMessages.h>
 #include <engine/worktree/PathArgument.h>

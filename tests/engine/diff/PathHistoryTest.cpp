@@ -1,4 +1,4 @@
-#include <cli/diff/PathHistory.h>
+#include <engine/diff/PathHistory.h>
 #include <tests/engine/history/Repository.h>
 
 #include <gtest/gtest.h>

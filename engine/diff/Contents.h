@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/diff/Snapshot.h>
 #include <common/base/Expected.h>
+#include <engine/diff/Snapshot.h>
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cli/diff/Differences.h>
+#include <engine/diff/Differences.h>
 #include <platform/kernel/OdString.h>
 
 #include <functional>

@@ -1,4 +1,4 @@
-#include <cli/diff/LineDiff.h>
+#include <engine/diff/LineDiff.h>
 #include <tests/support/Effort.h>
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cli/diff/Lines.h>
+#include <engine/diff/Lines.h>
 
 #include <cstddef>
 #include <vector>

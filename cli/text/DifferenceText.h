@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cli/diff/Differences.h>
 #include <common/json/Value.h>
+#include <engine/diff/Differences.h>
 #include <platform/kernel/OdString.h>
 
 #include <vector>

@@ -1,4 +1,4 @@
-#include <cli/diff/Differences.h>
+#include <engine/diff/Differences.h>
 
 #include <algorithm>
 #include <utility>

@@ -1,4 +1,4 @@
-#include <cli/diff/DifferenceText.h>
+#include <cli/text/DifferenceText.h>
 #include <common/json/Writer.h>
 #include <tests/engine/history/Repository.h>
 

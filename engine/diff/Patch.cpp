@@ -1,6 +1,6 @@
-#include <cli/diff/LineDiff.h>
-#include <cli/diff/Lines.h>
-#include <cli/diff/Patch.h>
+#include <engine/diff/LineDiff.h>
+#include <engine/diff/Lines.h>
+#include <engine/diff/Patch.h>
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include <cli/diff/Contents.h>
+#include <engine/diff/Contents.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

@@ -1,5 +1,5 @@
-#include <cli/diff/EditSearchInternal.h>
-#include <cli/diff/LineDiff.h>
+#include <engine/diff/EditSearchInternal.h>
+#include <engine/diff/LineDiff.h>
 
 #include <algorithm>
 #include <functional>

@@ -1,4 +1,4 @@
-#include <cli/diff/Lines.h>
+#include <engine/diff/Lines.h>
 
 #include <gmock/gmock.h>
 

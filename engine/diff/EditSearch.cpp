@@ -1,4 +1,4 @@
-#include <cli/diff/EditSearchInternal.h>
+#include <engine/diff/EditSearchInternal.h>
 
 #include <algorithm>
 #include <cstdlib>

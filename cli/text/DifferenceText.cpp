@@ -1,4 +1,4 @@
-#include <cli/diff/DifferenceText.h>
+#include <cli/text/DifferenceText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 

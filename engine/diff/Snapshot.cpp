@@ -1,4 +1,4 @@
-#include <cli/diff/Snapshot.h>
+#include <engine/diff/Snapshot.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <engine/worktree/WorkingFile.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cli/diff/Snapshot.h>
+#include <engine/diff/Snapshot.h>
 #include <engine/history/Commit.h>
 #include <platform/kernel/OdString.h>
 

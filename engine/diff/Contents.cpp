@@ -1,7 +1,7 @@
-#include <cli/diff/Contents.h>
-#include <cli/diff/Lines.h>
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Translation.h>
+#include <engine/diff/Contents.h>
+#include <engine/diff/Lines.h>
 #include <engine/storage/StorageMessages.h>
 
 #include <algorithm>

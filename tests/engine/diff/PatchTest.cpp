@@ -1,4 +1,4 @@
-#include <cli/diff/Patch.h>
+#include <engine/diff/Patch.h>
 
 #include <gtest/gtest.h>
 

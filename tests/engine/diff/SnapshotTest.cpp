@@ -1,5 +1,5 @@
-#include <cli/diff/Snapshot.h>
 #include <engine/base/Digest.h>
+#include <engine/diff/Snapshot.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

@@ -1,4 +1,4 @@
-#include <cli/diff/PathHistory.h>
+#include <engine/diff/PathHistory.h>
 #include <engine/worktree/PathArgument.h>
 
 #include <algorithm>
