@@ -4,13 +4,13 @@
 #include <cli/Output.h>
 #include <cli/Repository.h>
 #include <cli/commands/Commands.h>
-#include <cli/maintenance/IgnoreRules.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
 #include <common/json/Value.h>
 #include <common/worktree/VisitRepoFiles.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/maintenance/IgnoreRules.h>
 
 #include <memory>
 #include <string>

@@ -2,12 +2,12 @@
 #include <cli/LogEntry.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
-#include <cli/maintenance/Collection.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
 #include <cli/terminal/Progress.h>
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>
+#include <engine/maintenance/Collection.h>
 #include <engine/worktree/Workspace.h>
 
 #include <memory>

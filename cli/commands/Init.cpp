@@ -7,12 +7,12 @@
 #include <cli/SharedMode.h>
 #include <cli/Trust.h>
 #include <cli/commands/Commands.h>
-#include <cli/maintenance/IgnoreRules.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
 #include <common/worktree/RepoIgnore.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/maintenance/IgnoreRules.h>
 #include <platform/ut/FileName.h>
 
 #include <algorithm>

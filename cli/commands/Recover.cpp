@@ -2,12 +2,12 @@
 #include <cli/LogEntry.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
-#include <cli/maintenance/HistoryRebuild.h>
 #include <cli/shell/ArgumentParser.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/Plan.h>
+#include <engine/maintenance/HistoryRebuild.h>
 #include <engine/worktree/Interruption.h>
 #include <engine/worktree/Workspace.h>
 

@@ -2,11 +2,11 @@
 #include <cli/Output.h>
 #include <cli/Repository.h>
 #include <cli/commands/Commands.h>
-#include <cli/maintenance/Verification.h>
 #include <cli/shell/ArgumentParser.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/maintenance/Verification.h>
 
 #include <memory>
 #include <string>

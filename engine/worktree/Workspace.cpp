@@ -1,12 +1,12 @@
 #include <cli/MetadataCheck.h>
 #include <cli/RunningCommand.h>
-#include <cli/maintenance/HistoryRebuild.h>
-#include <cli/maintenance/HistoryTraces.h>
 #include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/Plan.h>
+#include <engine/maintenance/HistoryRebuild.h>
+#include <engine/maintenance/HistoryTraces.h>
 #include <engine/worktree/Interruption.h>
 #include <engine/worktree/KeptBaseline.h>
 #include <engine/worktree/TreeScan.h>

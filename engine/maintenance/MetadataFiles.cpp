@@ -1,5 +1,5 @@
-#include <cli/maintenance/MetadataFiles.h>
 #include <engine/base/Translation.h>
+#include <engine/maintenance/MetadataFiles.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <engine/worktree/Workspace.h>
 

@@ -1,6 +1,6 @@
-#include <cli/maintenance/IgnoreRules.h>
 #include <common/worktree/CollectFiles.h>
 #include <common/worktree/RepoIgnore.h>
+#include <engine/maintenance/IgnoreRules.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

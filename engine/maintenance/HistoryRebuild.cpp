@@ -1,6 +1,4 @@
 #include <cli/Repository.h>
-#include <cli/maintenance/HistoryRebuild.h>
-#include <cli/maintenance/NamedVersions.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/History.h>
@@ -8,6 +6,8 @@
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/RowsInternal.h>
 #include <engine/history/SumsInternal.h>
+#include <engine/maintenance/HistoryRebuild.h>
+#include <engine/maintenance/NamedVersions.h>
 #include <engine/storage/Storages.h>
 #include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/Workspace.h>

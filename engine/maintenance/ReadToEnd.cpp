@@ -1,4 +1,4 @@
-#include <cli/maintenance/ReadToEnd.h>
+#include <engine/maintenance/ReadToEnd.h>
 #include <engine/storage/CopyBuffer.h>
 
 #include <cstddef>

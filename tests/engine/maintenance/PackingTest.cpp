@@ -1,6 +1,6 @@
-#include <cli/maintenance/MetadataFiles.h>
-#include <cli/maintenance/Packing.h>
 #include <engine/base/Digest.h>
+#include <engine/maintenance/MetadataFiles.h>
+#include <engine/maintenance/Packing.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <engine/storage/PackFile.h>
 #include <engine/worktree/Workspace.h>

@@ -1,10 +1,4 @@
 #include <cli/Repository.h>
-#include <cli/maintenance/HistoryTraces.h>
-#include <cli/maintenance/MetadataFiles.h>
-#include <cli/maintenance/NamedVersions.h>
-#include <cli/maintenance/ReadToEnd.h>
-#include <cli/maintenance/StateCheck.h>
-#include <cli/maintenance/Verification.h>
 #include <cli/terminal/Progress.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -12,6 +6,12 @@
 #include <engine/history/HistoryCheck.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/Plan.h>
+#include <engine/maintenance/HistoryTraces.h>
+#include <engine/maintenance/MetadataFiles.h>
+#include <engine/maintenance/NamedVersions.h>
+#include <engine/maintenance/ReadToEnd.h>
+#include <engine/maintenance/StateCheck.h>
+#include <engine/maintenance/Verification.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/PackFile.h>

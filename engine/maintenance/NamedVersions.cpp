@@ -1,5 +1,5 @@
-#include <cli/maintenance/NamedVersions.h>
 #include <engine/history/Plan.h>
+#include <engine/maintenance/NamedVersions.h>
 
 #include <optional>
 

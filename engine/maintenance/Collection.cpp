@@ -1,10 +1,10 @@
-#include <cli/maintenance/Collection.h>
-#include <cli/maintenance/MetadataFiles.h>
-#include <cli/maintenance/NamedVersions.h>
-#include <cli/maintenance/Packing.h>
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryCheck.h>
 #include <engine/history/HistoryRecords.h>
+#include <engine/maintenance/Collection.h>
+#include <engine/maintenance/MetadataFiles.h>
+#include <engine/maintenance/NamedVersions.h>
+#include <engine/maintenance/Packing.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <engine/storage/Age.h>
 #include <engine/storage/PackFile.h>

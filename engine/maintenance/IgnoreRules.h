@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cli/maintenance/BoundedExpression.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <common/worktree/IgnoreLine.h>
+#include <engine/maintenance/BoundedExpression.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>

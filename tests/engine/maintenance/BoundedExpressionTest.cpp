@@ -1,4 +1,4 @@
-#include <cli/maintenance/BoundedExpression.h>
+#include <engine/maintenance/BoundedExpression.h>
 
 #include <gtest/gtest.h>
 

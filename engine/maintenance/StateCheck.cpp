@@ -1,7 +1,7 @@
-#include <cli/maintenance/StateCheck.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/ReferenceName.h>
+#include <engine/maintenance/StateCheck.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/paths/StorageUrlCheck.h>
 

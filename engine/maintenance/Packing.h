@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cli/maintenance/MetadataFiles.h>
+#include <engine/maintenance/MetadataFiles.h>
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 

@@ -1,8 +1,8 @@
-#include <cli/maintenance/NamedVersions.h>
-#include <cli/maintenance/Packing.h>
-#include <cli/maintenance/ReadToEnd.h>
 #include <cli/terminal/Progress.h>
 #include <engine/base/Translation.h>
+#include <engine/maintenance/NamedVersions.h>
+#include <engine/maintenance/Packing.h>
+#include <engine/maintenance/ReadToEnd.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <engine/storage/PackFile.h>
 #include <engine/storage/StorageMessages.h>
