@@ -1,8 +1,8 @@
 #include <cli/ProjectRegistry.h>
-#include <cli/Repository.h>
 #include <common/config/Config.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/Repository.h>
 
 #include <QByteArray>
 #include <filesystem>

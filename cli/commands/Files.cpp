@@ -1,8 +1,6 @@
 #include <cli/JsonOutput.h>
-#include <cli/MetadataCheck.h>
 #include <cli/Names.h>
 #include <cli/Output.h>
-#include <cli/Repository.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
@@ -11,6 +9,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/IgnoreRules.h>
+#include <engine/repository/MetadataCheck.h>
+#include <engine/repository/Repository.h>
 
 #include <memory>
 #include <string>

@@ -1,5 +1,4 @@
 #include <cli/JsonOutput.h>
-#include <cli/LogEntry.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
@@ -8,6 +7,7 @@
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/Collection.h>
+#include <engine/repository/LogEntry.h>
 #include <engine/worktree/Workspace.h>
 
 #include <memory>

@@ -1,6 +1,5 @@
 #include <cli/JsonOutput.h>
 #include <cli/Output.h>
-#include <cli/Repository.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
@@ -8,6 +7,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/IgnoreRules.h>
+#include <engine/repository/Repository.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/Workspace.h>
 

@@ -1,11 +1,6 @@
 #include <cli/JsonOutput.h>
-#include <cli/MetadataCheck.h>
 #include <cli/Output.h>
-#include <cli/ProjectName.h>
 #include <cli/ProjectRegistry.h>
-#include <cli/Repository.h>
-#include <cli/SharedMode.h>
-#include <cli/Trust.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
@@ -13,6 +8,11 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/IgnoreRules.h>
+#include <engine/repository/MetadataCheck.h>
+#include <engine/repository/ProjectName.h>
+#include <engine/repository/Repository.h>
+#include <engine/repository/SharedMode.h>
+#include <engine/repository/Trust.h>
 #include <platform/ut/FileName.h>
 
 #include <algorithm>

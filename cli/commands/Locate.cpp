@@ -1,12 +1,12 @@
 #include <cli/JsonOutput.h>
 #include <cli/Output.h>
-#include <cli/Repository.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <common/json/Value.h>
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/Repository.h>
 
 #include <memory>
 #include <string>

@@ -1,11 +1,11 @@
-#include <cli/LogEntry.h>
 #include <cli/Output.h>
-#include <cli/Repository.h>
-#include <cli/SharedMode.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/LogEntry.h>
+#include <engine/repository/Repository.h>
+#include <engine/repository/SharedMode.h>
 
 #include <memory>
 #include <string>

@@ -1,15 +1,15 @@
 #include <cli/JsonOutput.h>
-#include <cli/MetadataCheck.h>
 #include <cli/Output.h>
-#include <cli/ProjectName.h>
 #include <cli/ProjectRegistry.h>
-#include <cli/Repository.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/terminal/Message.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/MetadataCheck.h>
+#include <engine/repository/ProjectName.h>
+#include <engine/repository/Repository.h>
 
 #include <memory>
 #include <optional>

@@ -1,5 +1,4 @@
 #include <cli/JsonOutput.h>
-#include <cli/LogEntry.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
@@ -8,6 +7,7 @@
 #include <engine/base/Translation.h>
 #include <engine/history/Plan.h>
 #include <engine/maintenance/HistoryRebuild.h>
+#include <engine/repository/LogEntry.h>
 #include <engine/worktree/Interruption.h>
 #include <engine/worktree/Workspace.h>
 

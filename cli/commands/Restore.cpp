@@ -1,5 +1,4 @@
 #include <cli/JsonOutput.h>
-#include <cli/LogEntry.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
@@ -8,6 +7,7 @@
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/paths/RelativePath.h>
+#include <engine/repository/LogEntry.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/Saving.h>

@@ -1,10 +1,10 @@
 #include <cli/JsonOutput.h>
-#include <cli/Repository.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/Repository.h>
 #include <platform/ut/ReadEntireFile.h>
 
 #include <memory>

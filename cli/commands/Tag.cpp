@@ -1,5 +1,4 @@
 #include <cli/JsonOutput.h>
-#include <cli/LogEntry.h>
 #include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/commands/ReferenceList.h>
@@ -10,6 +9,7 @@
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/history/ReferenceName.h>
+#include <engine/repository/LogEntry.h>
 #include <engine/worktree/Workspace.h>
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-#include <cli/Repository.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/History.h>
@@ -8,6 +7,7 @@
 #include <engine/history/SumsInternal.h>
 #include <engine/maintenance/HistoryRebuild.h>
 #include <engine/maintenance/NamedVersions.h>
+#include <engine/repository/Repository.h>
 #include <engine/storage/Storages.h>
 #include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/Workspace.h>

@@ -1,8 +1,8 @@
-#include <cli/Repository.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/HistoryTraces.h>
 #include <engine/maintenance/MetadataFiles.h>
+#include <engine/repository/Repository.h>
 
 #include <memory>
 #include <string>

@@ -1,4 +1,3 @@
-#include <cli/Repository.h>
 #include <cli/terminal/Progress.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -13,6 +12,7 @@
 #include <engine/maintenance/StateCheck.h>
 #include <engine/maintenance/Verification.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/repository/Repository.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/PackFile.h>
 #include <engine/storage/StorageMessages.h>

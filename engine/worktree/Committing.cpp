@@ -1,4 +1,3 @@
-#include <cli/LogEntry.h>
 #include <cli/terminal/Progress.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
@@ -6,6 +5,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/RelativePath.h>
+#include <engine/repository/LogEntry.h>
 #include <engine/worktree/Committing.h>
 #include <engine/worktree/Merging.h>
 #include <engine/worktree/Staging.h>

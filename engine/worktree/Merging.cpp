@@ -1,7 +1,7 @@
-#include <cli/LogEntry.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/LogEntry.h>
 #include <engine/worktree/Merging.h>
 #include <engine/worktree/PlanChecks.h>
 #include <engine/worktree/PlanExecution.h>

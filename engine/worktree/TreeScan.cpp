@@ -1,6 +1,6 @@
-#include <cli/MetadataCheck.h>
 #include <common/worktree/VisitRepoFiles.h>
 #include <engine/maintenance/IgnoreRules.h>
+#include <engine/repository/MetadataCheck.h>
 #include <engine/worktree/AsideName.h>
 #include <engine/worktree/TreeScan.h>
 #include <sys/TemporaryName.h>

@@ -1,4 +1,3 @@
-#include <cli/MetadataCheck.h>
 #include <cli/RunningCommand.h>
 #include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
@@ -7,6 +6,7 @@
 #include <engine/history/Plan.h>
 #include <engine/maintenance/HistoryRebuild.h>
 #include <engine/maintenance/HistoryTraces.h>
+#include <engine/repository/MetadataCheck.h>
 #include <engine/worktree/Interruption.h>
 #include <engine/worktree/KeptBaseline.h>
 #include <engine/worktree/TreeScan.h>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cli/Repository.h>
-#include <cli/SharedMode.h>
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <common/state/Cache.h>
 #include <engine/history/History.h>
 #include <engine/history/ReferenceRecord.h>
+#include <engine/repository/Repository.h>
+#include <engine/repository/SharedMode.h>
 #include <engine/storage/Storages.h>
 #include <engine/worktree/BaselineBytes.h>
 #include <sys/Folder.h>

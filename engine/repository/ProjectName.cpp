@@ -1,8 +1,8 @@
-#include <cli/ProjectName.h>
-#include <cli/SharedMode.h>
 #include <common/repository/PropertyProjectName.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/ProjectName.h>
+#include <engine/repository/SharedMode.h>
 #include <platform/qut/toQt.h>
 
 #include <QString>

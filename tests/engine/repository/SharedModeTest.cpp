@@ -1,4 +1,4 @@
-#include <cli/SharedMode.h>
+#include <engine/repository/SharedMode.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

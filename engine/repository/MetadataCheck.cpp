@@ -1,6 +1,6 @@
-#include <cli/MetadataCheck.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/MetadataCheck.h>
 
 #include <array>
 #include <optional>

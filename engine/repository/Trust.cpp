@@ -1,7 +1,7 @@
 #include <cli/Settings.h>
-#include <cli/Trust.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/Trust.h>
 #include <sys/User.h>
 
 #include <QByteArray>

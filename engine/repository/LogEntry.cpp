@@ -1,9 +1,9 @@
-#include <cli/LogEntry.h>
-#include <cli/MetadataCheck.h>
 #include <cli/terminal/Message.h>
 #include <common/repository/ActivityLog.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/LogEntry.h>
+#include <engine/repository/MetadataCheck.h>
 
 #include <cstdint>
 #include <string>

@@ -1,6 +1,6 @@
-#include <cli/StateDepth.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/StateDepth.h>
 #include <platform/kernel/OdError.h>
 #include <platform/ut/File.h>
 #include <platform/ut/ReadEntireFile.h>

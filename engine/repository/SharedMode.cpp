@@ -1,5 +1,5 @@
 #include <cli/Settings.h>
-#include <cli/SharedMode.h>
+#include <engine/repository/SharedMode.h>
 #include <sys/CreationMask.h>
 
 namespace qrv_cli {

@@ -1,9 +1,9 @@
-#include <cli/MetadataCheck.h>
-#include <cli/Repository.h>
-#include <cli/StateDepth.h>
-#include <cli/Trust.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/MetadataCheck.h>
+#include <engine/repository/Repository.h>
+#include <engine/repository/StateDepth.h>
+#include <engine/repository/Trust.h>
 
 #include <stdexcept>
 #include <system_error>
