@@ -1,8 +1,8 @@
-#include <cli/CommandLine.h>
-#include <cli/Failure.h>
-#include <cli/Output.h>
-#include <cli/Translations.h>
 #include <cli/commands/Commands.h>
+#include <cli/shell/CommandLine.h>
+#include <cli/shell/Failure.h>
+#include <cli/shell/Output.h>
+#include <cli/shell/Translations.h>
 #include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>

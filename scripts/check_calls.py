@@ -24,7 +24,7 @@ RULES = [
             "common/repository/ActivityLog.cpp": "the log is appended to, through Qt by agreement",
             "engine/maintenance/HistoryRebuild.cpp": "puts a damaged database aside, beneath the root's handle",
             "engine/worktree/FileStep.cpp": "a NewFile takes the place of a file that was looked at",
-            "cli/Output.cpp": "occupies closed standard streams, with /dev/null",
+            "cli/shell/Output.cpp": "occupies closed standard streams, with /dev/null",
         },
     ),
     (

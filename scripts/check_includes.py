@@ -85,7 +85,7 @@ LIBRARIES = [
     (r"wx/\w+\.h", ("common/base", "engine", "cli")),
     (r"openssl/\w+\.h", ("common/worktree", "engine")),
     # Each source that includes it takes ten seconds more to compile.
-    (r"CLI/\w+\.hpp", ("cli/CommandLine.cpp", "cli/shell")),
+    (r"CLI/\w+\.hpp", ("cli/shell/CommandLine.cpp", "cli/shell")),
     (r"sqlite3\.h", ("engine", "cli")),
     (r"zstd\.h", ("engine", "cli")),
 ]

@@ -1,9 +1,9 @@
-#include <cli/Author.h>
-#include <cli/JsonOutput.h>
-#include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/JsonOutput.h>
+#include <cli/shell/Output.h>
 #include <cli/text/CommitText.h>
+#include <cli/user/Author.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/Committing.h>

@@ -1,8 +1,8 @@
-#include <cli/CommandLine.h>
-#include <cli/Completion.h>
-#include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/CommandLine.h>
+#include <cli/shell/Completion.h>
+#include <cli/shell/Output.h>
 #include <engine/base/Translation.h>
 
 #include <memory>

@@ -1,8 +1,8 @@
-#include <cli/JsonOutput.h>
-#include <cli/Output.h>
-#include <cli/Settings.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/JsonOutput.h>
+#include <cli/shell/Output.h>
+#include <cli/user/Settings.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>

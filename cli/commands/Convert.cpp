@@ -1,7 +1,7 @@
-#include <cli/JsonOutput.h>
-#include <cli/ServerRecords.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/JsonOutput.h>
+#include <cli/text/ServerRecords.h>
 #include <common/json/JsonParseError.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>

@@ -1,9 +1,9 @@
-#include <cli/JsonOutput.h>
-#include <cli/Output.h>
-#include <cli/ProjectRegistry.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/JsonOutput.h>
+#include <cli/shell/Output.h>
 #include <cli/terminal/Message.h>
+#include <cli/user/ProjectRegistry.h>
 #include <common/worktree/RepoIgnore.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>

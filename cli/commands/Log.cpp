@@ -1,8 +1,8 @@
-#include <cli/JsonOutput.h>
-#include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/commands/ReferenceList.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/JsonOutput.h>
+#include <cli/shell/Output.h>
 #include <cli/text/CommitText.h>
 #include <common/history/HistoryItem.h>
 #include <engine/base/Printable.h>

@@ -1,6 +1,6 @@
-#include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/Output.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/LogEntry.h>

@@ -1,6 +1,6 @@
-#include <cli/JsonOutput.h>
-#include <cli/Output.h>
 #include <cli/commands/ReferenceList.h>
+#include <cli/shell/JsonOutput.h>
+#include <cli/shell/Output.h>
 #include <cli/text/CommitText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>

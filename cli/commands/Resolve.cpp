@@ -1,7 +1,7 @@
-#include <cli/JsonOutput.h>
-#include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/JsonOutput.h>
+#include <cli/shell/Output.h>
 #include <cli/text/ConflictText.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Printable.h>

@@ -1,6 +1,6 @@
-#include <cli/JsonOutput.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/JsonOutput.h>
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>

@@ -1,13 +1,13 @@
-#include <cli/JsonOutput.h>
-#include <cli/Names.h>
-#include <cli/Output.h>
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/JsonOutput.h>
+#include <cli/shell/Output.h>
 #include <cli/terminal/Colour.h>
 #include <cli/terminal/Message.h>
 #include <cli/text/ChangeText.h>
 #include <cli/text/CommitText.h>
 #include <cli/text/ConflictText.h>
+#include <cli/text/Names.h>
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>

@@ -1,6 +1,6 @@
-#include <cli/Settings.h>
 #include <cli/terminal/Message.h>
 #include <cli/text/StagingWarnings.h>
+#include <cli/user/Settings.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/RelativePath.h>

@@ -1,4 +1,4 @@
-#include <cli/Settings.h>
+#include <cli/user/Settings.h>
 #include <engine/repository/SharedMode.h>
 #include <sys/CreationMask.h>
 

@@ -1,4 +1,4 @@
-#include <cli/Settings.h>
+#include <cli/user/Settings.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/Trust.h>

@@ -1,4 +1,4 @@
-#include <cli/RunningCommand.h>
+#include <cli/shell/RunningCommand.h>
 #include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>

@@ -1,4 +1,4 @@
-#include <cli/CompiledCatalogue.h>
+#include <cli/shell/CompiledCatalogue.h>
 #include <tests/support/Catalogue.h>
 #include <tests/support/Files.h>
 

@@ -1,4 +1,4 @@
-#include <cli/ProjectRegistry.h>
+#include <cli/user/ProjectRegistry.h>
 #include <common/config/Config.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>

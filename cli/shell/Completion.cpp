@@ -1,4 +1,4 @@
-#include <cli/Completion.h>
+#include <cli/shell/Completion.h>
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-#include <cli/JsonOutput.h>
-#include <cli/Output.h>
+#include <cli/shell/JsonOutput.h>
+#include <cli/shell/Output.h>
 #include <common/json/Writer.h>
 #include <engine/base/Printable.h>
 #include <platform/kernel/OdString.h>

@@ -1,5 +1,5 @@
-#include <cli/ProjectRegistry.h>
-#include <cli/Settings.h>
+#include <cli/user/ProjectRegistry.h>
+#include <cli/user/Settings.h>
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
 #include <common/json/Writer.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cli/CommandLine.h>
+#include <cli/shell/CommandLine.h>
 
 #include <string>
 #include <vector>

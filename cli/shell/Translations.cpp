@@ -1,5 +1,5 @@
-#include <cli/CompiledCatalogue.h>
-#include <cli/Translations.h>
+#include <cli/shell/CompiledCatalogue.h>
+#include <cli/shell/Translations.h>
 
 #include <wx/arrstr.h>
 #include <wx/init.h>

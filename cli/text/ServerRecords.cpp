@@ -1,4 +1,4 @@
-#include <cli/ServerRecords.h>
+#include <cli/text/ServerRecords.h>
 #include <common/json/JsonAccess.h>
 #include <common/json/Reader.h>
 #include <common/server/Annotation.h>

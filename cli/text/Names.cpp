@@ -1,4 +1,4 @@
-#include <cli/Names.h>
+#include <cli/text/Names.h>
 #include <engine/base/Printable.h>
 #include <sys/Terminal.h>
 

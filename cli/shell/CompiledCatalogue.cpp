@@ -1,4 +1,4 @@
-#include <cli/CompiledCatalogue.h>
+#include <cli/shell/CompiledCatalogue.h>
 
 #include <cstdint>
 #include <optional>

@@ -1,4 +1,4 @@
-#include <cli/Author.h>
+#include <cli/user/Author.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <platform/qut/toQt.h>

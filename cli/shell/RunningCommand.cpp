@@ -1,4 +1,4 @@
-#include <cli/RunningCommand.h>
+#include <cli/shell/RunningCommand.h>
 
 namespace qrv_cli {
 

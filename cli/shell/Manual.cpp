@@ -1,4 +1,4 @@
-#include <cli/Manual.h>
+#include <cli/shell/Manual.h>
 
 #include <algorithm>
 

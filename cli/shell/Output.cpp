@@ -1,4 +1,4 @@
-#include <cli/Output.h>
+#include <cli/shell/Output.h>
 
 #include <cerrno>
 #include <csignal>

@@ -1,6 +1,6 @@
-#include <cli/CommandLine.h>
-#include <cli/RunningCommand.h>
 #include <cli/shell/ArgumentParser.h>
+#include <cli/shell/CommandLine.h>
+#include <cli/shell/RunningCommand.h>
 #include <engine/base/Translation.h>
 
 #include <CLI/CLI.hpp>

@@ -1,5 +1,5 @@
-#include <cli/Failure.h>
-#include <cli/Output.h>
+#include <cli/shell/Failure.h>
+#include <cli/shell/Output.h>
 #include <cli/terminal/Message.h>
 #include <engine/base/Translation.h>
 
