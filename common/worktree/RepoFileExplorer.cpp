@@ -4,9 +4,10 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
+#include <numeric>
 #include <optional>
 #include <set>
+#include <tuple>
 #include <utility>
 
 namespace common {
@@ -36,11 +37,26 @@ struct RepoFileExplorer::Implementation {
     std::set<std::size_t> staged;
     std::vector<UnchangedFile> unchanged;
     RootPath root;
+    // Indices of candidates, ordered by these, for whoever stages thousands; made when the first
+    // is staged.
+    std::vector<std::size_t> byPathAndChange;
+
+    void orderCandidates() {
+        byPathAndChange.resize(candidates.size());
+        std::iota(byPathAndChange.begin(), byPathAndChange.end(), std::size_t{0});
+        std::sort(byPathAndChange.begin(), byPathAndChange.end(),
+                  [this](std::size_t one, std::size_t other) {
+                      const auto& first = candidates[one];
+                      const auto& second = candidates[other];
+                      return std::tie(first.path, first.change, one) <
+                             std::tie(second.path, second.change, other);
+                  });
+    }
 };
 
 RepoFileExplorer::RepoFileExplorer(const RepoChanges& changes, const RootPath& root)
-    : implementation_(
-          new Implementation{changes.changes, candidatesOf(changes), {}, changes.unchanged, root}) {
+    : implementation_(new Implementation{
+          changes.changes, candidatesOf(changes), {}, changes.unchanged, root, {}}) {
 }
 
 RepoFileExplorer::RepoFileExplorer(RepoFileExplorer&& other) noexcept = default;
@@ -85,11 +101,19 @@ OdString RepoFileExplorer::findUnchanged(const OdString& name) const {
 
 bool RepoFileExplorer::stage(const StagedFile& file) {
     const std::vector<StagedFile>& candidates = implementation_->candidates;
-    const auto candidate = std::find(candidates.begin(), candidates.end(), file);
-    if (candidate == candidates.end())
+    std::vector<std::size_t>& ordered = implementation_->byPathAndChange;
+    if (ordered.empty())
+        implementation_->orderCandidates();
+    // Of equal candidates the first.
+    const auto index = std::lower_bound(ordered.begin(), ordered.end(), file,
+                                        [&](std::size_t place, const StagedFile& sought) {
+                                            const StagedFile& candidate = candidates[place];
+                                            return std::tie(candidate.path, candidate.change) <
+                                                   std::tie(sought.path, sought.change);
+                                        });
+    if (index == ordered.end() || !(candidates[*index] == file))
         return false;
-    const auto index = static_cast<std::size_t>(std::distance(candidates.begin(), candidate));
-    return implementation_->staged.insert(index).second;
+    return implementation_->staged.insert(*index).second;
 }
 
 Expected<std::vector<StatusRef>> RepoFileExplorer::stagedFiles() const {
