@@ -163,7 +163,11 @@ std::int64_t firstUnrecordedCommit(History& history, const sys::Folder& root) {
     std::int64_t number = history.lastNumber();
     for (; number > 0; --number) {
         const std::optional<CommitEntry> entry = history.commitByNumber(number);
-        if (entry && root.status(recordPath(entry->hash)))
+        if (!entry)
+            continue;
+        // One that cannot be asked for may be there; whoever reads it is told.
+        const auto status = root.status(recordPath(entry->hash));
+        if (status || !sys::meansAbsent(status.error()))
             break;
     }
     return number + 1;

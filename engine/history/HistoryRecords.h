@@ -41,6 +41,7 @@ Expected<void> updateRecords(ReferenceRecord& record, std::int64_t firstNumber,
 
 /// The number of the first of the newest commits that are not recorded: one behind the last when
 /// all are. A process that is killed between adding a commit and recording it leaves such.
+/// A record that cannot be asked for counts as one.
 std::int64_t firstUnrecordedCommit(History& history, const sys::Folder& root);
 
 /// The hashes of the commits that are recorded.
