@@ -35,6 +35,13 @@ function(qrv_compile_quickly target)
     endif()
 endfunction()
 
+# Many small sources spend a third of their compile time in the same headers of the standard library. They still include
+# what they use: the presets release and tidy compile each source without what is precompiled here.
+function(qrv_precompile target)
+    target_precompile_headers(${target} PRIVATE
+        <algorithm> <filesystem> <functional> <map> <memory> <optional> <sstream> <string> <utility> <vector>)
+endfunction()
+
 # A shared library of ours: its headers are included from the project's root and are installed
 # below include/qrv in the same layout.
 function(qrv_configure_library target)
