@@ -1,5 +1,8 @@
 #include <engine/base/Printable.h>
 
+#include <algorithm>
+#include <string>
+
 namespace qrv_cli {
 
 namespace {
@@ -59,6 +62,13 @@ void forEachCharacter(const OdString& text, Add add) {
     }
 }
 
+/// Most names are, and lists have thousands of them.
+bool isPrintableAscii(const OdString& name) {
+    const std::wstring& units = name.toWide();
+    return std::all_of(units.begin(), units.end(),
+                       [](wchar_t unit) { return unit >= 0x20 && unit < 0x7F; });
+}
+
 OdString escape(wchar_t unit) {
     static constexpr wchar_t digits[] = L"0123456789ABCDEF";
     const bool isByte = unit < 0x80 || standsForByte(unit);
@@ -71,6 +81,8 @@ OdString escape(wchar_t unit) {
 }  // namespace
 
 OdString printable(const OdString& name) {
+    if (isPrintableAscii(name))
+        return name;
     OdString safe;
     forEachCharacter(name, [&](int index, bool isPair) {
         const wchar_t unit = name[index];
