@@ -140,11 +140,12 @@ std::vector<FileDelta> headDeltas(const Tree& before, const Tree& after) {
 
 void moveHeadFiles(Workspace& workspace, const Plan& plan) {
     History& history = workspace.history();
-    history.changeHeadFiles(headDeltas(history.headFiles(), history.tree(plan.commit)));
+    Tree files = history.tree(plan.commit);
+    history.changeHeadFiles(headDeltas(workspace.headFiles(), files));
     history.setNote(headNote, plan.commit);
     if (!plan.commit.isEmpty())
         history.setReference(plan.branch, common::RefType::Branch, plan.commit);
-    workspace.forgetHeadFiles();
+    workspace.setHeadFiles(std::move(files));
 }
 
 /// The library notes the time that a file has now. When that is not the one with which the file was

@@ -16,6 +16,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace qrv_cli {
 
@@ -91,6 +92,8 @@ public:
     const Tree& headFiles();
     /// Makes `headFiles` read them again.
     void forgetHeadFiles() { headFiles_.reset(); }
+    /// Tells `headFiles` what a change has made of them.
+    void setHeadFiles(Tree files) { headFiles_ = std::move(files); }
 
     /// The scan that was begun when the workspace was opened, or a new one. It must end before the
     /// workspace.
