@@ -9,6 +9,8 @@
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/Clock.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -141,6 +143,20 @@ Expected<void> checkNotOlder(const ReferenceRecord& record, History& history) {
         last.after.isEmpty() ? OdString(L"-") : shortHash(last.after), timeText(last.timeSeconds))};
 }
 
+Expected<ReferenceRecord> checkedRecord(History& history, const sys::Folder& root) {
+    std::optional<ReferenceRecord> end =
+        ReferenceRecord::readEnd(root, generationOf(history.database()), referencesOf(history));
+    if (end)
+        return std::move(*end);
+    // Read before the history is asked once more: another process writes them the other way round.
+    Expected<ReferenceRecord> record = ReferenceRecord::read(root);
+    if (!record)
+        return record;
+    if (Expected<void> notOlder = checkNotOlder(*record, history); !notOlder)
+        return notOlder.error();
+    return record;
+}
+
 Expected<void> updateRecords(ReferenceRecord& record, std::int64_t firstNumber,
                              const std::string& command, History& history,
                              const sys::Folder& root) {
@@ -151,11 +167,15 @@ Expected<void> updateRecords(ReferenceRecord& record, std::int64_t firstNumber,
         return recorded;
     if (moves.empty())
         return {};
+    // Only the last line has the generation of the history, so that a record that ends before it is
+    // known to be behind.
+    const std::int64_t generation = generationOf(history.database());
     for (RecordedMove& move : moves) {
-        move.generation = generationOf(history.database());
+        move.generation = std::max<std::int64_t>(generation - 1, 0);
         move.timeSeconds = kernel::now() / millisecondsPerSecond;
         move.command = command;
     }
+    moves.back().generation = generation;
     return record.append(moves, root);
 }
 

@@ -34,6 +34,10 @@ RecordState stateOf(const ReferenceRecord& record, History& history);
 /// change.
 Expected<void> checkNotOlder(const ReferenceRecord& record, History& history);
 
+/// The record beside the history, of which no more than the end is read as long as that leads where
+/// the references of the history point. Fails when it cannot be read, and like `checkNotOlder`.
+Expected<ReferenceRecord> checkedRecord(History& history, const sys::Folder& root);
+
 /// Records what the history has and the records lack: commits from number `firstNumber` on, then
 /// the references. Everything is on the disk when this returns. May throw `DatabaseError`.
 Expected<void> updateRecords(ReferenceRecord& record, std::int64_t firstNumber,

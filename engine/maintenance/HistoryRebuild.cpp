@@ -143,7 +143,7 @@ private:
 
     void mend(History& history, const ReferenceRecord& record) {
         if (record.damagedLine() > 0 && history.lastNumber() == 0)
-            addProblem(OdString::format(tr(L"'%ls' is damaged from line %i on"),
+            addProblem(OdString::format(tr(L"'%ls' is damaged in line %i"),
                                         OdString(referenceRecordPath), record.damagedLine()));
         DatabaseTransaction transaction(history.database());
         const bool isOlder = isBehind(history, record);

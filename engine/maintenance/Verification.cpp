@@ -169,7 +169,7 @@ private:
         if (!record)
             return addProblem(record.error().message);
         if (record->damagedLine() > 0)
-            addProblem(OdString::format(tr(L"'%ls' is damaged from line %i on"),
+            addProblem(OdString::format(tr(L"'%ls' is damaged in line %i"),
                                         OdString(referenceRecordPath), record->damagedLine()));
         if (const Expected<void> notOlder = checkNotOlder(*record, history); !notOlder)
             addProblem(notOlder.error().message);

@@ -59,11 +59,9 @@ Database::Access accessFor(Workspace::Use use) {
 
 /// A look shows what there is, and tells that it is not all.
 void tellOlderHistory(History& history, const sys::Folder& root) try {
-    const Expected<ReferenceRecord> record = ReferenceRecord::read(root);
-    const Expected<void> notOlder =
-        record ? checkNotOlder(*record, history) : Expected<void>(record.error());
-    if (!notOlder)
-        printMessage(notOlder.error().message);
+    const Expected<ReferenceRecord> record = checkedRecord(history, root);
+    if (!record)
+        printMessage(record.error().message);
 } catch (const DatabaseError&) {
     // Told by what asks for a reference, and of no concern to the rest.
     return;
@@ -162,11 +160,9 @@ Workspace::~Workspace() {
 }
 
 Expected<void> Workspace::readRecord() {
-    Expected<ReferenceRecord> record = ReferenceRecord::read(folder_);
+    Expected<ReferenceRecord> record = checkedRecord(history_, folder_);
     if (!record)
         return record.error();
-    if (Expected<void> notOlder = checkNotOlder(*record, history_); !notOlder)
-        return notOlder;
     if (stateOf(*record, history_) == RecordState::same)
         firstUnrecorded_ = firstUnrecordedCommit(history_, folder_);
     record_ = std::move(*record);

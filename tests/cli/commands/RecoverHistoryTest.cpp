@@ -173,8 +173,7 @@ TEST_F(LostAndRebuilt, RecordsThatAreDamagedAreFound) {
     writeFile(commit, "x");
     EXPECT_THAT(project.qrv({"verify"}).output, HasSubstr("The record of commit "));
     writeFile(project / ".qrv/references", readFile(project / ".qrv/references") + "x\n");
-    EXPECT_THAT(project.qrv({"verify"}).output,
-                HasSubstr("'.qrv/references' is damaged from line"));
+    EXPECT_THAT(project.qrv({"verify"}).output, HasSubstr("'.qrv/references' is damaged in line"));
     project.run({"recover", "--history"});
     EXPECT_EQ(project.qrv({"verify"}).status, 0) << project.qrv({"verify"});
 }
