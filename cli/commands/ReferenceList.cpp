@@ -4,6 +4,7 @@
 #include <cli/text/CommitText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/ShortForms.h>
 
 #include <utility>
 

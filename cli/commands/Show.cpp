@@ -9,6 +9,7 @@
 #include <engine/base/Translation.h>
 #include <engine/diff/Differences.h>
 #include <engine/history/CommitName.h>
+#include <engine/history/ShortForms.h>
 #include <engine/storage/StorageMessages.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/Workspace.h>

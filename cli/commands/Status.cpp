@@ -11,6 +11,7 @@
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/history/ShortForms.h>
 #include <engine/worktree/Merging.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/WorkingChanges.h>

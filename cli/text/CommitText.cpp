@@ -7,13 +7,11 @@ namespace qrv_cli {
 
 namespace {
 
-constexpr int digitsOfShortHash = 10;
-constexpr std::int64_t millisecondsPerSecond = 1000;
-
-OdString formatted(std::int64_t seconds, const wchar_t* format) {
+OdString isoTime(std::int64_t seconds) {
+    constexpr std::int64_t millisecondsPerSecond = 1000;
     OdTimeStamp time(OdTimeStamp::kInitZero);
     time.setPackedValue(seconds * millisecondsPerSecond);
-    return time.strftime(format);
+    return time.strftime(L"%Y-%m-%dT%H:%M:%SZ");
 }
 
 }  // namespace
@@ -21,14 +19,6 @@ OdString formatted(std::int64_t seconds, const wchar_t* format) {
 OdString titleOf(const CommitEntry& commit) {
     const int end = commit.message.find(L'\n');
     return end < 0 ? commit.message : commit.message.left(end);
-}
-
-OdString shortHash(const OdString& hash) {
-    return hash.left(digitsOfShortHash);
-}
-
-OdString timeText(std::int64_t seconds) {
-    return formatted(seconds, L"%Y-%m-%d %H:%M:%S UTC");
 }
 
 jsonlib::json::Object toJson(const CommitEntry& commit) {
@@ -41,7 +31,7 @@ jsonlib::json::Object toJson(const CommitEntry& commit) {
     object[L"parents"] = std::move(parents);
     object[L"author"] = commit.author.toWide();
     object[L"message"] = commit.message.toWide();
-    object[L"time"] = formatted(commit.timeSeconds, L"%Y-%m-%dT%H:%M:%SZ").toWide();
+    object[L"time"] = isoTime(commit.timeSeconds).toWide();
     return object;
 }
 

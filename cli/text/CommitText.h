@@ -9,12 +9,6 @@ namespace qrv_cli {
 /// The first line of the message.
 OdString titleOf(const CommitEntry& commit);
 
-/// The first digits of the hash: enough for a person, and for `findCommit` in most repositories.
-OdString shortHash(const OdString& hash);
-
-/// "2024-03-05 14:07:09 UTC".
-OdString timeText(std::int64_t seconds);
-
 /// An object with "number", "hash", "parents", "author", "message" and "time", the latter as
 /// "2024-03-05T14:07:09Z".
 jsonlib::json::Object toJson(const CommitEntry& commit);

@@ -1,10 +1,10 @@
-#include <cli/text/CommitText.h>
 #include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitRecord.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/RowsInternal.h>
+#include <engine/history/ShortForms.h>
 #include <engine/history/SumsInternal.h>
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/Clock.h>
