@@ -50,7 +50,7 @@ EDGES = {
 }
 
 # These see everything public of common and platform; the tests also what they test of the program.
-USERS = {"cli": ("engine",), "engine": ("cli",), "tests": ("cli", "engine"), "bench": ("cli", "engine"),
+USERS = {"cli": ("engine",), "engine": (), "tests": ("cli", "engine"), "bench": ("cli", "engine"),
          "fuzz": ("cli", "engine")}
 
 # These belong to the program, which a host's own platform does not replace: folder -> who includes them.

@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Message.h>
 #include <cli/text/ChangeText.h>
 #include <cli/text/StagingWarnings.h>
@@ -135,7 +136,7 @@ void print(const std::vector<StagedFile>& files, bool asJson, Output& output) {
 
 Expected<void> add(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, Workspace::Scan::ahead);
+        Workspace::open(".", Workspace::Use::change, person(), Workspace::Scan::ahead);
     if (!workspace)
         return workspace.error();
     const Expected<WorkingChanges> changes = findChanges(**workspace);

@@ -3,6 +3,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/CommitText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
@@ -88,7 +89,7 @@ void writeNames(Workspace& workspace, Output& output) {
 
 Expected<void> list(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look);
+        Workspace::open(".", Workspace::Use::look, person());
     if (!workspace)
         return workspace.error();
     if (arguments.asJson)
@@ -112,7 +113,7 @@ Expected<CommitEntry> make(Workspace& workspace, const OdString& name, const std
     if (!commit)
         return commit.error();
     history.setReference(name, RefType::Branch, *commit);
-    logEvent(L"branch " + quotedName(name), workspace.root(), workspace.folder());
+    logEvent(L"branch " + quotedName(name), workspace.root(), workspace.folder(), person());
     return history.commit(*commit).value();
 }
 
@@ -146,13 +147,14 @@ Expected<CommitEntry> remove(Workspace& workspace, const OdString& name, bool fo
                L"same)"),
             printable(name))};
     history.removeReference(name, RefType::Branch);
-    logEvent(L"deleted the branch " + quotedName(name), workspace.root(), workspace.folder());
+    logEvent(L"deleted the branch " + quotedName(name), workspace.root(), workspace.folder(),
+             person());
     return history.commit(*commit).value();
 }
 
 Expected<void> change(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", Workspace::Use::change, person());
     if (!workspace)
         return workspace.error();
     const OdString name =

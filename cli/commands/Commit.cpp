@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/CommitText.h>
 #include <cli/user/Author.h>
 #include <engine/base/Printable.h>
@@ -46,7 +47,7 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     if (text.message.isEmpty())
         return ErrorMessage{tr(L"A commit needs a message that says what was done")};
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, Workspace::Scan::ahead);
+        Workspace::open(".", Workspace::Use::change, person(), Workspace::Scan::ahead);
     if (!workspace)
         return workspace.error();
     const Expected<WorkingChanges> changes = findChanges(**workspace);

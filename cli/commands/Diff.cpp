@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Colour.h>
 #include <cli/terminal/Message.h>
 #include <cli/text/DifferenceText.h>
@@ -191,7 +192,7 @@ Expected<void> write(Workspace& workspace, const std::vector<Difference>& differ
 
 Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look);
+        Workspace::open(".", Workspace::Use::look, person());
     if (!workspace)
         return workspace.error();
     const Expected<std::vector<Difference>> differences = findDifferences(**workspace, arguments);

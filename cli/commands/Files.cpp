@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Message.h>
 #include <cli/text/Names.h>
 #include <common/json/Value.h>
@@ -44,7 +45,7 @@ void writePathsAsJson(const std::vector<OdString>& files, Output& output) {
 }
 
 Expected<void> listFiles(const Arguments& arguments, Output& output) {
-    const Expected<OpenRepository> repository = openRepository(arguments.folder);
+    const Expected<OpenRepository> repository = openRepository(arguments.folder, person());
     if (!repository)
         return repository.error();
     IgnoreRules rules(repository->root, printMessage);

@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Message.h>
 #include <cli/terminal/Progress.h>
 #include <common/json/Value.h>
@@ -79,8 +80,8 @@ void print(const Collected& collected, const Arguments& arguments, Output& outpu
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", arguments.onlyLook ? Workspace::Use::look : Workspace::Use::change);
+    const Expected<std::unique_ptr<Workspace>> workspace = Workspace::open(
+        ".", arguments.onlyLook ? Workspace::Use::look : Workspace::Use::change, person());
     if (!workspace)
         return workspace.error();
     const Expected<Collected> collected = collectGarbage(
@@ -88,7 +89,7 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     if (!collected)
         return collected.error();
     if (!arguments.onlyLook)
-        logEvent(L"gc", (*workspace)->root(), (*workspace)->folder());
+        logEvent(L"gc", (*workspace)->root(), (*workspace)->folder(), person());
     print(*collected, arguments, output);
     if (collected->problems.empty())
         return (*workspace)->close();

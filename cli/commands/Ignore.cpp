@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Message.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
@@ -35,7 +36,7 @@ jsonlib::json::Object toJson(int line, const OdString& rule) {
 }
 
 Expected<void> list(const Arguments& arguments, Output& output) {
-    const Expected<common::RootPath> root = findRepository(".");
+    const Expected<common::RootPath> root = findRepository(".", person());
     if (!root)
         return root.error();
     jsonlib::json::Array document;
@@ -80,7 +81,7 @@ std::string plainText(const OdString& path, const IgnoreReason& reason) {
 }
 
 Expected<void> check(const Arguments& arguments, Output& output) {
-    const Expected<common::RootPath> root = findRepository(".");
+    const Expected<common::RootPath> root = findRepository(".", person());
     if (!root)
         return root.error();
     const Expected<OdString> path = pathInRepository(*root, arguments.path);
@@ -100,7 +101,7 @@ Expected<void> check(const Arguments& arguments, Output& output) {
 Expected<void> add(const Arguments& arguments, Output& output) {
     const OdString rule = OdString::fromNarrow(arguments.rule);
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", Workspace::Use::change, person());
     if (!workspace)
         return workspace.error();
     const Expected<int> line = addIgnoreRule(rule, (*workspace)->root());

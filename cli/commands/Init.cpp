@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Message.h>
 #include <cli/user/ProjectRegistry.h>
 #include <common/worktree/RepoIgnore.h>
@@ -59,7 +60,7 @@ Expected<void> checkOld(const fs::path& folder) {
     const sys::Outcome<sys::Folder> opened = sys::Folder::open(folder.native());
     if (!opened)
         return {};
-    if (Expected<void> owned = checkOwner(*opened, toText(folder)); !owned)
+    if (Expected<void> owned = checkOwner(*opened, toText(folder), person()); !owned)
         return owned;
     return checkMetadata(*opened, toText(folder));
 }
@@ -89,14 +90,15 @@ Expected<void> makeMissingFiles(const common::RootPath& root) {
 
 /// All that is made in the root; gives the number of ignore rules that were added.
 Expected<int> complete(const common::RootPath& root, const Arguments& arguments) {
-    const Expected<OpenRepository> repository = openRepository(root.path().toNarrow());
+    const Expected<OpenRepository> repository = openRepository(root.path().toNarrow(), person());
     if (!repository)
         return repository.error();
-    const SharedMode shared(repository->folder);
+    const SharedMode shared(repository->folder, person());
     if (const Expected<void> made = makeMissingFiles(root); !made)
         return made.error();
     if (arguments.name) {
-        const Expected<void> named = setProjectName(*arguments.name, root, repository->folder);
+        const Expected<void> named =
+            setProjectName(*arguments.name, root, repository->folder, person());
         if (!named)
             return named.error();
     }

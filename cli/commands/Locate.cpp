@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <common/json/Value.h>
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Printable.h>
@@ -53,7 +54,7 @@ jsonlib::json::Value toJson(const StoredVersion& version) {
 }
 
 Expected<void> locate(const Arguments& arguments, Output& output) {
-    const Expected<common::RootPath> root = findRepository(".");
+    const Expected<common::RootPath> root = findRepository(".", person());
     if (!root)
         return root.error();
     const Expected<StoredVersion> version =

@@ -3,6 +3,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/CommitText.h>
 #include <common/history/HistoryItem.h>
 #include <engine/base/Printable.h>
@@ -109,7 +110,7 @@ void writeDocument(const std::vector<CommitEntry>& commits, const ReferenceList&
 
 Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look);
+        Workspace::open(".", Workspace::Use::look, person());
     if (!workspace)
         return workspace.error();
     const Expected<std::vector<CommitEntry>> commits = findCommits(**workspace, arguments);

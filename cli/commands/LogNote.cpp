@@ -1,6 +1,7 @@
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/LogEntry.h>
@@ -26,10 +27,10 @@ std::string refusalOfNote(const std::string& note) {
 }
 
 Expected<void> addNote(const std::string& note, Output&) {
-    const Expected<OpenRepository> repository = openRepository(".");
+    const Expected<OpenRepository> repository = openRepository(".", person());
     if (!repository)
         return repository.error();
-    const SharedMode shared(repository->folder);
+    const SharedMode shared(repository->folder, person());
     return addToLog(OdString::fromNarrow(note), repository->root, repository->folder);
 }
 

@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/CommitText.h>
 #include <cli/text/ConflictText.h>
 #include <cli/user/Author.h>
@@ -96,7 +97,7 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     if (!author)
         return author.error();
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", Workspace::Use::change, person());
     if (!workspace)
         return workspace.error();
     if (arguments.aborts)

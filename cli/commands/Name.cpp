@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Message.h>
 #include <cli/user/ProjectRegistry.h>
 #include <common/json/Value.h>
@@ -37,7 +38,9 @@ Expected<void> renameInRegistry(const common::RootPath& root) {
 
 /// The name is the project's own, so that a registry out of reach is no reason to fail.
 Expected<void> setName(const std::string& newName, const OpenRepository& repository) {
-    if (Expected<void> named = setProjectName(newName, repository.root, repository.folder); !named)
+    if (Expected<void> named =
+            setProjectName(newName, repository.root, repository.folder, person());
+        !named)
         return named;
     if (const Expected<void> renamed = renameInRegistry(repository.root); !renamed)
         printMessage(OdString::format(tr(L"Note: your registry of projects stays as it was: %ls"),
@@ -53,7 +56,7 @@ jsonlib::json::Value toJson(const OdString& name, const OdString& root) {
 }
 
 Expected<void> showOrSetName(const Arguments& arguments, Output& output) {
-    const Expected<OpenRepository> repository = openRepository(".");
+    const Expected<OpenRepository> repository = openRepository(".", person());
     if (!repository)
         return repository.error();
     const common::RootPath& root = repository->root;

@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/user/ProjectRegistry.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
@@ -90,7 +91,7 @@ Expected<void> listProjects(const Arguments& arguments, Output& output) {
 }
 
 Expected<void> addProject(const Arguments& arguments, Output& output) {
-    const Expected<common::RootPath> root = findRepository(arguments.folder);
+    const Expected<common::RootPath> root = findRepository(arguments.folder, person());
     if (!root)
         return root.error();
     const Expected<RegisteredProject> project = registerProject(
@@ -118,7 +119,7 @@ Expected<std::vector<OdString>> meanings(const std::string& folder) {
     std::vector<OdString> paths = {toText(given)};
     if (const fs::path path = fs::weakly_canonical(given, error); !error)
         paths.push_back(toText(path));
-    if (const Expected<common::RootPath> root = findRepository(folder))
+    if (const Expected<common::RootPath> root = findRepository(folder, person()))
         paths.push_back(root->path());
     return paths;
 }

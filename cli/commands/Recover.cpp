@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -83,7 +84,7 @@ Expected<void> settle(Workspace& workspace, const Plan& plan, const Arguments& a
     else if (Expected<void> settled = settleInterruption(workspace); !settled)
         return settled;
     logEvent(OdString::format(L"recover: %ls %ls", plan.title, outcomeOf(plan, arguments)),
-             workspace.root(), workspace.folder());
+             workspace.root(), workspace.folder(), person());
     return workspace.close();
 }
 
@@ -113,7 +114,7 @@ std::string plainText(const Rebuilt& rebuilt) {
 }
 
 Expected<void> rebuild(const Arguments& arguments, Output& output) {
-    const Expected<Rebuilt> rebuilt = Workspace::rebuild(".");
+    const Expected<Rebuilt> rebuilt = Workspace::rebuild(".", person());
     if (!rebuilt)
         return rebuilt.error();
     if (arguments.asJson)
@@ -129,8 +130,8 @@ Expected<void> rebuild(const Arguments& arguments, Output& output) {
 Expected<void> run(const Arguments& arguments, Output& output) {
     if (arguments.rebuilds)
         return rebuild(arguments, output);
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", arguments.onlyLook ? Workspace::Use::look : Workspace::Use::repair);
+    const Expected<std::unique_ptr<Workspace>> workspace = Workspace::open(
+        ".", arguments.onlyLook ? Workspace::Use::look : Workspace::Use::repair, person());
     if (!workspace)
         return workspace.error();
     const std::optional<Plan> plan = notedPlan((*workspace)->history());

@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/ConflictText.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Printable.h>
@@ -97,7 +98,7 @@ void print(const Workspace& workspace, const OdString& path, bool asJson, Output
 
 Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", Workspace::Use::change, person());
     if (!workspace)
         return workspace.error();
     const Expected<OdString> path = pathInRepository((*workspace)->root(), arguments.path);

@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -197,14 +198,14 @@ Expected<std::vector<OdString>> restoreFiles(Workspace& workspace, const Tree& t
     if (const Expected<void> done = carryOut(workspace, plan, *changes); !done)
         return done.error();
     logEvent(OdString::format(L"restored files: %i", touched.size()), workspace.root(),
-             workspace.folder());
+             workspace.folder(), person());
     return touched;
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
     // Elsewhere nothing of the repository changes, and what is made is the person's own.
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", arguments.folder ? Workspace::Use::look : Workspace::Use::change);
+    const Expected<std::unique_ptr<Workspace>> workspace = Workspace::open(
+        ".", arguments.folder ? Workspace::Use::look : Workspace::Use::change, person());
     if (!workspace)
         return workspace.error();
     const Expected<Tree> tree = sourceTree(**workspace, arguments);

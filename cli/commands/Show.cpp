@@ -3,6 +3,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/CommitText.h>
 #include <cli/text/DifferenceText.h>
 #include <engine/base/Printable.h>
@@ -129,7 +130,7 @@ Expected<void> showFile(Workspace& workspace, const std::string& commit,
 
 Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look);
+        Workspace::open(".", Workspace::Use::look, person());
     if (!workspace)
         return workspace.error();
     const std::string& object = arguments.object;

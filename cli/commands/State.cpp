@@ -1,6 +1,7 @@
 #include <cli/commands/Commands.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>
@@ -17,7 +18,7 @@ namespace {
 /// Prints the file's document in the form in which the library writes one, and not the file's
 /// bytes: so it is valid UTF-8 and in one layout also where somebody edited the file.
 Expected<void> printState(const std::string& folder, Output& output) {
-    const Expected<OpenRepository> repository = openRepository(folder);
+    const Expected<OpenRepository> repository = openRepository(folder, person());
     if (!repository)
         return repository.error();
     const common::RootPath& root = repository->root;

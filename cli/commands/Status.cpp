@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Colour.h>
 #include <cli/terminal/Message.h>
 #include <cli/text/ChangeText.h>
@@ -221,7 +222,7 @@ ErrorMessage notAllSeen(const std::vector<Unseen>& unseen) {
 
 Expected<void> showStatus(const Arguments& arguments, Output& output) {
     Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(arguments.folder, Workspace::Use::look, Workspace::Scan::ahead);
+        Workspace::open(arguments.folder, Workspace::Use::look, person(), Workspace::Scan::ahead);
     if (!workspace)
         return workspace.error();
     const Expected<WorkingChanges> changes = findVisibleChanges(**workspace);

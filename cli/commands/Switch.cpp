@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
 #include <engine/base/Translation.h>
@@ -100,7 +101,7 @@ Expected<void> bringFiles(Workspace& workspace, const Plan& plan) {
 
 Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", Workspace::Use::change, person());
     if (!workspace)
         return workspace.error();
     if (const Expected<void> none = checkNoMerge(**workspace); !none)
@@ -110,7 +111,8 @@ Expected<void> run(const Arguments& arguments, Output& output) {
         return plan.error();
     if (const Expected<void> done = bringFiles(**workspace, *plan); !done)
         return done.error();
-    logEvent(L"switch " + quotedName(plan->branch), (*workspace)->root(), (*workspace)->folder());
+    logEvent(L"switch " + quotedName(plan->branch), (*workspace)->root(), (*workspace)->folder(),
+             person());
     if (arguments.asJson)
         writeJson(toJson(*plan), output);
     else

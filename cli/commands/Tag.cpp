@@ -3,6 +3,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/CommitText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
@@ -61,7 +62,7 @@ void writeNames(const std::vector<OdString>& tags, Output& output) {
 
 Expected<void> list(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look);
+        Workspace::open(".", Workspace::Use::look, person());
     if (!workspace)
         return workspace.error();
     History& history = (*workspace)->history();
@@ -86,7 +87,7 @@ Expected<CommitEntry> make(Workspace& workspace, const OdString& name, const std
     if (!commit)
         return commit.error();
     history.setReference(name, RefType::Tag, *commit);
-    logEvent(L"tag " + quotedName(name), workspace.root(), workspace.folder());
+    logEvent(L"tag " + quotedName(name), workspace.root(), workspace.folder(), person());
     return history.commit(*commit).value();
 }
 
@@ -100,13 +101,14 @@ Expected<CommitEntry> remove(Workspace& workspace, const OdString& name) {
     }
     CommitEntry commit = commitOf(history, name);
     history.removeReference(name, RefType::Tag);
-    logEvent(L"deleted the tag " + quotedName(name), workspace.root(), workspace.folder());
+    logEvent(L"deleted the tag " + quotedName(name), workspace.root(), workspace.folder(),
+             person());
     return commit;
 }
 
 Expected<void> change(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", Workspace::Use::change, person());
     if (!workspace)
         return workspace.error();
     const OdString name =

@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/ChangeText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -52,7 +53,7 @@ Expected<std::vector<OdString>> chosenPaths(const Arguments& arguments,
 
 Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change);
+        Workspace::open(".", Workspace::Use::change, person());
     if (!workspace)
         return workspace.error();
     const Expected<std::vector<OdString>> chosen = chosenPaths(arguments, **workspace);

@@ -2,6 +2,7 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -70,10 +71,10 @@ std::string plainText(const Verification& found) {
 }
 
 Expected<void> run(bool asJson, Output& output) {
-    const Expected<common::RootPath> root = findRepository(".");
+    const Expected<common::RootPath> root = findRepository(".", person());
     if (!root)
         return root.error();
-    const Verification found = verifyRepository(*root);
+    const Verification found = verifyRepository(*root, person());
     if (asJson)
         writeJson(documentOf(found, root->path()), output);
     else

@@ -1,6 +1,6 @@
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/CommandLine.h>
-#include <cli/shell/RunningCommand.h>
+#include <cli/shell/PersonAtTerminal.h>
 #include <engine/base/Translation.h>
 
 #include <CLI/CLI.hpp>
@@ -139,7 +139,7 @@ CommandLine::CommandLine()
         parser->callback(
             [this, action = command.declare(ArgumentParser(*parser)), name = command.name] {
                 chosen_ = action;
-                setRunningCommand(name);
+                person().setCommand(name);
             });
     }
     prepareOptions(*parser_);

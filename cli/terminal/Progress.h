@@ -1,5 +1,6 @@
 #pragma once
 
+#include <engine/base/Caller.h>
 #include <platform/kernel/OdString.h>
 
 #include <chrono>
@@ -11,16 +12,15 @@ namespace qrv_cli {
 /// A line on standard error that tells how far long work is: how many files of how many, how much,
 /// and how quickly. Appears only on a terminal and only after half a second, and is gone at its
 /// end.
-class Progress {
+class Progress : public Work {
 public:
     /// `title` says what is done ("Storing"); of `total` files, or of nobody knows how many (0).
     Progress(const OdString& title, std::size_t total);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
-    ~Progress();
+    ~Progress() override;
 
-    /// One more file of this size is done.
-    void add(std::int64_t sizeBytes);
+    void add(std::int64_t sizeBytes) override;
 
 private:
     using Clock = std::chrono::steady_clock;

@@ -1,4 +1,3 @@
-#include <cli/terminal/Progress.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/maintenance/Packing.h>
@@ -142,7 +141,8 @@ std::vector<PackCandidate> packObjects(Workspace& workspace,
     if (candidates.empty())
         return replaced;
     PackFile pack = PackFile::openForChange(workspace.folder(), workspace.root());
-    Progress progress(tr(L"Packing"), candidates.size());
+    const std::unique_ptr<Work> progress =
+        workspace.caller().beginWork(tr(L"Packing"), candidates.size());
     std::span<const PackCandidate> rest = candidates;
     while (!rest.empty()) {
         const std::span<const PackCandidate> batch = rest.first(batchSize(rest));
@@ -154,7 +154,7 @@ std::vector<PackCandidate> packObjects(Workspace& workspace,
                 added.push_back(&candidate);
             else
                 problems.push_back(done.error().message);
-            progress.add(candidate.sizeBytes);
+            progress->add(candidate.sizeBytes);
         }
         transaction.commit();
         for (const PackCandidate* candidate : added) {

@@ -1,4 +1,3 @@
-#include <cli/terminal/Progress.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/History.h>
@@ -43,10 +42,11 @@ constexpr int mostLooks = 4;
 
 class Check {
 public:
-    Check(const common::RootPath& root, sys::Folder folder)
+    Check(const common::RootPath& root, sys::Folder folder, Caller& caller)
         : root_(root),
           folder_(std::move(folder)),
-          storages_([](const OdString&) { return OdString(); }) {
+          storages_([](const OdString&) { return OdString(); }),
+          progress_(caller.beginWork(tr(L"Checking"), 0)) {
         storages_.use(root_, folder_);
     }
 
@@ -208,7 +208,7 @@ private:
         const Expected<void> whole = version ? readToEnd(**version) : version.error();
         if (!whole)
             addDamage(url, whole.error().message);
-        progress_.add(version ? (*version)->sizeBytes() : 0);
+        progress_->add(version ? (*version)->sizeBytes() : 0);
     }
 
     /// Tells also which file it is, if that is known.
@@ -301,7 +301,7 @@ private:
     std::optional<History> history_;
     NamedVersions named_;
     /// Nobody knows before how many drawing versions there are.
-    Progress progress_{tr(L"Checking"), 0};
+    std::unique_ptr<Work> progress_;
     /// URLs of what was read.
     std::set<OdString> checked_;
     Verification result_;
@@ -331,11 +331,12 @@ std::vector<OdString> inBoth(const std::vector<OdString>& ones,
 
 /// What another process moves from one place to another while this one looks is found in neither.
 /// So damage is what every look finds, unless nobody changed anything during one.
-Verification checkSeveralTimes(const common::RootPath& root, const sys::Folder& folder) {
+Verification checkSeveralTimes(const common::RootPath& root, const sys::Folder& folder,
+                               Caller& caller) {
     Verification found;
     for (int look = 0; look < mostLooks; ++look) {
         const auto before = versionsOf(folder);
-        Verification now = Check(root, folder).run();
+        Verification now = Check(root, folder, caller).run();
         const bool isQuiet = versionsOf(folder) == before;
         if (look > 0 && !isQuiet)
             now.problems = inBoth(found.problems, now.problems);
@@ -348,10 +349,10 @@ Verification checkSeveralTimes(const common::RootPath& root, const sys::Folder& 
 
 }  // namespace
 
-Verification verifyRepository(const common::RootPath& root) {
+Verification verifyRepository(const common::RootPath& root, Caller& caller) {
     const sys::Outcome<sys::Folder> folder = sys::Folder::open(root.path().toNarrow());
     if (folder)
-        return checkSeveralTimes(root, *folder);
+        return checkSeveralTimes(root, *folder, caller);
     Verification result;
     result.problems.push_back(
         systemFailure(tr(L"'%ls' cannot be opened: %ls"), root.path(), folder.error()).message);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <common/repository/RootPath.h>
+#include <engine/base/Caller.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
@@ -28,6 +29,6 @@ struct Verification {
 ///
 /// Changes nothing; but what a killed process had begun to write to one of the databases is taken
 /// back by whoever opens it next, and that may be this. An interrupted command stays interrupted.
-Verification verifyRepository(const common::RootPath& root);
+Verification verifyRepository(const common::RootPath& root, Caller& caller);
 
 }  // namespace qrv_cli

@@ -1,4 +1,3 @@
-#include <cli/terminal/Message.h>
 #include <common/repository/ActivityLog.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -48,9 +47,10 @@ Expected<void> addToLog(const OdString& event, const common::RootPath& root,
                                          printable(root.logPath()))};
 }
 
-void logEvent(const OdString& event, const common::RootPath& root, const sys::Folder& folder) {
+void logEvent(const OdString& event, const common::RootPath& root, const sys::Folder& folder,
+              Caller& caller) {
     if (const Expected<void> added = addToLog(event, root, folder); !added)
-        printMessage(OdString::format(tr(L"Note: %ls"), added.error().message));
+        caller.note(OdString::format(tr(L"Note: %ls"), added.error().message));
 }
 
 }  // namespace qrv_cli

@@ -2,6 +2,7 @@
 
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
+#include <engine/base/Caller.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 
@@ -17,7 +18,8 @@ OdString quotedName(const OdString& name);
 Expected<void> addToLog(const OdString& event, const common::RootPath& root,
                         const sys::Folder& folder);
 
-/// The same after a command that has done its work: a failure is told as a note.
-void logEvent(const OdString& event, const common::RootPath& root, const sys::Folder& folder);
+/// The same after something that is done: the caller is told of a failure.
+void logEvent(const OdString& event, const common::RootPath& root, const sys::Folder& folder,
+              Caller& caller);
 
 }  // namespace qrv_cli

@@ -51,8 +51,8 @@ std::string refusalOfName(const std::string& name) {
 // Not by the library, which empties the file before it writes: without room on the disk the old
 // name would be lost.
 Expected<void> setProjectName(const std::string& name, const common::RootPath& root,
-                              const sys::Folder& folder) {
-    const SharedMode shared(folder);
+                              const sys::Folder& folder, const Caller& caller) {
+    const SharedMode shared(folder, caller);
     if (const std::error_code error = replaceName(name + '\n', folder))
         return ErrorMessage{OdString::format(tr(L"'%ls' cannot be written: %ls"),
                                              printable(root.pathTo(OdString(nameFile))),

@@ -2,6 +2,7 @@
 
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
+#include <engine/base/Caller.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 
@@ -17,7 +18,7 @@ std::string refusalOfName(const std::string& name);
 /// is open. Fails with a message that names the file when it cannot be written whole; the old name
 /// stays then.
 Expected<void> setProjectName(const std::string& name, const common::RootPath& root,
-                              const sys::Folder& folder);
+                              const sys::Folder& folder, const Caller& caller);
 
 /// The name in the project's properties, without blanks and line ends around it; empty when there
 /// is none. Whoever edited the file may have put any characters into it.

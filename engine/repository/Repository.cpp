@@ -79,7 +79,7 @@ Expected<std::optional<OpenRepository>> enclosingRepository(const fs::path& fold
     }
 }
 
-Expected<OpenRepository> openRepository(const std::string& folder) {
+Expected<OpenRepository> openRepository(const std::string& folder, const Caller& caller) {
     const Expected<fs::path> path = existingFolder(folder);
     if (!path)
         return path.error();
@@ -88,7 +88,8 @@ Expected<OpenRepository> openRepository(const std::string& folder) {
         return repository.error();
     if (*repository) {
         // One of somebody else is not passed over on the way up: what the person meant is inside.
-        const Expected<void> owned = checkOwner((*repository)->folder, (*repository)->root.path());
+        const Expected<void> owned =
+            checkOwner((*repository)->folder, (*repository)->root.path(), caller);
         return owned ? Expected<OpenRepository>(std::move(**repository)) : owned.error();
     }
     return ErrorMessage{OdString::format(
@@ -96,8 +97,8 @@ Expected<OpenRepository> openRepository(const std::string& folder) {
         printable(toText(*path)))};
 }
 
-Expected<common::RootPath> findRepository(const std::string& folder) {
-    Expected<OpenRepository> repository = openRepository(folder);
+Expected<common::RootPath> findRepository(const std::string& folder, const Caller& caller) {
+    Expected<OpenRepository> repository = openRepository(folder, caller);
     if (!repository)
         return repository.error();
     return std::move(repository->root);

@@ -4,6 +4,7 @@
 #include <common/repository/IoInterface.h>
 #include <common/repository/RootPath.h>
 #include <common/state/Cache.h>
+#include <engine/base/Caller.h>
 #include <sys/Folder.h>
 
 #include <filesystem>
@@ -44,9 +45,9 @@ Expected<std::optional<OpenRepository>> enclosingRepository(const std::filesyste
 /// The repository that holds the existing folder `folder`. Fails when that is no folder, or in no
 /// repository, or in one of somebody else that the user does not trust (see Trust.h), or as
 /// `checkMetadata` does.
-Expected<OpenRepository> openRepository(const std::string& folder);
+Expected<OpenRepository> openRepository(const std::string& folder, const Caller& caller);
 /// The same for what needs the path alone.
-Expected<common::RootPath> findRepository(const std::string& folder);
+Expected<common::RootPath> findRepository(const std::string& folder, const Caller& caller);
 
 /// Reads the state of a repository; `host` must outlive it. Fails like `Cache::get`, in place of
 /// its exception for a file that ends inside a text with a message, and as `checkMetadata` does

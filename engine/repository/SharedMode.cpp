@@ -1,4 +1,3 @@
-#include <cli/user/Settings.h>
 #include <engine/repository/SharedMode.h>
 #include <sys/CreationMask.h>
 
@@ -9,19 +8,13 @@ namespace {
 constexpr std::uint32_t groupMayWrite = 0020;
 constexpr std::uint32_t allPermissions = 0777;
 
-/// Settings that cannot be read are no reason to lock colleagues out.
-bool isWanted() {
-    const Expected<Settings> settings = readSettings();
-    return !settings || settings->sharedFolders != 0;
-}
-
 }  // namespace
 
-SharedMode::SharedMode(const sys::Folder& root) {
+SharedMode::SharedMode(const sys::Folder& root, const Caller& caller) {
     const sys::Outcome<sys::FileStatus> status = root.status(".qrv");
     const bool isShared = status && status->kind == sys::FileKind::folder &&
                           (status->permissions & groupMayWrite) != 0;
-    if (isShared && isWanted())
+    if (isShared && caller.followsSharedFolders())
         before_ = sys::setCreationMask(allPermissions & ~status->permissions);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <engine/base/Caller.h>
 #include <sys/Folder.h>
 
 #include <cstdint>
@@ -18,7 +19,7 @@ namespace qrv_cli {
 class [[nodiscard]] SharedMode {
 public:
     /// `root` is the root of a repository, with or without a metadata folder.
-    explicit SharedMode(const sys::Folder& root);
+    SharedMode(const sys::Folder& root, const Caller& caller);
     SharedMode(SharedMode&& other) noexcept : before_(std::exchange(other.before_, {})) {}
     SharedMode& operator=(SharedMode&&) = delete;
     ~SharedMode();

@@ -1,10 +1,8 @@
-#include <cli/user/Settings.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/Trust.h>
 #include <sys/User.h>
 
-#include <QByteArray>
 #include <algorithm>
 #include <optional>
 #include <system_error>
@@ -14,35 +12,21 @@ namespace qrv_cli {
 
 namespace {
 
-constexpr std::uint32_t administrator = 0;
-
-/// Who called `sudo`, which began this process, if it did.
-std::optional<std::uint32_t> callerOfSudo() {
-    if (sys::effectiveUser() != administrator)
-        return std::nullopt;
-    bool isNumber = false;
-    const std::uint32_t user = qgetenv("SUDO_UID").toUInt(&isNumber);
-    return isNumber ? std::optional(user) : std::nullopt;
-}
-
-bool isOwn(std::uint32_t owner) {
-    return owner == sys::effectiveUser() || owner == callerOfSudo();
-}
-
 ErrorMessage cannotOpen(const OdString& path, std::error_code cause) {
     return {OdString::format(tr(L"'%ls' cannot be opened: %ls"), printable(path),
                              OdString(cause.message().c_str()))};
 }
 
 /// The first of the two folders' owners who is somebody else.
-Expected<std::optional<std::uint32_t>> stranger(const sys::Folder& folder, const OdString& path) {
+Expected<std::optional<std::uint32_t>> stranger(const sys::Folder& folder, const OdString& path,
+                                                const Caller& caller) {
     for (const char* const name : {".", ".qrv"}) {
         const sys::Outcome<sys::FileStatus> status = folder.status(name);
         if (!status && sys::meansAbsent(status.error()))
             continue;
         if (!status)
             return cannotOpen(path, status.error());
-        if (!isOwn(status->owner))
+        if (status->owner != sys::effectiveUser() && !caller.isPerson(status->owner))
             return std::optional(status->owner);
     }
     return std::optional<std::uint32_t>();
@@ -50,13 +34,13 @@ Expected<std::optional<std::uint32_t>> stranger(const sys::Folder& folder, const
 
 }  // namespace
 
-Expected<void> checkOwner(const sys::Folder& folder, const OdString& path) {
-    const Expected<std::optional<std::uint32_t>> other = stranger(folder, path);
+Expected<void> checkOwner(const sys::Folder& folder, const OdString& path, const Caller& caller) {
+    const Expected<std::optional<std::uint32_t>> other = stranger(folder, path, caller);
     if (!other)
         return other.error();
     if (!*other)
         return {};
-    const Expected<std::vector<OdString>> trusted = trustedFolders();
+    const Expected<std::vector<OdString>> trusted = caller.trustedFolders();
     if (!trusted)
         return trusted.error();
     if (std::find(trusted->begin(), trusted->end(), path) != trusted->end())

@@ -1,4 +1,3 @@
-#include <cli/terminal/Progress.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <common/worktree/RepoFileExplorer.h>
@@ -93,7 +92,8 @@ OdString previousPath(const OdString& path, const std::vector<StagedFile>& stage
 
 Expected<StoredFiles> storeAll(Workspace& workspace, const std::vector<StagedFile>& staged) {
     StoredFiles stored;
-    Progress progress(tr(L"Storing"), staged.size());
+    const std::unique_ptr<Work> progress =
+        workspace.caller().beginWork(tr(L"Storing"), staged.size());
     for (const StagedFile& file : staged) {
         if (sys::Interruption::isWanted())
             return ErrorMessage{tr(L"Interrupted; nothing was committed")};
@@ -103,7 +103,7 @@ Expected<StoredFiles> storeAll(Workspace& workspace, const std::vector<StagedFil
         }
         if (const Expected<void> done = storeFile(workspace, file.path, stored); !done)
             return done.error();
-        progress.add(stored.deltas.empty() ? 0 : stored.deltas.back().sizeBytes);
+        progress->add(stored.deltas.empty() ? 0 : stored.deltas.back().sizeBytes);
     }
     // The last moment: from here on it is quicker to end than to take back.
     if (sys::Interruption::isWanted())
@@ -181,7 +181,7 @@ Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& c
     CommitEntry entry = addToHistory(workspace, std::move(stored->deltas), text);
     clearStage(workspace, stored->ticksByPath);
     logEvent(OdString::format(L"commit %i on %ls", entry.number, quotedName(workspace.branch())),
-             workspace.root(), workspace.folder());
+             workspace.root(), workspace.folder(), workspace.caller());
     if (const Expected<void> saved = workspace.saveState(); !saved)
         return saved.error();
     return entry;

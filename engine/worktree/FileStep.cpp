@@ -1,4 +1,3 @@
-#include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/AsideName.h>
@@ -34,8 +33,11 @@ bool isSameFile(const sys::FileVersion& one, const sys::FileVersion& other) {
 /// One working file in its folder, which stays the same whatever happens to the path.
 class Change {
 public:
-    Change(sys::NameInFolder place, const StepTarget& target)
-        : folder_(std::move(place.folder)), name_(std::move(place.name)), target_(target) {}
+    Change(sys::NameInFolder place, const StepTarget& target, Caller& caller)
+        : folder_(std::move(place.folder)),
+          name_(std::move(place.name)),
+          target_(target),
+          caller_(caller) {}
 
     Expected<StepEnd> write(sys::NewFile file) {
         const sys::Outcome<sys::FileVersion> version = versionOf(file);
@@ -221,13 +223,14 @@ private:
     }
 
     Expected<StepEnd> keep() {
-        const Expected<void> kept = keepBeside(folder_, aside_, name_);
+        const Expected<void> kept = keepBeside(folder_, aside_, name_, caller_);
         return kept ? Expected<StepEnd>(left()) : kept.error();
     }
 
     sys::Folder folder_;
     std::string name_;
     StepTarget target_;
+    Caller& caller_;
     std::string aside_;
     std::optional<sys::FileVersion> written_;
 };
@@ -242,7 +245,7 @@ std::string keptName(const std::string& name, int number) {
 }  // namespace
 
 Expected<void> keepBeside(const sys::Folder& folder, const std::string& aside,
-                          const std::string& name) {
+                          const std::string& name, Caller& caller) {
     std::error_code error;
     for (int number = 1; number <= mostNames; ++number) {
         const std::string kept = keptName(name, number);
@@ -251,7 +254,7 @@ Expected<void> keepBeside(const sys::Folder& folder, const std::string& aside,
             continue;
         if (error)
             break;
-        printMessage(OdString::format(
+        caller.note(OdString::format(
             tr(L"Note: another program saved '%ls' meanwhile; what it saved first is kept beside "
                L"it as '%ls'"),
             printable(OdString::fromNarrow(name)), printable(OdString::fromNarrow(kept))));
@@ -260,22 +263,23 @@ Expected<void> keepBeside(const sys::Folder& folder, const std::string& aside,
     return systemFailure(tr(L"'%ls' cannot be written: %ls"), OdString::fromNarrow(aside), error);
 }
 
-Expected<StepEnd> writeFile(const sys::Folder& root, const StepTarget& target, sys::NewFile file) {
+Expected<StepEnd> writeFile(const sys::Folder& root, const StepTarget& target, sys::NewFile file,
+                            Caller& caller) {
     sys::Outcome<sys::NameInFolder> place = root.openFolderOf(target.path.bytes());
     if (!place)
         return systemFailure(tr(L"'%ls' cannot be written: %ls"), target.path.text(),
                              place.error());
-    return Change(std::move(*place), target).write(std::move(file));
+    return Change(std::move(*place), target, caller).write(std::move(file));
 }
 
-Expected<StepEnd> removeFile(const sys::Folder& root, const StepTarget& target) {
+Expected<StepEnd> removeFile(const sys::Folder& root, const StepTarget& target, Caller& caller) {
     sys::Outcome<sys::NameInFolder> place = root.openFolderOf(target.path.bytes());
     if (!place && !sys::meansAbsent(place.error()))
         return systemFailure(tr(L"'%ls' cannot be removed: %ls"), target.path.text(),
                              place.error());
     StepEnd end;
     if (place) {
-        Expected<StepEnd> removed = Change(std::move(*place), target).remove();
+        Expected<StepEnd> removed = Change(std::move(*place), target, caller).remove();
         if (!removed)
             return removed;
         end = *removed;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <common/base/Expected.h>
+#include <engine/base/Caller.h>
 #include <engine/paths/RelativePath.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
@@ -43,15 +44,16 @@ struct StepEnd {
 ///
 /// Where the file system cannot exchange two names, the old file is looked at immediately before it
 /// is replaced: a save in that moment is not seen.
-Expected<StepEnd> writeFile(const sys::Folder& root, const StepTarget& target, sys::NewFile file);
+Expected<StepEnd> writeFile(const sys::Folder& root, const StepTarget& target, sys::NewFile file,
+                            Caller& caller);
 
 /// Removes the file, and the folders that it leaves empty. One that is not there is no error. On a
 /// failure it lies under its name, or under an `asideName` beside it.
-Expected<StepEnd> removeFile(const sys::Folder& root, const StepTarget& target);
+Expected<StepEnd> removeFile(const sys::Folder& root, const StepTarget& target, Caller& caller);
 
 /// Gives what lies under the name `aside` in the folder, contents that are kept nowhere, a name
 /// beside `name` that a person finds, and tells it.
 Expected<void> keepBeside(const sys::Folder& folder, const std::string& aside,
-                          const std::string& name);
+                          const std::string& name, Caller& caller);
 
 }  // namespace qrv_cli

@@ -1,4 +1,3 @@
-#include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/Interruption.h>
@@ -35,7 +34,7 @@ void tellInterruption(Workspace& workspace) {
     // Whoever is at work holds the lock, and may have finished meanwhile.
     const bool isBusy = workspace.isLockedByOther();
     if (const std::optional<Plan> plan = notedPlan(workspace.history()))
-        printMessage(noteOf(*plan, isBusy));
+        workspace.caller().note(noteOf(*plan, isBusy));
 }
 
 Expected<void> settleInterruption(Workspace& workspace) {

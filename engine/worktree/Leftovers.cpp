@@ -30,8 +30,8 @@ std::string nameOf(const OdString& path) {
 /// One folder of a plan.
 class Cleaning {
 public:
-    Cleaning(sys::Folder folder, std::string path, const Plan& plan)
-        : folder_(std::move(folder)), path_(std::move(path)), plan_(plan) {
+    Cleaning(sys::Folder folder, std::string path, const Plan& plan, Caller& caller)
+        : folder_(std::move(folder)), path_(std::move(path)), plan_(plan), caller_(caller) {
         for (const PlannedFile& step : plan.files) {
             for (const OdString& url : {step.before, step.after})
                 stored_.insert(digestOfUrl(url));
@@ -81,7 +81,7 @@ private:
             return remove(aside);
         const std::optional<std::string> name = nameOfStep(aside);
         if (!name)
-            return keepBeside(folder_, aside, nameWithoutStep);
+            return keepBeside(folder_, aside, nameWithoutStep, caller_);
         const std::error_code error = folder_.renameToFree(aside, *name);
         if (error != std::errc::file_exists)
             return error ? Expected<void>(unreadable(aside, error)) : Expected<void>();
@@ -95,16 +95,16 @@ private:
         if (!isOurs)
             return isOurs.error();
         if (!*isOurs)
-            return keepBeside(folder_, aside, name);
+            return keepBeside(folder_, aside, name, caller_);
         std::error_code error = folder_.exchange(aside, name);
         if (error == std::errc::not_supported)
-            return keepBeside(folder_, aside, name);
+            return keepBeside(folder_, aside, name, caller_);
         if (error)
             return unreadable(aside, error);
         const Expected<bool> isKept = isStored(aside);
         if (!isKept)
             return isKept.error();
-        return *isKept ? remove(aside) : keepBeside(folder_, aside, name);
+        return *isKept ? remove(aside) : keepBeside(folder_, aside, name, caller_);
     }
 
     /// Whether what has the name is a version that the plan knows, so that it is in the storage.
@@ -132,12 +132,13 @@ private:
     sys::Folder folder_;
     std::string path_;
     const Plan& plan_;
+    Caller& caller_;
     std::set<OdString> stored_;
 };
 
 }  // namespace
 
-Expected<void> settleLeftovers(const Workspace& workspace, const Plan& plan) {
+Expected<void> settleLeftovers(Workspace& workspace, const Plan& plan) {
     std::set<std::string> paths;
     for (const PlannedFile& step : plan.files)
         paths.insert(folderOf(step.path));
@@ -150,7 +151,8 @@ Expected<void> settleLeftovers(const Workspace& workspace, const Plan& plan) {
         if (!folder)
             return systemFailure(tr(L"The folder '%ls' cannot be opened: %ls"),
                                  OdString::fromNarrow(path), folder.error());
-        Expected<void> settled = Cleaning(std::move(*folder), path, plan).settle();
+        Expected<void> settled =
+            Cleaning(std::move(*folder), path, plan, workspace.caller()).settle();
         if (!settled)
             return settled;
     }

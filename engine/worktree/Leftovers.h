@@ -10,6 +10,6 @@ namespace qrv_cli {
 /// that have no name yet go; what was moved aside goes when the storage has it, and gets its name
 /// back, or one beside it, when a program had saved it. Only the process that holds the lock may
 /// call this. Fails, with the rest left as it is, when something cannot be looked at or moved.
-Expected<void> settleLeftovers(const Workspace& workspace, const Plan& plan);
+Expected<void> settleLeftovers(Workspace& workspace, const Plan& plan);
 
 }  // namespace qrv_cli

@@ -210,7 +210,7 @@ Expected<MergeOutcome> merge(Workspace& workspace, const OdString& hash, const O
     if (const Expected<void> none = checkNothingStaged(workspace, *changes); !none)
         return none.error();
     logEvent(OdString::format(L"merge of %ls into %ls", hash, quotedName(workspace.branch())),
-             workspace.root(), workspace.folder());
+             workspace.root(), workspace.folder(), workspace.caller());
     if (head.isEmpty() || workspace.history().buildsOn(hash, head))
         return goForward(workspace, hash, name, *changes);
     return mergeThreeWays(workspace, hash, name, *changes, text);

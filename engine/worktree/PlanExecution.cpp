@@ -1,4 +1,3 @@
-#include <cli/terminal/Progress.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Printable.h>
@@ -39,11 +38,12 @@ public:
             else if (const Expected<void> removed = remove(*step); !removed)
                 return removed.error();
         }
-        Progress progress(tr(L"Writing"), written.size());
+        const std::unique_ptr<Work> progress =
+            workspace_.caller().beginWork(tr(L"Writing"), written.size());
         for (std::size_t begin = 0; begin < written.size(); begin += filesAtOnce) {
             const std::size_t count = std::min(filesAtOnce, written.size() - begin);
             const std::span<const PlannedFile* const> part(written.data() + begin, count);
-            if (const Expected<void> done = write(part, progress); !done)
+            if (const Expected<void> done = write(part, *progress); !done)
                 return done.error();
         }
         // The names, too: whoever forgets the plan next cannot do it again after a power cut.
@@ -76,12 +76,12 @@ private:
         const Expected<StepTarget> target = targetOf(step);
         if (!target)
             return target.error();
-        const Expected<StepEnd> end = removeFile(workspace_.folder(), *target);
+        const Expected<StepEnd> end = removeFile(workspace_.folder(), *target, workspace_.caller());
         return end ? note(step, *end) : end.error();
     }
 
     /// All contents are on the disk before the first file changes.
-    Expected<void> write(std::span<const PlannedFile* const> steps, Progress& progress) {
+    Expected<void> write(std::span<const PlannedFile* const> steps, Work& progress) {
         std::vector<sys::NewFile> files;
         files.reserve(steps.size());
         for (const PlannedFile* step : steps) {
@@ -100,8 +100,8 @@ private:
         if (Expected<void> flushed = flush(); !flushed)
             return flushed;
         for (std::size_t index = 0; index < files.size(); ++index) {
-            const Expected<StepEnd> end =
-                writeFile(workspace_.folder(), *targetOf(*steps[index]), std::move(files[index]));
+            const Expected<StepEnd> end = writeFile(workspace_.folder(), *targetOf(*steps[index]),
+                                                    std::move(files[index]), workspace_.caller());
             Expected<void> noted = end ? note(*steps[index], *end) : end.error();
             if (!noted)
                 return noted;
@@ -120,7 +120,7 @@ private:
                 tr(L"Another program changed '%ls' meanwhile; what it saved stays, and nothing "
                    L"else is changed"),
                 printable(step.path))};
-        tellLeft(step.path);
+        tellLeft(step.path, workspace_.caller());
         return {};
     }
 

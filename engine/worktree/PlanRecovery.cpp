@@ -1,5 +1,3 @@
-#include <cli/terminal/Message.h>
-#include <cli/terminal/Progress.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/Leftovers.h>
@@ -58,11 +56,12 @@ struct Rest {
 /// where two names are one, the removal of one decides what lies under the other. Removals that are
 /// done already are repeated, for they remove the folders that were made for files which did not
 /// come. Names the files that are neither as before nor as planned.
-Expected<Rest> restOf(const Workspace& workspace, const Plan& plan, bool isRemoval) {
+Expected<Rest> restOf(Workspace& workspace, const Plan& plan, bool isRemoval) {
     Rest rest;
-    Progress progress(tr(L"Comparing"), plan.files.size());
+    const std::unique_ptr<Work> progress =
+        workspace.caller().beginWork(tr(L"Comparing"), plan.files.size());
     for (const PlannedFile& step : plan.files) {
-        progress.add(step.sizeBytes);
+        progress->add(step.sizeBytes);
         if (step.after.isEmpty() != isRemoval)
             continue;
         const Expected<Found> found = findFile(workspace, step.path);
@@ -75,7 +74,7 @@ Expected<Rest> restOf(const Workspace& workspace, const Plan& plan, bool isRemov
         else if (isDone || isBefore)
             rest.steps.push_back(&step);
         else
-            tellLeft(step.path);
+            tellLeft(step.path, workspace.caller());
     }
     return rest;
 }
@@ -112,18 +111,18 @@ Expected<void> finishOrTakeBack(Workspace& workspace, const Plan& plan) {
 
 }  // namespace
 
-void tellLeft(const OdString& path) {
-    printMessage(
+void tellLeft(const OdString& path, Caller& caller) {
+    caller.note(
         OdString::format(tr(L"Note: '%ls' was changed by somebody meanwhile and is left as it is"),
                          printable(path)));
 }
 
 ErrorMessage takeBackAfter(Workspace& workspace, const Plan& plan, const ErrorMessage& failure) {
     if (const Expected<PlannedTimes> done = applyRest(workspace, reversed(plan)); !done) {
-        printMessage(done.error().message);
-        printMessage(plan.recovery == Plan::Recovery::finish
-                         ? tr(L"Note: the next command tries again to finish this")
-                         : tr(L"Note: the next command takes back what was done"));
+        workspace.caller().note(done.error().message);
+        workspace.caller().note(plan.recovery == Plan::Recovery::finish
+                                    ? tr(L"Note: the next command tries again to finish this")
+                                    : tr(L"Note: the next command takes back what was done"));
         return failure;
     }
     forgetPlan(workspace.history());
@@ -136,19 +135,19 @@ Expected<void> recover(Workspace& workspace) {
         return {};
     const bool isFinished = plan->recovery == Plan::Recovery::finish;
     // It may take long, and is not what the person asked for now.
-    printMessage(OdString::format(isFinished
-                                      ? tr(L"Note: '%ls' was interrupted; it is being finished")
-                                      : tr(L"Note: '%ls' was interrupted; it is being taken back"),
-                                  printable(plan->title)));
+    workspace.caller().note(
+        OdString::format(isFinished ? tr(L"Note: '%ls' was interrupted; it is being finished")
+                                    : tr(L"Note: '%ls' was interrupted; it is being taken back"),
+                         printable(plan->title)));
     if (const Expected<void> done = finishOrTakeBack(workspace, *plan); !done)
         return ErrorMessage{OdString::format(
             tr(L"'%ls' was interrupted, and what it left cannot be put in order yet. Nothing is "
                L"lost, and the next command tries again once this is mended: %ls"),
             printable(plan->title), done.error().message)};
-    printMessage(OdString::format(isFinished
-                                      ? tr(L"Note: '%ls' was interrupted and is now finished")
-                                      : tr(L"Note: '%ls' was interrupted and is taken back"),
-                                  printable(plan->title)));
+    workspace.caller().note(
+        OdString::format(isFinished ? tr(L"Note: '%ls' was interrupted and is now finished")
+                                    : tr(L"Note: '%ls' was interrupted and is taken back"),
+                         printable(plan->title)));
     return {};
 }
 

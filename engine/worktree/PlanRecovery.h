@@ -16,6 +16,6 @@ namespace qrv_cli {
 Expected<void> recover(Workspace& workspace);
 
 /// Tells that a file was left as it is.
-void tellLeft(const OdString& path);
+void tellLeft(const OdString& path, Caller& caller);
 
 }  // namespace qrv_cli

@@ -1,4 +1,3 @@
-#include <cli/terminal/Message.h>
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -77,7 +76,7 @@ Expected<OdString> keep(Workspace& workspace, const OdString& path) {
     if (const Expected<void> flushed = workspace.storages().objects().flush(workspace.root());
         !flushed)
         return flushed.error();
-    printMessage(
+    workspace.caller().note(
         OdString::format(tr(L"Note: what '%ls' held is kept as %ls"), printable(path), *url));
     return *url;
 }

@@ -1,4 +1,3 @@
-#include <cli/terminal/Message.h>
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Translation.h>
@@ -177,7 +176,7 @@ Expected<WorkingChanges> findVisibleChanges(Workspace& workspace) {
     if (Expected<void> looked = scan->lookAt(baseline); !looked)
         return std::move(looked).error();
     for (const OdString& message : scan->messages())
-        printMessage(message);
+        workspace.caller().note(message);
     Comparison comparison(workspace, *scan);
     WorkingChanges changes = comparison.compare(std::move(baseline));
     refreshIndex(workspace, comparison.verdicts());

@@ -1,5 +1,3 @@
-#include <cli/shell/RunningCommand.h>
-#include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryRecords.h>
@@ -58,10 +56,10 @@ Database::Access accessFor(Workspace::Use use) {
 }
 
 /// A look shows what there is, and tells that it is not all.
-void tellOlderHistory(History& history, const sys::Folder& root) try {
+void tellOlderHistory(History& history, const sys::Folder& root, Caller& caller) try {
     const Expected<ReferenceRecord> record = checkedRecord(history, root);
     if (!record)
-        printMessage(record.error().message);
+        caller.note(record.error().message);
 } catch (const DatabaseError&) {
     // Told by what asks for a reference, and of no concern to the rest.
     return;
@@ -82,13 +80,13 @@ ErrorMessage systemFailure(const OdString& text, const OdString& name, std::erro
 }
 
 Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, Use use,
-                                                     Scan scan) {
-    Expected<OpenRepository> repository = openRepository(folder);
+                                                     Caller& caller, Scan scan) {
+    Expected<OpenRepository> repository = openRepository(folder, caller);
     if (!repository)
         return repository.error();
     const common::RootPath& root = repository->root;
     // Already for the lock, which a colleague is to take next.
-    SharedMode shared(repository->folder);
+    SharedMode shared(repository->folder, caller);
     std::optional<sys::Lock> held;
     if (use != Use::look || scan == Scan::ahead) {
         sys::Outcome<sys::Lock> lock = takeLock(repository->folder, use);
@@ -101,8 +99,8 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
         return isThere.error();
 
     History history = History::open(repository->folder, root, accessFor(use));
-    std::unique_ptr<Workspace> workspace(
-        new Workspace(root, std::move(repository->folder), std::move(held), std::move(history)));
+    std::unique_ptr<Workspace> workspace(new Workspace(
+        root, std::move(repository->folder), std::move(held), std::move(history), caller));
     // A look keeps nothing but a baseline; what it writes elsewhere is the person's own.
     if (use != Use::look)
         workspace->shared_.emplace(std::move(shared));
@@ -115,7 +113,7 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
             return opened.error();
     }
     if (use == Use::look)
-        tellOlderHistory(workspace->history_, workspace->folder_);
+        tellOlderHistory(workspace->history_, workspace->folder_, caller);
     else if (const Expected<void> read = workspace->readRecord(); !read)
         return read.error();
     if (const Expected<void> settled = settle(*workspace, use); !settled)
@@ -123,20 +121,21 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
     return workspace;
 }
 
-Expected<Rebuilt> Workspace::rebuild(const std::string& folder) {
-    Expected<OpenRepository> repository = openRepository(folder);
+Expected<Rebuilt> Workspace::rebuild(const std::string& folder, Caller& caller) {
+    Expected<OpenRepository> repository = openRepository(folder, caller);
     if (!repository)
         return repository.error();
-    const SharedMode shared(repository->folder);
+    const SharedMode shared(repository->folder, caller);
     const sys::Outcome<sys::Lock> lock = takeLock(repository->folder, Use::repair);
     if (!lock)
         return lockFailure(repository->root, lock.error());
-    return rebuildHistory(repository->root, repository->folder, runningCommand());
+    return rebuildHistory(repository->root, repository->folder, caller.action());
 }
 
 Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sys::Lock> lock,
-                     History history)
-    : lock_(std::move(lock)),
+                     History history, Caller& caller)
+    : caller_(caller),
+      lock_(std::move(lock)),
       root_(std::move(root)),
       folder_(std::move(folder)),
       history_(std::move(history)),
@@ -173,9 +172,9 @@ void Workspace::updateRecord() {
     if (!record_)
         return;
     const Expected<void> updated =
-        updateRecords(*record_, firstUnrecorded_, runningCommand(), history_, folder_);
+        updateRecords(*record_, firstUnrecorded_, caller_.action(), history_, folder_);
     if (!updated)
-        printMessage(OdString::format(
+        caller_.note(OdString::format(
             tr(L"Note: the next command that changes something records this once more: %ls"),
             updated.error().message));
 }
@@ -278,7 +277,7 @@ Expected<void> Workspace::close() {
 void Workspace::writeKeptBaseline() {
     if (!toKeep_)
         return;
-    const SharedMode shared(folder_);
+    const SharedMode shared(folder_, caller_);
     const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
     if (version && *version == toKeep_->stateFile)
         static_cast<void>(writeBaseline(*toKeep_, folder_));

@@ -3,6 +3,7 @@
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <common/state/Cache.h>
+#include <engine/base/Caller.h>
 #include <engine/history/History.h>
 #include <engine/history/ReferenceRecord.h>
 #include <engine/repository/Repository.h>
@@ -52,11 +53,11 @@ public:
     /// look is content with a kept baseline instead of the whole state; it takes the lock, if that
     /// is free, to keep what it found.
     static Expected<std::unique_ptr<Workspace>> open(const std::string& folder, Use use,
-                                                     Scan scan = Scan::later);
+                                                     Caller& caller, Scan scan = Scan::later);
 
     /// Makes the history of the repository that holds `folder` anew (see HistoryRebuild.h), under
     /// the lock. Fails like `open`, but not for a lost history.
-    static Expected<Rebuilt> rebuild(const std::string& folder);
+    static Expected<Rebuilt> rebuild(const std::string& folder, Caller& caller);
 
     Workspace(const Workspace&) = delete;
     Workspace& operator=(const Workspace&) = delete;
@@ -65,6 +66,7 @@ public:
     /// failure.
     ~Workspace();
 
+    Caller& caller() const { return caller_; }
     const common::RootPath& root() const { return root_; }
     const sys::Folder& folder() const { return folder_; }
     // The state is read when the workspace is opened, unless a kept baseline replaces most of it;
@@ -107,7 +109,7 @@ public:
 
 private:
     Workspace(common::RootPath root, sys::Folder folder, std::optional<sys::Lock> lock,
-              History history);
+              History history, Caller& caller);
 
     bool canScanAhead();
     void takeKeptBaseline();
@@ -116,6 +118,7 @@ private:
     Expected<void> readRecord();
     void updateRecord();
 
+    Caller& caller_;
     /// While this may change anything.
     std::optional<SharedMode> shared_;
     // The lock is let go last, after the state was written.

@@ -1,4 +1,3 @@
-#include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
 
 #include <gtest/gtest.h>
@@ -12,7 +11,7 @@ struct Case {
     std::string shown;
 };
 
-TEST(Message, ShowsWhatCouldSteerATerminalAsAnEscape) {
+TEST(Printable, ShowsWhatCouldSteerATerminalAsAnEscape) {
     const Case cases[] = {
         {"plans/ground floor.dxf", "plans/ground floor.dxf"},
         {"Gehäuse \u00A0 \U0001F4D0", "Gehäuse \u00A0 \U0001F4D0"},
@@ -38,7 +37,7 @@ TEST(Message, ShowsWhatCouldSteerATerminalAsAnEscape) {
             << each.bytes;
 }
 
-TEST(Message, ShowsASurrogateThatStandsForNothingAsItsNumber) {
+TEST(Printable, ShowsASurrogateThatStandsForNothingAsItsNumber) {
     EXPECT_EQ(qrv_cli::printable(L"a\xD83D"
                                  L"b\xDC00")
                   .toNarrow(),
@@ -46,22 +45,16 @@ TEST(Message, ShowsASurrogateThatStandsForNothingAsItsNumber) {
     EXPECT_EQ(qrv_cli::printable(L"\xD83D").toNarrow(), "\\uD83D");
 }
 
-TEST(Message, CallsATextHarmlessThatIsOnlyPartlyInvisible) {
+TEST(Printable, CallsATextHarmlessThatIsOnlyPartlyInvisible) {
     for (const char* const text : {"", "plan.dwg", "\U0001F4D0", "a\u200Bb", "\u3164"})
         EXPECT_TRUE(qrv_cli::isHarmless(OdString::fromNarrow(text))) << text;
     for (const char* const text : {"\x1B", "a\nb", "\xFF", "\u202E", "\u2028"})
         EXPECT_FALSE(qrv_cli::isHarmless(OdString::fromNarrow(text))) << text;
 }
 
-TEST(Message, KeepsANulInsideAName) {
+TEST(Printable, KeepsANulInsideAName) {
     EXPECT_EQ(qrv_cli::printable(OdString::fromNarrow(std::string("a\0b", 3))).toNarrow(),
               "a\\x00b");
-}
-
-TEST(Message, IsPrintedAsOneLine) {
-    testing::internal::CaptureStderr();
-    qrv_cli::printMessage(L"Error:\tone\ntwo \x1B[2J");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "qrv: Error: one; two \\x1B[2J\n");
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <engine/diff/Contents.h>
+#include <tests/engine/base/RecordingCaller.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 
@@ -22,7 +23,7 @@ using qrv_test::writeFile;
 
 std::unique_ptr<Workspace> open(const TemporaryFolder& folder) {
     writeFile(folder / ".qrv/qrv.state", R"({"head": {"reference": "master"}})");
-    return Workspace::open(folder.path(), Workspace::Use::change).value();
+    return Workspace::open(folder.path(), Workspace::Use::change, qrv_test::anyCaller()).value();
 }
 
 struct Office {

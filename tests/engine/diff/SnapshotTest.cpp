@@ -1,5 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/diff/Snapshot.h>
+#include <tests/engine/base/RecordingCaller.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 
@@ -29,7 +30,7 @@ OdString digest(const char* bytes) {
 
 std::unique_ptr<Workspace> open(const TemporaryFolder& folder) {
     writeFile(folder / ".qrv/qrv.state", R"({"head": {"reference": "master"}})");
-    return Workspace::open(folder.path(), Workspace::Use::change).value();
+    return Workspace::open(folder.path(), Workspace::Use::change, qrv_test::anyCaller()).value();
 }
 
 /// A repository whose files "kept", "gone" and "other" are those of HEAD.

@@ -5,6 +5,7 @@
 #include <engine/storage/PackFile.h>
 #include <engine/worktree/Workspace.h>
 #include <tests/cli/commands/HistoryProject.h>
+#include <tests/engine/base/RecordingCaller.h>
 
 #include <filesystem>
 #include <map>
@@ -47,7 +48,8 @@ std::string shown(const std::vector<PackCandidate>& candidates) {
 class Packing : public testing::Test {
 protected:
     std::vector<PackCandidate> candidates(const std::set<OdString>& needed = {}) {
-        workspace = std::move(*Workspace::open(project.folder.path(), Workspace::Use::change));
+        workspace = std::move(
+            *Workspace::open(project.folder.path(), Workspace::Use::change, qrv_test::anyCaller()));
         const auto files = qrv_cli::listMetadata(workspace->root(), workspace->folder());
         std::vector<PackCandidate> all =
             qrv_cli::packCandidates(*workspace, files->objects, needed);

@@ -1,9 +1,8 @@
 #include <engine/repository/SharedMode.h>
-#include <tests/support/Files.h>
+#include <tests/engine/base/RecordingCaller.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -14,19 +13,12 @@ namespace {
 namespace fs = std::filesystem;
 using qrv_cli::SharedMode;
 using qrv_test::TemporaryFolder;
-using qrv_test::writeFile;
 
 /// A root, and a person whose mask is 027.
 class SharedModeOfARepository : public testing::Test {
 protected:
-    SharedModeOfARepository() {
-        ::setenv("QRV_CONFIG_DIR", configuration.path().c_str(), 1);
-        ::umask(027);
-    }
-    ~SharedModeOfARepository() override {
-        ::umask(022);
-        ::unsetenv("QRV_CONFIG_DIR");
-    }
+    SharedModeOfARepository() { ::umask(027); }
+    ~SharedModeOfARepository() override { ::umask(022); }
 
     void makeMetadata(unsigned mode) const {
         fs::create_directory(metadata);
@@ -39,12 +31,12 @@ protected:
         return static_cast<unsigned>(fs::status(folder / "new").permissions());
     }
     unsigned permissionsWhileShared() const {
-        const SharedMode shared(opened);
+        const SharedMode shared(opened, caller);
         return permissionsNow();
     }
 
     const TemporaryFolder folder;
-    const TemporaryFolder configuration;
+    qrv_test::RecordingCaller caller;
     const fs::path metadata = folder / ".qrv";
     const sys::Folder opened = *sys::Folder::open(folder.path());
 };
@@ -71,21 +63,19 @@ TEST_F(SharedModeOfARepository, LeavesTheMaskAloneWhereTheGroupMayNotWrite) {
 TEST_F(SharedModeOfARepository, IsHeldByTheOneThatItWasMovedTo) {
     makeMetadata(02775);
     {
-        SharedMode first(opened);
+        SharedMode first(opened, caller);
         const SharedMode second(std::move(first));
         EXPECT_EQ(permissionsNow(), 0664U);
-        const SharedMode within(opened);
+        const SharedMode within(opened, caller);
         EXPECT_EQ(permissionsNow(), 0664U);
     }
     EXPECT_EQ(permissionsNow(), 0640U);
 }
 
-TEST_F(SharedModeOfARepository, FollowsTheSetting) {
+TEST_F(SharedModeOfARepository, FollowsTheWishOfTheCaller) {
     makeMetadata(02775);
-    writeFile(configuration / "settings.json", R"({"shared-folders": 0})");
+    caller.followsShared = false;
     EXPECT_EQ(permissionsWhileShared(), 0640U);
-    writeFile(configuration / "settings.json", "damaged");
-    EXPECT_EQ(permissionsWhileShared(), 0664U);
 }
 
 }  // namespace

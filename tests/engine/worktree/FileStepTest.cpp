@@ -1,6 +1,7 @@
 #include <engine/base/Digest.h>
 #include <engine/worktree/FileStep.h>
 #include <sys/ScopedFault.h>
+#include <tests/engine/base/RecordingCaller.h>
 #include <tests/support/Effort.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
@@ -22,8 +23,10 @@ namespace fs = std::filesystem;
 using qrv_cli::keepBeside;
 using qrv_cli::StepEnd;
 using qrv_cli::StepTarget;
+using qrv_test::anyCaller;
 using qrv_test::listTree;
 using qrv_test::readFile;
+using qrv_test::RecordingCaller;
 using qrv_test::writeFile;
 using testing::ElementsAre;
 
@@ -46,7 +49,7 @@ protected:
         return planned;
     }
     Expected<StepEnd> write(const StepTarget& step) const {
-        return writeFile(folder, step, newFile());
+        return writeFile(folder, step, newFile(), anyCaller());
     }
     static std::string endOf(const Expected<StepEnd>& end) {
         if (!end)
@@ -81,7 +84,7 @@ TEST_F(FileStep, GivesBackWhatAnotherProgramSaved) {
     writeFile(file, "a day's work");
     EXPECT_EQ(endOf(write(target("old"))), "left");
     EXPECT_EQ(readFile(file), "a day's work");
-    EXPECT_EQ(endOf(removeFile(folder, target("old"))), "left");
+    EXPECT_EQ(endOf(removeFile(folder, target("old"), anyCaller())), "left");
     EXPECT_EQ(readFile(file), "a day's work");
     EXPECT_THAT(tree(), ElementsAre("plans/", "plans/plan.dwg"));
 }
@@ -104,7 +107,7 @@ TEST_F(FileStep, LeavesAFileThatSomebodyHasOpenForWriting) {
     writeFile(file, "old");
     std::ofstream writer(file, std::ios::app);
     EXPECT_EQ(endOf(write(target("old"))), "left");
-    EXPECT_EQ(endOf(removeFile(folder, target("old"))), "left");
+    EXPECT_EQ(endOf(removeFile(folder, target("old"), anyCaller())), "left");
     writer << " and more" << std::flush;
     EXPECT_EQ(readFile(file), "old and more");
     writer.close();
@@ -125,13 +128,13 @@ TEST_F(FileStep, LeavesLinksAndFoldersWhereTheyAre) {
     fs::create_directory(temporary / "plans");
     fs::create_symlink("elsewhere", file);
     EXPECT_EQ(endOf(write(target("old"))), "left");
-    EXPECT_EQ(endOf(removeFile(folder, target("old"))), "left");
+    EXPECT_EQ(endOf(removeFile(folder, target("old"), anyCaller())), "left");
     EXPECT_EQ(fs::read_symlink(file), "elsewhere");
     fs::remove(file);
     sys::NewFile planned = newFile();
     fs::create_directory(file);
-    EXPECT_EQ(endOf(writeFile(folder, target("old"), std::move(planned))), "left");
-    EXPECT_EQ(endOf(removeFile(folder, target("old"))), "done");
+    EXPECT_EQ(endOf(writeFile(folder, target("old"), std::move(planned), anyCaller())), "left");
+    EXPECT_EQ(endOf(removeFile(folder, target("old"), anyCaller())), "done");
     EXPECT_TRUE(fs::is_directory(file));
 }
 
@@ -142,19 +145,24 @@ TEST_F(FileStep, WritesWhatSomebodyRemovedMeanwhile) {
 
 TEST_F(FileStep, RemovesAFileAndTheFoldersThatAreEmptyThen) {
     writeFile(file, "old");
-    EXPECT_EQ(endOf(removeFile(folder, target("old"))), "done");
+    EXPECT_EQ(endOf(removeFile(folder, target("old"), anyCaller())), "done");
     EXPECT_THAT(tree(), ElementsAre());
-    EXPECT_EQ(endOf(removeFile(folder, target("old"))), "done");
+    EXPECT_EQ(endOf(removeFile(folder, target("old"), anyCaller())), "done");
 }
 
 TEST_F(FileStep, KeepsWhatTwoSavesLeaveUnderNamesOfTheirOwn) {
     writeFile(temporary / "plans/.7-0.qrv-aside", "first save");
     writeFile(temporary / "plans/plan.kept-1.dwg", "from before");
     const sys::Folder plans = *folder.openFolder("plans");
-    EXPECT_TRUE(keepBeside(plans, ".7-0.qrv-aside", "plan.dwg"));
+    RecordingCaller caller;
+    EXPECT_TRUE(keepBeside(plans, ".7-0.qrv-aside", "plan.dwg", caller));
     EXPECT_EQ(readFile(temporary / "plans/plan.kept-2.dwg"), "first save");
+    EXPECT_THAT(
+        caller.notes,
+        ElementsAre("Note: another program saved 'plan.dwg' meanwhile; what it saved first is kept "
+                    "beside it as 'plan.kept-2.dwg'"));
     writeFile(temporary / "plans/.7-0.qrv-aside", "x");
-    EXPECT_TRUE(keepBeside(plans, ".7-0.qrv-aside", ".hidden"));
+    EXPECT_TRUE(keepBeside(plans, ".7-0.qrv-aside", ".hidden", caller));
     EXPECT_THAT(tree(), ElementsAre("plans/", "plans/.hidden.kept-1", "plans/plan.kept-1.dwg",
                                     "plans/plan.kept-2.dwg"));
 }
@@ -172,7 +180,8 @@ TEST_F(FileStep, LosesNothingWhicheverCallFails) {
                 sys::NewFile planned = newFile();
                 {
                     const sys::ScopedFault fault(nth, cause);
-                    static_cast<void>(writeFile(folder, target("old"), std::move(planned)));
+                    static_cast<void>(
+                        writeFile(folder, target("old"), std::move(planned), anyCaller()));
                     hasFired = fault.hasFired();
                 }
                 failures += hasFired ? 1 : 0;

@@ -1,5 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/history/Plan.h>
+#include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Trees.h>
 #include <tests/engine/worktree/Working.h>
 
@@ -41,7 +42,8 @@ protected:
 
     /// Whatever plan is noted stays.
     std::unique_ptr<Workspace> open() const {
-        return std::move(*Workspace::open(project.folder.path(), Workspace::Use::repair));
+        return std::move(
+            *Workspace::open(project.folder.path(), Workspace::Use::repair, qrv_test::anyCaller()));
     }
     Plan switching(std::vector<PlannedFile> files) const {
         const std::unique_ptr<Workspace> workspace = open();

@@ -3,6 +3,7 @@
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/Workspace.h>
 #include <tests/cli/commands/HistoryProject.h>
+#include <tests/engine/base/RecordingCaller.h>
 
 #include <memory>
 #include <string>
@@ -13,7 +14,8 @@ namespace qrv_test {
 struct Working : HistoryProject {
     /// Opens it for a change. Until it ends no other process can change the repository.
     std::unique_ptr<qrv_cli::Workspace> open() const {
-        return std::move(*qrv_cli::Workspace::open(folder.path(), qrv_cli::Workspace::Use::change));
+        return std::move(
+            *qrv_cli::Workspace::open(folder.path(), qrv_cli::Workspace::Use::change, anyCaller()));
     }
     OdString url(qrv_cli::Workspace& workspace, const char* path) const {
         return workspace.headFiles().at(OdString(path)).url;

@@ -1,3 +1,4 @@
+#include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>
 
 #include <gtest/gtest.h>
@@ -136,7 +137,8 @@ TEST_F(WorkingTree, RemembersWhatItReadOnlyWithTheLock) {
     const std::unique_ptr<Workspace> holder = project.open();
     const std::string before = qrv_test::readFile(project / ".qrv/qrv.state");
     {
-        const auto looker = *Workspace::open(project.folder.path(), Workspace::Use::look);
+        const auto looker =
+            *Workspace::open(project.folder.path(), Workspace::Use::look, qrv_test::anyCaller());
         EXPECT_FALSE(looker->mayChange());
         EXPECT_TRUE(findChanges(*looker)->isEmpty());
     }

@@ -1,5 +1,6 @@
 #include <engine/worktree/KeptBaseline.h>
 #include <platform/kernel/OdError.h>
+#include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>
 
 #include <gtest/gtest.h>
@@ -40,7 +41,8 @@ protected:
         return project.run({"status"});
     }
     std::unique_ptr<Workspace> open(Workspace::Use use = Workspace::Use::look) const {
-        return std::move(*Workspace::open(project.folder.path(), use, Workspace::Scan::ahead));
+        return std::move(*Workspace::open(project.folder.path(), use, qrv_test::anyCaller(),
+                                          Workspace::Scan::ahead));
     }
     bool isUsed() const { return open()->stateWithoutIndex().index.empty(); }
     bool isKept() const { return fs::exists(project / ".qrv/baseline"); }

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <engine/base/Caller.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qrv_test {
+
+/// Keeps what it is told, and trusts nobody.
+class RecordingCaller : public qrv_cli::Caller {
+public:
+    void note(const OdString& text) override { notes.push_back(text.toNarrow()); }
+    std::unique_ptr<qrv_cli::Work> beginWork(const OdString&, std::size_t) override {
+        struct Unseen : qrv_cli::Work {
+            void add(std::int64_t) override {}
+        };
+        return std::make_unique<Unseen>();
+    }
+    std::string action() const override { return "test"; }
+    bool isPerson(std::uint32_t) const override { return false; }
+    Expected<std::vector<OdString>> trustedFolders() const override { return trusted; }
+    bool followsSharedFolders() const override { return followsShared; }
+
+    std::vector<std::string> notes;
+    std::vector<OdString> trusted;
+    bool followsShared = true;
+};
+
+/// For whoever does not look at what it is told.
+inline RecordingCaller& anyCaller() {
+    static RecordingCaller one;
+    return one;
+}
+
+}  // namespace qrv_test
