@@ -8,7 +8,6 @@
 #include <array>
 #include <cstddef>
 #include <string_view>
-#include <type_traits>
 
 namespace qrv_cli {
 
@@ -21,18 +20,16 @@ constexpr int deepest = 100;
 
 constexpr std::size_t tellingCount = 128;
 
-/// Of each character of ASCII whether it opens or closes anything.
+/// Of each character of ASCII whether it is one of " [ \ ] { }.
 constexpr std::array<bool, tellingCount> telling = [] {
     std::array<bool, tellingCount> table{};
-    for (const char character : {'"', '\\', '[', ']', '{', '}'})
-        table[static_cast<std::size_t>(character)] = true;
+    for (const std::size_t character : {0x22U, 0x5BU, 0x5CU, 0x5DU, 0x7BU, 0x7DU})
+        table[character] = true;
     return table;
 }();
 
-template <class Character>
-bool isTelling(Character character) {
-    const auto place = static_cast<std::make_unsigned_t<Character>>(character);
-    return place < tellingCount && telling[place];
+bool isTelling(char32_t character) {
+    return character < tellingCount && telling[character];
 }
 
 /// Follows a JSON text, given in parts, through its brackets. What is no JSON misleads it no
@@ -44,7 +41,7 @@ public:
     void follow(std::basic_string_view<Character> part) {
         for (std::size_t at = 0; at < part.size() && !isOver_; ++at) {
             // Nearly all characters say nothing, and there are millions.
-            while (!isEscaped_ && at < part.size() && !isTelling(part[at]))
+            while (!isEscaped_ && at < part.size() && !isTelling(static_cast<char32_t>(part[at])))
                 ++at;
             if (at < part.size())
                 follow(static_cast<char32_t>(part[at]));
