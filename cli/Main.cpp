@@ -18,7 +18,7 @@
 #include <system_error>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -103,11 +103,11 @@ ExitStatus run(int argumentCount, const char* const* arguments) {
 
 }  // namespace
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli
 
 int main(int argumentCount, char** arguments) {
     sys::takeMemoryInLargeSteps();
-    const int status = qrv_cli::run(argumentCount, arguments);
+    const int status = qrv::cli::run(argumentCount, arguments);
     // A shell goes on with its script unless it sees that the person has cancelled.
     if (status != 0)
         sys::Interruption::carryOut();

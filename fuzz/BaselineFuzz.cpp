@@ -11,10 +11,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const std::string body(reinterpret_cast<const char*>(bytes), size);
-    const std::string whole = "qrv baseline 1\n" + qrv_cli::Digest::of(body) + body;
-    const std::optional<qrv_cli::KeptBaseline> kept =
-        qrv_cli::fromBytes({whole.begin(), whole.end()});
-    if (kept && qrv_cli::toBytes(*kept) != whole)
+    const std::string whole = "qrv baseline 1\n" + qrv::Digest::of(body) + body;
+    const std::optional<qrv::KeptBaseline> kept = qrv::fromBytes({whole.begin(), whole.end()});
+    if (kept && qrv::toBytes(*kept) != whole)
         std::abort();
     return 0;
 }

@@ -12,7 +12,7 @@
 
 #include <regex>
 
-OdString qrv_cli::tr(const wchar_t* source) {
+OdString qrv::tr(const wchar_t* source) {
     return source;
 }
 
@@ -32,8 +32,8 @@ static bool avoidsMetadata(const std::wstring& path) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const auto text = OdString::fromNarrow({reinterpret_cast<const char*>(bytes), size % 300});
-    const auto path = qrv_cli::RelativePath::check(text);
-    const auto url = qrv_cli::CheckedUrl::check(text);
+    const auto path = qrv::RelativePath::check(text);
+    const auto url = qrv::CheckedUrl::check(text);
     const bool isWrong = url && *common::getRevision(text) != url->digest();
     if (isWrong || (path && !(staysBelowRoot(path->bytes()) && avoidsMetadata(text.toWide()))))
         std::abort();

@@ -23,7 +23,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -171,4 +171,4 @@ Action declareAdd(const ArgumentParser& parser) {
     return [arguments](Output& output) { return add(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

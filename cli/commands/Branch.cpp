@@ -20,7 +20,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -203,4 +203,4 @@ Action declareBranch(const ArgumentParser& parser) {
     };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

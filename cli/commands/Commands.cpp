@@ -1,7 +1,7 @@
 #include <cli/commands/Commands.h>
 #include <engine/base/Translation.h>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 std::span<const Command> commands() {
     static constexpr Command all[] = {
@@ -48,4 +48,4 @@ std::span<const Command> commands() {
     return all;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

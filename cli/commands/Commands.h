@@ -5,7 +5,7 @@
 #include <functional>
 #include <span>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 class ArgumentParser;
 class Output;
@@ -53,4 +53,4 @@ Action declareTag(const ArgumentParser& parser);
 Action declareUnstage(const ArgumentParser& parser);
 Action declareVerify(const ArgumentParser& parser);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -15,7 +15,7 @@
 #include <optional>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -76,4 +76,4 @@ Action declareCommit(const ArgumentParser& parser) {
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 Action declareCompletion(const ArgumentParser& parser) {
     const auto shell = std::make_shared<std::string>();
@@ -21,4 +21,4 @@ Action declareCompletion(const ArgumentParser& parser) {
     };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

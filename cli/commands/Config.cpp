@@ -16,7 +16,7 @@
 #include <system_error>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -169,4 +169,4 @@ Action declareConfig(const ArgumentParser& parser) {
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -17,7 +17,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -103,4 +103,4 @@ Action declareConvert(const ArgumentParser& parser) {
     return [arguments](Output& output) { return convert(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -26,7 +26,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -231,4 +231,4 @@ Action declareDiff(const ArgumentParser& parser) {
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -19,7 +19,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -88,4 +88,4 @@ Action declareFiles(const ArgumentParser& parser) {
     return [arguments](Output& output) { return listFiles(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

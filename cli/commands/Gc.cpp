@@ -15,7 +15,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -107,4 +107,4 @@ Action declareGc(const ArgumentParser& parser) {
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

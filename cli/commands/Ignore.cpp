@@ -18,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -146,4 +146,4 @@ Action declareIgnore(const ArgumentParser& parser) {
     };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

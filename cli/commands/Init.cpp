@@ -25,7 +25,7 @@
 #include <system_error>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -185,4 +185,4 @@ Action declareInit(const ArgumentParser& parser) {
     return [arguments](Output& output) { return initialise(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -12,7 +12,7 @@
 #include <memory>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -81,4 +81,4 @@ Action declareLocate(const ArgumentParser& parser) {
     return [arguments](Output& output) { return locate(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

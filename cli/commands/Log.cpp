@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -150,4 +150,4 @@ Action declareLog(const ArgumentParser& parser) {
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

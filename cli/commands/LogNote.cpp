@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -44,4 +44,4 @@ Action declareLogNote(const ArgumentParser& parser) {
     return [note](Output& output) { return addNote(*note, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -49,4 +49,4 @@ Action declareManual(const ArgumentParser& parser) {
     };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -17,7 +17,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -143,4 +143,4 @@ Action declareMerge(const ArgumentParser& parser) {
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

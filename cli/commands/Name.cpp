@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -91,4 +91,4 @@ Action declareName(const ArgumentParser& parser) {
     return [arguments](Output& output) { return showOrSetName(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -18,7 +18,7 @@
 #include <system_error>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -176,4 +176,4 @@ Action declareProjects(const ArgumentParser& parser) {
     };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

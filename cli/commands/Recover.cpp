@@ -17,7 +17,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -166,4 +166,4 @@ Action declareRecover(const ArgumentParser& parser) {
     return [arguments](Output& output) { return run(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

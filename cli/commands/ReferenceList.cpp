@@ -8,7 +8,7 @@
 
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 using common::Reference;
 using common::RefType;
@@ -78,4 +78,4 @@ void writeReference(const OdString& name, const CommitEntry& commit, const OdStr
                      .toNarrow());
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 class Output;
 
@@ -44,4 +44,4 @@ jsonlib::json::Object referenceDocument(const OdString& name,
 void writeReference(const OdString& name, const CommitEntry& commit, const OdString& text,
                     bool asJson, Output& output);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -11,7 +11,7 @@
 #include <memory>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -46,4 +46,4 @@ Action declareState(const ArgumentParser& parser) {
     return [folder](Output& output) { return printState(*folder, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

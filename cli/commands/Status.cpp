@@ -28,7 +28,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -255,4 +255,4 @@ Action declareStatus(const ArgumentParser& parser) {
     return [arguments](Output& output) { return showStatus(*arguments, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -92,4 +92,4 @@ Action declareVerify(const ArgumentParser& parser) {
     return [asJson](Output& output) { return run(*asJson, output); };
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 const Argument& Argument::required() const {
     option_->required();
@@ -88,4 +88,4 @@ bool ArgumentParser::isChosen() const {
     return parser_->parsed();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -11,7 +11,7 @@ class App;
 class Option;
 }  // namespace CLI
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// A declared argument, to say more about it. Only a handle: its copies stand for the same
 /// argument, which lives as long as the command line. Each function gives the argument itself
@@ -74,4 +74,4 @@ private:
     CLI::App* parser_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -175,4 +175,4 @@ std::vector<CommandText> CommandLine::texts() const {
     return all;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

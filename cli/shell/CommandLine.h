@@ -12,7 +12,7 @@ namespace CLI {
 class App;
 }
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// What a person reads of one argument.
 struct ArgumentText {
@@ -64,4 +64,4 @@ private:
     std::optional<std::string> folder_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -74,4 +74,4 @@ bool isCompiledCatalogue(std::string_view bytes) {
            translations.text(0)->find("charset=UTF-8\n") != std::string_view::npos;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

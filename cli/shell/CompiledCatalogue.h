@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// Whether the bytes are a compiled message catalogue (an .mo file) as our build makes them: in
 /// UTF-8, in little-endian numbers, with every table and every text inside the bytes. wxWidgets
@@ -11,4 +11,4 @@ namespace qrv_cli {
 /// `OdString::format`.
 bool isCompiledCatalogue(std::string_view bytes);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

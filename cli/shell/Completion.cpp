@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -203,4 +203,4 @@ std::string completionScript(const std::string& shell, const std::vector<Command
     return shell == "fish" ? fishScript(commands) : std::string();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

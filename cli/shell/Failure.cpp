@@ -7,7 +7,7 @@
 #include <new>
 #include <system_error>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -43,4 +43,4 @@ ExitStatus carryOut(const Action& action, Output& output) {
     return kFailed;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

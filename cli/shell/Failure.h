@@ -2,7 +2,7 @@
 
 #include <cli/commands/Commands.h>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 class Output;
 
@@ -16,4 +16,4 @@ enum ExitStatus {
 /// line on standard error.
 ExitStatus carryOut(const Action& action, Output& output);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -5,7 +5,7 @@
 #include <platform/kernel/OdString.h>
 #include <sys/Terminal.h>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -50,4 +50,4 @@ void writeJson(const jsonlib::json::Value& document, Output& output) {
     output.write("\n");
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

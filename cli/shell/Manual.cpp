@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -119,4 +119,4 @@ std::string manualPage(const CommandText& command, const std::vector<CommandText
     return page + exitStatus;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

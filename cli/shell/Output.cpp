@@ -4,7 +4,7 @@
 #include <csignal>
 #include <cstdio>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -44,4 +44,4 @@ std::error_code Output::finish() {
     return failure_;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// Standard output. A failure is remembered and told once, by `finish`; what is written after it is
 /// lost.
@@ -26,4 +26,4 @@ private:
     std::error_code failure_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

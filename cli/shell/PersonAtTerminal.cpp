@@ -6,7 +6,7 @@
 
 #include <QByteArray>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -31,7 +31,7 @@ bool PersonAtTerminal::isPerson(std::uint32_t user) const {
 }
 
 Expected<std::vector<OdString>> PersonAtTerminal::trustedFolders() const {
-    return qrv_cli::trustedFolders();
+    return cli::trustedFolders();
 }
 
 bool PersonAtTerminal::followsSharedFolders() const {
@@ -44,4 +44,4 @@ PersonAtTerminal& person() {
     return one;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// Whoever typed the command, for the engine: notes go to standard error, progress to the terminal,
 /// and what the person has set is looked up when it is asked for.
@@ -34,4 +34,4 @@ private:
 /// The one that this process has.
 PersonAtTerminal& person();
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -19,7 +19,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace fs = std::filesystem;
 
@@ -167,4 +167,4 @@ Translations::~Translations() {
         wxTranslations::Set(nullptr);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -4,7 +4,7 @@
 
 class wxInitializer;
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// The user's language, for as long as it lives: the message catalogue that `tr` and the library
 /// ask. The environment names the language, in the way of the gettext programs (LC_ALL,
@@ -23,4 +23,4 @@ private:
     std::unique_ptr<wxInitializer> host_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -3,7 +3,7 @@
 
 #include <QByteArray>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -50,4 +50,4 @@ std::string coloured(Colour colour, std::string_view bytes) {
     return endsLine ? text + '\n' : text;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 enum class Colour { bold, red, green, yellow, cyan };
 
@@ -16,4 +16,4 @@ OdString coloured(Colour colour, const OdString& text);
 /// The same of bytes that need not be text.
 std::string coloured(Colour colour, std::string_view bytes);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

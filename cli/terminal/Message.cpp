@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -27,4 +27,4 @@ void printMessage(const OdString& text) {
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -73,4 +73,4 @@ OdString sizeText(std::int64_t sizeBytes) {
     return OdString::format(L"%i.%i %ls", tenths / 10, tenths % 10, units[unit]);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

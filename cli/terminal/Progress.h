@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// A line on standard error that tells how far long work is: how many files of how many, how much,
 /// and how quickly. Appears only on a terminal and only after half a second, and is gone at its
@@ -40,4 +40,4 @@ private:
 /// "812 bytes", "1.4 KB", "23 MB", "1.2 GB": of a thousand each, with two digits at least.
 OdString sizeText(std::int64_t sizeBytes);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 using common::FileChange;
 
@@ -60,4 +60,4 @@ jsonlib::json::Array toJson(const std::vector<common::StagedFile>& files) {
     return array;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// The word for a change in the user's language.
 OdString changeWord(common::FileChange change);
@@ -18,4 +18,4 @@ OdString changeLine(common::FileChange change, const OdString& path);
 /// A list of objects with "path" and "change", the latter as in the state file.
 jsonlib::json::Array toJson(const std::vector<common::StagedFile>& files);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

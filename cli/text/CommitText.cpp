@@ -3,7 +3,7 @@
 
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -35,4 +35,4 @@ jsonlib::json::Object toJson(const CommitEntry& commit) {
     return object;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

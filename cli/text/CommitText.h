@@ -4,7 +4,7 @@
 #include <engine/history/History.h>
 #include <platform/kernel/OdString.h>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// The first line of the message.
 OdString titleOf(const CommitEntry& commit);
@@ -13,4 +13,4 @@ OdString titleOf(const CommitEntry& commit);
 /// "2024-03-05T14:07:09Z".
 jsonlib::json::Object toJson(const CommitEntry& commit);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

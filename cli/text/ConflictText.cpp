@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 OdString conflictLines(const std::vector<common::ConflictData>& conflicts) {
     OdString lines;
@@ -30,4 +30,4 @@ jsonlib::json::Array toJson(const std::vector<common::ConflictData>& conflicts) 
     return array;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// One line a conflict: the path, and what happened to it on either side.
 OdString conflictLines(const std::vector<common::ConflictData>& conflicts);
@@ -14,4 +14,4 @@ OdString conflictLines(const std::vector<common::ConflictData>& conflicts);
 /// A list of objects with "path", "local" and "remote", the latter two as in the state file.
 jsonlib::json::Array toJson(const std::vector<common::ConflictData>& conflicts);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

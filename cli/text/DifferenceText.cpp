@@ -6,7 +6,7 @@
 #include <array>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -90,4 +90,4 @@ jsonlib::json::Array toJson(const std::vector<Difference>& differences) {
     return array;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

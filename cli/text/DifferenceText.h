@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// "  modified  plans/ground.dwg" or "  renamed   a.dwg -> b.dwg", without a line feed; the words
 /// are aligned.
@@ -20,4 +20,4 @@ OdString sizeText(const Difference& difference);
 /// side; and "digestBefore" and "digestAfter", the SHA-256 digests of the contents.
 jsonlib::json::Array toJson(const std::vector<Difference>& differences);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

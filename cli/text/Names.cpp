@@ -2,10 +2,10 @@
 #include <engine/base/Printable.h>
 #include <sys/Terminal.h>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 std::string nameForOutput(const OdString& name) {
     return (sys::isTerminal(sys::Stream::output) ? printable(name) : name).toNarrow();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -4,10 +4,10 @@
 
 #include <string>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// A name for standard output: printable where that is a terminal, elsewhere its own bytes, so that
 /// another program can open the file.
 std::string nameForOutput(const OdString& name);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -183,4 +183,4 @@ std::span<const RecordKind> recordKinds() {
     return kinds;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

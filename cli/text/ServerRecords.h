@@ -6,7 +6,7 @@
 
 #include <span>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// A record that the server sends, by the reader that the library has for it.
 struct RecordKind {
@@ -23,4 +23,4 @@ struct RecordKind {
 /// commits.
 std::span<const RecordKind> recordKinds();
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -185,4 +185,4 @@ void warnBeforeStaging(const std::vector<StagedFile>& files, const WorkingChange
     warnOfOpenDrawings(files, workspace);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// Tells, as notes on standard error, what a person should know before these files are committed: a
 /// file or a whole commit that is very large (the limits are in the program's configuration), names
@@ -15,4 +15,4 @@ namespace qrv_cli {
 void warnBeforeStaging(const std::vector<common::StagedFile>& files, const WorkingChanges& changes,
                        const Workspace& workspace);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

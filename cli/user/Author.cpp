@@ -7,7 +7,7 @@
 #include <QByteArray>
 #include <QString>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -39,4 +39,4 @@ Expected<OdString> authorOf(const std::optional<std::string>& option) {
     return author;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

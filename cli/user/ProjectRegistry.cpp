@@ -9,7 +9,7 @@
 #include <memory>
 #include <stdexcept>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -120,4 +120,4 @@ Expected<std::vector<RegisteredProject>> unregisterProjects(const OdString& fold
     return known;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

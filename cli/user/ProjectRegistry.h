@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// A project in the user's registry.
 struct RegisteredProject {
@@ -39,4 +39,4 @@ Expected<RegisteredProject> registerProject(const common::RootPath& root, const 
 /// is none, nothing is written.
 Expected<std::vector<RegisteredProject>> unregisterProjects(const OdString& folder);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

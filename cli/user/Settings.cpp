@@ -16,7 +16,7 @@
 #include <system_error>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 namespace {
 
@@ -194,4 +194,4 @@ Expected<void> changeTrustedFolders(const std::vector<OdString>& folders) {
     return writeObject(*path, std::move(*object));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv::cli {
 
 /// What a person can set for all repositories, kept as one JSON object in `settings.json` in the
 /// folder of the user's configuration (see ProjectRegistry.h). A missing file or key means the
@@ -55,4 +55,4 @@ Expected<std::vector<OdString>> trustedFolders();
 /// Writes this list and leaves everything else in the file as it is. Fails like `changeSetting`.
 Expected<void> changeTrustedFolders(const std::vector<OdString>& folders);
 
-}  // namespace qrv_cli
+}  // namespace qrv::cli

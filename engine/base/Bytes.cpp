@@ -3,7 +3,7 @@
 
 #include <new>
 
-namespace qrv_cli {
+namespace qrv {
 
 Expected<Bytes> Bytes::ofSize(std::int64_t size) {
     Bytes bytes;
@@ -15,4 +15,4 @@ Expected<Bytes> Bytes::ofSize(std::int64_t size) {
     return bytes;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

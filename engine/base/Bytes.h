@@ -8,7 +8,7 @@
 #include <span>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Memory for the contents of one file. What was not written yet is undefined: filling it first
 /// would cost as much as reading it from the disk.
@@ -30,4 +30,4 @@ private:
     std::size_t size_ = 0;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Long work that was begun; it ends with this.
 class Work {
@@ -52,4 +52,4 @@ public:
     virtual bool followsSharedFolders() const = 0;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

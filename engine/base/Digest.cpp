@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <new>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -64,4 +64,4 @@ std::string Digest::of(std::string_view bytes) {
     return digest.finish();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A SHA-256 digest of bytes that come piece by piece.
 class Digest {
@@ -28,4 +28,4 @@ private:
     std::unique_ptr<Context> context_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

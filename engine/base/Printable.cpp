@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -104,4 +104,4 @@ bool isHarmless(const OdString& text) {
     return isSafe;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -2,7 +2,7 @@
 
 #include <platform/kernel/OdString.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A path or name for a person's eyes: what could steer a terminal or reorder its line (control
 /// characters, bytes that are not UTF-8, marks of the writing direction), and what is invisible,
@@ -13,4 +13,4 @@ OdString printable(const OdString& name);
 /// invisible may be.
 bool isHarmless(const OdString& text);
 
-}  // namespace qrv_cli
+}  // namespace qrv

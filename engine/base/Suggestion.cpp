@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -59,4 +59,4 @@ std::optional<OdString> closest(const OdString& word, const std::vector<OdString
     return best;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

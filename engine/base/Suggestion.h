@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What somebody who typed `word` may have meant: the candidate with the fewest typing mistakes in
 /// between, the first of several. A mistake is a unit too much, missing or wrong, or two
@@ -14,4 +14,4 @@ namespace qrv_cli {
 /// at.
 std::optional<OdString> closest(const OdString& word, const std::vector<OdString>& candidates);
 
-}  // namespace qrv_cli
+}  // namespace qrv

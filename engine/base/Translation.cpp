@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 OdString tr(const wchar_t* source) {
     if (const wxTranslations* translations = wxTranslations::Get()) {
@@ -19,4 +19,4 @@ std::string trUtf8(const wchar_t* source) {
     return tr(source).toNarrow();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The text for `source` in the catalogue, or `source` itself. Placeholders are still in it: the
 /// look-up comes first, the filling after.
@@ -19,4 +19,4 @@ constexpr const wchar_t* translatable(const wchar_t* source) {
     return source;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

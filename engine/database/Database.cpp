@@ -13,7 +13,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -229,4 +229,4 @@ void DatabaseTransaction::commit() {
     isOpen_ = false;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -10,7 +10,7 @@
 
 struct sqlite3;
 
-namespace qrv_cli {
+namespace qrv {
 
 class FolderVfs;
 class StepLimit;
@@ -96,4 +96,4 @@ private:
     bool isOpen_ = true;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 
 #include <sqlite3.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 void failOnDatabase(const OdString& path, const OdString& cause) {
     throw DatabaseError(
@@ -20,4 +20,4 @@ OdString causeOf(sqlite3* connection) {
     return OdString(sqlite3_errmsg(connection));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

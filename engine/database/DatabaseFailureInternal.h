@@ -4,7 +4,7 @@
 
 struct sqlite3;
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Throws the `DatabaseError` "The database '...' cannot be used: ...".
 [[noreturn]] void failOnDatabase(const OdString& path, const OdString& cause);
@@ -12,4 +12,4 @@ namespace qrv_cli {
 /// Why the connection's last call failed.
 OdString causeOf(sqlite3* connection);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <array>
 #include <cstdint>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -88,4 +88,4 @@ void makeFile(const sys::Folder& folder, const std::string& name, const OdString
         failOnDatabase(path, causeOf(error));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Throws `DatabaseError` unless the file of that name is a regular one or missing, and what lies
 /// beside it and would be taken for a part of it was left by a connection of ours: at most a
@@ -15,4 +15,4 @@ void requireOwnFiles(const sys::Folder& folder, const std::string& name, const O
 /// Makes an empty file, which is an empty database, unless there is one. Throws `DatabaseError`.
 void makeFile(const sys::Folder& folder, const std::string& name, const OdString& path);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -122,4 +122,4 @@ const char* FolderVfs::pathOf(const char* name) const {
     return name == journal_ ? journalPath_.c_str() : nullptr;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What SQLite can reach while it works on one database: the file of one name in an open folder,
 /// and its rollback journal. It is asked for other files by what stands in a database and in a
@@ -43,4 +43,4 @@ private:
     sqlite3_vfs vfs_ = {};
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -4,7 +4,7 @@
 
 #include <map>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -51,4 +51,4 @@ void requireSchema(std::span<const SchemaEntry> entries, Database& database) {
                                              printable(database.path()), differences.front()));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

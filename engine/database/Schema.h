@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A table or index, and the statement that makes it, without a semicolon.
 struct SchemaEntry {
@@ -25,4 +25,4 @@ std::vector<OdString> differencesFrom(std::span<const SchemaEntry> entries, Data
 /// row that is written, and can take all time and memory.
 void requireSchema(std::span<const SchemaEntry> entries, Database& database);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 void Statement::Finalize::operator()(sqlite3_stmt* statement) const {
     sqlite3_finalize(statement);
@@ -98,4 +98,4 @@ void Statement::requireMemory() const {
         failOnDatabase(file_, OdString(sqlite3_errstr(SQLITE_NOMEM)));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

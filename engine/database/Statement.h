@@ -11,7 +11,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace qrv_cli {
+namespace qrv {
 
 class StepLimit;
 
@@ -82,4 +82,4 @@ private:
     std::unique_ptr<sqlite3_stmt, Finalize> statement_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -2,7 +2,7 @@
 
 #include <sqlite3.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -39,4 +39,4 @@ bool StepLimit::isExceeded() const {
     return !file || steps - mostForAny > file->sizeBytes * mostForByte;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 
 struct sqlite3;
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Ends a statement that takes more steps of SQLite than any can need in a file of that size. A
 /// small file can be made in which a walk over a table never comes to its end: the same page stands
@@ -53,4 +53,4 @@ private:
     std::int64_t* rounds_ = nullptr;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <memory>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -63,4 +63,4 @@ Expected<std::optional<std::string>> readText(Workspace& workspace, const OdStri
     return std::optional(std::move(*bytes));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

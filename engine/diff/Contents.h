@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The bytes of the file `path` in this version, if they are a text whose lines can be compared:
 /// nothing for a drawing, a file of more than 10 MB, and what is not text (see isText). Fails when
@@ -16,4 +16,4 @@ namespace qrv_cli {
 Expected<std::optional<std::string>> readText(Workspace& workspace, const OdString& path,
                                               const FileVersion& version);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -121,4 +121,4 @@ std::vector<Difference> differencesBetween(const Snapshot& before, const Snapsho
     return differences;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// How one file differs between two snapshots. At least one side is there.
 struct Difference {
@@ -36,4 +36,4 @@ Renames renamesOf(const std::vector<FileDelta>& deltas);
 std::vector<Difference> differencesBetween(const Snapshot& before, const Snapshot& after,
                                            const Renames& noted = {});
 
-}  // namespace qrv_cli
+}  // namespace qrv

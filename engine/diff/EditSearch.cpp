@@ -8,7 +8,7 @@
 // two ways with as few edits as possible are begun at both ends, and where they meet, the sequences
 // are split. When they do not meet for long, they are split where one of them got furthest, which
 // bounds the time of a split as well as the memory.
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -228,4 +228,4 @@ KeptElements findKept(std::span<const std::uint32_t> before, std::span<const std
     return EditSearch(before, after).run();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// For each element of two sequences, whether it stays when the one becomes the other.
 struct KeptElements {
@@ -18,4 +18,4 @@ struct KeptElements {
 /// elements.
 KeptElements findKept(std::span<const std::uint32_t> before, std::span<const std::uint32_t> after);
 
-}  // namespace qrv_cli
+}  // namespace qrv

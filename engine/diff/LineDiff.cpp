@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -197,4 +197,4 @@ std::vector<LineChange> changesOfLines(const Lines& before, const Lines& after) 
     return changesBetweenKept(keptLines(lines), oldCount, middle.begin);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Lines of the new text in place of lines of the old one. Either count may be 0.
 struct LineChange {
@@ -24,4 +24,4 @@ struct LineChange {
 /// the texts, whatever they hold.
 std::vector<LineChange> changesOfLines(const Lines& before, const Lines& after);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -21,4 +21,4 @@ bool isText(std::string_view bytes) {
     return bytes.substr(0, bytesSearchedForNul).find('\0') == std::string_view::npos;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The lines of a text of less than 4 GB, which must live as long. Each has its line feed; the last
 /// one may have none. A carriage return is a character like any other.
@@ -28,4 +28,4 @@ private:
 /// do, for the drawings and lists of an office are often older than UTF-8.
 bool isText(std::string_view bytes);
 
-}  // namespace qrv_cli
+}  // namespace qrv

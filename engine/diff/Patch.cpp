@@ -9,7 +9,7 @@
 #include <vector>
 
 // The words of a patch are read by other programs, so they are the same in every language.
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -170,4 +170,4 @@ void writeBinaryRemark(const Difference& difference, const PatchSink& sink) {
                                 " and " + size(difference.after) + " bytes)");
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

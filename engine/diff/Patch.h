@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 enum class PatchLine { heading, position, context, removed, added, remark };
 
@@ -27,4 +27,4 @@ void writePatchLines(const Difference& difference, std::string_view before, std:
 /// over it.
 void writeBinaryRemark(const Difference& difference, const PatchSink& sink);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <set>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -83,4 +83,4 @@ std::vector<CommitEntry> commitsThatChanged(History& history, std::vector<Commit
     return PathWalk(history, path).walk(std::move(commits), path);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

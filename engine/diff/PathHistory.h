@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Those of the commits that changed the file `path`, renamed or removed it, also under the names
 /// that it had before; or, when no commit knows such a file, those that changed something in such a
@@ -16,4 +16,4 @@ namespace qrv_cli {
 std::vector<CommitEntry> commitsThatChanged(History& history, std::vector<CommitEntry> commits,
                                             const OdString& path);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -50,4 +50,4 @@ Expected<Snapshot> snapshotOf(Workspace& workspace, const WorkingChanges& change
     return files;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

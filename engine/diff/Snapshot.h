@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <map>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The contents of a file in a commit or in the working tree.
 struct FileVersion {
@@ -32,4 +32,4 @@ Snapshot snapshotOf(const Tree& tree);
 /// HEAD cannot be read.
 Expected<Snapshot> snapshotOf(Workspace& workspace, const WorkingChanges& changes);
 
-}  // namespace qrv_cli
+}  // namespace qrv

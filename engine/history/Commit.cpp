@@ -13,7 +13,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -62,4 +62,4 @@ OdString hashOf(const NewCommit& commit) {
     return OdString::fromNarrow(Digest::of(recordOf(commit)));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What a commit did to one file, compared with its first parent.
 struct FileDelta {
@@ -69,4 +69,4 @@ struct NewCommit {
 /// on it.
 OdString hashOf(const NewCommit& commit);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -95,4 +95,4 @@ Expected<OdString> findCommit(History& history, const OdString& name,
         OdString::format(tr(L"'%ls' could be the commits %ls and %ls"), name, one, other)};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

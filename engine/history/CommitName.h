@@ -4,7 +4,7 @@
 #include <engine/history/History.h>
 #include <platform/kernel/OdString.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The hash of the commit that a person calls `name`. It is, in this order of precedence: "HEAD",
 /// the commit of the branch `currentBranch`; a branch; a tag; the number of a commit, with "#"
@@ -16,4 +16,4 @@ namespace qrv_cli {
 Expected<OdString> findCommit(History& history, const OdString& name,
                               const OdString& currentBranch);
 
-}  // namespace qrv_cli
+}  // namespace qrv

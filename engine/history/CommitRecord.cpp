@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -102,4 +102,4 @@ Expected<NewCommit> commitOfRecord(std::string_view bytes) {
     return ErrorMessage{tr(L"it is no record of a commit")};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The bytes whose digest is the hash of the commit: its record in the form in which it is sent to
 /// a server, without the hash itself.
@@ -16,4 +16,4 @@ std::string recordOf(const NewCommit& commit);
 /// `recordOf` does not write.
 Expected<NewCommit> commitOfRecord(std::string_view bytes);
 
-}  // namespace qrv_cli
+}  // namespace qrv

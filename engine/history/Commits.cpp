@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -141,4 +141,4 @@ CommitEntry History::add(const NewCommit& commit) {
     return added;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

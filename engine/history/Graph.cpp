@@ -11,7 +11,7 @@
 
 // A parent has a smaller number than its child, which is asked of each. So walks go from higher
 // numbers to lower ones, without recursion, and end also in a file that was changed by hand.
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -197,4 +197,4 @@ Tree History::tree(const OdString& hash) {
     return tree;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace qrv_cli {
+namespace qrv {
 
 Tree History::headFiles() {
     Statement query = database_->prepare("SELECT path, url, size FROM head_files ORDER BY path");
@@ -56,4 +56,4 @@ void History::changeHeadFiles(const std::vector<FileDelta>& deltas) {
     transaction.commit();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -96,4 +96,4 @@ void History::setNote(const OdString& name, const OdString& text) {
     transaction.commit();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

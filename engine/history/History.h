@@ -12,7 +12,7 @@
 #include <optional>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The note that holds the hash of the commit whose files the files of HEAD are; whoever changes
 /// them sets it. Empty before the first commit.
@@ -103,4 +103,4 @@ private:
     std::unique_ptr<Database> database_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

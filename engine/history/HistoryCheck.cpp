@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <functional>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -118,4 +118,4 @@ std::vector<OdString> problemsOf(History& history) {
     return Check(history).run();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

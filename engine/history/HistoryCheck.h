@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What is wrong with the history, one text for each finding, without repetitions; empty when all
 /// is well: the pages of the file, its tables, rows that belong to nothing, the hash of every
@@ -14,4 +14,4 @@ namespace qrv_cli {
 /// do with memory. Nobody else should write meanwhile.
 std::vector<OdString> problemsOf(History& history);
 
-}  // namespace qrv_cli
+}  // namespace qrv

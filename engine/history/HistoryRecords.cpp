@@ -15,7 +15,7 @@
 #include <string_view>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -225,4 +225,4 @@ Expected<NewCommit> recordedCommit(const OdString& hash, const sys::Folder& root
     return commitOfRecord(bytes);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 // Beside the history lies what it can be made from anew: the record of its references, and the
 // record of each commit in a file of its own, named by the commit's hash, below ".qrv/commits". The
@@ -54,4 +54,4 @@ Expected<std::set<OdString>> recordedCommits(const sys::Folder& root);
 /// The recorded commit of that hash, with sizes of 0. Fails when there is none, or it is damaged.
 Expected<NewCommit> recordedCommit(const OdString& hash, const sys::Folder& root);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -4,7 +4,7 @@
 #include <engine/history/ReferenceName.h>
 #include <engine/history/RowsInternal.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -86,4 +86,4 @@ void forgetPlan(History& history) {
     transaction.commit();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// One step of a plan: the working file goes from one version to another.
 struct PlannedFile {
@@ -48,4 +48,4 @@ std::optional<Plan> notedPlan(History& history);
 void notePlan(History& history, const Plan& plan);
 void forgetPlan(History& history);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -68,4 +68,4 @@ Expected<OdString> checkedReferenceName(const OdString& name) {
                                          printable(name), tr(refusal))};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

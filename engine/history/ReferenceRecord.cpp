@@ -12,7 +12,7 @@
 #include <string_view>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -268,4 +268,4 @@ Expected<void> ReferenceRecord::append(const std::vector<RecordedMove>& moves,
     return {};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Where the record lies below the root.
 inline constexpr const char* referenceRecordPath = ".qrv/references";
@@ -82,4 +82,4 @@ private:
     ReferenceMap references_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 #include <engine/history/RowsInternal.h>
 #include <engine/history/SumsInternal.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -85,4 +85,4 @@ void History::removeReference(const OdString& name, common::RefType type) {
     transaction.commit();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 void failDamaged(const Database& database, const OdString& cause) {
     throw DatabaseError(OdString::format(tr(L"The history '%ls' is damaged: %ls"),
@@ -130,4 +130,4 @@ std::int64_t numberOf(Database& database, const OdString& hash) {
                                          printable(database.path()), printable(hash)));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Throws the `DatabaseError` for a value that this program does not write.
 [[noreturn]] void failDamaged(const Database& database, const OdString& cause);
@@ -63,4 +63,4 @@ bool isHash(const OdString& text);
 /// The number of the commit. Throws `DatabaseError` when there is no such commit.
 std::int64_t numberOf(Database& database, const OdString& hash);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -116,4 +116,4 @@ std::vector<OdString> differencesOfSchema(Database& database) {
     return differencesFrom(layout, database);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

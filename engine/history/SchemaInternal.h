@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Whether the file holds nothing yet. Throws `DatabaseError` when it is no history, one of a newer
 /// program, or one whose tables and indexes are not exactly ours.
@@ -17,4 +17,4 @@ void makeHistory(Database& database);
 /// How the tables and indexes of the file differ from ours, one text for each.
 std::vector<OdString> differencesOfSchema(Database& database);
 
-}  // namespace qrv_cli
+}  // namespace qrv

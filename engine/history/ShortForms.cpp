@@ -1,7 +1,7 @@
 #include <engine/history/ShortForms.h>
 #include <platform/kernel/OdTimeStamp.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -20,4 +20,4 @@ OdString timeText(std::int64_t seconds) {
     return time.strftime(L"%Y-%m-%d %H:%M:%S UTC");
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The first digits of the hash: enough for a person, and for `findCommit` in most repositories.
 OdString shortHash(const OdString& hash);
@@ -12,4 +12,4 @@ OdString shortHash(const OdString& hash);
 /// "2024-03-05 14:07:09 UTC".
 OdString timeText(std::int64_t seconds);
 
-}  // namespace qrv_cli
+}  // namespace qrv

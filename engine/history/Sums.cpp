@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -120,4 +120,4 @@ void setSizes(Database& database, const OdString& sum) {
     renewSum(database);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// From this layout on the history notes sums of what no hash of a commit covers: of references and
 /// notes, and of the sizes of files.
@@ -38,4 +38,4 @@ OdString notedSizes(Database& database);
 void addSizes(Database& database, const OdString& commit, const std::vector<FileDelta>& deltas);
 void setSizes(Database& database, const OdString& sum);
 
-}  // namespace qrv_cli
+}  // namespace qrv

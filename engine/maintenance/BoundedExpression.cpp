@@ -5,7 +5,7 @@
 #include <iterator>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -155,4 +155,4 @@ std::optional<bool> BoundedExpression::matches(std::string_view nameNarrow, std:
     return matchIn(steps, mostBroadSteps, nameNarrow, *broad_);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <regex>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The expression of an ignore rule that comes from anybody. It answers as `std::regex_match` does,
 /// but in a number of steps that its caller sets, and without much stack: left to itself, a rule
@@ -31,4 +31,4 @@ private:
     std::optional<std::regex> broad_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -18,7 +18,7 @@
 #include <system_error>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -243,4 +243,4 @@ Expected<Collected> collectGarbage(Workspace& workspace, CollectionMode mode) {
     return Run(workspace, mode).collect();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Files or stored versions, and how many bytes they hold.
 struct Amount {
@@ -56,4 +56,4 @@ enum class CollectionMode {
 /// throw `DatabaseError`.
 Expected<Collected> collectGarbage(Workspace& workspace, CollectionMode mode);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -19,7 +19,7 @@
 #include <set>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -292,4 +292,4 @@ Expected<Rebuilt> rebuildHistory(const common::RootPath& root, const sys::Folder
     return Rebuild(root, folder, command).run();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What was made anew.
 struct Rebuilt {
@@ -34,4 +34,4 @@ struct Rebuilt {
 Expected<Rebuilt> rebuildHistory(const common::RootPath& root, const sys::Folder& folder,
                                  const std::string& command);
 
-}  // namespace qrv_cli
+}  // namespace qrv

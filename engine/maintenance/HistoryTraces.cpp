@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -67,4 +67,4 @@ Expected<void> checkHistoryIsThere(const common::RootPath& root, const sys::Fold
         printable(root.dbPath()), printable(**trace))};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What shows that a repository without a history once had one: the path, below the root, of a file
 /// that no command makes before the history. Nothing in a new repository. Fails when nobody could
@@ -20,4 +20,4 @@ Expected<std::optional<OdString>> traceOfHistory(const common::RootPath& root,
 /// be needed.
 Expected<void> checkHistoryIsThere(const common::RootPath& root, const sys::Folder& folder);
 
-}  // namespace qrv_cli
+}  // namespace qrv

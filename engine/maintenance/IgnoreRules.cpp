@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -268,4 +268,4 @@ Expected<int> addDraftingIgnoreRules(const common::RootPath& root) {
     return count;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

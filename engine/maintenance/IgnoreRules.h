@@ -14,7 +14,7 @@
 #include <variant>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A rule in force.
 struct IgnoreRule {
@@ -92,4 +92,4 @@ std::vector<OdString> draftingIgnoreRules();
 /// changed, when the ignore file cannot be read or written.
 Expected<int> addDraftingIgnoreRules(const common::RootPath& root);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -10,7 +10,7 @@
 #include <system_error>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -135,4 +135,4 @@ std::vector<MetadataFile> leftoversIn(const common::RootPath& root, const sys::F
     return leftovers;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

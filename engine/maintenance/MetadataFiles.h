@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A regular file in the metadata folder.
 struct MetadataFile {
@@ -38,4 +38,4 @@ Expected<MetadataFiles> listMetadata(const common::RootPath& root, const sys::Fo
 std::vector<MetadataFile> leftoversIn(const common::RootPath& root, const sys::Folder& folder,
                                       const OdString& relative);
 
-}  // namespace qrv_cli
+}  // namespace qrv

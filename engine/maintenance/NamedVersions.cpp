@@ -3,7 +3,7 @@
 
 #include <optional>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -72,4 +72,4 @@ NamedVersions namedVersions(History& history, const std::function<void(const OdS
     return Naming(history, onError).run();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <map>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Who names a stored version: the first that does.
 struct VersionName {
@@ -27,4 +27,4 @@ std::vector<std::int64_t> commitNumbers(History& history);
 /// `onError` is told why.
 NamedVersions namedVersions(History& history, const std::function<void(const OdString&)>& onError);
 
-}  // namespace qrv_cli
+}  // namespace qrv

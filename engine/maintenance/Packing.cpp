@@ -12,7 +12,7 @@
 #include <system_error>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -167,4 +167,4 @@ std::vector<PackCandidate> packObjects(Workspace& workspace,
     return replaced;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

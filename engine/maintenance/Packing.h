@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// An object that is to be packed.
 struct PackCandidate {
@@ -35,4 +35,4 @@ std::vector<PackCandidate> packObjects(Workspace& workspace,
                                        const std::vector<PackCandidate>& candidates,
                                        std::vector<OdString>& problems);
 
-}  // namespace qrv_cli
+}  // namespace qrv

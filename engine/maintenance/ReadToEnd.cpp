@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-namespace qrv_cli {
+namespace qrv {
 
 Expected<void> readToEnd(VersionReader& version) {
     CopyBuffer buffer(version.sizeBytes());
@@ -16,4 +16,4 @@ Expected<void> readToEnd(VersionReader& version) {
     return {};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 
 #include <set>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -83,4 +83,4 @@ bool isStateOfHistory(const common::State& state, History& history) {
     return commit == history.note(headNote);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What in a state cannot be, whatever the history says, one text for each finding: a branch, path
 /// or storage URL that is none, a path twice.
@@ -17,4 +17,4 @@ std::vector<OdString> problemsOf(const common::State& state);
 /// May throw `DatabaseError`.
 bool isStateOfHistory(const common::State& state, History& history);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -30,7 +30,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -359,4 +359,4 @@ Verification verifyRepository(const common::RootPath& root, Caller& caller) {
     return result;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

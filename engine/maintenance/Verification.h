@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What a check of a whole repository has found.
 struct Verification {
@@ -31,4 +31,4 @@ struct Verification {
 /// back by whoever opens it next, and that may be this. An interrupted command stays interrupted.
 Verification verifyRepository(const common::RootPath& root, Caller& caller);
 
-}  // namespace qrv_cli
+}  // namespace qrv

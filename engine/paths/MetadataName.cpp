@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -75,4 +75,4 @@ bool couldBeMetadataFolder(std::string_view name) {
     return plain == folderName || isShortName(plain);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -66,4 +66,4 @@ bool isPortable(std::string_view path) {
     return true;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -81,4 +81,4 @@ const wchar_t* refusalOfPath(std::string_view path) {
     return refusalOfComponents(withoutPropertiesFolder(path));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

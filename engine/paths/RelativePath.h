@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A path below the root of a repository that is safe to read and to write there, whoever gave it.
 /// Only `check` makes one.
@@ -47,4 +47,4 @@ const wchar_t* refusalOfPath(std::string_view path);
 /// worth a warning when it is committed.
 bool isPortable(std::string_view path);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -99,4 +99,4 @@ OdString drawingUrl(const OdString& store, const OdString& digest) {
     return L"tf:" + store + L"#" + digest;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

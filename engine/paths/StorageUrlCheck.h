@@ -3,7 +3,7 @@
 #include <common/base/Expected.h>
 #include <platform/kernel/OdString.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A storage URL whose parts are safe to use as names of files: "po:" and 64 lower-case hexadecimal
 /// digits, or "tf:", a store's name of at most 200 letters, digits, "-" and "_", which is no
@@ -34,4 +34,4 @@ bool isCheckedUrl(const OdString& url);
 OdString objectUrl(const OdString& digest);
 OdString drawingUrl(const OdString& store, const OdString& digest);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -53,4 +53,4 @@ void logEvent(const OdString& event, const common::RootPath& root, const sys::Fo
         caller.note(OdString::format(tr(L"Note: %ls"), added.error().message));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

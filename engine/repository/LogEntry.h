@@ -6,7 +6,7 @@
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A name out of a repository as it stands in the activity log, on one line and between single
 /// quotes as a shell writes them: whoever made the name must not write lines of the log, nor have
@@ -22,4 +22,4 @@ Expected<void> addToLog(const OdString& event, const common::RootPath& root,
 void logEvent(const OdString& event, const common::RootPath& root, const sys::Folder& folder,
               Caller& caller);
 
-}  // namespace qrv_cli
+}  // namespace qrv

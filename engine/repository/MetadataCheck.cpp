@@ -7,7 +7,7 @@
 #include <span>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -95,4 +95,4 @@ Expected<void> checkMetadata(const sys::Folder& folder, const OdString& root) {
     return *below ? checkEntries(**below, belowPath, properties) : Expected<void>();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -4,7 +4,7 @@
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What lies in the metadata folder may come from a stranger, and the library opens it by its path.
 /// So the program looks first, and again afterwards: the folder and each file and folder that it
@@ -15,4 +15,4 @@ namespace qrv_cli {
 /// look at.
 Expected<void> checkMetadata(const sys::Folder& folder, const OdString& root);
 
-}  // namespace qrv_cli
+}  // namespace qrv

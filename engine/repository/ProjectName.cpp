@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <system_error>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace fs = std::filesystem;
 
@@ -75,4 +75,4 @@ OdString displayName(const common::RootPath& root) {
     return OdString::fromNarrow((folder.has_filename() ? folder.filename() : folder).native());
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

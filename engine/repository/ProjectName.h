@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// For the parser of the arguments: empty, or what is wrong with `name`, UTF-8, as a project's
 /// name. It stands in a file of one line, and a person reads it.
@@ -27,4 +27,4 @@ OdString projectName(const common::RootPath& root);
 /// What to call the project: its name or, where it has none, that of its folder.
 OdString displayName(const common::RootPath& root);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -9,7 +9,7 @@
 #include <system_error>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace fs = std::filesystem;
 
@@ -119,4 +119,4 @@ Expected<std::shared_ptr<common::Cache>> openState(const common::RootPath& root,
     }
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -12,7 +12,7 @@
 #include <optional>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Remembers how the library's last write ended.
 class Host : public common::IoInterface {
@@ -55,4 +55,4 @@ Expected<common::RootPath> findRepository(const std::string& folder, const Calle
 Expected<std::shared_ptr<common::Cache>> openState(const common::RootPath& root,
                                                    const sys::Folder& folder, const Host& host);
 
-}  // namespace qrv_cli
+}  // namespace qrv

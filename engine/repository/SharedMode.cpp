@@ -1,7 +1,7 @@
 #include <engine/repository/SharedMode.h>
 #include <sys/CreationMask.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -23,4 +23,4 @@ SharedMode::~SharedMode() {
         sys::setCreationMask(*before_);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <optional>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A metadata folder that its group may write to is shared by colleagues. As long as this lives,
 /// all that the process makes has that folder's permissions, whatever mask the person has, so that
@@ -29,4 +29,4 @@ private:
     std::optional<std::uint32_t> before_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -110,4 +110,4 @@ Expected<void> checkStateDepth(const common::RootPath& root) try {
     return {};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

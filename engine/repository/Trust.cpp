@@ -8,7 +8,7 @@
 #include <system_error>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -52,4 +52,4 @@ Expected<void> checkOwner(const sys::Folder& folder, const OdString& path, const
         printable(path), name, printable(path))};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

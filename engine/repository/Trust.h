@@ -5,7 +5,7 @@
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Whoever may write the metadata folder decides what a command does to the working files: so a
 /// repository of somebody else is refused, unless the person trusts it. The folder, which is called
@@ -14,4 +14,4 @@ namespace qrv_cli {
 /// says how to trust it.
 Expected<void> checkOwner(const sys::Folder& folder, const OdString& path, const Caller& caller);
 
-}  // namespace qrv_cli
+}  // namespace qrv

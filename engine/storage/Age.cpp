@@ -3,7 +3,7 @@
 
 #include <limits>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -21,4 +21,4 @@ bool isOlder(std::int64_t modifiedNs, std::chrono::milliseconds age) {
     return kernel::now() - modifiedNs / nsPerMillisecond > age.count();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

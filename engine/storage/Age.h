@@ -3,7 +3,7 @@
 #include <chrono>
 #include <cstdint>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A file that keeps what is stored once more counts as new again when it is older than this, far
 /// less than the age at which unused versions are dropped.
@@ -14,4 +14,4 @@ constexpr std::chrono::hours ageToRefresh{24};
 /// says nothing: such a file is never old.
 bool isOlder(std::int64_t modifiedNs, std::chrono::milliseconds age);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 #include <memory>
 #include <span>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The memory through which a file of any size is copied: 256 KiB, less for a small file. It is not
 /// cleared, which would take longer than copying the thousands of small files of a command.
@@ -30,4 +30,4 @@ private:
     std::unique_ptr<char[]> bytes_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

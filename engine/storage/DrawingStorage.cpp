@@ -16,7 +16,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -243,4 +243,4 @@ std::unique_ptr<FrameStore> openDrawingStore(const sys::Folder& folder,
     return std::make_unique<FrameStore>(openStore(folder, root, store, Database::Access::readOnly));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Keeps drawings as `.qrv/tf/<store>.tf`, one SQLite file a drawing: a revision is a zstd frame
 /// against the one that it continues, or one of its own where that saves nothing, and any revision
@@ -48,4 +48,4 @@ private:
 std::unique_ptr<FrameStore> openDrawingStore(const sys::Folder& folder,
                                              const common::RootPath& root, const OdString& store);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 #include <array>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 Expected<std::unique_ptr<FrameReader>> FrameReader::open(std::shared_ptr<Database> database,
                                                          Frame frame,
@@ -126,4 +126,4 @@ Expected<Bytes> readWhole(VersionReader& contents) {
     return bytes;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

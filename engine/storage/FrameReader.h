@@ -14,7 +14,7 @@
 #include <span>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Decodes one frame. While it is read, other processes cannot write to the database.
 class FrameReader : public VersionReader {
@@ -61,4 +61,4 @@ private:
 /// All bytes that `contents` gives. Fails when it fails, or gives more or fewer than it says.
 Expected<Bytes> readWhole(VersionReader& contents);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -282,4 +282,4 @@ Expected<void> FrameStore::rebase(const Frame& frame, const std::optional<Frame>
     return {};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What the two kinds of files that hold frames differ in.
 struct FrameLayout {
@@ -97,4 +97,4 @@ private:
     bool keepsBases_ = false;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

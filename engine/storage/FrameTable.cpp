@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -219,4 +219,4 @@ ErrorMessage damagedFrame(const Database& database, const Frame& frame, const Od
                              cause)};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

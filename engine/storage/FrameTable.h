@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A row of the table of frames.
 struct Frame {
@@ -75,4 +75,4 @@ private:
 /// "The version 1d4… in 'plan.tf' is damaged: it ends too early"
 ErrorMessage damagedFrame(const Database& database, const Frame& frame, const OdString& cause);
 
-}  // namespace qrv_cli
+}  // namespace qrv

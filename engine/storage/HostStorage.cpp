@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -199,4 +199,4 @@ Expected<void> HostStorage::verify(const common::RootPath& root, const OdString&
     return readWhole(**version, url, [](std::span<const char>) { return std::error_code(); });
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

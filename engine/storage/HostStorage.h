@@ -10,7 +10,7 @@
 #include <map>
 #include <memory>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What the storages of this program have in common: everything that reads a version out. Each
 /// contents is checked against its digest before it gets a name anywhere, and appears there as a
@@ -69,4 +69,4 @@ private:
 /// The permissions of a new working file, before the process's mask.
 inline constexpr std::uint32_t workingFilePermissions = 0666;
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -55,4 +55,4 @@ Expected<std::unique_ptr<VersionReader>> readLooseObject(sys::InputFile file,
         std::make_unique<LooseObjectReader>(std::move(file), stamp->sizeBytes, digest, url));
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

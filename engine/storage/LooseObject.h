@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Reads an object from its file and compares it, at the end, with the digest that is its name.
 /// `url` is for the messages.
@@ -16,4 +16,4 @@ Expected<std::unique_ptr<VersionReader>> readLooseObject(sys::InputFile file,
                                                          const std::string& digest,
                                                          const OdString& url);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -172,4 +172,4 @@ PackFile* ObjectFolder::pack() {
     return pack_ ? &*pack_ : nullptr;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

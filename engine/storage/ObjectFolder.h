@@ -14,7 +14,7 @@
 #include <optional>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The objects of one repository: those in `.qrv/objects`, those that wait for their names, and
 /// those in the pack. Objects are named by their digests, which the caller has checked.
@@ -75,4 +75,4 @@ private:
     std::optional<PackFile> pack_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -137,4 +137,4 @@ Expected<std::vector<OdString>> ObjectStorage::revisions(const common::RootPath&
     return *isKept ? std::vector<OdString>{url} : std::vector<OdString>();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

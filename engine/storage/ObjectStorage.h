@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 class ObjectFolder;
 
@@ -59,4 +59,4 @@ private:
     std::unique_ptr<Implementation> implementation_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -127,4 +127,4 @@ Database& PackFile::database() {
     return frames_.database();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

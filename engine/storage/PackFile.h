@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The packed objects, `.qrv/objects.pack`: one SQLite file of zstd frames. An object may be kept
 /// as a difference from another packed one, in chains of at most eight. docs/formats/pack-file.md
@@ -59,4 +59,4 @@ private:
     FrameStore frames_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -2,7 +2,7 @@
 #include <engine/base/Translation.h>
 #include <engine/storage/StorageMessages.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 OdString causeOf(std::error_code error) {
     // The system counts the links that it follows, here none, and says that there are too many.
@@ -36,4 +36,4 @@ ErrorMessage damaged(const OdString& url, const OdString& cause) {
         OdString::format(tr(L"The stored version '%ls' is damaged: %ls"), printable(url), cause)};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

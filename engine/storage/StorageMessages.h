@@ -5,7 +5,7 @@
 
 #include <system_error>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What the system said, in words that also fit below a path which leads through a link.
 OdString causeOf(std::error_code error);
@@ -21,4 +21,4 @@ ErrorMessage notKept(const OdString& url);
 /// "The stored version 'po:1d4…' is damaged: its contents have another digest"
 ErrorMessage damaged(const OdString& url, const OdString& cause);
 
-}  // namespace qrv_cli
+}  // namespace qrv

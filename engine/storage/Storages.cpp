@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 Storages::Storages(DrawingStorage::PreviousUrl previousUrl) : drawings_(std::move(previousUrl)) {
 }
@@ -24,4 +24,4 @@ HostStorage& Storages::ofFile(const OdString& path) {
     return objects_;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

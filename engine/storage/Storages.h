@@ -5,7 +5,7 @@
 #include <engine/storage/HostStorage.h>
 #include <engine/storage/ObjectStorage.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The two storages of a repository, and which one is asked.
 class Storages {
@@ -26,4 +26,4 @@ private:
     DrawingStorage drawings_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <span>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -131,4 +131,4 @@ Expected<std::optional<std::string>> storeObject(ObjectFolder& objects, sys::Inp
     return *digest;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Reads a working file once, and makes an object of it that waits among `objects` for its name,
 /// unless there is one already. Gives its digest, or nothing when the file changed meanwhile.
@@ -16,4 +16,4 @@ namespace qrv_cli {
 Expected<std::optional<std::string>> storeObject(ObjectFolder& objects, sys::InputFile& source,
                                                  const OdString& path);
 
-}  // namespace qrv_cli
+}  // namespace qrv

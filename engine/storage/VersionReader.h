@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <span>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The bytes of one stored version, from their beginning to their end.
 class VersionReader {
@@ -24,4 +24,4 @@ public:
     virtual std::int64_t sizeBytes() const = 0;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 Expected<std::unique_ptr<WorkingFile>> WorkingFile::open(const sys::Folder& root,
                                                          const RelativePath& path) {
@@ -51,4 +51,4 @@ Expected<void> WorkingFile::checkUnchanged() {
     return {};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

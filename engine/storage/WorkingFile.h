@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <span>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Reads a working file that is to be stored. At the end, size and time are compared with those
 /// before: a file that somebody writes to meanwhile is not read, as it may be half the old and half
@@ -37,4 +37,4 @@ private:
     bool hasChanged_ = false;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <new>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -146,4 +146,4 @@ Expected<FrameDecoder::Step> FrameDecoder::step(std::span<const char> frame,
     return Step{.read = input.pos, .written = output.pos, .isEnd = result == 0};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -11,7 +11,7 @@
 struct ZSTD_CCtx_s;
 struct ZSTD_DCtx_s;
 
-namespace qrv_cli {
+namespace qrv {
 
 // A frame is compressed contents in the zstd format, with the size of the contents in its header.
 // One that was made against a base can only be read with the same base.
@@ -85,4 +85,4 @@ private:
     std::unique_ptr<ZSTD_DCtx_s, Free> context_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

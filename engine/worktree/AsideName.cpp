@@ -3,7 +3,7 @@
 #include <charconv>
 #include <system_error>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -30,4 +30,4 @@ std::optional<std::size_t> positionOfAside(std::string_view name) {
     return position;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

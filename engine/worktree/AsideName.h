@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The name that a working file has in its folder while it is looked at before it is deleted, or
 /// while a new file is about to change names with it: whatever it holds then may be kept nowhere
@@ -19,4 +19,4 @@ bool isAsideName(std::string_view name);
 /// The place in the plan; nothing for another name.
 std::optional<std::size_t> positionOfAside(std::string_view name);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -92,4 +92,4 @@ Baseline::Baseline(std::vector<char> memory, std::vector<KnownFile> files)
     : memory_(std::move(memory)), files_(std::move(files)) {
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

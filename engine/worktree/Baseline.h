@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A file of HEAD as the comparison with the working tree needs it.
 struct KnownFile {
@@ -67,4 +67,4 @@ private:
     std::vector<KnownFile> files_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -6,7 +6,7 @@
 #include <map>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -181,4 +181,4 @@ std::optional<KeptBaseline> fromBytes(std::vector<char> bytes) {
     }
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

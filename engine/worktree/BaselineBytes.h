@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A baseline, and what else of the state a look at the repository needs, as they are kept in
 /// ".qrv/baseline": neither the state, whose index is long, nor the files of HEAD need be read
@@ -36,4 +36,4 @@ bool isOfLaterProgram(std::string_view bytes);
 /// Nothing for bytes that `toBytes` did not make.
 std::optional<KeptBaseline> fromBytes(std::vector<char> bytes);
 
-}  // namespace qrv_cli
+}  // namespace qrv

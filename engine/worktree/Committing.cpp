@@ -17,7 +17,7 @@
 #include <map>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -187,4 +187,4 @@ Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& c
     return entry;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

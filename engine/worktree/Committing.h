@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What a person says of a commit.
 struct CommitText {
@@ -31,4 +31,4 @@ struct CommitText {
 Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& changes,
                                    const CommitText& text);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -289,4 +289,4 @@ Expected<StepEnd> removeFile(const sys::Folder& root, const StepTarget& target, 
     return end;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

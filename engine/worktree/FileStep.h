@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <optional>
 
-namespace qrv_cli {
+namespace qrv {
 
 // One working file is brought from one version to another while any program may save it: what lay
 // under the name is looked at after it was moved out of the way, when nobody can replace it any
@@ -56,4 +56,4 @@ Expected<StepEnd> removeFile(const sys::Folder& root, const StepTarget& target, 
 Expected<void> keepBeside(const sys::Folder& folder, const std::string& aside,
                           const std::string& name, Caller& caller);
 
-}  // namespace qrv_cli
+}  // namespace qrv

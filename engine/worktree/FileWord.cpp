@@ -11,7 +11,7 @@
 #include <iterator>
 #include <optional>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -131,4 +131,4 @@ Paths nearPaths(const OdString& word, const Paths& paths) {
     return near;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

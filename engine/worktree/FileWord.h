@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The files, of `paths`, that a word stands for which a person typed: the file of that path, or
 /// those below that folder; else, when the word is a glob (see PathGlob), those that it matches,
@@ -22,4 +22,4 @@ Expected<std::vector<OdString>> filesOfWord(const common::RootPath& root, const 
 /// somewhere, whatever the letter case, or are hardly another word.
 std::vector<OdString> nearPaths(const OdString& word, const std::vector<OdString>& paths);
 
-}  // namespace qrv_cli
+}  // namespace qrv

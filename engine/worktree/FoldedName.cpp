@@ -3,7 +3,7 @@
 
 #include <QString>
 
-namespace qrv_cli {
+namespace qrv {
 
 std::u16string folded(const OdString& path) {
     constexpr auto composed = QString::NormalizationForm_C;
@@ -20,4 +20,4 @@ bool ignoresLetterCase(const sys::Folder& root) {
     return metadata && inCapitals && metadata->number == inCapitals->number;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What two names have in common that some file system takes for one: they differ in letter case or
 /// Unicode form only.
@@ -15,4 +15,4 @@ std::u16string folded(const OdString& path);
 /// letters. Nothing is written to find that out.
 bool ignoresLetterCase(const sys::Folder& root);
 
-}  // namespace qrv_cli
+}  // namespace qrv

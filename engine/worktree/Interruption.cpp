@@ -8,7 +8,7 @@
 
 #include <optional>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -65,4 +65,4 @@ void forgetInterruption(Workspace& workspace) {
     workspace.forgetHeadFiles();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

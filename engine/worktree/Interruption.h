@@ -3,7 +3,7 @@
 #include <common/base/Expected.h>
 #include <engine/worktree/Workspace.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Tells that an interrupted command left something to do, and who does it. Does nothing of it: a
 /// look changes no file, least of all because a repository says so. Never waits for the lock.
@@ -18,4 +18,4 @@ Expected<void> settleInterruption(Workspace& workspace);
 /// The files of HEAD are those of the current branch afterwards. Needs the lock.
 void forgetInterruption(Workspace& workspace);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -72,4 +72,4 @@ std::error_code writeBaseline(const KeptBaseline& kept, const sys::Folder& root)
     return file->publish(sys::NewFile::Existing::replace);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

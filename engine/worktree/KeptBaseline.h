@@ -10,7 +10,7 @@
 #include <optional>
 #include <system_error>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Where the kept baseline lies below the root.
 inline constexpr const char* baselinePath = ".qrv/baseline";
@@ -30,4 +30,4 @@ ErrorMessage damagedBaseline();
 /// damages is noticed when it is read.
 std::error_code writeBaseline(const KeptBaseline& kept, const sys::Folder& root);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -11,7 +11,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -159,4 +159,4 @@ Expected<void> settleLeftovers(Workspace& workspace, const Plan& plan) {
     return {};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

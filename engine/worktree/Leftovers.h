@@ -4,7 +4,7 @@
 #include <engine/history/Plan.h>
 #include <engine/worktree/Workspace.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Clears the folders of the plan of what a process left that ended in the middle of it: new files
 /// that have no name yet go; what was moved aside goes when the storage has it, and gets its name
@@ -12,4 +12,4 @@ namespace qrv_cli {
 /// call this. Fails, with the rest left as it is, when something cannot be looked at or moved.
 Expected<void> settleLeftovers(Workspace& workspace, const Plan& plan);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -236,4 +236,4 @@ Expected<void> abortMerge(Workspace& workspace, bool force) {
     return takeBackMerge(workspace, *steps, *changes);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

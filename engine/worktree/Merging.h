@@ -8,7 +8,7 @@
 
 #include <optional>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The note of the history that names the commit that is being merged, from its conflicts to the
 /// commit that ends it.
@@ -46,4 +46,4 @@ Expected<void> abortMerge(Workspace& workspace, bool force);
 /// Fails when a merge is going on, with a text that says how to end it.
 Expected<void> checkNoMerge(Workspace& workspace);
 
-}  // namespace qrv_cli
+}  // namespace qrv

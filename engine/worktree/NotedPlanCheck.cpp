@@ -2,7 +2,7 @@
 #include <engine/base/Translation.h>
 #include <engine/worktree/NotedPlanCheck.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -78,4 +78,4 @@ Expected<void> checkNotedPlan(Workspace& workspace, const Plan& plan) {
     return Check(workspace, plan).run();
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -4,7 +4,7 @@
 #include <engine/history/Plan.h>
 #include <engine/worktree/Workspace.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Whether what a noted plan would do is what a command of this program can have left, as if the
 /// plan came from a stranger:
@@ -18,4 +18,4 @@ namespace qrv_cli {
 /// file is when it is gone. Fails with a message that names the cause.
 Expected<void> checkNotedPlan(Workspace& workspace, const Plan& plan);
 
-}  // namespace qrv_cli
+}  // namespace qrv

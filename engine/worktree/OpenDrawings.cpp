@@ -1,6 +1,6 @@
 #include <engine/worktree/OpenDrawings.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 std::optional<OdString> lockBeside(const OdString& path, const Workspace& workspace) {
     const int point = path.reverseFind(L'.');
@@ -14,4 +14,4 @@ std::optional<OdString> lockBeside(const OdString& path, const Workspace& worksp
     return std::nullopt;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

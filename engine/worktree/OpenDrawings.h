@@ -5,10 +5,10 @@
 
 #include <optional>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The file that a CAD program lays beside a drawing that it has open, if one lies there: a ".dwl"
 /// or ".dwl2". It may outlive a program that crashed.
 std::optional<OdString> lockBeside(const OdString& path, const Workspace& workspace);
 
-}  // namespace qrv_cli
+}  // namespace qrv

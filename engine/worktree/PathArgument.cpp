@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace fs = std::filesystem;
 
@@ -55,4 +55,4 @@ bool isChosen(const OdString& path, const std::vector<OdString>& chosen) {
     });
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

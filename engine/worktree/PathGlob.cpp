@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -148,4 +148,4 @@ bool PathGlob::matches(const OdString& path) const {
     return ends.back() != 0;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What a person types for many paths at once: "?" is any one character and "*" any number of them
 /// within a name; "**" is any number of them across folders, and "**/" as the beginning of a name
@@ -37,4 +37,4 @@ private:
     std::size_t fewest_ = 0;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -1,7 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/worktree/PathList.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 ErrorMessage withPaths(const OdString& heading, const std::vector<OdString>& paths) {
     OdString list;
@@ -10,4 +10,4 @@ ErrorMessage withPaths(const OdString& heading, const std::vector<OdString>& pat
     return {heading + list};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

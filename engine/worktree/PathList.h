@@ -5,9 +5,9 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// An error that names files, one a line below the heading.
 ErrorMessage withPaths(const OdString& heading, const std::vector<OdString>& paths);
 
-}  // namespace qrv_cli
+}  // namespace qrv

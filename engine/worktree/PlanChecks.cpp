@@ -14,7 +14,7 @@
 #include <optional>
 #include <string>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -258,4 +258,4 @@ Expected<Sightings> lookAgain(const Workspace& workspace, const std::vector<Plan
     return sightings;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -9,7 +9,7 @@
 #include <map>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 // What is asked before the first working file is touched. `steps` are ordered by path.
 
@@ -39,4 +39,4 @@ using Sightings = std::map<OdString, sys::FileVersion>;
 Expected<Sightings> lookAgain(const Workspace& workspace, const std::vector<PlannedFile>& steps,
                               const WorkingChanges& changes);
 
-}  // namespace qrv_cli
+}  // namespace qrv

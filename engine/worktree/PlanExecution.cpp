@@ -17,7 +17,7 @@
 #include <span>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -285,4 +285,4 @@ Expected<void> takeBackMerge(Workspace& workspace, const std::vector<PlannedFile
     return finishTakingBack(workspace, plan, *times);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

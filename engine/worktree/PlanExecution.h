@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// The steps that lead from the tree `before` to the tree `after`, ordered by path.
 std::vector<PlannedFile> stepsBetween(const Tree& before, const Tree& after);
@@ -32,4 +32,4 @@ Expected<void> carryOutWithoutFiles(Workspace& workspace, const Plan& plan);
 Expected<void> takeBackMerge(Workspace& workspace, const std::vector<PlannedFile>& steps,
                              const WorkingChanges& changes);
 
-}  // namespace qrv_cli
+}  // namespace qrv

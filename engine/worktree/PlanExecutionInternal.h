@@ -10,7 +10,7 @@
 #include <map>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What comes before the first file is touched: `checkNames` where it matters, `checkNotInUse` and
 /// `lookAgain`.
@@ -56,4 +56,4 @@ Plan reversed(Plan plan);
 /// The digest in a storage URL; empty for an empty one.
 OdString digestOfUrl(const OdString& url);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -151,4 +151,4 @@ Expected<void> recover(Workspace& workspace) {
     return {};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

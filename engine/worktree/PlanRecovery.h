@@ -4,7 +4,7 @@
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Finishes or takes back what an interrupted command left, and tells so. A working file that is
 /// neither as before nor as planned was changed by somebody meanwhile: it is left alone, and named.
@@ -18,4 +18,4 @@ Expected<void> recover(Workspace& workspace);
 /// Tells that a file was left as it is.
 void tellLeft(const OdString& path, Caller& caller);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -49,4 +49,4 @@ FoundRenames findRenames(Workspace& workspace, const std::vector<SizedFile>& new
     return found;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <map>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 struct FoundRenames {
     /// From the path of a new file to that of a removed file of HEAD with the same contents; each
@@ -22,4 +22,4 @@ struct FoundRenames {
 FoundRenames findRenames(Workspace& workspace, const std::vector<SizedFile>& newFiles,
                          const std::vector<SizedFile>& removed);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -124,4 +124,4 @@ Expected<std::vector<PlannedFile>> stepsToTree(Workspace& workspace, const Tree&
     return steps;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

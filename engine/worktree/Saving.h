@@ -9,7 +9,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// What is done with working files whose contents are kept nowhere and that are to be replaced.
 enum class Unsaved {
@@ -28,4 +28,4 @@ Expected<std::vector<PlannedFile>> stepsToTree(Workspace& workspace, const Tree&
                                                const std::vector<OdString>& paths,
                                                const WorkingChanges& changes, Unsaved unsaved);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -8,7 +8,7 @@
 #include <set>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 using common::FileChange;
 using common::StagedFile;
@@ -92,4 +92,4 @@ std::vector<StagedFile> stagedChanges(const common::State& state, const WorkingC
     return toList(files);
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

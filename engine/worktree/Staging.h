@@ -8,7 +8,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// Everything that could be staged: modified, then added, then removed files.
 std::vector<common::StagedFile> candidatesOf(const common::RepoFileExplorer& explorer);
@@ -29,4 +29,4 @@ std::vector<common::StagedFile> unstage(const std::vector<OdString>& chosen, com
 std::vector<common::StagedFile> stagedChanges(const common::State& state,
                                               const WorkingChanges& changes);
 
-}  // namespace qrv_cli
+}  // namespace qrv

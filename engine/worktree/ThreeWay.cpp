@@ -2,7 +2,7 @@
 
 #include <set>
 
-namespace qrv_cli {
+namespace qrv {
 
 using common::FileChange;
 
@@ -52,4 +52,4 @@ ThreeWayResult compareThreeWays(const Tree& base, const Tree& ours, const Tree& 
     return result;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

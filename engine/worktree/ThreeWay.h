@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A file that both sides changed, each in its own way.
 struct MergeConflict {
@@ -32,4 +32,4 @@ struct ThreeWayResult {
 /// contents, or both removed, is no conflict.
 ThreeWayResult compareThreeWays(const Tree& base, const Tree& ours, const Tree& theirs);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -1,6 +1,6 @@
 #include <engine/worktree/Ticks.h>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -17,4 +17,4 @@ std::int64_t toTicks(std::int64_t modifiedNs) {
     return whole + ticksBefore1970;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

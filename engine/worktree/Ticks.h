@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A time in nanoseconds since 1970 as the index notes it, in ticks of `ut::DateTime`.
 std::int64_t toTicks(std::int64_t modifiedNs);
@@ -11,4 +11,4 @@ std::int64_t toTicks(std::int64_t modifiedNs);
 /// after it was changed may see it change again without another time.
 constexpr std::int64_t coarsestTimeStepTicks = 20'000'000;
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -13,7 +13,7 @@
 #include <system_error>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -261,4 +261,4 @@ void TreeScan::keep(const std::vector<Known>& striking, const std::vector<Unseen
     unseen_.insert(unseen_.end(), unseen.begin(), unseen.end());
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -14,7 +14,7 @@
 #include <mutex>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A look at the working tree: at each file of a baseline, and at whatever else the library's scan
 /// finds. Its maker goes on while the tree is listed. Asking the system for sizes and times takes
@@ -85,4 +85,4 @@ private:
     std::future<void> looked_;
 };
 
-}  // namespace qrv_cli
+}  // namespace qrv

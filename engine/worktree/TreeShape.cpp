@@ -4,7 +4,7 @@
 
 #include <set>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -55,4 +55,4 @@ Expected<void> checkShape(const Tree& tree, const std::vector<FileDelta>& deltas
     return {};
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

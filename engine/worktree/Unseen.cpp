@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -55,4 +55,4 @@ OdString textOf(const Unseen& unseen) {
     return name + L": " + OdString(unseen.cause.message().c_str());
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

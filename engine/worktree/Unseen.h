@@ -5,7 +5,7 @@
 #include <system_error>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// A file or folder of the working tree that could not be looked at. Nothing is known of it, nor of
 /// what may lie below: it may hold everything, so it is not removed.
@@ -24,4 +24,4 @@ bool isUnseen(const OdString& path, const std::vector<Unseen>& unseen);
 /// "path: cause", for a person.
 OdString textOf(const Unseen& unseen);
 
-}  // namespace qrv_cli
+}  // namespace qrv

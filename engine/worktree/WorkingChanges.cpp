@@ -13,7 +13,7 @@
 #include <memory>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -221,4 +221,4 @@ FileChange changeOf(const OdString& path, const WorkingChanges& changes) {
     return FileChange::unchanged;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 /// How the working tree differs from HEAD.
 struct WorkingChanges {
@@ -56,4 +56,4 @@ std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,
 /// What a path is in `changes`; `unchanged` for everything that is in none of the lists.
 common::FileChange changeOf(const OdString& path, const WorkingChanges& changes);
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -7,7 +7,7 @@
 #include <memory>
 #include <system_error>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -47,4 +47,4 @@ Expected<OdString> digestOfFile(const sys::Folder& root, const OdString& path) {
     return *digest;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

@@ -18,7 +18,7 @@
 #include <thread>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 namespace {
 
@@ -290,4 +290,4 @@ Expected<void> Workspace::saveState() {
     return written ? opened : written;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv

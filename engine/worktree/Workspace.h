@@ -19,7 +19,7 @@
 #include <string>
 #include <utility>
 
-namespace qrv_cli {
+namespace qrv {
 
 class TreeScan;
 struct Rebuilt;
@@ -146,4 +146,4 @@ private:
 /// for the cause.
 ErrorMessage systemFailure(const OdString& text, const OdString& name, std::error_code cause);
 
-}  // namespace qrv_cli
+}  // namespace qrv

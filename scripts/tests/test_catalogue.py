@@ -106,7 +106,7 @@ class LookUps(unittest.TestCase):
     ]
     UNSEEN = [
         'tr(text)', 'tr(is ? L"a" : L"b")', 'translate(L"a" + text)', 'trUtf8(command.summary)',
-        'qrv_cli::tr(text)', 'tr("a" + text)', 'translatedError(\n    text, name)',
+        'qrv::tr(text)', 'tr("a" + text)', 'translatedError(\n    text, name)',
     ]
 
     def problems(self, code, name="cli/A.cpp"):

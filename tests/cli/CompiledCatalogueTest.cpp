@@ -12,7 +12,7 @@
 
 namespace {
 
-using qrv_cli::isCompiledCatalogue;
+using qrv::cli::isCompiledCatalogue;
 using qrv_test::compiledCatalogue;
 using qrv_test::Texts;
 

@@ -103,7 +103,7 @@ TEST(Leaks, AreLookedForInEveryCommand) {
         for (const Step& step : steps)
             seen.insert(step.words.front());
     }
-    for (const qrv_cli::Command& command : qrv_cli::commands())
+    for (const qrv::cli::Command& command : qrv::cli::commands())
         EXPECT_TRUE(seen.contains(command.name)) << command.name;
 }
 

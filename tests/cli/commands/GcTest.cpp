@@ -13,7 +13,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::Digest;
+using qrv::Digest;
 using qrv_test::contentsOf;
 using qrv_test::HistoryProject;
 using qrv_test::Outcome;
@@ -64,7 +64,7 @@ protected:
         return bytes;
     }
     std::string stored() const {
-        return qrv_cli::sizeText(static_cast<std::int64_t>(storedBytes())).toNarrow();
+        return qrv::cli::sizeText(static_cast<std::int64_t>(storedBytes())).toNarrow();
     }
     /// Each version of the parts list, as it is restored.
     void expectAllVersions() const {
@@ -295,8 +295,8 @@ TEST_F(GcCommand, KeepsThePlainFileWhenThePackedOneIsDamaged) {
 
 TEST_F(GcCommand, ChangesNothingWhenTheHistoryIsDamaged) {
     {
-        qrv_cli::Database history(OdString::fromNarrow((project / ".qrv/qrv.db").string()),
-                                  qrv_cli::Database::Access::readWrite);
+        qrv::Database history(OdString::fromNarrow((project / ".qrv/qrv.db").string()),
+                              qrv::Database::Access::readWrite);
         history.execute("UPDATE changes SET path = 'other.csv' WHERE number = 2");
     }
     makeOlder(storeUnnamedObject("nobody's"), Days(15));

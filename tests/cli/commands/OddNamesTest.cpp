@@ -18,7 +18,7 @@ using qrv_test::HistoryProject;
 using qrv_test::Outcome;
 
 std::string shown(const std::string& name) {
-    return qrv_cli::printable(OdString::fromNarrow(name)).toNarrow();
+    return qrv::printable(OdString::fromNarrow(name)).toNarrow();
 }
 
 /// What means something to a shell, to expressions, to the parser of the command line, to formats
@@ -99,7 +99,7 @@ std::set<std::string> oddNames() {
             names.insert(name);
     }
     std::erase_if(names, [](const std::string& name) {
-        return !qrv_cli::RelativePath::check(OdString::fromNarrow(name));
+        return !qrv::RelativePath::check(OdString::fromNarrow(name));
     });
     return names;
 }

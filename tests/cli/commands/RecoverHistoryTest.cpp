@@ -85,8 +85,8 @@ TEST_F(LostAndRebuilt, HistoryThatIsDamagedComesBackAndTheDamagedOneIsKept) {
 TEST_F(LostAndRebuilt, BranchesAndTagsThatSomebodyChangedComeBack) {
     const std::string expected = seen();
     {
-        qrv_cli::Database history(OdString::fromNarrow(database().string()),
-                                  qrv_cli::Database::Access::readWrite);
+        qrv::Database history(OdString::fromNarrow(database().string()),
+                              qrv::Database::Access::readWrite);
         history.execute(
             "UPDATE refs SET number = 1 WHERE name = 'master'; "
             "DELETE FROM refs WHERE name = 'v1'");

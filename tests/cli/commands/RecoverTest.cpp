@@ -16,7 +16,7 @@ using qrv_test::Outcome;
 using qrv_test::readFile;
 
 OdString urlOf(const std::string& contents) {
-    return OdString::fromNarrow("po:" + qrv_cli::Digest::of(contents));
+    return OdString::fromNarrow("po:" + qrv::Digest::of(contents));
 }
 
 /// Two versions of a file, of which the first is to come back.
@@ -30,9 +30,8 @@ protected:
     }
     void interruptRestore() const {
         const auto root = common::RootPath::get(project.folder.text(), false).value();
-        qrv_cli::History history =
-            qrv_cli::History::open(root, qrv_cli::Database::Access::readWrite);
-        qrv_cli::Plan plan;
+        qrv::History history = qrv::History::open(root, qrv::Database::Access::readWrite);
+        qrv::Plan plan;
         plan.title = L"restore";
         plan.files = {{L"a.txt", urlOf("second"), urlOf("first"), 5}};
         notePlan(history, plan);

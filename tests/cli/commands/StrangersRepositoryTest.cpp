@@ -92,7 +92,7 @@ TEST_F(StrangersRepository, KeepsNobodyWaitingForAPipe) {
 TEST_F(StrangersRepository, RunsNoCodeOfItsSchemas) {
     for (const fs::path& file : databases()) {
         const std::string before = qrv_test::readFile(file);
-        qrv_cli::Database(OdString::fromNarrow(file.string()), qrv_cli::Database::Access::readWrite)
+        qrv::Database(OdString::fromNarrow(file.string()), qrv::Database::Access::readWrite)
             .execute("CREATE TABLE extra (x CHECK (length(hex(zeroblob(900000000))) > x))");
         const Outcome verified = project.qrv({"verify"});
         EXPECT_EQ(verified.status, 1);

@@ -30,15 +30,14 @@ using qrv_test::writeFile;
 std::string noise(std::size_t size) {
     std::string bytes;
     for (int block = 0; bytes.size() < size; ++block)
-        bytes += qrv_cli::Digest::of(std::to_string(block));
+        bytes += qrv::Digest::of(std::to_string(block));
     return bytes;
 }
 
 /// Where the longest frame of the file has its middle.
 std::size_t middleOfFrame(const fs::path& frames) {
-    qrv_cli::Database database(OdString::fromNarrow(frames.string()),
-                               qrv_cli::Database::Access::readOnly);
-    qrv_cli::Statement longest =
+    qrv::Database database(OdString::fromNarrow(frames.string()), qrv::Database::Access::readOnly);
+    qrv::Statement longest =
         database.prepare("SELECT bytes FROM pieces ORDER BY length(bytes) DESC");
     longest.step();
     const std::string_view frame = longest.bytes(0);
@@ -66,9 +65,7 @@ protected:
         project.commit("second");
     }
 
-    static std::string digestOf(const std::string& contents) {
-        return qrv_cli::Digest::of(contents);
-    }
+    static std::string digestOf(const std::string& contents) { return qrv::Digest::of(contents); }
     fs::path object(const std::string& contents) const {
         return project / (".qrv/objects/" + digestOf(contents));
     }
@@ -77,9 +74,8 @@ protected:
     /// Leaves what a command leaves that was killed before it wrote the file.
     void noteInterrupted(const std::string& path, const std::string& digest) const {
         const auto rootPath = common::RootPath::get(project.folder.text(), false).value();
-        qrv_cli::History history =
-            qrv_cli::History::open(rootPath, qrv_cli::Database::Access::readWrite);
-        qrv_cli::Plan plan;
+        qrv::History history = qrv::History::open(rootPath, qrv::Database::Access::readWrite);
+        qrv::Plan plan;
         plan.title = L"restore";
         plan.files.push_back(
             {OdString::fromNarrow(path), OdString(), OdString::fromNarrow("po:" + digest), 7});
@@ -258,8 +254,8 @@ TEST_F(VerifyCommand, FindsAMissingHistory) {
 
 TEST_F(VerifyCommand, FindsACommitThatSomebodyChanged) {
     {
-        qrv_cli::Database history(OdString::fromNarrow(root + "/.qrv/qrv.db"),
-                                  qrv_cli::Database::Access::readWrite);
+        qrv::Database history(OdString::fromNarrow(root + "/.qrv/qrv.db"),
+                              qrv::Database::Access::readWrite);
         history.execute("UPDATE commits SET author = 'eve' WHERE number = 2");
     }
     EXPECT_EQ(project.qrv({"verify"}),
@@ -368,8 +364,8 @@ TEST_F(VerifyCommand, TakesBackWhatAKilledProcessHadBegunToWrite) {
     std::string halfWritten;
     std::string journal;
     {
-        qrv_cli::Database database(OdString::fromNarrow(history.string()),
-                                   qrv_cli::Database::Access::readWrite);
+        qrv::Database database(OdString::fromNarrow(history.string()),
+                               qrv::Database::Access::readWrite);
         // With next to no memory the pages go to the file before the commit.
         database.execute("PRAGMA cache_size = 1; BEGIN");
         for (int i = 0; i < 50; ++i)

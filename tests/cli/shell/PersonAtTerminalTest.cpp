@@ -10,7 +10,7 @@
 
 namespace {
 
-using qrv_cli::PersonAtTerminal;
+using qrv::cli::PersonAtTerminal;
 using qrv_test::writeFile;
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -6,8 +6,8 @@
 
 namespace {
 
-using qrv_cli::Colour;
-using qrv_cli::coloured;
+using qrv::cli::Colour;
+using qrv::cli::coloured;
 
 // What a terminal sees is tested through the program, under script(1).
 TEST(Colour, LeavesTextsAloneWhereTheOutputIsNoTerminal) {

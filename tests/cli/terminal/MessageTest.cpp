@@ -8,7 +8,7 @@ namespace {
 
 TEST(Message, IsPrintedAsOneLine) {
     testing::internal::CaptureStderr();
-    qrv_cli::printMessage(L"Error:\tone\ntwo \x1B[2J");
+    qrv::cli::printMessage(L"Error:\tone\ntwo \x1B[2J");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "qrv: Error: one; two \\x1B[2J\n");
 }
 

@@ -7,8 +7,8 @@
 
 namespace {
 
-using qrv_cli::Progress;
-using qrv_cli::sizeText;
+using qrv::cli::Progress;
+using qrv::cli::sizeText;
 
 TEST(SizeText, HasTwoDigitsAtLeastAndTheUnitThatFits) {
     struct Case {

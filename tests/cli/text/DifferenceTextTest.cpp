@@ -8,10 +8,10 @@
 
 namespace {
 
-using qrv_cli::Difference;
-using qrv_cli::differenceText;
-using qrv_cli::FileVersion;
-using qrv_cli::sizeText;
+using qrv::Difference;
+using qrv::FileVersion;
+using qrv::cli::differenceText;
+using qrv::cli::sizeText;
 using qrv_test::url;
 
 const Difference added = {L"new\n.txt", {}, {}, FileVersion{url('a'), {}, 12}};
@@ -40,7 +40,7 @@ TEST(SizeText, TellsBothSizesOfContentsThatDiffer) {
 
 TEST(DifferencesAsJson, HaveTheSidesThatThereAre) {
     const std::string a(64, 'a');
-    EXPECT_EQ(OdString(jsonlib::json::write(qrv_cli::toJson({added, removed, modified, renamed})))
+    EXPECT_EQ(OdString(jsonlib::json::write(qrv::cli::toJson({added, removed, modified, renamed})))
                   .toNarrow(),
               R"([
     {

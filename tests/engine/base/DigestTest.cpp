@@ -8,7 +8,7 @@
 
 namespace {
 
-using qrv_cli::Digest;
+using qrv::Digest;
 
 // The examples that were published with the algorithm.
 TEST(Digest, IsSha256InLowerCase) {

@@ -33,28 +33,27 @@ TEST(Printable, ShowsWhatCouldSteerATerminalAsAnEscape) {
         {"", ""},
     };
     for (const Case& each : cases)
-        EXPECT_EQ(qrv_cli::printable(OdString::fromNarrow(each.bytes)).toNarrow(), each.shown)
+        EXPECT_EQ(qrv::printable(OdString::fromNarrow(each.bytes)).toNarrow(), each.shown)
             << each.bytes;
 }
 
 TEST(Printable, ShowsASurrogateThatStandsForNothingAsItsNumber) {
-    EXPECT_EQ(qrv_cli::printable(L"a\xD83D"
-                                 L"b\xDC00")
+    EXPECT_EQ(qrv::printable(L"a\xD83D"
+                             L"b\xDC00")
                   .toNarrow(),
               "a\\uD83Db\\uDC00");
-    EXPECT_EQ(qrv_cli::printable(L"\xD83D").toNarrow(), "\\uD83D");
+    EXPECT_EQ(qrv::printable(L"\xD83D").toNarrow(), "\\uD83D");
 }
 
 TEST(Printable, CallsATextHarmlessThatIsOnlyPartlyInvisible) {
     for (const char* const text : {"", "plan.dwg", "\U0001F4D0", "a\u200Bb", "\u3164"})
-        EXPECT_TRUE(qrv_cli::isHarmless(OdString::fromNarrow(text))) << text;
+        EXPECT_TRUE(qrv::isHarmless(OdString::fromNarrow(text))) << text;
     for (const char* const text : {"\x1B", "a\nb", "\xFF", "\u202E", "\u2028"})
-        EXPECT_FALSE(qrv_cli::isHarmless(OdString::fromNarrow(text))) << text;
+        EXPECT_FALSE(qrv::isHarmless(OdString::fromNarrow(text))) << text;
 }
 
 TEST(Printable, KeepsANulInsideAName) {
-    EXPECT_EQ(qrv_cli::printable(OdString::fromNarrow(std::string("a\0b", 3))).toNarrow(),
-              "a\\x00b");
+    EXPECT_EQ(qrv::printable(OdString::fromNarrow(std::string("a\0b", 3))).toNarrow(), "a\\x00b");
 }
 
 }  // namespace

@@ -9,11 +9,11 @@
 namespace qrv_test {
 
 /// Keeps what it is told, and trusts nobody.
-class RecordingCaller : public qrv_cli::Caller {
+class RecordingCaller : public qrv::Caller {
 public:
     void note(const OdString& text) override { notes.push_back(text.toNarrow()); }
-    std::unique_ptr<qrv_cli::Work> beginWork(const OdString&, std::size_t) override {
-        struct Unseen : qrv_cli::Work {
+    std::unique_ptr<qrv::Work> beginWork(const OdString&, std::size_t) override {
+        struct Unseen : qrv::Work {
             void add(std::int64_t) override {}
         };
         return std::make_unique<Unseen>();

@@ -10,7 +10,7 @@ std::string suggestion(const std::string& word, const std::vector<std::string>& 
     std::vector<OdString> texts;
     for (const std::string& candidate : candidates)
         texts.push_back(OdString::fromNarrow(candidate));
-    const std::optional<OdString> closest = qrv_cli::closest(OdString::fromNarrow(word), texts);
+    const std::optional<OdString> closest = qrv::closest(OdString::fromNarrow(word), texts);
     return closest ? closest->toNarrow() : "none";
 }
 

@@ -13,10 +13,10 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::Database;
-using qrv_cli::DatabaseError;
-using qrv_cli::Statement;
-using Access = qrv_cli::Database::Access;
+using qrv::Database;
+using qrv::DatabaseError;
+using qrv::Statement;
+using Access = qrv::Database::Access;
 
 /// What the database says when it cannot do it, with "DB" for the path of its file.
 template <class Action>

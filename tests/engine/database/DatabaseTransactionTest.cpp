@@ -8,10 +8,10 @@
 
 namespace {
 
-using qrv_cli::Database;
-using qrv_cli::DatabaseError;
-using qrv_cli::DatabaseTransaction;
-using qrv_cli::Statement;
+using qrv::Database;
+using qrv::DatabaseError;
+using qrv::DatabaseTransaction;
+using qrv::Statement;
 
 struct Numbers {
     std::unique_ptr<Database> database = Database::inMemory(L"memory");

@@ -19,8 +19,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::Database;
-using qrv_cli::DatabaseError;
+using qrv::Database;
+using qrv::DatabaseError;
 using qrv_test::journalThatNames;
 using qrv_test::writeFile;
 using testing::HasSubstr;
@@ -94,7 +94,7 @@ TEST_F(StrangersDatabase, CannotNameAnotherFileToSqliteEither) {
     writeFile(path("victim"), "precious");
     writeFile(path("a.db-journal"), journalThatNames(path("victim"), 2));
     const sys::Folder folder = *sys::Folder::open(folder_.path());
-    const qrv_cli::FolderVfs vfs(folder, "a.db");
+    const qrv::FolderVfs vfs(folder, "a.db");
     const Connection connection = bareConnection("a.db", vfs.name());
     EXPECT_NE(run(connection, "SELECT * FROM t"), SQLITE_OK);
     EXPECT_EQ(qrv_test::readFile(path("victim")), "precious");
@@ -110,7 +110,7 @@ TEST_F(StrangersDatabase, WithAJournalThatNamesAPipeKeepsNobodyWaiting) {
 TEST_F(StrangersDatabase, ReachesNothingButItsFileAndItsJournal) {
     writeFile(path("other.db"), "");
     const sys::Folder folder = *sys::Folder::open(folder_.path());
-    const qrv_cli::FolderVfs vfs(folder, "a.db");
+    const qrv::FolderVfs vfs(folder, "a.db");
     const Connection connection = bareConnection("a.db", vfs.name());
     EXPECT_EQ(run(connection, "INSERT INTO t VALUES (1)"), SQLITE_OK);
     for (const std::string& other : {path("other.db"), std::string("other.db"), path("a.db")})
@@ -175,7 +175,7 @@ TEST_F(StrangersDatabase, IsOpenedInTheFolderThatWasOpenedWhateverItsPathLeadsTo
     EXPECT_EQ(qrv_test::listTree(path("outside")), std::vector<std::string>());
 }
 
-constexpr qrv_cli::SchemaEntry ours[] = {{"t", "CREATE TABLE t (x)"}};
+constexpr qrv::SchemaEntry ours[] = {{"t", "CREATE TABLE t (x)"}};
 
 // A check of a foreign schema kept a commit busy for half a minute and took gigabytes.
 TEST_F(StrangersDatabase, WithCodeInItsSchemaIsRefusedBeforeItRuns) {
@@ -260,7 +260,7 @@ TEST_F(StrangersDatabase, OfRowsWithoutEndIsGivenUp) {
     Database database(folder_.text("a.db"), Access::readOnly);
     EXPECT_EQ(complaint([&] { database.prepare("SELECT sum(x) FROM t").step(); }), expected);
     EXPECT_EQ(complaint([&] {
-                  qrv_cli::Statement rows = database.prepare("SELECT x FROM t");
+                  qrv::Statement rows = database.prepare("SELECT x FROM t");
                   while (rows.step())
                       ASSERT_EQ(rows.integer(0), 7);
               }),
@@ -277,7 +277,7 @@ TEST_F(StrangersDatabase, OfManyRowsIsReadToTheEnd) {
                   SQLITE_OK);
     }
     Database database(folder_.text("a.db"), Access::readOnly);
-    qrv_cli::Statement sum = database.prepare("SELECT count(x), sum(x) FROM t");
+    qrv::Statement sum = database.prepare("SELECT count(x), sum(x) FROM t");
     ASSERT_TRUE(sum.step());
     EXPECT_EQ(sum.integer(0), 100000);
     EXPECT_EQ(database.damage(), OdString());
@@ -326,7 +326,7 @@ TEST_F(StrangersDatabase, ThatCannotBeWrittenCanBeRead) {
     const WithoutRights user;
     for (const Access access : {Access::readOnly, Access::readWrite}) {
         Database database(folder_.text("a.db"), access);
-        qrv_cli::Statement query = database.prepare("SELECT x FROM t");
+        qrv::Statement query = database.prepare("SELECT x FROM t");
         ASSERT_TRUE(query.step());
         EXPECT_EQ(query.integer(0), 5);
     }

@@ -15,9 +15,9 @@
 namespace {
 
 using namespace std::string_literals;
-using qrv_cli::FileVersion;
-using qrv_cli::readText;
-using qrv_cli::Workspace;
+using qrv::FileVersion;
+using qrv::readText;
+using qrv::Workspace;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 

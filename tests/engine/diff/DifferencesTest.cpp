@@ -8,11 +8,11 @@
 
 namespace {
 
-using qrv_cli::Difference;
-using qrv_cli::differencesBetween;
-using qrv_cli::FileVersion;
-using qrv_cli::Renames;
-using qrv_cli::Snapshot;
+using qrv::Difference;
+using qrv::differencesBetween;
+using qrv::FileVersion;
+using qrv::Renames;
+using qrv::Snapshot;
 using qrv_test::url;
 
 FileVersion stored(char letter, std::int64_t sizeBytes = 1) {
@@ -24,7 +24,7 @@ FileVersion working(char letter, std::int64_t sizeBytes = 1) {
 }
 
 FileVersion drawing(const wchar_t* store, char letter) {
-    return {qrv_cli::drawingUrl(store, OdString::fromNarrow(std::string(64, letter))), {}, 1};
+    return {qrv::drawingUrl(store, OdString::fromNarrow(std::string(64, letter))), {}, 1};
 }
 
 /// A sign a difference: "+", "-", "*" or, with both paths, ">" for a mere rename and "~" for one
@@ -107,8 +107,8 @@ TEST(DifferencesBetween, IgnoreNotedRenamesThatAreNone) {
 
 TEST(RenamesOf, AreThoseThatACommitNotes) {
     const Renames expected = {{L"new", L"old"}};
-    EXPECT_EQ(qrv_cli::renamesOf({qrv_test::file("a", 'a'), qrv_test::file("new", 'b', 1, "old"),
-                                  qrv_test::removal("old")}),
+    EXPECT_EQ(qrv::renamesOf({qrv_test::file("a", 'a'), qrv_test::file("new", 'b', 1, "old"),
+                              qrv_test::removal("old")}),
               expected);
 }
 

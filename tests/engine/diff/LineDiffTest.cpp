@@ -8,20 +8,20 @@
 #include <string>
 #include <vector>
 
-namespace qrv_cli {
+namespace qrv {
 
 std::ostream& operator<<(std::ostream& stream, const LineChange& change) {
     return stream << '-' << change.oldFirst << ',' << change.oldCount << " +" << change.newFirst
                   << ',' << change.newCount;
 }
 
-}  // namespace qrv_cli
+}  // namespace qrv
 
 namespace {
 
-using qrv_cli::changesOfLines;
-using qrv_cli::LineChange;
-using qrv_cli::Lines;
+using qrv::changesOfLines;
+using qrv::LineChange;
+using qrv::Lines;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

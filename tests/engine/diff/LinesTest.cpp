@@ -9,8 +9,8 @@
 namespace {
 
 using namespace std::string_literals;
-using qrv_cli::isText;
-using qrv_cli::Lines;
+using qrv::isText;
+using qrv::Lines;
 
 std::vector<std::string_view> linesOf(std::string_view text) {
     const Lines lines(text);

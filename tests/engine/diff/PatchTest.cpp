@@ -7,9 +7,9 @@
 
 namespace {
 
-using qrv_cli::Difference;
-using qrv_cli::FileVersion;
-using qrv_cli::PatchLine;
+using qrv::Difference;
+using qrv::FileVersion;
+using qrv::PatchLine;
 
 const FileVersion somewhere = {{}, L"1", 12};
 const FileVersion elsewhere = {{}, L"2", 34};

@@ -7,7 +7,7 @@
 
 namespace {
 
-using qrv_cli::CommitEntry;
+using qrv::CommitEntry;
 using qrv_test::file;
 using qrv_test::removal;
 using qrv_test::Repository;

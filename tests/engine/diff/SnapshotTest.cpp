@@ -15,17 +15,17 @@
 
 namespace {
 
-using qrv_cli::digestOf;
-using qrv_cli::FileVersion;
-using qrv_cli::Snapshot;
-using qrv_cli::snapshotOf;
-using qrv_cli::WorkingChanges;
-using qrv_cli::Workspace;
+using qrv::digestOf;
+using qrv::FileVersion;
+using qrv::Snapshot;
+using qrv::snapshotOf;
+using qrv::WorkingChanges;
+using qrv::Workspace;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 
 OdString digest(const char* bytes) {
-    return OdString(qrv_cli::Digest::of(bytes).c_str());
+    return OdString(qrv::Digest::of(bytes).c_str());
 }
 
 std::unique_ptr<Workspace> open(const TemporaryFolder& folder) {

@@ -58,7 +58,7 @@ TEST(CommitName, OfDigitsIsANumberFirst) {
     // The first four digits of some hash are all decimal, and no number yet.
     OdString hash;
     int count = 0;
-    qrv_cli::DatabaseTransaction transaction(repository.history.database());
+    qrv::DatabaseTransaction transaction(repository.history.database());
     while (hash.isEmpty()) {
         const OdString next = repository.add({}, std::to_string(++count).c_str());
         const std::string begin = next.left(4).toNarrow();

@@ -11,11 +11,11 @@
 
 namespace {
 
-using qrv_cli::commitOfRecord;
-using qrv_cli::NewCommit;
-using qrv_cli::recordedCommit;
-using qrv_cli::recordedCommits;
-using qrv_cli::recordOf;
+using qrv::commitOfRecord;
+using qrv::NewCommit;
+using qrv::recordedCommit;
+using qrv::recordedCommits;
+using qrv::recordOf;
 using qrv_test::file;
 using qrv_test::Repository;
 
@@ -69,10 +69,10 @@ TEST(CommitRecord, OfEachCommitLiesUnderItsHash) {
     const OdString one = repository.add({}, "one", {file("a", '1', 10)});
     const OdString two = repository.add({one}, "two", {file("a", '2', 20)});
     repository.history.setReference(L"master", common::RefType::Branch, two);
-    qrv_cli::ReferenceRecord record = *qrv_cli::ReferenceRecord::read(folder);
+    qrv::ReferenceRecord record = *qrv::ReferenceRecord::read(folder);
     ASSERT_TRUE(updateRecords(record, 1, "test", repository.history, folder));
     EXPECT_EQ(*recordedCommits(folder), (std::set<OdString>{one, two}));
-    EXPECT_EQ(qrv_cli::hashOf(*recordedCommit(two, folder)), two);
+    EXPECT_EQ(qrv::hashOf(*recordedCommit(two, folder)), two);
 
     const std::string path = repository.folder / (".qrv/commits/" + one.toNarrow());
     qrv_test::writeFile(path, qrv_test::readFile(path) + " ");

@@ -11,8 +11,8 @@
 
 namespace {
 
-using qrv_cli::FileDelta;
-using qrv_cli::NewCommit;
+using qrv::FileDelta;
+using qrv::NewCommit;
 using qrv_test::file;
 using qrv_test::removal;
 
@@ -30,7 +30,7 @@ NewCommit sample() {
 
 TEST(CommitHash, IsTheDigestOfItsRecord) {
     const std::string record = qrv_test::readFile(QRV_HISTORY_SAMPLES "/commit.sample");
-    EXPECT_EQ(hashOf(sample()).toNarrow(), qrv_cli::Digest::of(record));
+    EXPECT_EQ(hashOf(sample()).toNarrow(), qrv::Digest::of(record));
 }
 
 TEST(CommitHash, IsTheSameForEver) {

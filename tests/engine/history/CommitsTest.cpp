@@ -6,9 +6,9 @@
 
 namespace {
 
-using qrv_cli::CommitEntry;
-using qrv_cli::FileDelta;
-using qrv_cli::NewCommit;
+using qrv::CommitEntry;
+using qrv::FileDelta;
+using qrv::NewCommit;
 using qrv_test::file;
 using qrv_test::newCommit;
 using qrv_test::removal;
@@ -42,7 +42,7 @@ TEST(Commits, AreFoundByHashAndByNumber) {
 TEST(Commits, SurviveTheProcess) {
     Repository repository;
     const CommitEntry one = repository.history.add(newCommit({}, "one", {file("a", '1')}));
-    auto reader = qrv_cli::History::open(repository.root, qrv_cli::Database::Access::readOnly);
+    auto reader = qrv::History::open(repository.root, qrv::Database::Access::readOnly);
     EXPECT_EQ(reader.commit(one.hash), one);
     EXPECT_EQ(reader.deltas(one.hash), std::vector<FileDelta>{file("a", '1')});
 }
@@ -68,7 +68,7 @@ TEST(Commits, KeepAnyText) {
 
 TEST(Commits, AreFoundByTheBeginningOfTheirHashes) {
     Repository repository;
-    const qrv_cli::DatabaseTransaction transaction(repository.history.database());
+    const qrv::DatabaseTransaction transaction(repository.history.database());
     std::vector<CommitEntry> all;
     for (int i = 0; i < 40; ++i)
         all.push_back(repository.history.add(newCommit({}, std::to_string(i).c_str())));

@@ -9,7 +9,7 @@
 namespace {
 
 using common::RefType;
-using qrv_cli::History;
+using qrv::History;
 using qrv_test::file;
 using qrv_test::Repository;
 

@@ -8,8 +8,8 @@
 
 namespace {
 
-using qrv_cli::Database;
-using qrv_cli::Statement;
+using qrv::Database;
+using qrv::Statement;
 using qrv_test::file;
 using qrv_test::Repository;
 
@@ -48,10 +48,10 @@ TEST(HistoryFormat, IsThatOfTheSample) {
     const OdString two =
         repository.add({one}, "Move", {file("b.txt", '1', 10, "a.txt"), file("c.txt", '2', 20)});
     history.changeHeadFiles({file("b.txt", '1', 10), file("c.txt", '2', 20)});
-    history.setNote(qrv_cli::headNote, two);
+    history.setNote(qrv::headNote, two);
     history.setReference(L"master", common::RefType::Branch, two);
     history.setReference(L"v1", common::RefType::Tag, one);
-    qrv_cli::Plan plan;
+    qrv::Plan plan;
     plan.title = L"switch to 'side'";
     plan.branch = L"side";
     plan.commit = one;

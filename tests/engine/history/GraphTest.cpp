@@ -10,10 +10,10 @@
 
 namespace {
 
-using qrv_cli::CommitEntry;
-using qrv_cli::FileDelta;
-using qrv_cli::Tree;
-using qrv_cli::TreeFile;
+using qrv::CommitEntry;
+using qrv::FileDelta;
+using qrv::Tree;
+using qrv::TreeFile;
 using qrv_test::file;
 using qrv_test::removal;
 using qrv_test::Repository;
@@ -133,7 +133,7 @@ struct RandomGraph : Repository {
 
     explicit RandomGraph(unsigned seed) {
         std::mt19937 random(seed);
-        qrv_cli::DatabaseTransaction transaction(history.database());
+        qrv::DatabaseTransaction transaction(history.database());
         for (std::size_t number = 1; number <= 25; ++number) {
             std::set<std::size_t> parents;
             for (unsigned i = random() % 4; i > 0 && number > 1; --i)

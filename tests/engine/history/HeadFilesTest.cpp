@@ -9,8 +9,8 @@
 
 namespace {
 
-using qrv_cli::FileDelta;
-using qrv_cli::Tree;
+using qrv::FileDelta;
+using qrv::Tree;
 using qrv_test::file;
 using qrv_test::removal;
 using qrv_test::Repository;
@@ -42,7 +42,7 @@ TEST(HeadFiles, AreGivenWithoutTheirContentsInTheSameOrder) {
     history.changeHeadFiles(
         {file("\uFF21", '1', 10), file("\U0001F600", '2', 20), file("a\xFF", '3', 30)});
     std::string sizes;
-    for (const qrv_cli::SizedFile& head : history.headSizes()) {
+    for (const qrv::SizedFile& head : history.headSizes()) {
         sizes += head.path.toNarrow() + ' ' + std::to_string(head.sizeBytes) + ", ";
         EXPECT_EQ(history.headUrl(head.path), history.headFiles().at(head.path).url);
     }
@@ -86,7 +86,7 @@ TEST(HeadFiles, StayThoseOfTheCommitThroughAnyChanges) {
     std::mt19937 random(1);
     Repository repository;
     std::vector<OdString> parents;
-    const qrv_cli::DatabaseTransaction transaction(repository.history.database());
+    const qrv::DatabaseTransaction transaction(repository.history.database());
     for (int i = 0; i < 200; ++i) {
         const auto deltas = randomDeltas(repository.history.headFiles(), random);
         parents = {repository.add(parents, std::to_string(i).c_str(), deltas)};

@@ -11,8 +11,8 @@
 
 namespace {
 
-using qrv_cli::Database;
-using qrv_cli::History;
+using qrv::Database;
+using qrv::History;
 using qrv_test::file;
 using qrv_test::Repository;
 using qrv_test::url;
@@ -28,7 +28,7 @@ struct Sound : Repository {
         const OdString two = add({one}, "needle", {file("b", '2', 20)});
         const OdString three = add({two, one}, "three", {file("c", '1', 10, "a")});
         history.changeHeadFiles({file("b", '2', 20), file("c", '1', 10)});
-        history.setNote(qrv_cli::headNote, three);
+        history.setNote(qrv::headNote, three);
         history.setReference(L"master", common::RefType::Branch, three);
         history.setReference(L"v1", common::RefType::Tag, one);
         notePlan(history, {L"restore", {}, {}, {}, {{L"a", url('1'), {}, 0}}});
@@ -46,7 +46,7 @@ struct Sound : Repository {
         try {
             History reader = History::open(root, Database::Access::readOnly);
             return problems(reader);
-        } catch (const qrv_cli::DatabaseError& error) {
+        } catch (const qrv::DatabaseError& error) {
             return {withoutPath(error.description())};
         }
     }

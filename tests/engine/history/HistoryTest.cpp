@@ -7,14 +7,14 @@
 
 namespace {
 
-using qrv_cli::Database;
-using qrv_cli::DatabaseTransaction;
-using qrv_cli::History;
-using qrv_cli::Tree;
+using qrv::Database;
+using qrv::DatabaseTransaction;
+using qrv::History;
+using qrv::Tree;
 using qrv_test::file;
 using qrv_test::newCommit;
 using qrv_test::Repository;
-using Access = qrv_cli::Database::Access;
+using Access = qrv::Database::Access;
 
 /// A repository without a history.
 struct BareRepository {
@@ -24,7 +24,7 @@ struct BareRepository {
     std::string complaint(Access access) const {
         try {
             History::open(root, access);
-        } catch (const qrv_cli::DatabaseError& error) {
+        } catch (const qrv::DatabaseError& error) {
             std::string text = error.what();
             const std::string path = root.dbPath().toNarrow();
             return text.replace(text.find(path), path.size(), "DB");
@@ -51,7 +51,7 @@ TEST(History, ForReadingIsEmptyWhereThereIsNone) {
     EXPECT_TRUE(history.references().empty());
     EXPECT_EQ(history.headFiles(), Tree());
     EXPECT_EQ(history.tree(OdString()), Tree());
-    EXPECT_THROW(history.setNote(L"a", L"b"), qrv_cli::DatabaseError);
+    EXPECT_THROW(history.setNote(L"a", L"b"), qrv::DatabaseError);
     EXPECT_EQ(qrv_test::listTree(repository.folder.path()), std::vector<std::string>{".qrv/"});
 }
 

@@ -7,10 +7,10 @@
 
 namespace {
 
-using qrv_cli::forgetPlan;
-using qrv_cli::notedPlan;
-using qrv_cli::notePlan;
-using qrv_cli::Plan;
+using qrv::forgetPlan;
+using qrv::notedPlan;
+using qrv::notePlan;
+using qrv::Plan;
 using qrv_test::Repository;
 using qrv_test::url;
 
@@ -30,7 +30,7 @@ TEST(Plan, ComesBackAsItWasNoted) {
     Repository repository;
     EXPECT_EQ(notedPlan(repository.history), std::nullopt);
     notePlan(repository.history, examplePlan());
-    auto reader = qrv_cli::History::open(repository.root, qrv_cli::Database::Access::readOnly);
+    auto reader = qrv::History::open(repository.root, qrv::Database::Access::readOnly);
     EXPECT_EQ(notedPlan(reader), examplePlan());
 }
 

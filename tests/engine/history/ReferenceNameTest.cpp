@@ -6,7 +6,7 @@
 
 namespace {
 
-using qrv_cli::checkedReferenceName;
+using qrv::checkedReferenceName;
 
 std::string refusal(const std::string& name) {
     const Expected<OdString> checked = checkedReferenceName(OdString::fromNarrow(name));

@@ -15,9 +15,9 @@
 
 namespace {
 
-using qrv_cli::RecordedMove;
-using qrv_cli::RecordState;
-using qrv_cli::ReferenceRecord;
+using qrv::RecordedMove;
+using qrv::RecordState;
+using qrv::ReferenceRecord;
 using qrv_test::file;
 using qrv_test::Repository;
 
@@ -33,7 +33,7 @@ std::vector<RecordedMove> exampleMoves() {
 }
 
 /// Where they lead.
-qrv_cli::ReferenceMap examplePlaces() {
+qrv::ReferenceMap examplePlaces() {
     return {{{common::RefType::Branch, L"master"}, hash('2')}};
 }
 
@@ -130,9 +130,7 @@ TEST(ReferenceRecord, IgnoresALineWithoutAnEndUntilItGrows) {
 // The numbers of files tell a file that grew from one that was replaced.
 TEST(ReferenceRecord, IsReplacedOnlyWhenItIsDamaged) {
     const Recorded repository;
-    const auto number = [&] {
-        return repository.root().version(qrv_cli::referenceRecordPath)->number;
-    };
+    const auto number = [&] { return repository.root().version(qrv::referenceRecordPath)->number; };
     qrv_test::writeFile(repository.path(),
                         qrv_test::readFile(QRV_HISTORY_SAMPLES "/references.sample"));
     const auto first = number();
@@ -168,7 +166,7 @@ TEST(ReferenceRecord, StaysAsItWasWhenItCannotGrow) {
 
 TEST(ReferenceRecord, TellsFromItsEndWhereReferencesPoint) {
     const Recorded repository;
-    qrv_cli::ReferenceMap expected;
+    qrv::ReferenceMap expected;
     ReferenceRecord whole = repository.read();
     for (int count = 1; count <= 60; ++count) {
         const OdString name(("branch-" + std::to_string(count % 7)).c_str());
@@ -193,7 +191,7 @@ TEST(ReferenceRecord, TellsFromItsEndWhereReferencesPoint) {
 
 TEST(ReferenceRecord, TellsNothingFromAnEndThatIsDamagedOrLeadsElsewhere) {
     const Recorded repository;
-    const auto endAt = [&](std::int64_t generation, const qrv_cli::ReferenceMap& references) {
+    const auto endAt = [&](std::int64_t generation, const qrv::ReferenceMap& references) {
         return ReferenceRecord::readEnd(repository.root(), generation, references);
     };
     const std::string bytes = qrv_test::readFile(QRV_HISTORY_SAMPLES "/references.sample");
@@ -205,7 +203,7 @@ TEST(ReferenceRecord, TellsNothingFromAnEndThatIsDamagedOrLeadsElsewhere) {
     EXPECT_FALSE(endAt(3, examplePlaces()));
     EXPECT_FALSE(endAt(5, examplePlaces()));
     EXPECT_FALSE(endAt(4, {}));
-    qrv_cli::ReferenceMap other = examplePlaces();
+    qrv::ReferenceMap other = examplePlaces();
     other[{common::RefType::Tag, L"v1"}] = hash('1');
     EXPECT_FALSE(endAt(4, other));
     for (std::size_t at = 0; at < bytes.size(); ++at) {
@@ -271,8 +269,8 @@ TEST(ReferenceRecord, FollowsTheHistory) {
     EXPECT_TRUE(checkNotOlder(repository.read(), repository.history));
     update();
     qrv_test::writeFile(repository.folder / ".qrv/qrv.db", older);
-    qrv_cli::History restored =
-        qrv_cli::History::open(repository.Repository::root, qrv_cli::Database::Access::readOnly);
+    qrv::History restored =
+        qrv::History::open(repository.Repository::root, qrv::Database::Access::readOnly);
     EXPECT_EQ(stateOf(repository.read(), restored), RecordState::ahead);
     EXPECT_EQ(repository.withoutPath(checkNotOlder(repository.read(), restored).error().message),
               "The history 'DB' is older than what '.qrv/references' tells, which ends with 'v1' "

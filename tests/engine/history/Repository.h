@@ -16,22 +16,22 @@ inline OdString url(char letter) {
     return OdString::fromNarrow("po:" + std::string(64, letter));
 }
 
-inline qrv_cli::FileDelta file(const char* path, char letter, std::int64_t sizeBytes = 1,
-                               const char* previousPath = "") {
+inline qrv::FileDelta file(const char* path, char letter, std::int64_t sizeBytes = 1,
+                           const char* previousPath = "") {
     return {OdString(path), url(letter), OdString(previousPath), sizeBytes};
 }
 
-inline qrv_cli::FileDelta removal(const char* path) {
+inline qrv::FileDelta removal(const char* path) {
     return {OdString(path), OdString(), OdString(), 0};
 }
 
-inline qrv_cli::NewCommit newCommit(std::vector<OdString> parents, const char* message,
-                                    std::vector<qrv_cli::FileDelta> deltas = {}) {
+inline qrv::NewCommit newCommit(std::vector<OdString> parents, const char* message,
+                                std::vector<qrv::FileDelta> deltas = {}) {
     return {std::move(parents), L"Ada", OdString(message), 1709647629, std::move(deltas)};
 }
 
 /// "path letter size, ..." of the files, which have URLs of `url`.
-inline std::string shown(const qrv_cli::Tree& tree) {
+inline std::string shown(const qrv::Tree& tree) {
     std::string text;
     for (const auto& [path, treeFile] : tree)
         text += path.toNarrow() + " " + treeFile.url.toNarrow()[3] + " " +
@@ -43,7 +43,7 @@ inline std::string shown(const qrv_cli::Tree& tree) {
 struct Repository {
     TemporaryFolder folder;
     common::RootPath root = common::RootPath::get(folder.text(), true).value();
-    qrv_cli::History history = qrv_cli::History::open(root, qrv_cli::Database::Access::create);
+    qrv::History history = qrv::History::open(root, qrv::Database::Access::create);
 
     Repository() {
         // These tests pull no plug, and there are many files.
@@ -52,12 +52,12 @@ struct Repository {
 
     /// Adds a commit and gives its hash.
     OdString add(std::vector<OdString> parents, const char* message,
-                 std::vector<qrv_cli::FileDelta> deltas = {}) {
+                 std::vector<qrv::FileDelta> deltas = {}) {
         return history.add(newCommit(std::move(parents), message, std::move(deltas))).hash;
     }
     /// Changes the file as somebody could who knows SQLite, past all that guards it.
     void tamper(const char* sql) const {
-        qrv_cli::Database database(root.dbPath(), qrv_cli::Database::Access::readWrite);
+        qrv::Database database(root.dbPath(), qrv::Database::Access::readWrite);
         database.execute(
             "PRAGMA synchronous=OFF; PRAGMA foreign_keys=OFF; PRAGMA ignore_check_constraints=ON");
         database.execute(sql);
@@ -68,7 +68,7 @@ struct Repository {
     std::string complaint(const Action& action) const {
         try {
             action();
-        } catch (const qrv_cli::DatabaseError& error) {
+        } catch (const qrv::DatabaseError& error) {
             return withoutPath(error.description());
         }
         return "no complaint";

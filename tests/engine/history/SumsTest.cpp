@@ -13,11 +13,11 @@
 
 namespace {
 
-using qrv_cli::Database;
-using qrv_cli::DatabaseError;
-using qrv_cli::History;
-using qrv_cli::RecordState;
-using qrv_cli::ReferenceRecord;
+using qrv::Database;
+using qrv::DatabaseError;
+using qrv::History;
+using qrv::RecordState;
+using qrv::ReferenceRecord;
 using qrv_test::file;
 using qrv_test::Repository;
 
@@ -28,7 +28,7 @@ struct Sound : Repository {
         two = add({one}, "two", {file("b", '2', 20)});
         three = add({two, one}, "three", {file("c", '1', 10, "a")});
         history.changeHeadFiles({file("b", '2', 20), file("c", '1', 10)});
-        history.setNote(qrv_cli::headNote, three);
+        history.setNote(qrv::headNote, three);
         history.setNote(L"merge", one);
         history.setReference(L"master", common::RefType::Branch, three);
         history.setReference(L"v1", common::RefType::Tag, one);
@@ -47,12 +47,12 @@ std::string everythingOf(History& history) {
         text += reference.name.toNarrow() + reference.commitHash.toNarrow() +
                 std::to_string(static_cast<int>(reference.type)) + "\n";
     for (std::int64_t number = 1; number <= 3; ++number) {
-        const qrv_cli::CommitEntry entry = history.commitByNumber(number).value();
+        const qrv::CommitEntry entry = history.commitByNumber(number).value();
         text += entry.hash.toNarrow() + entry.author.toNarrow() + entry.message.toNarrow() +
                 std::to_string(entry.timeSeconds) + "\n";
         for (const OdString& parent : entry.parents)
             text += parent.toNarrow() + "\n";
-        for (const qrv_cli::FileDelta& delta : history.deltas(entry.hash))
+        for (const qrv::FileDelta& delta : history.deltas(entry.hash))
             text += delta.path.toNarrow() + delta.previousPath.toNarrow() + "\n";
         text += qrv_test::shown(history.tree(entry.hash)) + "\n";
     }
@@ -61,8 +61,8 @@ std::string everythingOf(History& history) {
             text += std::to_string(number) + " ";
     }
     text += std::to_string(history.ancestors(history.commitByNumber(3)->hash).size());
-    return text + qrv_test::shown(history.headFiles()) +
-           history.note(qrv_cli::headNote).toNarrow() + history.note(L"merge").toNarrow();
+    return text + qrv_test::shown(history.headFiles()) + history.note(qrv::headNote).toNarrow() +
+           history.note(L"merge").toNarrow();
 }
 
 /// Whether the file is refused, or found damaged, or says the same as ever.
@@ -152,13 +152,13 @@ TEST(Sums, AreAddedToAHistoryOfAnOlderProgramWithItsFirstChange) {
 TEST(Sums, CountEachChangeOfAReferenceOnce) {
     Sound repository;
     Database& database = repository.history.database();
-    const std::int64_t before = qrv_cli::generationOf(database);
+    const std::int64_t before = qrv::generationOf(database);
     repository.history.setReference(L"v1", common::RefType::Tag, repository.one);
     repository.history.removeReference(L"none", common::RefType::Tag);
-    EXPECT_EQ(qrv_cli::generationOf(database), before);
+    EXPECT_EQ(qrv::generationOf(database), before);
     repository.history.setReference(L"v1", common::RefType::Tag, repository.two);
     repository.history.removeReference(L"v1", common::RefType::Tag);
-    EXPECT_EQ(qrv_cli::generationOf(database), before + 2);
+    EXPECT_EQ(qrv::generationOf(database), before + 2);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 namespace {
 
 using common::IgnoreLine;
-using qrv_cli::BoundedExpression;
+using qrv::BoundedExpression;
 
 IgnoreLine lineOf(const std::string& text) {
     return IgnoreLine(OdString::fromNarrow(text));

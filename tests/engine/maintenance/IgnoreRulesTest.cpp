@@ -23,8 +23,8 @@ struct Project {
         writeFile(folder / ".qrv/properties/ignore", rules);
     }
 
-    qrv_cli::IgnoreRules rules() {
-        return qrv_cli::IgnoreRules(
+    qrv::IgnoreRules rules() {
+        return qrv::IgnoreRules(
             root(), [this](const OdString& text) { messages.push_back(text.toNarrow()); });
     }
     common::RootPath root() const { return common::RootPath::get(folder.text(), true).value(); }
@@ -33,9 +33,9 @@ struct Project {
     std::vector<std::string> messages;
 };
 
-std::string linesOf(const qrv_cli::IgnoreRules& rules) {
+std::string linesOf(const qrv::IgnoreRules& rules) {
     std::string lines;
-    for (const qrv_cli::IgnoreRule& rule : rules.list())
+    for (const qrv::IgnoreRule& rule : rules.list())
         lines += std::to_string(rule.line) + " " + rule.text.toNarrow() + "|";
     return lines;
 }
@@ -75,11 +75,10 @@ TEST(IgnoreRules, AgreeWithTheScan) {
     const auto files = common::collectRepoFiles([](const OdString&) {}, project.root());
     for (const common::File& file : *files)
         scanned.insert(file.path.toNarrow());
-    qrv_cli::IgnoreRules rules = project.rules();
+    qrv::IgnoreRules rules = project.rules();
     int ignored = 0;
     for (const std::string& path : all) {
-        const bool isIgnored =
-            qrv_cli::reasonToIgnore(OdString::fromNarrow(path), rules).has_value();
+        const bool isIgnored = qrv::reasonToIgnore(OdString::fromNarrow(path), rules).has_value();
         EXPECT_EQ(isIgnored, !scanned.contains(path)) << path;
         ignored += isIgnored ? 1 : 0;
     }
@@ -107,7 +106,7 @@ TEST(IgnoreRules, MakeAMissingFileAsTheLibraryDoes) {
 // Cause: the expression library tries all ways through a name, which double with each letter.
 TEST(IgnoreRules, AnswerInTimeWhereEachLetterDoublesTheWays) {
     Project project("^(a*)*b$\n^(a|a?)+c$\n(x+x+)+y\n*a*a*a*a*a*a*a*a*a*a*q\n^(a|aa)*(?=d)d$\n");
-    qrv_cli::IgnoreRules rules = project.rules();
+    qrv::IgnoreRules rules = project.rules();
     const OdString letters(std::wstring(240, L'a'));
     for (int round = 0; round < 20; ++round) {
         EXPECT_EQ(rules.match(letters), nullptr);
@@ -128,7 +127,7 @@ TEST(IgnoreRules, LeaveOutWhatIsTooLarge) {
         text += "^(a{300}){300}\n";
     text += "^old[0-9]$\n";
     Project project(text);
-    qrv_cli::IgnoreRules rules = project.rules();
+    qrv::IgnoreRules rules = project.rules();
     EXPECT_EQ(linesOf(rules), "1 *.bak|2002 ^old[0-9]$|");
     ASSERT_EQ(project.messages.size(), 2000U);
     EXPECT_EQ(
@@ -143,7 +142,7 @@ TEST(IgnoreRules, LeaveOutWhatIsTooMuchTogether) {
         text += "^a{1000}$\n";
     text += "*.bak\n";
     Project project(text);
-    qrv_cli::IgnoreRules rules = project.rules();
+    qrv::IgnoreRules rules = project.rules();
     EXPECT_GT(rules.list().size(), 40U);
     EXPECT_LT(rules.list().size(), 110U);
     EXPECT_EQ(rules.list().back().line, 201);
@@ -152,7 +151,7 @@ TEST(IgnoreRules, LeaveOutWhatIsTooMuchTogether) {
 
 TEST(IgnoreRules, LeaveOutARuleThatUsesUpItsSteps) {
     Project project("^(a*)*\\1b$\n*.bak\n^(a)?(?:|){60}\\1b|c$\n");
-    qrv_cli::IgnoreRules rules = project.rules();
+    qrv::IgnoreRules rules = project.rules();
     EXPECT_EQ(rules.match(OdString(std::wstring(200, L'a'))), nullptr);
     EXPECT_EQ(project.messages.size(), 2U);
     EXPECT_EQ(rules.match(OdString(std::wstring(200, L'a'))), nullptr);
@@ -162,17 +161,17 @@ TEST(IgnoreRules, LeaveOutARuleThatUsesUpItsSteps) {
 
 TEST(IgnoreRules, AreNotAddedWhenTheyWouldBeLeftOut) {
     const Project project("*.bak\n");
-    const Expected<int> added = qrv_cli::addIgnoreRule(L"^(a{300}){300}", project.root());
+    const Expected<int> added = qrv::addIgnoreRule(L"^(a{300}){300}", project.root());
     ASSERT_FALSE(added);
     EXPECT_EQ(added.error().message.toNarrow(),
               "'^(a{300}){300}' is no rule: it would take too much time or memory");
-    EXPECT_FALSE(qrv_cli::addIgnoreRule(L"^[", project.root()));
-    EXPECT_EQ(qrv_cli::addIgnoreRule(L"^a{3}$", project.root()).value(), 2);
+    EXPECT_FALSE(qrv::addIgnoreRule(L"^[", project.root()));
+    EXPECT_EQ(qrv::addIgnoreRule(L"^a{3}$", project.root()).value(), 2);
 }
 
 TEST(IgnoreRules, TakeBackReferences) {
     Project project("^(.)(.)\\2\\1$\n");
-    qrv_cli::IgnoreRules rules = project.rules();
+    qrv::IgnoreRules rules = project.rules();
     EXPECT_EQ(rules.match(L"abba")->line, 1);
     EXPECT_EQ(rules.match(L"abab"), nullptr);
     EXPECT_EQ(project.messages, std::vector<std::string>());
@@ -182,7 +181,7 @@ TEST(IgnoreRules, KeepOrdinaryRulesForAnyNumberOfNames) {
     Project project(
         "^.*[-_]old[0-9]*[.].*$\n^(Thumbs[.]db|desktop[.]ini|plot[.]log|.*[.]err)$\n[~._]*[0-9]x\n"
         "^.*[0-9]{4}-[0-9]{2}-[0-9]{2}.*backup.*$\n");
-    qrv_cli::IgnoreRules rules = project.rules();
+    qrv::IgnoreRules rules = project.rules();
     for (int number = 0; number < 3000; ++number) {
         const OdString name = L"ground floor, second version, of the house at the lake " +
                               OdString(std::to_wstring(number)) + L"-2024-05-06.dxf";

@@ -18,9 +18,9 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::Digest;
-using qrv_cli::PackCandidate;
-using qrv_cli::Workspace;
+using qrv::Digest;
+using qrv::PackCandidate;
+using qrv::Workspace;
 using qrv_test::HistoryProject;
 
 /// Names contents of one letter by it.
@@ -33,7 +33,7 @@ std::string letterOf(const std::string& digest) {
 }
 
 OdString urlOf(const std::string& contents) {
-    return qrv_cli::objectUrl(OdString::fromNarrow(Digest::of(contents)));
+    return qrv::objectUrl(OdString::fromNarrow(Digest::of(contents)));
 }
 
 /// "b<a": b is packed against a.
@@ -50,9 +50,8 @@ protected:
     std::vector<PackCandidate> candidates(const std::set<OdString>& needed = {}) {
         workspace = std::move(
             *Workspace::open(project.folder.path(), Workspace::Use::change, qrv_test::anyCaller()));
-        const auto files = qrv_cli::listMetadata(workspace->root(), workspace->folder());
-        std::vector<PackCandidate> all =
-            qrv_cli::packCandidates(*workspace, files->objects, needed);
+        const auto files = qrv::listMetadata(workspace->root(), workspace->folder());
+        std::vector<PackCandidate> all = qrv::packCandidates(*workspace, files->objects, needed);
         std::erase_if(all, [](const auto& candidate) { return letterOf(candidate.digest) == "?"; });
         return all;
     }
@@ -100,7 +99,7 @@ TEST_F(Packing, GoesOnFromWhatIsPacked) {
     commit({{"x", "b"}});
     const std::vector<PackCandidate> chosen = candidates();
     std::vector<OdString> problems;
-    EXPECT_EQ(shown(qrv_cli::packObjects(*workspace, chosen, problems)), "a b<a ");
+    EXPECT_EQ(shown(qrv::packObjects(*workspace, chosen, problems)), "a b<a ");
     EXPECT_TRUE(problems.empty());
     EXPECT_FALSE(fs::exists(project / (".qrv/objects/" + Digest::of("a"))));
     workspace.reset();

@@ -6,7 +6,7 @@
 
 namespace {
 
-using qrv_cli::isPortable;
+using qrv::isPortable;
 using namespace std::string_view_literals;
 
 TEST(IsPortable, IsTrueOfWhatWindowsHolds) {

@@ -8,14 +8,14 @@
 
 namespace {
 
-using qrv_cli::RelativePath;
+using qrv::RelativePath;
 using namespace std::string_view_literals;
 
 constexpr std::wstring_view ownFolder = L"it could lead into the repository's own folder";
 
 /// Empty for a path that is accepted.
 std::wstring refusalOfPath(std::string_view path) {
-    const wchar_t* reason = qrv_cli::refusalOfPath(path);
+    const wchar_t* reason = qrv::refusalOfPath(path);
     return reason == nullptr ? L"" : reason;
 }
 

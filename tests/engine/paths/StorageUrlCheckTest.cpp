@@ -7,7 +7,7 @@
 
 namespace {
 
-using qrv_cli::CheckedUrl;
+using qrv::CheckedUrl;
 
 const std::wstring digest = L"0123456789abcdef0123456789abcdef0123456789abcdef0123456789abcdef";
 
@@ -81,9 +81,8 @@ TEST(CheckedUrl, NamesWhatItRefuses) {
 }
 
 TEST(CheckedUrl, IsWhatTheMakersOfUrlsMake) {
-    EXPECT_EQ(CheckedUrl::check(qrv_cli::objectUrl(digest))->digest(), OdString(digest));
-    EXPECT_EQ(CheckedUrl::check(qrv_cli::drawingUrl(L"store", digest))->store(),
-              OdString(L"store"));
+    EXPECT_EQ(CheckedUrl::check(qrv::objectUrl(digest))->digest(), OdString(digest));
+    EXPECT_EQ(CheckedUrl::check(qrv::drawingUrl(L"store", digest))->store(), OdString(L"store"));
 }
 
 }  // namespace

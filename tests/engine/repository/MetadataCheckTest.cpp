@@ -14,7 +14,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::quotedName;
+using qrv::quotedName;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 
@@ -23,7 +23,7 @@ protected:
     /// Empty when nothing is wrong.
     std::string problem() const {
         const Expected<void> checked =
-            qrv_cli::checkMetadata(*sys::Folder::open(folder.path()), L"ROOT");
+            qrv::checkMetadata(*sys::Folder::open(folder.path()), L"ROOT");
         return checked ? "" : checked.error().message.toNarrow();
     }
 
@@ -104,20 +104,20 @@ protected:
 
 TEST_F(ExchangedMetadata, GetsNoLineIntoAFileElsewhere) {
     exchange("qrv.log", "qrv.log");
-    EXPECT_EQ(messageOf(qrv_cli::addToLog(L"text", root, opened)), refusal("qrv.log"));
+    EXPECT_EQ(messageOf(qrv::addToLog(L"text", root, opened)), refusal("qrv.log"));
     EXPECT_EQ(qrv_test::readFile(outside / "qrv.log"), "{}");
 }
 
 TEST_F(ExchangedMetadata, GivesNoStateFromElsewhere) {
     exchange("qrv.state", "qrv.state");
-    const qrv_cli::Host host;
-    const auto state = qrv_cli::openState(root, opened, host);
+    const qrv::Host host;
+    const auto state = qrv::openState(root, opened, host);
     EXPECT_EQ(messageOf(state ? Expected<void>() : state.error()), refusal("qrv.state"));
 }
 
 TEST_F(ExchangedMetadata, GivesNoNamesFromElsewhere) {
     exchange("properties", "properties/ignore");
-    qrv_cli::TreeScan scan(root, opened);
+    qrv::TreeScan scan(root, opened);
     EXPECT_EQ(messageOf(scan.lookAt(nullptr)), refusal("properties"));
 }
 

@@ -11,7 +11,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::SharedMode;
+using qrv::SharedMode;
 using qrv_test::TemporaryFolder;
 
 /// A root, and a person whose mask is 027.

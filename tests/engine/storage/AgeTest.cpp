@@ -9,7 +9,7 @@
 
 namespace {
 
-using qrv_cli::isOlder;
+using qrv::isOlder;
 
 constexpr std::int64_t nsPerSecond = 1'000'000'000;
 

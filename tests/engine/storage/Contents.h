@@ -29,7 +29,7 @@ inline std::string revision(unsigned number, std::size_t size = 4000) {
 }
 
 /// Gives bytes from memory; with `failsAt`, an error when it comes there.
-class MemoryReader : public qrv_cli::VersionReader {
+class MemoryReader : public qrv::VersionReader {
 public:
     explicit MemoryReader(std::string bytes, std::optional<std::size_t> failsAt = std::nullopt)
         : bytes_(std::move(bytes)), failsAt_(failsAt) {}
@@ -51,7 +51,7 @@ private:
 };
 
 /// All that a reader gives, through a buffer of that size, or its error behind "error: ".
-inline std::string readAll(qrv_cli::VersionReader& reader, std::size_t bufferBytes = 1000) {
+inline std::string readAll(qrv::VersionReader& reader, std::size_t bufferBytes = 1000) {
     std::string all;
     std::string buffer(bufferBytes, '\0');
     for (std::size_t count = bufferBytes; count == bufferBytes;) {

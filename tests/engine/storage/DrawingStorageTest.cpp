@@ -19,8 +19,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::Digest;
-using qrv_cli::DrawingStorage;
+using qrv::Digest;
+using qrv::DrawingStorage;
 using qrv_test::listTree;
 using qrv_test::readAll;
 using qrv_test::readFile;
@@ -40,7 +40,7 @@ protected:
         return url ? "none" : url.error().message.toNarrow();
     }
     std::string read(const OdString& url) {
-        const Expected<std::unique_ptr<qrv_cli::VersionReader>> reader = storage_.open(root_, url);
+        const Expected<std::unique_ptr<qrv::VersionReader>> reader = storage_.open(root_, url);
         if (!reader)
             return "error: " + reader.error().message.toNarrow();
         return *reader ? readAll(**reader) : "not there";
@@ -212,7 +212,7 @@ TEST_F(DrawingStorageTest, DoesNotWaitForAPipe) {
 TEST_F(DrawingStorageTest, AFileOfANewerLayoutIsRefused) {
     const OdString first = store("plan.dwg", revision(1));
     const OdString file = folder_.text(".qrv/tf/" + plan_ + ".tf");
-    qrv_cli::Database(file, qrv_cli::Database::Access::readWrite).setSchemaVersion(2);
+    qrv::Database(file, qrv::Database::Access::readWrite).setSchemaVersion(2);
 
     const std::string refusal =
         "'" + file.toNarrow() + "' was written by a newer version of this program";
@@ -224,8 +224,7 @@ TEST_F(DrawingStorageTest, AFileOfANewerLayoutIsRefused) {
 TEST_F(DrawingStorageTest, ADamagedRevisionIsNotRestored) {
     const OdString first = store("plan.dwg", revision(1));
     EXPECT_TRUE(storage_.verify(root_, first));
-    qrv_cli::Database(folder_.text(".qrv/tf/" + plan_ + ".tf"),
-                      qrv_cli::Database::Access::readWrite)
+    qrv::Database(folder_.text(".qrv/tf/" + plan_ + ".tf"), qrv::Database::Access::readWrite)
         .execute(
             "UPDATE pieces SET bytes = CAST(substr(bytes, 1, 1000) || x'4142' ||"
             " substr(bytes, 1003) AS BLOB)");
@@ -245,7 +244,7 @@ TEST_F(DrawingStorageTest, WhatAKilledWriterLeftIsTakenBackByTheReader) {
     const OdString first = store("plan.dwg", revision(1));
     const std::string file = ".qrv/tf/" + plan_ + ".tf";
     {
-        qrv_cli::Database database(folder_.text(file), qrv_cli::Database::Access::readWrite);
+        qrv::Database database(folder_.text(file), qrv::Database::Access::readWrite);
         database.execute(
             "PRAGMA cache_size = 1; BEGIN; UPDATE frames SET size = 1;"
             "UPDATE pieces SET bytes = zeroblob(400000)");
@@ -281,7 +280,7 @@ TEST_F(DrawingStorageTest, AFileThatAlwaysChangesIsNotStored) {
 TEST(WorkingFile, FailsAtTheEndWhenTheFileHasChanged) {
     const qrv_test::TemporaryFolder folder;
     const sys::Outcome<sys::Folder> root = sys::Folder::open(folder.path().string());
-    const qrv_cli::RelativePath path = qrv_cli::RelativePath::check(L"plan.dwg").value();
+    const qrv::RelativePath path = qrv::RelativePath::check(L"plan.dwg").value();
     struct Case {
         const char* now;
         bool isChanged;
@@ -289,8 +288,7 @@ TEST(WorkingFile, FailsAtTheEndWhenTheFileHasChanged) {
     for (const Case& each : {Case{"0123456789", false}, Case{"0123456789more", true},
                              Case{"0123", true}, Case{"01234", true}}) {
         writeFile(folder / "plan.dwg", "0123456789");
-        const std::unique_ptr<qrv_cli::WorkingFile> file =
-            qrv_cli::WorkingFile::open(*root, path).value();
+        const std::unique_ptr<qrv::WorkingFile> file = qrv::WorkingFile::open(*root, path).value();
         EXPECT_EQ(file->sizeBytes(), 10);
         std::string buffer(5, '\0');
         ASSERT_EQ(file->read(buffer).value(), 5);

@@ -14,9 +14,9 @@
 
 namespace {
 
-using qrv_cli::Database;
-using qrv_cli::Digest;
-using qrv_cli::Statement;
+using qrv::Database;
+using qrv::Digest;
+using qrv::Statement;
 using qrv_test::revision;
 
 std::string sample(const std::string& name) {
@@ -59,7 +59,7 @@ protected:
 };
 
 TEST_F(FrameFormat, OfADrawingStore) {
-    qrv_cli::DrawingStorage storage([](const OdString&) { return OdString(); });
+    qrv::DrawingStorage storage([](const OdString&) { return OdString(); });
     qrv_test::writeFile(folder_ / "plan.dwg", revision(1));
     storage.store(root_, L"plan.dwg").value();
 
@@ -69,9 +69,9 @@ TEST_F(FrameFormat, OfADrawingStore) {
 }
 
 TEST_F(FrameFormat, OfAPack) {
-    qrv_cli::PackFile pack = qrv_cli::PackFile::openForChange(root_);
+    qrv::PackFile pack = qrv::PackFile::openForChange(root_);
     std::optional<std::string> previous;
-    qrv_cli::DatabaseTransaction transaction(pack.database());
+    qrv::DatabaseTransaction transaction(pack.database());
     for (unsigned number = 1; number <= 10; ++number) {
         qrv_test::MemoryReader reader(revision(number));
         ASSERT_TRUE(pack.add(Digest::of(revision(number)), reader, previous));

@@ -16,13 +16,13 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::Database;
-using qrv_cli::DatabaseError;
-using qrv_cli::DatabaseTransaction;
-using qrv_cli::Digest;
-using qrv_cli::Frame;
-using qrv_cli::FrameLayout;
-using qrv_cli::FrameStore;
+using qrv::Database;
+using qrv::DatabaseError;
+using qrv::DatabaseTransaction;
+using qrv::Digest;
+using qrv::Frame;
+using qrv::FrameLayout;
+using qrv::FrameStore;
 using qrv_test::MemoryReader;
 using qrv_test::randomBytes;
 using qrv_test::readAll;
@@ -77,7 +77,7 @@ protected:
             const std::optional<Frame> frame = store_.find(Digest::of(contents));
             if (!frame)
                 return "not there";
-            const Expected<std::unique_ptr<qrv_cli::VersionReader>> reader = store_.open(*frame);
+            const Expected<std::unique_ptr<qrv::VersionReader>> reader = store_.open(*frame);
             return withoutNames(reader ? readAll(**reader)
                                        : "error: " + reader.error().message.toNarrow());
         } catch (const DatabaseError& error) {
@@ -183,7 +183,7 @@ TEST_F(FrameStoreTest, SplitsALongFrameIntoPieces) {
     const std::string contents = randomBytes((std::size_t{16} << 20) + 5, 1);
     add(contents).value();
 
-    qrv_cli::Statement pieces = store_.database().prepare("SELECT count(*) FROM pieces");
+    qrv::Statement pieces = store_.database().prepare("SELECT count(*) FROM pieces");
     pieces.step();
     EXPECT_EQ(pieces.integer(0), 2);
     EXPECT_TRUE(read(contents) == contents);
@@ -213,7 +213,7 @@ TEST_F(FrameStoreTest, ContentsThatCannotBeReadAreNotAdded) {
         EXPECT_EQ(store_.database().damage(), OdString());
         add(revision(1)).value();
     }
-    qrv_cli::Statement pieces = store_.database().prepare("SELECT count(*) FROM pieces");
+    qrv::Statement pieces = store_.database().prepare("SELECT count(*) FROM pieces");
     pieces.step();
     EXPECT_EQ(pieces.integer(0), 1);
 }
@@ -226,7 +226,7 @@ TEST_F(FrameStoreTest, AFailureLeavesNoPieceBehind) {
     EXPECT_FALSE(store_.add(broken, std::nullopt));
 
     transaction.commit();
-    qrv_cli::Statement pieces = store_.database().prepare("SELECT count(*) FROM pieces");
+    qrv::Statement pieces = store_.database().prepare("SELECT count(*) FROM pieces");
     pieces.step();
     EXPECT_EQ(pieces.integer(0), 0);
 }
@@ -338,8 +338,7 @@ TEST_F(FrameStoreTest, NoChangedByteGivesWrongContents) {
     int errors = 0;
     int changes = 0;
     for (const int frame : {1, 2}) {
-        qrv_cli::Statement row =
-            store_.database().prepare("SELECT bytes FROM pieces WHERE frame = ?");
+        qrv::Statement row = store_.database().prepare("SELECT bytes FROM pieces WHERE frame = ?");
         row.bind(frame);
         row.step();
         const std::string whole(row.bytes(0));

@@ -14,7 +14,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::RelativePath;
+using qrv::RelativePath;
 using qrv_test::listTree;
 using qrv_test::readFile;
 using qrv_test::writeFile;
@@ -236,7 +236,7 @@ TEST_F(HostStorage, StoresWholeObjectsOrNoneWhicheverCallFails) {
         fs::remove_all(folder / ".qrv/objects");
         bool isStored = false;
         {
-            qrv_cli::ObjectStorage another;
+            qrv::ObjectStorage another;
             const sys::ScopedFault fault(nth, ENOSPC);
             const auto small = another.store(root, L"small");
             const auto big = another.store(root, L"large");
@@ -247,8 +247,7 @@ TEST_F(HostStorage, StoresWholeObjectsOrNoneWhicheverCallFails) {
         failures += isStored ? 0 : 1;
         for (const std::string& name :
              fs::exists(folder / ".qrv/objects") ? objects() : std::vector<std::string>()) {
-            EXPECT_EQ(name, qrv_cli::Digest::of(readFile(folder / (".qrv/objects/" + name))))
-                << nth;
+            EXPECT_EQ(name, qrv::Digest::of(readFile(folder / (".qrv/objects/" + name)))) << nth;
         }
     }
     EXPECT_GE(failures, 35);
@@ -262,7 +261,7 @@ TEST_F(HostStorage, GivesWholeObjectsTheirNamesOrNoneWhicheverCallFails) {
     int failures = 0;
     for (int nth = 1;; ++nth) {
         fs::remove_all(folder / ".qrv/objects");
-        qrv_cli::ObjectStorage another;
+        qrv::ObjectStorage another;
         const OdString one = another.store(root, L"one").value();
         const OdString two = another.store(root, L"two").value();
         const sys::ScopedFault fault(nth, EIO);
@@ -282,7 +281,7 @@ TEST_F(HostStorage, NamesTheFileWhenTheDiskIsFull) {
     writeFile(folder / "plan.dwg", "contents");
     bool wasNamed = false;
     for (int nth = 1; nth < 20; ++nth) {
-        qrv_cli::ObjectStorage another;
+        qrv::ObjectStorage another;
         const sys::ScopedFault fault(nth, ENOSPC);
         const Expected<OdString> result = another.store(root, L"plan.dwg");
         wasNamed =
@@ -331,8 +330,8 @@ TEST_F(HostStorage, NeedsLittleMemoryForALargeFile) {
 }
 
 TEST(Storages, AskTheOneThatIsConcerned) {
-    qrv_cli::Storages storages([](const OdString&) { return OdString(); });
-    qrv_cli::HostStorage& objects = storages.objects();
+    qrv::Storages storages([](const OdString&) { return OdString(); });
+    qrv::HostStorage& objects = storages.objects();
     EXPECT_EQ(&storages.ofUrl(L"po:1"), &objects);
     EXPECT_NE(&storages.ofUrl(L"tf:a#1"), &objects);
     EXPECT_EQ(&storages.ofFile(L"a.dxf"), &objects);

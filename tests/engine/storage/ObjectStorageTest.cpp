@@ -38,9 +38,9 @@ protected:
     }
     /// Moves an object into the pack.
     void pack(const OdString& url) {
-        qrv_cli::PackFile pack = qrv_cli::PackFile::openForChange(root);
+        qrv::PackFile pack = qrv::PackFile::openForChange(root);
         const auto version = storage.open(root, url).value();
-        qrv_cli::DatabaseTransaction transaction(pack.database());
+        qrv::DatabaseTransaction transaction(pack.database());
         pack.add(url.right(64).toNarrow(), *version, std::nullopt).value();
         transaction.commit();
         fs::remove(objectOf(url));
@@ -118,7 +118,7 @@ TEST_F(ObjectStorage, FindsAnObjectBeforeItHasItsName) {
 
 TEST_F(ObjectStorage, DropsWhatWasNotFlushed) {
     {
-        qrv_cli::ObjectStorage other;
+        qrv::ObjectStorage other;
         writeFile(folder / "file", "contents");
         EXPECT_TRUE(other.store(root, L"file"));
     }
@@ -139,7 +139,7 @@ TEST_F(ObjectStorage, FlushesManyFilesAtOnce) {
 
 TEST_F(ObjectStorage, IsContentWhenAnotherProcessStoredTheSame) {
     writeFile(folder / "file", "contents");
-    qrv_cli::ObjectStorage other;
+    qrv::ObjectStorage other;
     const OdString url = other.store(root, L"file").value();
     EXPECT_EQ(storage.store(root, L"file").value(), url);
     EXPECT_TRUE(storage.flush(root));
@@ -178,7 +178,7 @@ TEST_F(ObjectStorage, RefusesAFileThatKeepsChanging) {
     // On a busy machine the writer may have to wait for as long as a whole read takes.
     OdString message;
     for (int round = 0; round < 100 && message.isEmpty(); ++round) {
-        qrv_cli::ObjectStorage another;
+        qrv::ObjectStorage another;
         const Expected<OdString> url = another.store(root, L"log");
         if (!url)
             message = url.error().message;
@@ -196,7 +196,7 @@ TEST_F(ObjectStorage, ReadsAFileThatChangedOnceAgain) {
         const std::string before(100000000, static_cast<char>('a' + round));
         writeFile(folder / "file", before);
         fs::remove_all(folder / ".qrv/objects");
-        qrv_cli::ObjectStorage another;
+        qrv::ObjectStorage another;
         std::thread writer([&] {
             while (!fs::exists(folder / ".qrv/objects") || objects().empty())
                 std::this_thread::yield();

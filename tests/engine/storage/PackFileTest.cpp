@@ -15,11 +15,11 @@
 
 namespace {
 
-using qrv_cli::Database;
-using qrv_cli::DatabaseError;
-using qrv_cli::DatabaseTransaction;
-using qrv_cli::Digest;
-using qrv_cli::PackFile;
+using qrv::Database;
+using qrv::DatabaseError;
+using qrv::DatabaseTransaction;
+using qrv::Digest;
+using qrv::PackFile;
 using qrv_test::MemoryReader;
 using qrv_test::randomBytes;
 using qrv_test::readAll;
@@ -27,7 +27,7 @@ using qrv_test::revision;
 using testing::ElementsAre;
 
 // Gives zeros, as many as it says, without holding them.
-class Zeros : public qrv_cli::VersionReader {
+class Zeros : public qrv::VersionReader {
 public:
     explicit Zeros(std::int64_t size) : size_(size) {}
 
@@ -56,8 +56,7 @@ protected:
         transaction.commit();
     }
     std::string read(const std::string& contents) {
-        const std::unique_ptr<qrv_cli::VersionReader> reader =
-            pack_.read(Digest::of(contents)).value();
+        const std::unique_ptr<qrv::VersionReader> reader = pack_.read(Digest::of(contents)).value();
         return reader ? readAll(*reader) : "not there";
     }
     std::int64_t storedBytes(const std::string& contents) {
@@ -137,7 +136,7 @@ TEST_F(PackFileTest, ChainsHaveAtMostEightFrames) {
     for (unsigned number = 2; number <= 10; ++number)
         add(revision(number), revision(number - 1));
 
-    qrv_cli::Statement bases = pack_.database().prepare("SELECT base FROM frames ORDER BY number");
+    qrv::Statement bases = pack_.database().prepare("SELECT base FROM frames ORDER BY number");
     std::vector<std::int64_t> numbers;
     while (bases.step())
         numbers.push_back(bases.integer(0));
@@ -214,11 +213,11 @@ TEST_F(PackFileTest, ALongObjectIsPackedWithoutABase) {
 
     ASSERT_TRUE(pack_.add(name, zeros, Digest::of(revision(1))));
 
-    qrv_cli::Statement row =
+    qrv::Statement row =
         pack_.database().prepare("SELECT base IS NULL FROM frames WHERE size > 4000");
     ASSERT_TRUE(row.step());
     EXPECT_EQ(row.integer(0), 1);
-    const std::unique_ptr<qrv_cli::VersionReader> reader = pack_.read(name).value();
+    const std::unique_ptr<qrv::VersionReader> reader = pack_.read(name).value();
     std::string buffer(1 << 20, 'x');
     std::int64_t count = 0;
     for (std::size_t read = 1; read > 0; count += static_cast<std::int64_t>(read)) {

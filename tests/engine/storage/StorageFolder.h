@@ -33,7 +33,7 @@ protected:
         return folder / (".qrv/objects/" + url.right(64).toNarrow());
     }
     static OdString urlOf(const std::string& contents) {
-        return L"po:" + OdString::fromNarrow(qrv_cli::Digest::of(contents));
+        return L"po:" + OdString::fromNarrow(qrv::Digest::of(contents));
     }
     std::vector<std::string> objects() const { return listTree(folder / ".qrv/objects"); }
     std::uint32_t permissions(const std::filesystem::path& file) const {
@@ -42,11 +42,11 @@ protected:
 
     TemporaryFolder folder;
     common::RootPath root;
-    qrv_cli::ObjectStorage storage;
+    qrv::ObjectStorage storage;
 };
 
 /// The whole version.
-inline std::string readVersion(qrv_cli::HostStorage& storage, const common::RootPath& root,
+inline std::string readVersion(qrv::HostStorage& storage, const common::RootPath& root,
                                const OdString& url) {
     const auto version = storage.open(root, url).value();
     std::string contents(static_cast<std::size_t>(version->sizeBytes()) + 1, '\0');

@@ -17,13 +17,13 @@
 
 namespace {
 
-using qrv_cli::Database;
-using qrv_cli::DatabaseError;
-using qrv_cli::DatabaseTransaction;
-using qrv_cli::Digest;
-using qrv_cli::Frame;
-using qrv_cli::FrameLayout;
-using qrv_cli::FrameStore;
+using qrv::Database;
+using qrv::DatabaseError;
+using qrv::DatabaseTransaction;
+using qrv::Digest;
+using qrv::Frame;
+using qrv::FrameLayout;
+using qrv::FrameStore;
 using qrv_test::MemoryReader;
 using qrv_test::readAll;
 using qrv_test::revision;
@@ -141,7 +141,7 @@ TEST_F(StrangersFrames, ThatComeAgainAreNotListed) {
     {
         FrameStore store = opened();
         add(store, revision(1));
-        qrv_cli::Statement root =
+        qrv::Statement root =
             store.database().prepare("SELECT rootpage FROM sqlite_schema WHERE name = 'frames'");
         root.step();
         page = static_cast<std::size_t>(root.integer(0));
@@ -159,7 +159,7 @@ TEST_F(StrangersFrames, AreNotMixedWithTablesOfSomebodyElse) {
     Database(path_, Database::Access::create).execute("CREATE TABLE other (x)");
     EXPECT_THROW(opened(), DatabaseError);
     Database file(path_, Database::Access::readOnly);
-    qrv_cli::Statement names = file.prepare("SELECT group_concat(name) FROM sqlite_schema");
+    qrv::Statement names = file.prepare("SELECT group_concat(name) FROM sqlite_schema");
     names.step();
     EXPECT_EQ(names.text(0), OdString(L"other"));
 }

@@ -12,12 +12,12 @@
 namespace {
 
 using namespace std::string_literals;
-using qrv_cli::FrameDecoder;
-using qrv_cli::FrameWriter;
+using qrv::FrameDecoder;
+using qrv::FrameWriter;
 using qrv_test::randomBytes;
 
 std::string compressed(std::string_view contents, std::string_view base = {}) {
-    return std::string(qrv_cli::compressFrame(contents, base).value().view());
+    return std::string(qrv::compressFrame(contents, base).value().view());
 }
 
 // The contents, or the error behind "error: ", or "endless" for a frame that does not come to its

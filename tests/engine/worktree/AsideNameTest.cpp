@@ -7,9 +7,9 @@
 
 namespace {
 
-using qrv_cli::asideName;
-using qrv_cli::isAsideName;
-using qrv_cli::positionOfAside;
+using qrv::asideName;
+using qrv::isAsideName;
+using qrv::positionOfAside;
 
 TEST(AsideName, TellsTheStep) {
     EXPECT_EQ(asideName(17, 0), ".17-0.qrv-aside");

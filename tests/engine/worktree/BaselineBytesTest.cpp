@@ -16,12 +16,12 @@
 namespace {
 
 using common::FileChange;
-using qrv_cli::Baseline;
-using qrv_cli::Digest;
-using qrv_cli::fromBytes;
-using qrv_cli::isOfLaterProgram;
-using qrv_cli::KeptBaseline;
-using qrv_cli::toBytes;
+using qrv::Baseline;
+using qrv::Digest;
+using qrv::fromBytes;
+using qrv::isOfLaterProgram;
+using qrv::KeptBaseline;
+using qrv::toBytes;
 
 const std::string heading = "qrv baseline 1\n";
 

@@ -12,16 +12,16 @@
 namespace {
 
 using common::IndexData;
-using qrv_cli::Baseline;
-using qrv_cli::isUnmodified;
-using qrv_cli::KnownFile;
-using qrv_cli::SizedFile;
+using qrv::Baseline;
+using qrv::isUnmodified;
+using qrv::KnownFile;
+using qrv::SizedFile;
 
 constexpr std::int64_t writtenNs = 1'700'000'000'000'000'000;
 constexpr std::int64_t twoSecondsTicks = 20'000'000;
 
 std::int64_t writtenTicks() {
-    return qrv_cli::toTicks(writtenNs);
+    return qrv::toTicks(writtenNs);
 }
 
 /// Of one file with that index entry.
@@ -97,7 +97,7 @@ TEST(BaselineOrder, IsThatOfTheDecodedTexts) {
         for (const std::string& other : paths) {
             const OdString one = OdString::fromNarrow(bytes);
             const OdString text = OdString::fromNarrow(other);
-            EXPECT_EQ(qrv_cli::compare(bytes, text), (one > text) - (one < text))
+            EXPECT_EQ(qrv::compare(bytes, text), (one > text) - (one < text))
                 << bytes << " and " << other;
         }
     }

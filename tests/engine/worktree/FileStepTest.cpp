@@ -20,9 +20,9 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::keepBeside;
-using qrv_cli::StepEnd;
-using qrv_cli::StepTarget;
+using qrv::keepBeside;
+using qrv::StepEnd;
+using qrv::StepTarget;
 using qrv_test::anyCaller;
 using qrv_test::listTree;
 using qrv_test::readFile;
@@ -31,13 +31,13 @@ using qrv_test::writeFile;
 using testing::ElementsAre;
 
 OdString digestOf(const std::string& contents) {
-    return OdString(qrv_cli::Digest::of(contents).c_str());
+    return OdString(qrv::Digest::of(contents).c_str());
 }
 
 class FileStep : public testing::Test {
 protected:
     static StepTarget target(const std::string& expected) {
-        return {.path = *qrv_cli::RelativePath::check(L"plans/plan.dwg"),
+        return {.path = *qrv::RelativePath::check(L"plans/plan.dwg"),
                 .digest = expected.empty() ? OdString() : digestOf(expected),
                 .seen = std::nullopt,
                 .position = 7};

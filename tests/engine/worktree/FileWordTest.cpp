@@ -11,10 +11,10 @@ namespace {
 class AWord : public qrv_test::InsideARoot {
 protected:
     std::string found(const std::string& word) const {
-        const auto files = qrv_cli::filesOfWord(root, word, paths);
+        const auto files = qrv::filesOfWord(root, word, paths);
         return files ? shown(*files) : files.error().message.toNarrow();
     }
-    std::string near(const wchar_t* word) const { return shown(qrv_cli::nearPaths(word, paths)); }
+    std::string near(const wchar_t* word) const { return shown(qrv::nearPaths(word, paths)); }
 
     static std::string shown(const std::vector<OdString>& files) {
         std::string text;

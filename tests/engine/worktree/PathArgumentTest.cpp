@@ -10,7 +10,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::isChosen;
+using qrv::isChosen;
 using qrv_test::writeFile;
 
 /// Beside it lies another folder.
@@ -22,7 +22,7 @@ protected:
     }
 
     std::string path(const std::string& argument) const {
-        const Expected<OdString> found = qrv_cli::pathInRepository(root, argument);
+        const Expected<OdString> found = qrv::pathInRepository(root, argument);
         return found ? "[" + found->toNarrow() + "]" : found.error().message.toNarrow();
     }
     std::string outside(const std::string& argument) const {

@@ -10,7 +10,7 @@
 
 namespace {
 
-using qrv_cli::PathGlob;
+using qrv::PathGlob;
 
 bool matches(const std::string& glob, const std::string& path, const std::string& folder = "") {
     return PathGlob(OdString::fromNarrow(folder), OdString::fromNarrow(glob))

@@ -14,17 +14,17 @@
 
 namespace {
 
-using qrv_cli::notedPlan;
-using qrv_cli::Plan;
-using qrv_cli::PlannedFile;
-using qrv_cli::Workspace;
+using qrv::notedPlan;
+using qrv::Plan;
+using qrv::PlannedFile;
+using qrv::Workspace;
 using qrv_test::contentsOf;
 using qrv_test::Outcome;
 using qrv_test::readFile;
 using qrv_test::Working;
 
 OdString urlOf(const std::string& contents) {
-    return OdString::fromNarrow("po:" + qrv_cli::Digest::of(contents));
+    return OdString::fromNarrow("po:" + qrv::Digest::of(contents));
 }
 
 /// Plans as a stranger may put them into a repository. "side" is another branch than the current.
@@ -123,7 +123,7 @@ TEST_F(PlanOfAStranger, ForgottenAfterHeadHadMovedLeavesHeadAtTheBranchOfTheStat
         const std::unique_ptr<Workspace> workspace = open();
         notePlan(workspace->history(), plan);
         workspace->history().changeHeadFiles({{L"a.txt", urlOf("second"), {}, 6}});
-        workspace->history().setNote(qrv_cli::headNote, plan.commit);
+        workspace->history().setNote(qrv::headNote, plan.commit);
     }
     project.run({"recover", "--forget"});
     EXPECT_EQ(project.qrv({"verify"}).status, 0);

@@ -13,8 +13,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::findChanges;
-using qrv_cli::PlannedFile;
+using qrv::findChanges;
+using qrv::PlannedFile;
 using qrv_test::Working;
 
 class PlanChecks : public testing::Test {
@@ -59,7 +59,7 @@ TEST_F(PlanChecks, NameFilesThatAreOpenInAnotherProgram) {
 TEST_F(PlanChecks, SeeWhatWasSavedSinceTheChangesWereFound) {
     const std::vector<PlannedFile> steps = {replacing("list.csv"), replacing("plan.dwg")};
     const auto workspace = project.open();
-    const qrv_cli::WorkingChanges changes = *findChanges(*workspace);
+    const qrv::WorkingChanges changes = *findChanges(*workspace);
     EXPECT_TRUE(lookAgain(*workspace, steps, changes));
     project.write({{"plan.dwg", "PLAN"}});
     fs::remove(project / "list.csv");
@@ -85,15 +85,15 @@ TEST_F(PlanChecks, FindNamesThatWouldBeOne) {
 
 TEST_F(PlanChecks, KnowADiskThatTellsLetterCaseApart) {
     const sys::Folder root = *sys::Folder::open(project.folder.path());
-    EXPECT_FALSE(qrv_cli::ignoresLetterCase(root));
+    EXPECT_FALSE(qrv::ignoresLetterCase(root));
     fs::create_directory(project / ".QRV");
-    EXPECT_FALSE(qrv_cli::ignoresLetterCase(root));
+    EXPECT_FALSE(qrv::ignoresLetterCase(root));
 }
 
 // As on a disk that ignores letter case, where one file is found under both names.
 TEST_F(PlanChecks, GiveRoomToAFileWhoseNameChangesItsLettersOnly) {
     const auto workspace = project.open();
-    const qrv_cli::WorkingChanges changes = *findChanges(*workspace);
+    const qrv::WorkingChanges changes = *findChanges(*workspace);
     fs::create_hard_link(project / "plan.dwg", project / "PLAN.dwg");
     const std::vector<PlannedFile> steps = {{L"PLAN.dwg", L"", qrv_test::url('1'), 1},
                                             {L"plan.dwg", qrv_test::url('1'), L"", 0}};

@@ -13,12 +13,12 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::findChanges;
-using qrv_cli::notePlan;
-using qrv_cli::Plan;
-using qrv_cli::PlannedFile;
-using qrv_cli::stepsBetween;
-using qrv_cli::Workspace;
+using qrv::findChanges;
+using qrv::notePlan;
+using qrv::Plan;
+using qrv::PlannedFile;
+using qrv::stepsBetween;
+using qrv::Workspace;
 using qrv_test::contentsOf;
 using qrv_test::letterOf;
 using qrv_test::Outcome;

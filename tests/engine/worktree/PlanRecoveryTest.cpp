@@ -14,8 +14,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::findChanges;
-using qrv_cli::Workspace;
+using qrv::findChanges;
+using qrv::Workspace;
 using qrv_test::readFile;
 using testing::HasSubstr;
 
@@ -33,7 +33,7 @@ protected:
         try {
             const Expected<void> done = recover(*workspace);
             return done ? "recovered" : done.error().message.toNarrow();
-        } catch (const qrv_cli::DatabaseError& error) {
+        } catch (const qrv::DatabaseError& error) {
             return error.what();
         }
     }

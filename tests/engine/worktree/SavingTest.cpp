@@ -10,12 +10,12 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::findChanges;
-using qrv_cli::PlannedFile;
-using qrv_cli::stepsToTree;
-using qrv_cli::Tree;
-using qrv_cli::Unsaved;
-using qrv_cli::Workspace;
+using qrv::findChanges;
+using qrv::PlannedFile;
+using qrv::stepsToTree;
+using qrv::Tree;
+using qrv::Unsaved;
+using qrv::Workspace;
 using qrv_test::Working;
 
 using Steps = Expected<std::vector<PlannedFile>>;

@@ -7,19 +7,18 @@
 
 namespace {
 
-using qrv_cli::compareThreeWays;
+using qrv::compareThreeWays;
 using qrv_test::letterOf;
 using qrv_test::treeOf;
 
 /// "path before>after, ..." of what comes over, then "path local/remote, ..." of the conflicts.
 std::string compared(const std::string& base, const std::string& ours, const std::string& theirs) {
-    const qrv_cli::ThreeWayResult result =
-        compareThreeWays(treeOf(base), treeOf(ours), treeOf(theirs));
+    const qrv::ThreeWayResult result = compareThreeWays(treeOf(base), treeOf(ours), treeOf(theirs));
     std::string text;
-    for (const qrv_cli::PlannedFile& step : result.taken)
+    for (const qrv::PlannedFile& step : result.taken)
         text +=
             step.path.toNarrow() + " " + letterOf(step.before) + ">" + letterOf(step.after) + ", ";
-    for (const qrv_cli::MergeConflict& conflict : result.conflicts)
+    for (const qrv::MergeConflict& conflict : result.conflicts)
         text += conflict.path.toNarrow() + " " + common::toString(conflict.local)->toNarrow() +
                 " " + letterOf(conflict.localUrl) + "/" +
                 common::toString(conflict.remote)->toNarrow() + " " + letterOf(conflict.remoteUrl) +

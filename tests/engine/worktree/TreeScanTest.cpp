@@ -19,9 +19,9 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::Baseline;
-using qrv_cli::SizedFile;
-using qrv_cli::TreeScan;
+using qrv::Baseline;
+using qrv::SizedFile;
+using qrv::TreeScan;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 

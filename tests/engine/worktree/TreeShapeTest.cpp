@@ -8,13 +8,13 @@
 
 namespace {
 
-using qrv_cli::FileDelta;
+using qrv::FileDelta;
 using qrv_test::file;
 using qrv_test::removal;
 using qrv_test::treeOf;
 
 std::string checked(const std::string& tree, const std::vector<FileDelta>& deltas) {
-    const Expected<void> outcome = qrv_cli::checkShape(treeOf(tree), deltas);
+    const Expected<void> outcome = qrv::checkShape(treeOf(tree), deltas);
     return outcome ? "possible" : outcome.error().message.toNarrow();
 }
 

@@ -9,8 +9,8 @@
 namespace qrv_test {
 
 /// The tree that a text such as "a.txt=1 sub/b.txt=2" stands for; equal letters are equal contents.
-inline qrv_cli::Tree treeOf(const std::string& text) {
-    qrv_cli::Tree tree;
+inline qrv::Tree treeOf(const std::string& text) {
+    qrv::Tree tree;
     std::istringstream words(text);
     for (std::string word; words >> word;) {
         const std::size_t mark = word.find('=');

@@ -26,13 +26,13 @@ protected:
     }
 
     /// The plan of `qrv switch BRANCH`.
-    static qrv_cli::Plan planOfSwitch(qrv_cli::Workspace& workspace, const wchar_t* branch) {
-        qrv_cli::Plan plan;
+    static qrv::Plan planOfSwitch(qrv::Workspace& workspace, const wchar_t* branch) {
+        qrv::Plan plan;
         plan.title = OdString(L"switch ") + branch;
         plan.branch = branch;
         plan.commit = *workspace.history().reference(branch, common::RefType::Branch);
         plan.files =
-            qrv_cli::stepsBetween(workspace.headFiles(), workspace.history().tree(plan.commit));
+            qrv::stepsBetween(workspace.headFiles(), workspace.history().tree(plan.commit));
         return plan;
     }
 

@@ -8,9 +8,9 @@
 
 namespace {
 
-using qrv_cli::isUnseen;
-using qrv_cli::sortedUnseen;
-using qrv_cli::Unseen;
+using qrv::isUnseen;
+using qrv::sortedUnseen;
+using qrv::Unseen;
 
 std::vector<Unseen> denied(const std::vector<const wchar_t*>& paths) {
     std::vector<Unseen> unseen;

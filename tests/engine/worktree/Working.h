@@ -13,17 +13,17 @@ namespace qrv_test {
 /// A repository in which the parts of the program are called one by one.
 struct Working : HistoryProject {
     /// Opens it for a change. Until it ends no other process can change the repository.
-    std::unique_ptr<qrv_cli::Workspace> open() const {
+    std::unique_ptr<qrv::Workspace> open() const {
         return std::move(
-            *qrv_cli::Workspace::open(folder.path(), qrv_cli::Workspace::Use::change, anyCaller()));
+            *qrv::Workspace::open(folder.path(), qrv::Workspace::Use::change, anyCaller()));
     }
-    OdString url(qrv_cli::Workspace& workspace, const char* path) const {
+    OdString url(qrv::Workspace& workspace, const char* path) const {
         return workspace.headFiles().at(OdString(path)).url;
     }
 };
 
 /// "path change, ..." in the order of the list.
-inline std::string shown(const qrv_cli::WorkingChanges& changes) {
+inline std::string shown(const qrv::WorkingChanges& changes) {
     std::string text;
     for (const common::StatusRef& change : changes.files.changes)
         text +=

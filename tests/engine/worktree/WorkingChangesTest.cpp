@@ -10,10 +10,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using common::FileChange;
-using qrv_cli::findChanges;
-using qrv_cli::unchangedFiles;
-using qrv_cli::WorkingChanges;
-using qrv_cli::Workspace;
+using qrv::findChanges;
+using qrv::unchangedFiles;
+using qrv::WorkingChanges;
+using qrv::Workspace;
 using qrv_test::shown;
 using qrv_test::Working;
 

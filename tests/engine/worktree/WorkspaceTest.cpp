@@ -15,8 +15,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv_cli::findChanges;
-using qrv_cli::Workspace;
+using qrv::findChanges;
+using qrv::Workspace;
 using qrv_test::readFile;
 using qrv_test::Working;
 using qrv_test::writeFile;
@@ -150,7 +150,7 @@ TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherStateFile) {
 TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherCommit) {
     {
         const auto workspace = open(Workspace::Use::change);
-        workspace->history().setNote(qrv_cli::headNote, L"another");
+        workspace->history().setNote(qrv::headNote, L"another");
     }
     EXPECT_FALSE(isUsed());
 }
@@ -183,13 +183,13 @@ TEST_F(KeptBaselineOfAWorkspace, IsKeptByACommit) {
     project.run({"add", "new"});
     fs::remove(project / ".qrv/baseline");
     project.run({"commit", "-m", "Second"});
-    const auto kept = qrv_cli::readBaseline(*sys::Folder::open(project.folder.path()));
+    const auto kept = qrv::readBaseline(*sys::Folder::open(project.folder.path()));
     ASSERT_TRUE(kept && *kept);
     EXPECT_TRUE((*kept)->state.stagedFiles.empty());
-    const std::vector<qrv_cli::KnownFile>& files = (*kept)->baseline->files();
+    const std::vector<qrv::KnownFile>& files = (*kept)->baseline->files();
     ASSERT_EQ(files.size(), 4U);
     EXPECT_EQ(files.back().path, "new");
-    EXPECT_NE(files.back().unmodifiedTicks, qrv_cli::KnownFile::never);
+    EXPECT_NE(files.back().unmodifiedTicks, qrv::KnownFile::never);
 }
 
 TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWhenTheLookChangedTheState) {
@@ -244,7 +244,7 @@ TEST_F(KeptBaselineOfAWorkspace, ThatIsFarTooLongIsNotRead) {
 TEST_F(KeptBaselineOfAWorkspace, OfALaterProgramIsPassedOver) {
     writeFile(project / ".qrv/baseline", "qrv baseline 2\nsomething");
     EXPECT_FALSE(isUsed());
-    EXPECT_TRUE(*qrv_cli::readBaseline(*sys::Folder::open(project.folder.path())) == std::nullopt);
+    EXPECT_TRUE(*qrv::readBaseline(*sys::Folder::open(project.folder.path())) == std::nullopt);
 }
 
 TEST_F(KeptBaselineOfAWorkspace, IsNoFileOfTheProject) {
