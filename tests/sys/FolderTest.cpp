@@ -303,7 +303,8 @@ TEST_F(Folder, StaysInsideWhileAnotherExchangesAFolderForALink) {
         }
     });
     int opened = 0;
-    for (int round = 0; round < 5000; ++round) {
+    // On a busy machine either thread may come to its turn after the other has ended.
+    for (int round = 0; round < 5000 || opened == 0; ++round) {
         sys::Outcome<sys::InputFile> file = root.openFile("a/file");
         std::array<char, 8> buffer = {};
         if (!file)
@@ -312,7 +313,6 @@ TEST_F(Folder, StaysInsideWhileAnotherExchangesAFolderForALink) {
         ASSERT_EQ(*file->read(buffer), 6U);
     }
     exchange.join();
-    EXPECT_GT(opened, 0);
 }
 
 }  // namespace
