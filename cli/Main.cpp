@@ -4,8 +4,8 @@
 #include <cli/shell/Output.h>
 #include <cli/shell/Translations.h>
 #include <cli/terminal/Message.h>
-#include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <sys/Interruption.h>
 #include <sys/Memory.h>
@@ -42,9 +42,7 @@ Expected<void> enter(const std::string& folder) {
     std::filesystem::current_path(folder, error);
     if (!error)
         return {};
-    return ErrorMessage{OdString::format(tr(L"'%ls' cannot be opened: %ls"),
-                                         printable(OdString::fromNarrow(folder)),
-                                         OdString(error.message().c_str()))};
+    return systemFailure(tr(L"'%ls' cannot be opened: %ls"), OdString::fromNarrow(folder), error);
 }
 
 /// The first word that is no option, which must have been meant as a command.

@@ -7,6 +7,7 @@
 #include <cli/user/ProjectRegistry.h>
 #include <common/worktree/RepoIgnore.h>
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/IgnoreRules.h>
 #include <engine/repository/MetadataCheck.h>
@@ -45,9 +46,7 @@ Expected<fs::path> absolutePath(const std::string& folder) {
     const fs::path absolute = fs::absolute(folder, error);
     const fs::path path = error ? fs::path() : fs::weakly_canonical(absolute, error);
     if (error)
-        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be used: %ls"),
-                                             printable(toText(folder)),
-                                             OdString(error.message().c_str()))};
+        return systemFailure(tr(L"'%ls' cannot be used: %ls"), toText(folder), error);
     if (std::find(path.begin(), path.end(), ".qrv") != path.end())
         return ErrorMessage{OdString::format(
             tr(L"'%ls' lies in the metadata folder of a repository"), printable(toText(path)))};

@@ -6,6 +6,7 @@
 #include <cli/user/ProjectRegistry.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/ProjectName.h>
 #include <engine/repository/Repository.h>
@@ -113,9 +114,7 @@ Expected<std::vector<OdString>> meanings(const std::string& folder) {
     std::error_code error;
     const fs::path given = fs::absolute(folder, error);
     if (error)
-        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be used: %ls"),
-                                             printable(toText(folder)),
-                                             OdString(error.message().c_str()))};
+        return systemFailure(tr(L"'%ls' cannot be used: %ls"), toText(folder), error);
     std::vector<OdString> paths = {toText(given)};
     if (const fs::path path = fs::weakly_canonical(given, error); !error)
         paths.push_back(toText(path));

@@ -5,6 +5,7 @@
 #include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Message.h>
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/paths/RelativePath.h>

@@ -1,10 +1,10 @@
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/database/Database.h>
 #include <engine/database/DatabaseFailureInternal.h>
 #include <engine/database/DatabaseFileInternal.h>
 #include <engine/database/FolderVfsInternal.h>
 #include <engine/database/StepLimitInternal.h>
-#include <engine/storage/StorageMessages.h>
 
 #include <sqlite3.h>
 

@@ -1,7 +1,7 @@
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/database/DatabaseFailureInternal.h>
 #include <engine/database/DatabaseFileInternal.h>
-#include <engine/storage/StorageMessages.h>
 
 #include <algorithm>
 #include <array>

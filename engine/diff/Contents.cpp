@@ -1,4 +1,5 @@
 #include <common/storage/StorageUrl.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/diff/Contents.h>
 #include <engine/diff/Lines.h>

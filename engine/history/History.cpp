@@ -1,9 +1,9 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/History.h>
 #include <engine/history/SchemaInternal.h>
 #include <engine/history/SumsInternal.h>
-#include <engine/storage/StorageMessages.h>
 
 #include <utility>
 

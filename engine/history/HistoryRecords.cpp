@@ -1,12 +1,12 @@
 #include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitRecord.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/RowsInternal.h>
 #include <engine/history/ShortForms.h>
 #include <engine/history/SumsInternal.h>
-#include <engine/worktree/Workspace.h>
 #include <platform/kernel/Clock.h>
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 #include <engine/base/Digest.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/ReferenceName.h>
 #include <engine/history/ReferenceRecord.h>
 #include <engine/history/RowsInternal.h>
-#include <engine/worktree/Workspace.h>
 #include <sys/Append.h>
 
 #include <algorithm>

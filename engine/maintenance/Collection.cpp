@@ -1,3 +1,4 @@
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryCheck.h>
 #include <engine/history/HistoryRecords.h>

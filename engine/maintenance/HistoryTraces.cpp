@@ -1,4 +1,5 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/HistoryTraces.h>
 #include <engine/maintenance/MetadataFiles.h>
@@ -16,9 +17,7 @@ constexpr const char* statePath = ".qrv/qrv.state";
 constexpr const char* traces[] = {".qrv/references", ".qrv/objects.pack", ".qrv/baseline"};
 
 ErrorMessage cannotRead(const common::RootPath& root, const char* path, std::error_code cause) {
-    return {OdString::format(tr(L"'%ls' cannot be read: %ls"),
-                             printable(root.pathTo(OdString(path))),
-                             OdString(cause.message().c_str()))};
+    return systemFailure(tr(L"'%ls' cannot be read: %ls"), root.pathTo(OdString(path)), cause);
 }
 
 /// Only a commit fills the index.

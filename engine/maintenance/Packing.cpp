@@ -1,3 +1,4 @@
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/maintenance/Packing.h>

@@ -1,4 +1,5 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/History.h>
 #include <engine/history/HistoryCheck.h>
@@ -17,7 +18,6 @@
 #include <engine/storage/StorageMessages.h>
 #include <engine/storage/Storages.h>
 #include <engine/worktree/KeptBaseline.h>
-#include <engine/worktree/Workspace.h>
 #include <platform/ut/Paths.h>
 #include <sys/Folder.h>
 #include <sys/Lock.h>

@@ -1,4 +1,5 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/MetadataCheck.h>
 
@@ -34,8 +35,7 @@ ErrorMessage failure(const OdString& text, const OdString& path) {
 }
 
 ErrorMessage failure(const OdString& path, std::error_code cause) {
-    return {OdString::format(tr(L"'%ls' cannot be opened: %ls"), printable(path),
-                             OdString(cause.message().c_str()))};
+    return systemFailure(tr(L"'%ls' cannot be opened: %ls"), path, cause);
 }
 
 Expected<void> checkEntry(const sys::Folder& folder, const OdString& path, const Entry& entry) {

@@ -1,5 +1,6 @@
 #include <common/repository/PropertyProjectName.h>
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/ProjectName.h>
 #include <engine/repository/SharedMode.h>
@@ -54,9 +55,8 @@ Expected<void> setProjectName(const std::string& name, const common::RootPath& r
                               const sys::Folder& folder, const Caller& caller) {
     const SharedMode shared(folder, caller);
     if (const std::error_code error = replaceName(name + '\n', folder))
-        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be written: %ls"),
-                                             printable(root.pathTo(OdString(nameFile))),
-                                             OdString(error.message().c_str()))};
+        return systemFailure(tr(L"'%ls' cannot be written: %ls"), root.pathTo(OdString(nameFile)),
+                             error);
     return {};
 }
 

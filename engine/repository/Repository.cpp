@@ -1,4 +1,5 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/repository/Repository.h>
@@ -22,9 +23,7 @@ Expected<fs::path> existingFolder(const std::string& folder) {
         return path;
     if (!error)
         error = std::make_error_code(std::errc::not_a_directory);
-    return ErrorMessage{OdString::format(tr(L"'%ls' cannot be opened: %ls"),
-                                         printable(toText(folder)),
-                                         OdString(error.message().c_str()))};
+    return systemFailure(tr(L"'%ls' cannot be opened: %ls"), toText(folder), error);
 }
 
 /// Also when that is a link, for whoever made it meant this folder and none above it. A file of
@@ -34,18 +33,14 @@ Expected<bool> hasMetadata(const fs::path& folder) {
     const fs::path metadata = folder / ".qrv";
     const fs::file_type type = fs::symlink_status(metadata, error).type();
     if (type == fs::file_type::none)
-        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be opened: %ls"),
-                                             printable(toText(metadata)),
-                                             OdString(error.message().c_str()))};
+        return systemFailure(tr(L"'%ls' cannot be opened: %ls"), toText(metadata), error);
     return type == fs::file_type::directory || type == fs::file_type::symlink;
 }
 
 Expected<OpenRepository> openAt(const fs::path& path) {
     sys::Outcome<sys::Folder> folder = sys::Folder::open(path.native());
     if (!folder)
-        return ErrorMessage{OdString::format(tr(L"'%ls' cannot be opened: %ls"),
-                                             printable(toText(path)),
-                                             OdString(folder.error().message().c_str()))};
+        return systemFailure(tr(L"'%ls' cannot be opened: %ls"), toText(path), folder.error());
     const OdString text = toText(path);
     if (const Expected<void> checked = checkMetadata(*folder, text); !checked)
         return checked.error();

@@ -1,4 +1,5 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/Trust.h>
 #include <sys/User.h>
@@ -13,8 +14,7 @@ namespace qrv {
 namespace {
 
 ErrorMessage cannotOpen(const OdString& path, std::error_code cause) {
-    return {OdString::format(tr(L"'%ls' cannot be opened: %ls"), printable(path),
-                             OdString(cause.message().c_str()))};
+    return systemFailure(tr(L"'%ls' cannot be opened: %ls"), path, cause);
 }
 
 /// The first of the two folders' owners who is somebody else.

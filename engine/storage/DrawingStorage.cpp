@@ -1,5 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/database/Database.h>
 #include <engine/paths/RelativePath.h>
@@ -7,7 +8,6 @@
 #include <engine/storage/Age.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/FrameStore.h>
-#include <engine/storage/StorageMessages.h>
 #include <engine/storage/WorkingFile.h>
 #include <engine/storage/Zstd.h>
 #include <sys/Folder.h>

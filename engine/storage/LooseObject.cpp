@@ -1,4 +1,5 @@
 #include <engine/base/Digest.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/storage/LooseObject.h>
 #include <engine/storage/StorageMessages.h>

@@ -1,7 +1,7 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/storage/PackFile.h>
-#include <engine/storage/StorageMessages.h>
 #include <sys/Folder.h>
 
 #include <algorithm>

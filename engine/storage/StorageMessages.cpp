@@ -4,15 +4,6 @@
 
 namespace qrv {
 
-OdString causeOf(std::error_code error) {
-    // The system counts the links that it follows, here none, and says that there are too many.
-    if (error == std::errc::too_many_symbolic_link_levels)
-        return tr(L"it is a symbolic link, or one leads to it");
-    if (error == std::errc::operation_not_supported)
-        return tr(L"it is not a regular file");
-    return OdString::fromNarrow(error.message());
-}
-
 ErrorMessage cannotStore(const OdString& path, const OdString& cause) {
     return {OdString::format(tr(L"'%ls' cannot be stored: %ls"), printable(path), cause)};
 }

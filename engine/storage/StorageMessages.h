@@ -3,12 +3,7 @@
 #include <common/base/Expected.h>
 #include <platform/kernel/OdString.h>
 
-#include <system_error>
-
 namespace qrv {
-
-/// What the system said, in words that also fit below a path which leads through a link.
-OdString causeOf(std::error_code error);
 
 /// "'plan.dwg' cannot be stored: No space left on device"
 ErrorMessage cannotStore(const OdString& path, const OdString& cause);

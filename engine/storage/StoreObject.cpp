@@ -1,4 +1,5 @@
 #include <engine/base/Digest.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/storage/CopyBuffer.h>
 #include <engine/storage/StorageMessages.h>
 #include <engine/storage/StoreObject.h>

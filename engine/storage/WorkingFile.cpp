@@ -1,3 +1,4 @@
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/storage/StorageMessages.h>
 #include <engine/storage/WorkingFile.h>

@@ -2,6 +2,7 @@
 #include <common/state/Transaction.h>
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/repository/LogEntry.h>

@@ -1,9 +1,9 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/AsideName.h>
 #include <engine/worktree/FileStep.h>
 #include <engine/worktree/WorkingFile.h>
-#include <engine/worktree/Workspace.h>
 
 #include <string>
 #include <utility>

@@ -1,6 +1,6 @@
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/KeptBaseline.h>
-#include <engine/worktree/Workspace.h>
 
 #include <cstddef>
 #include <cstdint>

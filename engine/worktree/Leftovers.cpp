@@ -1,3 +1,4 @@
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/AsideName.h>
 #include <engine/worktree/FileStep.h>

@@ -1,3 +1,4 @@
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/StorageUrlCheck.h>
 #include <engine/storage/Age.h>

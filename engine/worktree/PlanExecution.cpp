@@ -1,6 +1,7 @@
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/paths/StorageUrlCheck.h>

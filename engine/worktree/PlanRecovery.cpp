@@ -1,4 +1,5 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/Leftovers.h>
 #include <engine/worktree/PlanExecutionInternal.h>

@@ -1,4 +1,5 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/Plan.h>
@@ -74,10 +75,6 @@ Expected<void> settle(Workspace& workspace, Workspace::Use use) {
 }
 
 }  // namespace
-
-ErrorMessage systemFailure(const OdString& text, const OdString& name, std::error_code cause) {
-    return {OdString::format(text, printable(name), OdString(cause.message().c_str()))};
-}
 
 Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, Use use,
                                                      Caller& caller, Scan scan) {

@@ -142,8 +142,4 @@ private:
     std::unique_ptr<TreeScan> scan_;
 };
 
-/// The error of a system call: what could not be done, as a text with one "%ls" for `name` and one
-/// for the cause.
-ErrorMessage systemFailure(const OdString& text, const OdString& name, std::error_code cause);
-
 }  // namespace qrv
