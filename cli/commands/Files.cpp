@@ -9,9 +9,9 @@
 #include <common/worktree/VisitRepoFiles.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/maintenance/IgnoreRules.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/repository/Repository.h>
+#include <engine/worktree/IgnoreRules.h>
 
 #include <memory>
 #include <string>

@@ -9,12 +9,12 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
-#include <engine/maintenance/IgnoreRules.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/repository/ProjectName.h>
 #include <engine/repository/Repository.h>
 #include <engine/repository/SharedMode.h>
 #include <engine/repository/Trust.h>
+#include <engine/worktree/IgnoreRules.h>
 #include <platform/ut/FileName.h>
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include <common/worktree/VisitRepoFiles.h>
-#include <engine/maintenance/IgnoreRules.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/worktree/AsideName.h>
+#include <engine/worktree/IgnoreRules.h>
 #include <engine/worktree/TreeScan.h>
 #include <sys/TemporaryName.h>
 

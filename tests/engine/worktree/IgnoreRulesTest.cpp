@@ -1,6 +1,6 @@
 #include <common/worktree/CollectFiles.h>
 #include <common/worktree/RepoIgnore.h>
-#include <engine/maintenance/IgnoreRules.h>
+#include <engine/worktree/IgnoreRules.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 

@@ -1,7 +1,7 @@
 #include <common/worktree/RepoIgnore.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/maintenance/IgnoreRules.h>
+#include <engine/worktree/IgnoreRules.h>
 #include <platform/ut/TextFile.h>
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
 #include <common/worktree/IgnoreLine.h>
-#include <engine/maintenance/BoundedExpression.h>
+#include <engine/worktree/BoundedExpression.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include <engine/maintenance/BoundedExpression.h>
+#include <engine/worktree/BoundedExpression.h>
 
 #include <gtest/gtest.h>
 
