@@ -3,10 +3,10 @@
 #include <engine/history/HistoryCheck.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/maintenance/Collection.h>
-#include <engine/maintenance/MetadataFiles.h>
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/maintenance/Packing.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/repository/MetadataFiles.h>
 #include <engine/storage/Age.h>
 #include <engine/storage/PackFile.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <engine/maintenance/MetadataFiles.h>
+#include <engine/repository/MetadataFiles.h>
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 

@@ -5,13 +5,13 @@
 #include <engine/history/HistoryCheck.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/Plan.h>
-#include <engine/maintenance/HistoryTraces.h>
-#include <engine/maintenance/MetadataFiles.h>
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/maintenance/ReadToEnd.h>
 #include <engine/maintenance/StateCheck.h>
 #include <engine/maintenance/Verification.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/repository/HistoryTraces.h>
+#include <engine/repository/MetadataFiles.h>
 #include <engine/repository/Repository.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/PackFile.h>

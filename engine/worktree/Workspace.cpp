@@ -4,7 +4,7 @@
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/Plan.h>
 #include <engine/maintenance/HistoryRebuild.h>
-#include <engine/maintenance/HistoryTraces.h>
+#include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/worktree/Interruption.h>
 #include <engine/worktree/KeptBaseline.h>

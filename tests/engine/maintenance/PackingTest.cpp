@@ -1,7 +1,7 @@
 #include <engine/base/Digest.h>
-#include <engine/maintenance/MetadataFiles.h>
 #include <engine/maintenance/Packing.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/repository/MetadataFiles.h>
 #include <engine/storage/PackFile.h>
 #include <engine/worktree/Workspace.h>
 #include <tests/cli/commands/HistoryProject.h>

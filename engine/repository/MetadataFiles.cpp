@@ -1,7 +1,7 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
-#include <engine/maintenance/MetadataFiles.h>
 #include <engine/paths/StorageUrlCheck.h>
+#include <engine/repository/MetadataFiles.h>
 
 #include <algorithm>
 #include <optional>

@@ -1,8 +1,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
-#include <engine/maintenance/HistoryTraces.h>
-#include <engine/maintenance/MetadataFiles.h>
+#include <engine/repository/HistoryTraces.h>
+#include <engine/repository/MetadataFiles.h>
 #include <engine/repository/Repository.h>
 
 #include <memory>
