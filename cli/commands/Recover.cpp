@@ -114,7 +114,7 @@ std::string plainText(const Rebuilt& rebuilt) {
 }
 
 Expected<void> rebuild(const Arguments& arguments, Output& output) {
-    const Expected<Rebuilt> rebuilt = Workspace::rebuild(".", person());
+    const Expected<Rebuilt> rebuilt = rebuildHistory(".", person());
     if (!rebuilt)
         return rebuilt.error();
     if (arguments.asJson)

@@ -2,6 +2,7 @@
 
 #include <common/base/Expected.h>
 #include <common/repository/RootPath.h>
+#include <engine/base/Caller.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 
@@ -33,5 +34,9 @@ struct Rebuilt {
 /// that agrees with the records is left as it is. Needs the lock. May throw `DatabaseError`.
 Expected<Rebuilt> rebuildHistory(const common::RootPath& root, const sys::Folder& folder,
                                  const std::string& command);
+
+/// The same for the repository that holds `folder`, under its lock. Fails like `Workspace::open`,
+/// but not for a lost history.
+Expected<Rebuilt> rebuildHistory(const std::string& folder, Caller& caller);
 
 }  // namespace qrv

@@ -13,6 +13,7 @@
 #include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/repository/Repository.h>
+#include <engine/repository/RepositoryLock.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/PackFile.h>
 #include <engine/storage/StorageMessages.h>
@@ -20,7 +21,6 @@
 #include <engine/worktree/KeptBaseline.h>
 #include <platform/ut/Paths.h>
 #include <sys/Folder.h>
-#include <sys/Lock.h>
 
 #include <algorithm>
 #include <functional>
@@ -34,7 +34,6 @@ namespace qrv {
 
 namespace {
 
-constexpr const char* lockPath = ".qrv/lock";
 constexpr const char* statePath = ".qrv/qrv.state";
 constexpr const char* historyPath = ".qrv/qrv.db";
 /// A repository in which somebody goes on changing things is looked at so often.
@@ -51,7 +50,7 @@ public:
     }
 
     Verification run() {
-        isBusy_ = isLockedByOther();
+        isBusy_ = isLocked(folder_);
         if (isBusy_)
             addNote(tr(L"Another process is changing the repository now"));
         const Expected<MetadataFiles> files = listMetadata(root_, folder_);
@@ -94,13 +93,6 @@ private:
 
     /// Whoever reads keeps nobody from writing: the lock is let go at once. One that is not there
     /// yet is not made: nobody has ever changed anything then.
-    bool isLockedByOther() const {
-        if (!folder_.status(lockPath))
-            return false;
-        const sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder_, lockPath);
-        return !lock && lock.error() == std::errc::operation_would_block;
-    }
-
     void checkHistory() {
         History& history =
             history_.emplace(History::open(folder_, root_, Database::Access::readOnly));

@@ -4,7 +4,6 @@
 #include <engine/worktree/NotedPlanCheck.h>
 #include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/PlanRecovery.h>
-#include <sys/Lock.h>
 
 #include <optional>
 

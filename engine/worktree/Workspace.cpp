@@ -3,20 +3,18 @@
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/Plan.h>
-#include <engine/maintenance/HistoryRebuild.h>
 #include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataCheck.h>
+#include <engine/repository/RepositoryLock.h>
 #include <engine/worktree/Interruption.h>
 #include <engine/worktree/KeptBaseline.h>
 #include <engine/worktree/TreeScan.h>
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdError.h>
 
-#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <map>
-#include <thread>
 #include <utility>
 
 namespace qrv {
@@ -24,32 +22,11 @@ namespace qrv {
 namespace {
 
 constexpr const char* statePath = ".qrv/qrv.state";
-constexpr const char* lockPath = ".qrv/lock";
-constexpr std::chrono::milliseconds waitForLock{10000};
-constexpr std::chrono::milliseconds pauseBetweenTries{20};
-
-sys::Outcome<sys::Lock> takeLock(const sys::Folder& root, Workspace::Use use) {
-    const auto end = std::chrono::steady_clock::now() + waitForLock;
-    for (;;) {
-        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(root, lockPath);
-        const bool isHeld = !lock && lock.error() == std::errc::operation_would_block;
-        if (!isHeld || use == Workspace::Use::look || std::chrono::steady_clock::now() > end)
-            return lock;
-        std::this_thread::sleep_for(pauseBetweenTries);
-    }
-}
 
 /// Whether the clock of the file system had gone on between the two, so that no version of the
 /// older file that comes after the younger one can have the times of this one.
 bool isLater(const sys::FileVersion& younger, const sys::FileVersion& older) {
     return younger.modifiedNs > older.modifiedNs && younger.changedNs > older.changedNs;
-}
-
-ErrorMessage lockFailure(const common::RootPath& root, std::error_code cause) {
-    if (cause == std::errc::operation_would_block)
-        return {OdString::format(tr(L"Another process is changing the repository '%ls'"),
-                                 printable(root.path()))};
-    return systemFailure(tr(L"The repository '%ls' cannot be changed: %ls"), root.path(), cause);
 }
 
 Database::Access accessFor(Workspace::Use use) {
@@ -85,12 +62,13 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
     // Already for the lock, which a colleague is to take next.
     SharedMode shared(repository->folder, caller);
     std::optional<sys::Lock> held;
-    if (use != Use::look || scan == Scan::ahead) {
-        sys::Outcome<sys::Lock> lock = takeLock(repository->folder, use);
-        if (!lock && use != Use::look)
-            return lockFailure(root, lock.error());
-        if (lock)
-            held = std::move(*lock);
+    if (use != Use::look) {
+        Expected<sys::Lock> lock = lockForChange(repository->folder, root);
+        if (!lock)
+            return lock.error();
+        held = std::move(*lock);
+    } else if (scan == Scan::ahead) {
+        held = lockIfFree(repository->folder);
     }
     if (const Expected<void> isThere = checkHistoryIsThere(root, repository->folder); !isThere)
         return isThere.error();
@@ -116,17 +94,6 @@ Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, 
     if (const Expected<void> settled = settle(*workspace, use); !settled)
         return settled.error();
     return workspace;
-}
-
-Expected<Rebuilt> Workspace::rebuild(const std::string& folder, Caller& caller) {
-    Expected<OpenRepository> repository = openRepository(folder, caller);
-    if (!repository)
-        return repository.error();
-    const SharedMode shared(repository->folder, caller);
-    const sys::Outcome<sys::Lock> lock = takeLock(repository->folder, Use::repair);
-    if (!lock)
-        return lockFailure(repository->root, lock.error());
-    return rebuildHistory(repository->root, repository->folder, caller.action());
 }
 
 Workspace::Workspace(common::RootPath root, sys::Folder folder, std::optional<sys::Lock> lock,
@@ -177,10 +144,7 @@ void Workspace::updateRecord() {
 }
 
 bool Workspace::isLockedByOther() const {
-    if (lock_)
-        return false;
-    const sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder_, lockPath);
-    return !lock && lock.error() == std::errc::operation_would_block;
+    return !lock_ && isLocked(folder_);
 }
 
 bool Workspace::canScanAhead() {

@@ -22,7 +22,6 @@
 namespace qrv {
 
 class TreeScan;
-struct Rebuilt;
 
 /// All parts of one repository while a command works on it: the state, the history, the storages
 /// and the working tree.
@@ -54,10 +53,6 @@ public:
     /// is free, to keep what it found.
     static Expected<std::unique_ptr<Workspace>> open(const std::string& folder, Use use,
                                                      Caller& caller, Scan scan = Scan::later);
-
-    /// Makes the history of the repository that holds `folder` anew (see HistoryRebuild.h), under
-    /// the lock. Fails like `open`, but not for a lost history.
-    static Expected<Rebuilt> rebuild(const std::string& folder, Caller& caller);
 
     Workspace(const Workspace&) = delete;
     Workspace& operator=(const Workspace&) = delete;
