@@ -85,7 +85,7 @@ ExitStatus refuse(int argumentCount, const char* const* arguments, const ErrorMe
 ExitStatus run(int argumentCount, const char* const* arguments) {
     Output output;
     const Translations translations;
-    CommandLine line;
+    CommandLine line(commands());
     if (const Expected<void> parsed = line.parse(argumentCount, arguments); !parsed)
         return refuse(argumentCount, arguments, parsed.error());
     if (line.wishedText())

@@ -16,7 +16,7 @@ Action declareCompletion(const ArgumentParser& parser) {
         .required()
         .oneOf({"bash", "zsh", "fish"});
     return [shell](Output& output) -> Expected<void> {
-        output.write(completionScript(*shell, CommandLine().texts()));
+        output.write(completionScript(*shell, CommandLine(commands()).texts()));
         return {};
     };
 }

@@ -15,7 +15,7 @@ namespace qrv::cli {
 namespace {
 
 Expected<void> printPage(const std::string& name, Output& output) {
-    const std::vector<CommandText> all = CommandLine().texts();
+    const std::vector<CommandText> all = CommandLine(commands()).texts();
     for (const CommandText& command : all) {
         if (command.name != name)
             continue;
@@ -27,7 +27,7 @@ Expected<void> printPage(const std::string& name, Output& output) {
 }
 
 void printNames(Output& output) {
-    for (const CommandText& command : CommandLine().texts()) {
+    for (const CommandText& command : CommandLine(commands()).texts()) {
         if (!command.name.empty())
             output.write(command.name + "\n");
     }

@@ -122,7 +122,7 @@ void prepareOptions(CLI::App& parser) {
 
 }  // namespace
 
-CommandLine::CommandLine()
+CommandLine::CommandLine(std::span<const Command> commands)
     : parser_(std::make_unique<CLI::App>(trUtf8(L"Versions a folder of drawings."), "qrv")) {
     translateHelp(*parser_->get_formatter());
     parser_->option_defaults()->group(trUtf8(L"Options"));
@@ -134,7 +134,7 @@ CommandLine::CommandLine()
     // At most one, so that a folder may be called like a command. None is answered by the caller:
     // the parser would not name the word that it took for a command.
     parser_->require_subcommand(0, 1);
-    for (const Command& command : commands()) {
+    for (const Command& command : commands) {
         CLI::App* const parser = parser_->add_subcommand(command.name, trUtf8(command.summary));
         parser->callback(
             [this, action = command.declare(ArgumentParser(*parser)), name = command.name] {

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <cli/commands/Commands.h>
+#include <cli/shell/Command.h>
 #include <common/base/Expected.h>
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -32,11 +33,12 @@ struct CommandText {
     std::vector<CommandText> subcommands;
 };
 
-/// The parser of the command line with all commands. It parses once; the help, the completion of
-/// the shells and the manual pages are all made from it, so that they say the same.
+/// The parser of the command line with all commands that it is given. It parses once; the help, the
+/// completion of the shells and the manual pages are all made from it, so that they say the same.
 class CommandLine {
 public:
-    CommandLine();
+    /// The help lists the commands in this order. They must outlive the command line.
+    explicit CommandLine(std::span<const Command> commands);
     CommandLine(const CommandLine&) = delete;
     CommandLine& operator=(const CommandLine&) = delete;
     ~CommandLine();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cli/commands/Commands.h>
+#include <cli/shell/Command.h>
 
 namespace qrv::cli {
 
