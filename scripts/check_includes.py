@@ -6,8 +6,9 @@ import sys
 
 import sources
 
-# Folder -> the other folders of ours that it may include, each edge with its reason. A new edge is a new
-# line here. Every folder may include itself, and every folder of common may include platform.
+# Room -> the other rooms that it may include, each edge with its reason. A new edge is a new line here. Every
+# room may include itself; every room of common may include platform; every room of engine and cli may include common,
+# platform and sys, and every room of cli those of engine. There is no circle in it.
 EDGES = {
     "platform/kernel": {},
     "platform/ut": {"platform/kernel": "paths and times are the kernel's types"},
@@ -47,20 +48,79 @@ EDGES = {
         "common/state": "a merge records conflicts",
         "common/worktree": "files and their changes",
     },
+    "engine/base": {},
+    "engine/paths": {"engine/base": "errors and their texts"},
+    "engine/database": {"engine/base": "errors and their texts"},
+    "engine/storage": {
+        "engine/base": "digests, errors and their texts",
+        "engine/database": "packs and drawing stores are databases",
+        "engine/paths": "working files and stored versions are named from outside",
+    },
+    "engine/history": {
+        "engine/base": "digests, errors and their texts",
+        "engine/database": "the history is one",
+        "engine/paths": "commits name files and stored versions",
+    },
+    "engine/repository": {
+        "engine/base": "errors and their texts, and who asks",
+        "engine/paths": "tells files of ours from strays by their names",
+    },
+    "engine/worktree": {
+        "engine/base": "errors and their texts, and who is told",
+        "engine/history": "the tree is compared with commits, and becomes one",
+        "engine/paths": "working files are named from outside",
+        "engine/repository": "is opened, locked and logged to",
+        "engine/storage": "files are stored and brought back",
+    },
+    "engine/diff": {
+        "engine/base": "errors and their texts",
+        "engine/history": "compares commits",
+        "engine/paths": "stored versions are named from outside",
+        "engine/storage": "reads what is compared",
+        "engine/worktree": "compares working files",
+    },
+    "engine/maintenance": {
+        "engine/base": "errors and their texts, and who is told",
+        "engine/history": "is checked, and made anew",
+        "engine/paths": "stored versions are named from outside",
+        "engine/repository": "lists what lies there",
+        "engine/storage": "is checked, packed and collected",
+        "engine/worktree": "collection keeps what a workspace needs",
+    },
+    "cli/user": {},
+    "cli/terminal": {},
+    "cli/shell": {
+        "cli/terminal": "notes and progress appear there",
+        "cli/user": "answers for the person",
+    },
+    "cli/text": {
+        "cli/terminal": "colours",
+        "cli/user": "warns at the sizes that the person has set",
+    },
+    "cli/commands": {
+        "cli/shell": "arguments and results",
+        "cli/terminal": "notes and progress",
+        "cli/text": "puts results into words",
+        "cli/user": "settings, the registry and the author",
+    },
 }
 
-# These see everything public of common and platform; the tests also what they test of the program.
-USERS = {"cli": ("engine",), "engine": (), "tests": ("cli", "engine"), "bench": ("cli", "engine"),
-         "fuzz": ("cli", "engine")}
+# The foundations of a part: all of its rooms see everything public of these.
+GROUNDS = {"common": ("platform",), "engine": ("common", "platform", "sys"),
+           "cli": ("common", "platform", "sys", "engine"), "platform": (), "sys": ()}
 
-# These belong to the program, which a host's own platform does not replace: folder -> who includes them.
-PROGRAM_FOLDERS = {"sys": ("cli", "engine", "tests")}
+# These see everything public, and what they test, measure or fuzz.
+USERS = ("tests", "bench", "fuzz")
+# The program begins here and puts its rooms together.
+MAIN = "cli/Main.cpp"
 
 # A header whose name ends in Internal.h belongs to its folder, but for these: who else, and why.
 SHARED_INTERNAL_HEADERS = {
     "common/base/MessageInternal.h": ("common", "every folder makes messages"),
     "common/repository/DeferredWriteInternal.h": ("common", "writes what a host let go of"),
     "common/json/ParseObjectInternal.h": ("common", "reads a file of ours as one object"),
+    "engine/history/RowsInternal.h": ("engine/maintenance", "a history is made anew row by row"),
+    "engine/history/SumsInternal.h": ("engine/maintenance", "the rows that are made anew get their sums"),
     "platform/ut/RegularFileInternal.h": ("platform/qut", "opens only what ut::File opens"),
 }
 
@@ -102,10 +162,14 @@ SYSTEM_MACRO = re.compile(
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
 
+def part_of(name):
+    return name.split("/")[0]
+
+
 def folder_of(name):
-    """The folder that a file belongs to: two levels in common and platform, one elsewhere."""
+    """The room that a file belongs to: two levels deep where a part has rooms."""
     folders = name.split("/")[:-1]
-    depth = 2 if name.startswith(("common/", "platform/")) else 1
+    depth = 1 if part_of(name) in ("sys", *USERS) else 2
     return "/".join(folders[:depth])
 
 
@@ -113,16 +177,13 @@ def allowed_folder(source, target):
     source_folder, target_folder = folder_of(source), folder_of(target)
     if source_folder == target_folder:
         return True
-    if target_folder in PROGRAM_FOLDERS:
-        return source_folder in PROGRAM_FOLDERS[target_folder]
     if source == "common/common.h":
         return target_folder.startswith("common/")
-    if source_folder in USERS:
-        return (target.startswith(("common/", "platform/"))
-                or target_folder in USERS[source_folder])
-    if source.startswith("common/") and target.startswith("platform/"):
+    if part_of(source) in USERS:
+        return part_of(target) not in USERS
+    if source == MAIN and part_of(target) == "cli":
         return True
-    return target_folder in EDGES.get(source_folder, {})
+    return part_of(target) in GROUNDS[part_of(source)] or target_folder in EDGES.get(source_folder, {})
 
 
 def own_include_problem(source, target):
@@ -153,7 +214,7 @@ def foreign_include_problem(source, target):
 
 def is_own(target):
     """Also the system has headers in "sys"; ours begin with a capital."""
-    return bool(re.match(rf"(?:common|platform|{'|'.join(USERS)})/|sys/[A-Z]", target))
+    return bool(re.match(rf"(?:common|platform|engine|cli|{'|'.join(USERS)})/|sys/[A-Z]", target))
 
 
 def include_problem(source, quote, target):
@@ -176,14 +237,38 @@ def line_problem(source, line):
     return None
 
 
+def own_includes(text):
+    matches = (INCLUDE.match(line) for line in text.splitlines())
+    return [match.group(2) for match in matches if match and is_own(match.group(2))]
+
+
+def circles(files, read):
+    """The circles of files that include each other, each with its files in the order of the way."""
+    graph = {name: own_includes(read(name)) for name in sources.cpp_files(files, (*GROUNDS, *USERS))}
+    found, done = [], set()
+
+    def follow(name, way):
+        if name in way:
+            found.append([*way[way.index(name):], name])
+        if name in way or name in done:
+            return
+        for target in graph.get(name, ()):
+            follow(target, [*way, name])
+        done.add(name)
+
+    for name in sorted(graph):
+        follow(name, [])
+    return [f"{way[0]}: includes itself: {' -> '.join(way)}" for way in found]
+
+
 def problems(files, read=sources.read):
     found = []
-    for name in sources.cpp_files(files, ("common", "platform", "sys", *USERS)):
+    for name in sources.cpp_files(files, (*GROUNDS, *USERS)):
         for number, line in enumerate(read(name).splitlines(), 1):
             problem = line_problem(name, line)
             if problem:
                 found.append(f"{name}:{number}: {problem}")
-    return found
+    return found + circles(files, read)
 
 
 if __name__ == "__main__":

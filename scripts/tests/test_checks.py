@@ -51,6 +51,11 @@ class Includes(unittest.TestCase):
         ("tests/common/json/ReaderTest.cpp", "#include <gmock/gmock.h>"),
         ("tests/cli/MessageTest.cpp", "#include <engine/base/Printable.h>"),
         ("common/base/Export.h", "#if defined(_MSC_VER)"),
+        ("engine/worktree/Workspace.cpp", "#include <engine/history/History.h>"),
+        ("engine/worktree/Workspace.cpp", "#include <sys/Folder.h>"),
+        ("cli/commands/Add.cpp", "#include <engine/worktree/Staging.h>"),
+        ("cli/commands/Add.cpp", "#include <cli/shell/Output.h>"),
+        ("sys/Status.cpp", "#include <sys/stat.h>"),
     ]
     REFUSED = [
         ("platform/ut/Dir.cpp", "#include <common/base/Expected.h>"),
@@ -76,6 +81,18 @@ class Includes(unittest.TestCase):
         ("common/state/Cache.cpp", "#if defined(__linux__)"),
         ("common/state/Cache.cpp", '#include "Cache.h"'),
         ("common/newfolder/Thing.cpp", "#include <common/base/Expected.h>"),
+        ("engine/worktree/Workspace.cpp", "#include <cli/terminal/Message.h>"),
+        ("engine/history/History.cpp", "#include <engine/worktree/Workspace.h>"),
+        ("engine/storage/Storages.cpp", "#include <engine/maintenance/Packing.h>"),
+        ("engine/newroom/Thing.cpp", "#include <engine/base/Digest.h>"),
+        ("cli/shell/CommandLine.cpp", "#include <cli/commands/Commands.h>"),
+        ("cli/terminal/Progress.cpp", "#include <cli/shell/Output.h>"),
+        ("cli/commands/Add.cpp", "#include <engine/history/RowsInternal.h>"),
+        ("common/state/Cache.cpp", "#include <engine/base/Digest.h>"),
+        ("common/state/Cache.cpp", "#include <sys/Folder.h>"),
+        ("sys/Folder.cpp", "#include <platform/kernel/OdString.h>"),
+        ("platform/ut/Dir.cpp", "#include <sys/Folder.h>"),
+        ("tests/cli/MessageTest.cpp", "#include <bench/BenchFolder.h>"),
     ]
 
     def test_allowed_lines_pass(self):
@@ -91,6 +108,22 @@ class Includes(unittest.TestCase):
         self.assertEqual(
             check_includes.problems(list(files), reader(files)),
             ["platform/ut/Dir.cpp:2: platform/ut may not include common: <common/common.h>"])
+
+    def test_files_that_include_each_other_in_a_circle_are_named(self):
+        files = {"engine/base/A.h": "#include <engine/base/B.h>\n",
+                 "engine/base/B.h": "#include <engine/base/C.h>\n#include <engine/base/D.h>\n",
+                 "engine/base/C.h": "#include <engine/base/A.h>\n", "engine/base/D.h": "",
+                 "engine/base/A.cpp": "#include <engine/base/A.h>\n#include <engine/base/D.h>\n"}
+        self.assertEqual(
+            check_includes.problems(list(files), reader(files)),
+            ["engine/base/A.h: includes itself: engine/base/A.h -> engine/base/B.h -> "
+             "engine/base/C.h -> engine/base/A.h"])
+
+    def test_files_on_two_ways_to_one_file_are_no_circle(self):
+        files = {"engine/base/A.h": "#include <engine/base/B.h>\n#include <engine/base/C.h>\n",
+                 "engine/base/B.h": "#include <engine/base/D.h>\n",
+                 "engine/base/C.h": "#include <engine/base/D.h>\n", "engine/base/D.h": ""}
+        self.assertEqual(check_includes.problems(list(files), reader(files)), [])
 
     def test_the_table_has_no_circle(self):
         left = {folder: set(edges) for folder, edges in check_includes.EDGES.items()}
