@@ -26,6 +26,7 @@ KEYWORDS = ("translate", "translatedError", "tr", "trUtf8", "translatable")
 OTHER_LOOK_UPS = {
     "common/base/MessageInternal.h": "declares the look-up",
     "common/base/Message.cpp": "is the look-up",
+    "engine/operations/NamedReferences.cpp": "looks up what is said of branches and tags, which a table marks",
     "cli/shell/CommandLine.cpp": "looks up the summaries of the commands, which their table marks",
     "cli/commands/Config.cpp": "looks up the summaries of the settings, which their table marks",
     "engine/base/Translation.h": "declares the program's look-up",

@@ -87,6 +87,12 @@ EDGES = {
         "engine/storage": "is checked, packed and collected",
         "engine/worktree": "collection keeps what a workspace needs",
     },
+    "engine/operations": {
+        "engine/base": "errors and their texts, and who is told",
+        "engine/history": "branches, tags and commits",
+        "engine/repository": "what was done is logged",
+        "engine/worktree": "each works on a workspace",
+    },
     "cli/user": {},
     "cli/terminal": {},
     "cli/shell": {

@@ -45,15 +45,6 @@ jsonlib::json::Array ReferenceList::documentAt(const OdString& hash) const {
     return array;
 }
 
-std::vector<OdString> namesOf(History& history, RefType type) {
-    std::vector<OdString> names;
-    for (const Reference& reference : history.references()) {
-        if (reference.type == type)
-            names.push_back(reference.name);
-    }
-    return names;
-}
-
 OdString referenceLine(const OdString& name, int width, const CommitEntry& commit) {
     OdString filled = printable(name);
     while (filled.getLength() < width)

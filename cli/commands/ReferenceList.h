@@ -28,9 +28,6 @@ private:
     std::map<OdString, std::vector<common::Reference>> byHash_;
 };
 
-/// The names of all branches, or of all tags, in order. May throw `DatabaseError`.
-std::vector<OdString> namesOf(History& history, common::RefType type);
-
 /// "master  3  1f0c5b7a2e  Move the stairs" and a line feed, with the name filled up to `width`
 /// units.
 OdString referenceLine(const OdString& name, int width, const CommitEntry& commit);

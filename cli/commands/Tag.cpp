@@ -6,11 +6,8 @@
 #include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/CommitText.h>
 #include <engine/base/Printable.h>
-#include <engine/base/Suggestion.h>
 #include <engine/base/Translation.h>
-#include <engine/history/CommitName.h>
-#include <engine/history/ReferenceName.h>
-#include <engine/repository/LogEntry.h>
+#include <engine/operations/NamedReferences.h>
 #include <engine/worktree/Workspace.h>
 
 #include <algorithm>
@@ -34,30 +31,25 @@ struct Arguments {
     bool asJson = false;
 };
 
-/// The history gives out no tag without a commit.
-CommitEntry commitOf(History& history, const OdString& tag) {
-    return history.commit(history.reference(tag, RefType::Tag).value()).value();
-}
-
-void writeTags(History& history, const std::vector<OdString>& tags, Output& output) {
+void writeTags(const std::vector<NamedReference>& tags, Output& output) {
     int width = 0;
-    for (const OdString& tag : tags)
-        width = std::max(width, printable(tag).getLength());
-    for (const OdString& tag : tags)
-        output.write(referenceLine(tag, width, commitOf(history, tag)).toNarrow());
+    for (const NamedReference& tag : tags)
+        width = std::max(width, printable(tag.name).getLength());
+    for (const NamedReference& tag : tags)
+        output.write(referenceLine(tag.name, width, tag.commit.value()).toNarrow());
 }
 
-void writeDocument(History& history, const std::vector<OdString>& tags, Output& output) {
+void writeDocument(const std::vector<NamedReference>& tags, Output& output) {
     jsonlib::json::Array array;
-    for (const OdString& tag : tags)
-        array.emplace_back(referenceDocument(tag, commitOf(history, tag)));
+    for (const NamedReference& tag : tags)
+        array.emplace_back(referenceDocument(tag.name, tag.commit));
     writeJson(std::move(array), output);
 }
 
 /// For the completion of the shells; no name has a line feed.
-void writeNames(const std::vector<OdString>& tags, Output& output) {
-    for (const OdString& tag : tags)
-        output.write(tag.toNarrow() + '\n');
+void writeNames(const std::vector<NamedReference>& tags, Output& output) {
+    for (const NamedReference& tag : tags)
+        output.write(tag.name.toNarrow() + '\n');
 }
 
 Expected<void> list(const Arguments& arguments, Output& output) {
@@ -65,45 +57,14 @@ Expected<void> list(const Arguments& arguments, Output& output) {
         Workspace::open(".", Workspace::Use::look, person());
     if (!workspace)
         return workspace.error();
-    History& history = (*workspace)->history();
-    const std::vector<OdString> tags = namesOf(history, RefType::Tag);
+    const std::vector<NamedReference> tags = listReferences(**workspace, RefType::Tag);
     if (arguments.asJson)
-        writeDocument(history, tags, output);
+        writeDocument(tags, output);
     else if (arguments.namesOnly)
         writeNames(tags, output);
     else
-        writeTags(history, tags, output);
+        writeTags(tags, output);
     return {};
-}
-
-Expected<CommitEntry> make(Workspace& workspace, const OdString& name, const std::string& target) {
-    if (const Expected<OdString> valid = checkedReferenceName(name); !valid)
-        return valid.error();
-    History& history = workspace.history();
-    if (history.reference(name, RefType::Tag))
-        return ErrorMessage{OdString::format(tr(L"There is a tag '%ls' already"), printable(name))};
-    const Expected<OdString> commit =
-        findCommit(history, OdString::fromNarrow(target), workspace.branch());
-    if (!commit)
-        return commit.error();
-    history.setReference(name, RefType::Tag, *commit);
-    logEvent(L"tag " + quotedName(name), workspace.root(), workspace.folder(), person());
-    return history.commit(*commit).value();
-}
-
-Expected<CommitEntry> remove(Workspace& workspace, const OdString& name) {
-    History& history = workspace.history();
-    if (!history.reference(name, RefType::Tag)) {
-        OdString text = OdString::format(tr(L"There is no tag '%ls'"), printable(name));
-        if (const auto meant = closest(name, namesOf(history, RefType::Tag)))
-            text += OdString::format(tr(L"; did you mean '%ls'?"), printable(*meant));
-        return ErrorMessage{text};
-    }
-    CommitEntry commit = commitOf(history, name);
-    history.removeReference(name, RefType::Tag);
-    logEvent(L"deleted the tag " + quotedName(name), workspace.root(), workspace.folder(),
-             person());
-    return commit;
 }
 
 Expected<void> change(const Arguments& arguments, Output& output) {
@@ -114,7 +75,9 @@ Expected<void> change(const Arguments& arguments, Output& output) {
     const OdString name =
         OdString::fromNarrow(arguments.deleted.value_or(arguments.name.value_or("")));
     const Expected<CommitEntry> commit =
-        arguments.deleted ? remove(**workspace, name) : make(**workspace, name, arguments.commit);
+        arguments.deleted ? deleteReference(**workspace, {RefType::Tag, name})
+                          : makeReference(**workspace, {RefType::Tag, name,
+                                                        OdString::fromNarrow(arguments.commit)});
     if (!commit)
         return commit.error();
     const OdString text = arguments.deleted

@@ -1,0 +1,125 @@
+#include <engine/base/Printable.h>
+#include <engine/base/Suggestion.h>
+#include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
+#include <engine/history/ReferenceName.h>
+#include <engine/operations/NamedReferences.h>
+#include <engine/repository/LogEntry.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace qrv {
+
+namespace {
+
+using common::RefType;
+
+/// What is said of a branch, or of a tag.
+struct Words {
+    const wchar_t* isThere;
+    const wchar_t* isNotThere;
+    const wchar_t* made;
+    const wchar_t* deleted;
+};
+
+const Words& wordsOf(RefType type) {
+    static constexpr Words ofBranch = {translatable(L"There is a branch '%ls' already"),
+                                       translatable(L"There is no branch '%ls'"), L"branch ",
+                                       L"deleted the branch "};
+    static constexpr Words ofTag = {translatable(L"There is a tag '%ls' already"),
+                                    translatable(L"There is no tag '%ls'"), L"tag ",
+                                    L"deleted the tag "};
+    return type == RefType::Branch ? ofBranch : ofTag;
+}
+
+bool isCurrentBranch(const Workspace& workspace, RefType type, const OdString& name) {
+    return type == RefType::Branch && name == workspace.branch();
+}
+
+std::vector<OdString> namesOf(History& history, RefType type) {
+    std::vector<OdString> names;
+    for (const common::Reference& reference : history.references()) {
+        if (reference.type == type)
+            names.push_back(reference.name);
+    }
+    return names;
+}
+
+/// Whether another branch or a tag stands for the commit, or for one that builds on it.
+bool isHeldElsewhere(History& history, const OdString& branch, const OdString& commit) {
+    const std::vector<common::Reference> references = history.references();
+    return std::any_of(references.begin(), references.end(), [&](const auto& reference) {
+        const bool isItself = reference.type == RefType::Branch && reference.name == branch;
+        return !isItself && history.buildsOn(reference.commitHash, commit);
+    });
+}
+
+ErrorMessage notThere(History& history, RefType type, const OdString& name) {
+    OdString text = OdString::format(tr(wordsOf(type).isNotThere), printable(name));
+    if (const auto meant = closest(name, namesOf(history, type)))
+        text += OdString::format(tr(L"; did you mean '%ls'?"), printable(*meant));
+    return {text};
+}
+
+void logReference(const wchar_t* what, const OdString& name, Workspace& workspace) {
+    logEvent(OdString(what) + quotedName(name), workspace.root(), workspace.folder(),
+             workspace.caller());
+}
+
+}  // namespace
+
+std::vector<NamedReference> listReferences(Workspace& workspace, RefType type) {
+    History& history = workspace.history();
+    std::vector<OdString> names = namesOf(history, type);
+    if (type == RefType::Branch) {
+        const auto place = std::lower_bound(names.begin(), names.end(), workspace.branch());
+        if (place == names.end() || *place != workspace.branch())
+            names.insert(place, workspace.branch());
+    }
+    std::vector<NamedReference> references;
+    for (const OdString& name : names) {
+        NamedReference reference = {name, std::nullopt};
+        if (const auto hash = history.reference(name, type))
+            reference.commit = history.commit(*hash);
+        references.push_back(std::move(reference));
+    }
+    return references;
+}
+
+Expected<CommitEntry> makeReference(Workspace& workspace, const MakeReference& wish) {
+    if (const Expected<OdString> valid = checkedReferenceName(wish.name); !valid)
+        return valid.error();
+    History& history = workspace.history();
+    if (isCurrentBranch(workspace, wish.type, wish.name) || history.reference(wish.name, wish.type))
+        return ErrorMessage{OdString::format(tr(wordsOf(wish.type).isThere), printable(wish.name))};
+    const Expected<OdString> commit = findCommit(history, wish.commit, workspace.branch());
+    if (!commit)
+        return commit.error();
+    history.setReference(wish.name, wish.type, *commit);
+    logReference(wordsOf(wish.type).made, wish.name, workspace);
+    return history.commit(*commit).value();
+}
+
+Expected<CommitEntry> deleteReference(Workspace& workspace, const DeleteReference& wish) {
+    History& history = workspace.history();
+    if (isCurrentBranch(workspace, wish.type, wish.name))
+        return ErrorMessage{
+            OdString::format(tr(L"'%ls' is the current branch (qrv switch goes to another one)"),
+                             printable(wish.name))};
+    const std::optional<OdString> commit = history.reference(wish.name, wish.type);
+    if (!commit)
+        return notThere(history, wish.type, wish.name);
+    if (wish.type == RefType::Branch && !wish.force &&
+        !isHeldElsewhere(history, wish.name, *commit))
+        return ErrorMessage{OdString::format(
+            tr(L"'%ls' has commits that are in no other branch or tag (--force deletes it all the "
+               L"same)"),
+            printable(wish.name))};
+    CommitEntry named = history.commit(*commit).value();
+    history.removeReference(wish.name, wish.type);
+    logReference(wordsOf(wish.type).deleted, wish.name, workspace);
+    return named;
+}
+
+}  // namespace qrv
