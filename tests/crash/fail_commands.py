@@ -22,8 +22,8 @@ CAUSES = {
     "EMFILE": ("Too many open files", *SQLITE),
     "ENOMEM": ("Cannot allocate memory", "not enough memory", *SQLITE),
 }
-# The library does not say why the state could not be written; a folder that could not be removed is met later.
-WITHOUT_CAUSE = ("Error writing to file", "Is a directory")
+# The library does not say why the state or the rules could not be written; a folder that could not be removed is met later.
+WITHOUT_CAUSE = ("Error writing to file", "The ignore file", "Is a directory")
 
 
 def problem_of_failure(disturbance, call, cause):

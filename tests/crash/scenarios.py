@@ -108,7 +108,9 @@ class Repository:
         found = {}
         for path in self.folder.rglob("*"):
             name = str(path.relative_to(self.folder))
-            if path.is_file() and (not name.startswith(".qrv/") or name.startswith(".qrv/properties/")):
+            # What was not finished there is no file of the project, and gc's after a day.
+            is_kept = name.startswith(".qrv/properties/") and not name.endswith(".qrv-tmp")
+            if path.is_file() and (not name.startswith(".qrv/") or is_kept):
                 found[name] = path.read_bytes()
         return found
 
@@ -231,4 +233,9 @@ def make_scenarios(program, folder, only=""):
     scenario("restore", {}, edit, ["restore", ".", "--force"])
     scenario("gc", CONFLICTING, pack, ["gc"])
     scenario("status", ON_MASTER, age, ["status"])
+    scenario("unstage", {}, stage, ["unstage", "--all"])
+    scenario("branch", ON_MASTER, lambda _: None, ["branch", "third"], again=(1,))
+    scenario("tag", ON_MASTER, lambda _: None, ["tag", "v1"], again=(1,))
+    scenario("ignore", ON_MASTER, lambda _: None, ["ignore", "add", "*.tmp"], again=(1,))
+    scenario("name", ON_MASTER, lambda _: None, ["name", "Neubau"])
     return made
