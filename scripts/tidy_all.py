@@ -60,7 +60,7 @@ class Text:
         """A name of its own that an earlier source has, too, becomes another one there."""
         names = sorted(self.renamed[source])
         other = "Of" + "".join(word.capitalize() for word in re.findall("[A-Za-z0-9]+", source.stem))
-        return "".join([*(f"#define {name} {name}{other}\n" for name in names),
+        return "".join([*(f"#define {name} {name}{other}  // NOLINT\n" for name in names),
                         f'#include "{source}"  // NOLINT(bugprone-suspicious-include)\n',
                         *(f"#undef {name}\n" for name in names)])
 

@@ -15,6 +15,7 @@ HeaderFilterRegex: '.*'
 CheckOptions:
   - {key: readability-identifier-naming.StructCase, value: CamelCase}
   - {key: readability-identifier-naming.FunctionCase, value: camelBack}
+  - {key: readability-identifier-naming.MacroDefinitionCase, value: UPPER_CASE}
 """
 CLEAN = "int {name}(int x) {{ return x; }}\n"
 # Seen by the static analyzer alone, which follows the ways through a function.
