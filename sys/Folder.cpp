@@ -84,11 +84,11 @@ Outcome<FileStatus> Folder::status(const std::string& relative) const {
     return toFileStatus(status);
 }
 
-Outcome<FileVersion> Folder::version(const std::string& relative) const {
+Outcome<FileStamp> Folder::stamp(const std::string& relative) const {
     struct stat status = {};
     if (statusBeneath(number(), relative, status) < 0)
         return calls::lastError();
-    return versionOf(status);
+    return stampOf(status);
 }
 
 Outcome<InputFile> Folder::openFile(const std::string& relative) const {

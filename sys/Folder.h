@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sys/FileVersion.h>
+#include <sys/FileStamp.h>
 #include <sys/InputFile.h>
 #include <sys/NewFile.h>
 #include <sys/Outcome.h>
@@ -49,7 +49,7 @@ public:
     Outcome<Folder> openFolder(const std::string& relative) const;
 
     Outcome<FileStatus> status(const std::string& relative) const;
-    Outcome<FileVersion> version(const std::string& relative) const;
+    Outcome<FileStamp> stamp(const std::string& relative) const;
     /// Opens a regular file for reading. Anything else is refused, without waiting for a pipe: a
     /// folder with `is_a_directory`, a link with `too_many_symbolic_link_levels`, the rest with
     /// `operation_not_supported`.

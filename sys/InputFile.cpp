@@ -19,7 +19,7 @@ Outcome<std::size_t> InputFile::read(std::span<char> buffer) {
 }
 
 Outcome<std::vector<char>> InputFile::readWhole(std::size_t mostBytes) const {
-    const Outcome<Stamp> now = stamp();
+    const Outcome<FileStamp> now = stamp();
     if (!now)
         return now.error();
     if (std::cmp_greater(now->sizeBytes, mostBytes))
@@ -54,21 +54,11 @@ Outcome<std::uint64_t> InputFile::countNames() const {
     return std::uint64_t{status.st_nlink};
 }
 
-Outcome<InputFile::Stamp> InputFile::stamp() const {
+Outcome<FileStamp> InputFile::stamp() const {
     struct stat status = {};
     if (calls::status(handle_.number(), status) < 0)
         return calls::lastError();
-    return Stamp{.sizeBytes = status.st_size,
-                 .modifiedNs = modifiedNs(status),
-                 .changedNs = changedNs(status),
-                 .permissions = permissionsOf(status)};
-}
-
-Outcome<FileVersion> InputFile::version() const {
-    struct stat status = {};
-    if (calls::status(handle_.number(), status) < 0)
-        return calls::lastError();
-    return versionOf(status);
+    return stampOf(status);
 }
 
 bool InputFile::isInUse() const {

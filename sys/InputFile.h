@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sys/FileVersion.h>
+#include <sys/FileStamp.h>
 #include <sys/Handle.h>
 #include <sys/Outcome.h>
 
@@ -27,20 +27,8 @@ public:
     /// How many names the file has.
     Outcome<std::uint64_t> countNames() const;
 
-    /// Size and times as they are now; two answers that differ mean that somebody writes to the
-    /// file.
-    struct Stamp {
-        std::int64_t sizeBytes = 0;
-        /// Nanoseconds since 1970-01-01T00:00:00Z.
-        std::int64_t modifiedNs = 0;
-        /// The same for the last change of contents, name or permissions.
-        std::int64_t changedNs = 0;
-        std::uint32_t permissions = 0;
-
-        friend bool operator==(const Stamp&, const Stamp&) = default;
-    };
-    Outcome<Stamp> stamp() const;
-    Outcome<FileVersion> version() const;
+    /// As it is now; two answers that differ mean that somebody writes to the file.
+    Outcome<FileStamp> stamp() const;
 
     /// Whether another process has the file open for writing, or holds a lock on any part of it.
     /// What the system does not tell (of another user's file, or on some network shares) counts as

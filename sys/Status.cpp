@@ -25,7 +25,7 @@ std::int64_t changedNs(const struct stat& status) {
     return nanoseconds(status.st_ctim);
 }
 
-FileVersion versionOf(const struct stat& status) {
+FileStamp stampOf(const struct stat& status) {
     return {.number = status.st_ino,
             .sizeBytes = status.st_size,
             .modifiedNs = modifiedNs(status),

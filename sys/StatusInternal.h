@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sys/FileVersion.h>
+#include <sys/FileStamp.h>
 
 #include <sys/stat.h>
 
@@ -13,7 +13,7 @@ namespace sys {
 std::int64_t modifiedNs(const struct stat& status);
 /// The same for the time of the last change of contents, name or permissions.
 std::int64_t changedNs(const struct stat& status);
-FileVersion versionOf(const struct stat& status);
+FileStamp stampOf(const struct stat& status);
 
 /// What `chmod` sets.
 std::uint32_t permissionsOf(const struct stat& status);

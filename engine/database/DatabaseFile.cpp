@@ -39,7 +39,7 @@ void requireNoLog(const sys::Folder& folder, const std::string& name, const OdSt
 /// Whether the journal says of itself that it is a part of another one. SQLite looks for that one
 /// by its name, which may be any path, and deletes it.
 sys::Outcome<bool> namesAnother(const sys::InputFile& journal) {
-    const sys::Outcome<sys::InputFile::Stamp> stamp = journal.stamp();
+    const sys::Outcome<sys::FileStamp> stamp = journal.stamp();
     if (!stamp)
         return stamp.error();
     std::array<char, endOfName.size()> end{};

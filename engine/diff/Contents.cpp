@@ -36,7 +36,7 @@ Expected<std::string> readWorking(const Workspace& workspace, const OdString& pa
     if (!file)
         return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, file.error());
     // The file may have changed since it was looked at, and may do so now.
-    const sys::Outcome<sys::InputFile::Stamp> stamp = file->stamp();
+    const sys::Outcome<sys::FileStamp> stamp = file->stamp();
     if (!stamp)
         return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, stamp.error());
     std::string bytes(std::min(static_cast<std::size_t>(stamp->sizeBytes), largestTextBytes) + 1,

@@ -142,7 +142,7 @@ struct End {
 
 sys::Outcome<End> endOf(const sys::Folder& root) {
     const sys::Outcome<sys::InputFile> file = root.openFile(referenceRecordPath);
-    const sys::Outcome<sys::InputFile::Stamp> stamp = file ? file->stamp() : file.error();
+    const sys::Outcome<sys::FileStamp> stamp = file ? file->stamp() : file.error();
     if (!stamp)
         return stamp.error();
     const std::int64_t begin = std::max<std::int64_t>(stamp->sizeBytes - endSizeBytes, 0);

@@ -115,7 +115,7 @@ private:
         if (isMissing && history_ && result_.commits == 0)
             return addNote(tr(L"There is no state file yet (qrv init makes it)"));
         const Host host;
-        const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
+        const sys::Outcome<sys::FileStamp> stamp = folder_.stamp(statePath);
         const Expected<std::shared_ptr<common::Cache>> cache = openState(root_, folder_, host);
         if (!cache)
             return addProblem(cache.error().message);
@@ -123,12 +123,12 @@ private:
             addProblem(problem);
         if (history_)
             attempt([this, &cache] { compareWithHistory((*cache)->read(), *history_); });
-        if (history_ && version)
-            attempt([&] { checkBaseline((*cache)->read(), *version, *history_); });
+        if (history_ && stamp)
+            attempt([&] { checkBaseline((*cache)->read(), *stamp, *history_); });
     }
 
     /// Nothing is lost with it, but a disk that damaged it damages other files, too.
-    void checkBaseline(const common::State& state, const sys::FileVersion& stateFile,
+    void checkBaseline(const common::State& state, const sys::FileStamp& stateFile,
                        History& history) {
         const Expected<std::optional<KeptBaseline>> kept = readBaseline(folder_);
         if (!kept)
@@ -300,14 +300,14 @@ private:
 };
 
 /// What somebody changes who changes the repository.
-std::vector<std::optional<sys::FileVersion>> versionsOf(const sys::Folder& folder) {
-    std::vector<std::optional<sys::FileVersion>> versions;
+std::vector<std::optional<sys::FileStamp>> stampsOf(const sys::Folder& folder) {
+    std::vector<std::optional<sys::FileStamp>> stamps;
     for (const char* const path : {historyPath, statePath, referenceRecordPath, ".qrv/objects",
                                    ".qrv/objects.pack", ".qrv/tf"}) {
-        const sys::Outcome<sys::FileVersion> version = folder.version(path);
-        versions.push_back(version ? std::optional(*version) : std::nullopt);
+        const sys::Outcome<sys::FileStamp> stamp = folder.stamp(path);
+        stamps.push_back(stamp ? std::optional(*stamp) : std::nullopt);
     }
-    return versions;
+    return stamps;
 }
 
 /// Those that are in both.
@@ -327,9 +327,9 @@ Verification checkSeveralTimes(const common::RootPath& root, const sys::Folder& 
                                Caller& caller) {
     Verification found;
     for (int look = 0; look < mostLooks; ++look) {
-        const auto before = versionsOf(folder);
+        const auto before = stampsOf(folder);
         Verification now = Check(root, folder, caller).run();
-        const bool isQuiet = versionsOf(folder) == before;
+        const bool isQuiet = stampsOf(folder) == before;
         if (look > 0 && !isQuiet)
             now.problems = inBoth(found.problems, now.problems);
         found = std::move(now);

@@ -49,7 +49,7 @@ private:
 Expected<std::unique_ptr<VersionReader>> readLooseObject(sys::InputFile file,
                                                          const std::string& digest,
                                                          const OdString& url) {
-    const sys::Outcome<sys::InputFile::Stamp> stamp = file.stamp();
+    const sys::Outcome<sys::FileStamp> stamp = file.stamp();
     if (!stamp)
         return cannotRead(url, causeOf(stamp.error()));
     return std::unique_ptr<VersionReader>(

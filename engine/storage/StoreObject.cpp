@@ -62,9 +62,8 @@ sys::Outcome<Hashed> copyAndHash(ObjectFolder& objects, sys::NewFile& object,
                     [&](std::span<const char> piece) { return object.write(piece); });
 }
 
-bool isStill(const sys::InputFile::Stamp& before, const sys::InputFile& source,
-             std::int64_t bytesRead) {
-    const sys::Outcome<sys::InputFile::Stamp> after = source.stamp();
+bool isStill(const sys::FileStamp& before, const sys::InputFile& source, std::int64_t bytesRead) {
+    const sys::Outcome<sys::FileStamp> after = source.stamp();
     return bytesRead == before.sizeBytes && after && *after == before;
 }
 
@@ -91,7 +90,7 @@ sys::Outcome<MaybeDigest> storeSmall(ObjectFolder& objects, std::span<const char
 }
 
 sys::Outcome<MaybeDigest> storeLarge(ObjectFolder& objects, sys::InputFile& source,
-                                     CopyBuffer& buffer, const sys::InputFile::Stamp& before,
+                                     CopyBuffer& buffer, const sys::FileStamp& before,
                                      const OdString& path) {
     sys::Outcome<sys::NewFile> object = objects.begin();
     if (!object)
@@ -108,7 +107,7 @@ sys::Outcome<MaybeDigest> storeLarge(ObjectFolder& objects, sys::InputFile& sour
 
 sys::Outcome<MaybeDigest> store(ObjectFolder& objects, sys::InputFile& source,
                                 const OdString& path) {
-    const sys::Outcome<sys::InputFile::Stamp> before = source.stamp();
+    const sys::Outcome<sys::FileStamp> before = source.stamp();
     if (!before)
         return before.error();
     CopyBuffer buffer(before->sizeBytes);

@@ -14,13 +14,13 @@ Expected<std::unique_ptr<WorkingFile>> WorkingFile::open(const sys::Folder& root
     sys::Outcome<sys::InputFile> file = root.openFile(path.bytes());
     if (!file)
         return cannotStore(path.text(), causeOf(file.error()));
-    const sys::Outcome<sys::InputFile::Stamp> stamp = file->stamp();
+    const sys::Outcome<sys::FileStamp> stamp = file->stamp();
     if (!stamp)
         return cannotStore(path.text(), causeOf(stamp.error()));
     return std::unique_ptr<WorkingFile>(new WorkingFile(path.text(), std::move(*file), *stamp));
 }
 
-WorkingFile::WorkingFile(OdString path, sys::InputFile file, const sys::InputFile::Stamp& before)
+WorkingFile::WorkingFile(OdString path, sys::InputFile file, const sys::FileStamp& before)
     : path_(std::move(path)), file_(std::move(file)), before_(before) {
 }
 
@@ -43,7 +43,7 @@ Expected<std::size_t> WorkingFile::read(std::span<char> buffer) {
 }
 
 Expected<void> WorkingFile::checkUnchanged() {
-    const sys::Outcome<sys::InputFile::Stamp> after = file_.stamp();
+    const sys::Outcome<sys::FileStamp> after = file_.stamp();
     if (!after)
         return cannotStore(path_, causeOf(after.error()));
     hasChanged_ = *after != before_ || position_ != before_.sizeBytes;

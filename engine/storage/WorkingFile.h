@@ -26,13 +26,13 @@ public:
     bool hasChanged() const { return hasChanged_; }
 
 private:
-    WorkingFile(OdString path, sys::InputFile file, const sys::InputFile::Stamp& before);
+    WorkingFile(OdString path, sys::InputFile file, const sys::FileStamp& before);
 
     Expected<void> checkUnchanged();
 
     OdString path_;
     sys::InputFile file_;
-    sys::InputFile::Stamp before_;
+    sys::FileStamp before_;
     std::int64_t position_ = 0;
     bool hasChanged_ = false;
 };

@@ -19,7 +19,7 @@ namespace qrv {
 /// It is made of other files only, so that it may be lost. docs/formats/baseline-file.md describes
 /// it, and when it is believed.
 struct KeptBaseline {
-    sys::FileVersion stateFile;
+    sys::FileStamp stateFile;
     /// The commit whose files those of HEAD are; empty before the first one.
     OdString headCommit;
     /// Without index and conflicts.

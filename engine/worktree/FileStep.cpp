@@ -24,7 +24,7 @@ bool meansSomethingElse(std::error_code error) {
            error == std::errc::too_many_symbolic_link_levels;
 }
 
-bool isSameFile(const sys::FileVersion& one, const sys::FileVersion& other) {
+bool isSameFile(const sys::FileStamp& one, const sys::FileStamp& other) {
     // Another name is a change of its own for the system.
     return one.number == other.number && one.sizeBytes == other.sizeBytes &&
            one.modifiedNs == other.modifiedNs;
@@ -40,7 +40,7 @@ public:
           caller_(caller) {}
 
     Expected<StepEnd> write(sys::NewFile file) {
-        const sys::Outcome<sys::FileVersion> version = versionOf(file);
+        const sys::Outcome<sys::FileStamp> version = stampOf(file);
         if (!version)
             return unwritable(version.error());
         written_ = *version;
@@ -71,9 +71,9 @@ public:
     }
 
 private:
-    static sys::Outcome<sys::FileVersion> versionOf(const sys::NewFile& file) {
+    static sys::Outcome<sys::FileStamp> stampOf(const sys::NewFile& file) {
         const sys::Outcome<sys::InputFile> contents = file.contents();
-        return contents ? contents->version() : contents.error();
+        return contents ? contents->stamp() : contents.error();
     }
 
     ErrorMessage unwritable(std::error_code cause) const {
@@ -98,7 +98,7 @@ private:
     void forgetWhatWasSeenBefore() {
         if (!target_.seen)
             return;
-        const sys::Outcome<sys::FileVersion> version = folder_.version(name_);
+        const sys::Outcome<sys::FileStamp> version = folder_.stamp(name_);
         if (!version || *version != *target_.seen)
             target_.seen.reset();
     }
@@ -175,7 +175,7 @@ private:
         const sys::Outcome<sys::InputFile> file = folder_.openFile(name);
         if (!file && (meansSomethingElse(file.error()) || sys::meansAbsent(file.error())))
             return false;
-        const sys::Outcome<sys::FileVersion> before = file ? file->version() : file.error();
+        const sys::Outcome<sys::FileStamp> before = file ? file->stamp() : file.error();
         if (!before)
             return systemFailure(tr(L"'%ls' cannot be read: %ls"), target_.path.text(),
                                  before.error());
@@ -186,7 +186,7 @@ private:
         const Expected<OdString> digest = digestOfFile(folder_, OdString::fromNarrow(name));
         if (!digest)
             return digest.error();
-        const sys::Outcome<sys::FileVersion> after = file->version();
+        const sys::Outcome<sys::FileStamp> after = file->stamp();
         if (!after)
             return systemFailure(tr(L"'%ls' cannot be read: %ls"), target_.path.text(),
                                  after.error());
@@ -205,7 +205,7 @@ private:
     Expected<StepEnd> exchangeBack() {
         if (const std::error_code error = folder_.exchange(aside_, name_))
             return sys::meansAbsent(error) ? nameAgain() : unwritable(error);
-        const sys::Outcome<sys::FileVersion> version = folder_.version(aside_);
+        const sys::Outcome<sys::FileStamp> version = folder_.stamp(aside_);
         if (version && version->number == written_->number)
             return removeAside(left());
         // The newest gets the name, and the one before stays beside it.
@@ -232,7 +232,7 @@ private:
     StepTarget target_;
     Caller& caller_;
     std::string aside_;
-    std::optional<sys::FileVersion> written_;
+    std::optional<sys::FileStamp> written_;
 };
 
 /// "plan.dwg" becomes "plan.kept-1.dwg", so that its program still knows what it is.

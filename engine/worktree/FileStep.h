@@ -22,7 +22,7 @@ struct StepTarget {
     /// Of its contents; empty when nothing is to lie there.
     OdString digest;
     /// The version that was seen to have these contents; without it, they are read.
-    std::optional<sys::FileVersion> seen;
+    std::optional<sys::FileStamp> seen;
     /// The place of the step in its plan.
     std::size_t position = 0;
 };
@@ -36,7 +36,7 @@ struct StepEnd {
 
     Kind kind = Kind::done;
     /// What was written, when the step wrote something and is done.
-    std::optional<sys::FileVersion> written;
+    std::optional<sys::FileStamp> written;
 };
 
 /// Gives the new file, which is closed, the name of the target, in exchange for what lies there. On

@@ -15,8 +15,8 @@ std::u16string folded(const OdString& path) {
 }
 
 bool ignoresLetterCase(const sys::Folder& root) {
-    const sys::Outcome<sys::FileVersion> metadata = root.version(".qrv");
-    const sys::Outcome<sys::FileVersion> inCapitals = root.version(".QRV");
+    const sys::Outcome<sys::FileStamp> metadata = root.stamp(".qrv");
+    const sys::Outcome<sys::FileStamp> inCapitals = root.stamp(".QRV");
     return metadata && inCapitals && metadata->number == inCapitals->number;
 }
 

@@ -22,7 +22,7 @@ ErrorMessage unreadable(std::error_code cause) {
 
 }  // namespace
 
-KeptBaseline toKept(const common::State& state, const sys::FileVersion& stateFile,
+KeptBaseline toKept(const common::State& state, const sys::FileStamp& stateFile,
                     const OdString& headCommit, std::shared_ptr<const Baseline> baseline) {
     KeptBaseline kept;
     kept.stateFile = stateFile;

@@ -16,7 +16,7 @@ namespace qrv {
 inline constexpr const char* baselinePath = ".qrv/baseline";
 
 /// What of a state and the files of HEAD is kept; the state file has been read in that version.
-KeptBaseline toKept(const common::State& state, const sys::FileVersion& stateFile,
+KeptBaseline toKept(const common::State& state, const sys::FileStamp& stateFile,
                     const OdString& headCommit, std::shared_ptr<const Baseline> baseline);
 
 /// Nothing when there is none, or one of a later program. Fails when it cannot be read or is

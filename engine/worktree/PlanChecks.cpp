@@ -64,13 +64,13 @@ bool isUnknownFile(const Workspace& workspace, const OdString& path,
 /// name only changes its letters, on a disk that ignores these.
 bool isRemovedUnderOtherName(const Workspace& workspace, const OdString& path,
                              const std::vector<PlannedFile>& steps) {
-    const sys::Outcome<sys::FileVersion> version = workspace.folder().version(path.toNarrow());
+    const sys::Outcome<sys::FileStamp> version = workspace.folder().stamp(path.toNarrow());
     return version && std::any_of(steps.begin(), steps.end(), [&](const PlannedFile& step) {
                const bool isOther = step.path != path && folded(step.path) == folded(path);
                if (!step.after.isEmpty() || !isOther)
                    return false;
-               const sys::Outcome<sys::FileVersion> removed =
-                   workspace.folder().version(step.path.toNarrow());
+               const sys::Outcome<sys::FileStamp> removed =
+                   workspace.folder().stamp(step.path.toNarrow());
                return removed && removed->number == version->number;
            });
 }
@@ -106,7 +106,7 @@ OdString digestOfUrl(const OdString& url) {
 /// time.
 constexpr std::chrono::seconds coarsestTimeStep{2};
 
-bool isJustChanged(const sys::FileVersion& version) {
+bool isJustChanged(const sys::FileStamp& version) {
     return !isOlder(version.modifiedNs, coarsestTimeStep);
 }
 
@@ -116,10 +116,10 @@ public:
         : workspace_(workspace), changes_(changes) {}
 
     /// The version that has the contents which the step expects; nothing when the file has others.
-    Expected<std::optional<sys::FileVersion>> sightingOf(const PlannedFile& step) const {
-        using Answer = Expected<std::optional<sys::FileVersion>>;
+    Expected<std::optional<sys::FileStamp>> sightingOf(const PlannedFile& step) const {
+        using Answer = Expected<std::optional<sys::FileStamp>>;
         const std::string path = step.path.toNarrow();
-        const sys::Outcome<sys::FileVersion> before = workspace_.folder().version(path);
+        const sys::Outcome<sys::FileStamp> before = workspace_.folder().stamp(path);
         if (!before && sys::meansAbsent(before.error()))
             return Answer(std::nullopt);
         if (!before)
@@ -129,14 +129,14 @@ public:
         const Expected<OdString> digest = digestOfFile(workspace_.folder(), step.path);
         if (!digest)
             return digest.error();
-        const sys::Outcome<sys::FileVersion> after = workspace_.folder().version(path);
+        const sys::Outcome<sys::FileStamp> after = workspace_.folder().stamp(path);
         const bool isSame = *digest == digestOfUrl(step.before) && after && *after == *before;
         return isSame ? Answer(*before) : Answer(std::nullopt);
     }
 
 private:
     /// As in HEAD, and the steps were made of it.
-    bool isBelieved(const OdString& path, const sys::FileVersion& version) const {
+    bool isBelieved(const OdString& path, const sys::FileStamp& version) const {
         if (changeOf(path, changes_) != common::FileChange::unchanged)
             return false;
         const std::vector<KnownFile>& files = changes_.baseline->files();
@@ -246,7 +246,7 @@ Expected<Sightings> lookAgain(const Workspace& workspace, const std::vector<Plan
     for (const PlannedFile& step : steps) {
         if (step.before.isEmpty())
             continue;
-        const Expected<std::optional<sys::FileVersion>> sighting = look.sightingOf(step);
+        const Expected<std::optional<sys::FileStamp>> sighting = look.sightingOf(step);
         if (!sighting)
             return sighting.error();
         if (!*sighting)

@@ -4,7 +4,7 @@
 #include <engine/history/Plan.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/Workspace.h>
-#include <sys/FileVersion.h>
+#include <sys/FileStamp.h>
 
 #include <map>
 #include <vector>
@@ -32,7 +32,7 @@ Expected<void> checkNames(const std::vector<PlannedFile>& steps, const WorkingCh
 Expected<void> checkNotInUse(Workspace& workspace, const std::vector<PlannedFile>& steps);
 
 /// Working files by path, as they were seen to have the contents that a step expects.
-using Sightings = std::map<OdString, sys::FileVersion>;
+using Sightings = std::map<OdString, sys::FileStamp>;
 
 /// Looks at the files that the steps change once more. Fails, with a list of them, for those that
 /// do not have the expected contents: another program has saved them since `changes` were found.

@@ -19,7 +19,7 @@ namespace {
 struct Found {
     /// Empty when nothing lies there, or a folder.
     OdString digest;
-    std::optional<sys::FileVersion> version;
+    std::optional<sys::FileStamp> version;
     /// A link, a pipe, or a file that changes at this moment: nothing that a plan makes.
     bool isForeign = false;
 };
@@ -35,11 +35,11 @@ Expected<Found> findFile(const Workspace& workspace, const OdString& path) {
             return Found{.digest = {}, .version = std::nullopt, .isForeign = true};
         return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, error);
     }
-    const sys::Outcome<sys::FileVersion> before = file->version();
+    const sys::Outcome<sys::FileStamp> before = file->stamp();
     const Expected<OdString> digest = digestOfFile(workspace.folder(), path);
     if (!digest)
         return digest.error();
-    const sys::Outcome<sys::FileVersion> after = file->version();
+    const sys::Outcome<sys::FileStamp> after = file->stamp();
     if (!before || !after)
         return systemFailure(tr(L"'%ls' cannot be read: %ls"), path,
                              before ? after.error() : before.error());

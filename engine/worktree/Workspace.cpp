@@ -25,7 +25,7 @@ constexpr const char* statePath = ".qrv/qrv.state";
 
 /// Whether the clock of the file system had gone on between the two, so that no version of the
 /// older file that comes after the younger one can have the times of this one.
-bool isLater(const sys::FileVersion& younger, const sys::FileVersion& older) {
+bool isLater(const sys::FileStamp& younger, const sys::FileStamp& older) {
     return younger.modifiedNs > older.modifiedNs && younger.changedNs > older.changedNs;
 }
 
@@ -155,8 +155,8 @@ bool Workspace::canScanAhead() {
 
 /// One that cannot be read is no loss.
 void Workspace::takeKeptBaseline() {
-    const sys::Outcome<sys::FileVersion> stateFile = folder_.version(statePath);
-    const sys::Outcome<sys::FileVersion> keptFile = folder_.version(baselinePath);
+    const sys::Outcome<sys::FileStamp> stateFile = folder_.stamp(statePath);
+    const sys::Outcome<sys::FileStamp> keptFile = folder_.stamp(baselinePath);
     if (!stateFile || !keptFile || !isLater(*keptFile, *stateFile))
         return;
     Expected<std::optional<KeptBaseline>> kept = readBaseline(folder_);
@@ -168,7 +168,7 @@ void Workspace::takeKeptBaseline() {
 Expected<void> Workspace::openCache() {
     // Before it is read: should somebody replace it meanwhile, its time is too early, and less of
     // the index is trusted.
-    const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
+    const sys::Outcome<sys::FileStamp> version = folder_.stamp(statePath);
     stateVersion_ = version ? std::optional(*version) : std::nullopt;
     Expected<std::shared_ptr<common::Cache>> cache = openState(root_, folder_, host_);
     if (!cache)
@@ -239,7 +239,7 @@ void Workspace::writeKeptBaseline() {
     if (!toKeep_)
         return;
     const SharedMode shared(folder_, caller_);
-    const sys::Outcome<sys::FileVersion> version = folder_.version(statePath);
+    const sys::Outcome<sys::FileStamp> version = folder_.stamp(statePath);
     if (version && *version == toKeep_->stateFile)
         static_cast<void>(writeBaseline(*toKeep_, folder_));
     toKeep_.reset();

@@ -128,7 +128,7 @@ private:
     std::int64_t firstUnrecorded_ = 1;
     std::shared_ptr<common::Cache> cache_;
     /// Of the state file when it was read; nothing when it was not there.
-    std::optional<sys::FileVersion> stateVersion_;
+    std::optional<sys::FileStamp> stateVersion_;
     /// Instead of the cache, as long as there is none.
     std::optional<KeptBaseline> kept_;
     std::optional<KeptBaseline> toKeep_;

@@ -100,12 +100,12 @@ TEST_F(Folder, KeepsTimesBefore1970AndCutsThoseThatDoNotFit) {
 
 TEST_F(Folder, TellsVersionsOfAFileApart) {
     writeFile(temporary_ / "file", "before");
-    const sys::FileVersion before = *folder_.version("file");
-    EXPECT_EQ(*folder_.version("file"), before);
+    const sys::FileStamp before = *folder_.stamp("file");
+    EXPECT_EQ(*folder_.stamp("file"), before);
     EXPECT_EQ(before.sizeBytes, 6);
     EXPECT_EQ(before.modifiedNs, folder_.status("file")->modifiedNs);
     setTime("file", {.tv_sec = 1700000000, .tv_nsec = 1});
-    const sys::FileVersion changed = *folder_.version("file");
+    const sys::FileStamp changed = *folder_.stamp("file");
     EXPECT_EQ(changed.number, before.number);
     EXPECT_EQ(changed.modifiedNs, 1700000000000000001);
     EXPECT_GE(changed.changedNs, before.changedNs);
@@ -113,8 +113,8 @@ TEST_F(Folder, TellsVersionsOfAFileApart) {
     writeFile(temporary_ / "other", "before");
     setTime("other", {.tv_sec = 1700000000, .tv_nsec = 1});
     fs::rename(temporary_ / "other", temporary_ / "file");
-    EXPECT_NE(folder_.version("file")->number, changed.number);
-    EXPECT_EQ(errorOf(folder_.version("missing")), code(std::errc::no_such_file_or_directory));
+    EXPECT_NE(folder_.stamp("file")->number, changed.number);
+    EXPECT_EQ(errorOf(folder_.stamp("missing")), code(std::errc::no_such_file_or_directory));
 }
 
 TEST_F(Folder, ReadsAFileToItsEnd) {
@@ -159,7 +159,7 @@ TEST_F(Folder, SeesByTheStampThatAFileWasChanged) {
     writeFile(temporary_ / "file", "before");
     setTime("file", {.tv_sec = 1700000000, .tv_nsec = 1});
     const sys::Outcome<sys::InputFile> file = folder_.openFile("file");
-    const sys::InputFile::Stamp before = *file->stamp();
+    const sys::FileStamp before = *file->stamp();
     EXPECT_EQ(*file->stamp(), before);
     setTime("file", {.tv_sec = 1700000000, .tv_nsec = 2});
     EXPECT_FALSE(*file->stamp() == before);

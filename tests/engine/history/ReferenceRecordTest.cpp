@@ -130,7 +130,7 @@ TEST(ReferenceRecord, IgnoresALineWithoutAnEndUntilItGrows) {
 // The numbers of files tell a file that grew from one that was replaced.
 TEST(ReferenceRecord, IsReplacedOnlyWhenItIsDamaged) {
     const Recorded repository;
-    const auto number = [&] { return repository.root().version(qrv::referenceRecordPath)->number; };
+    const auto number = [&] { return repository.root().stamp(qrv::referenceRecordPath)->number; };
     qrv_test::writeFile(repository.path(),
                         qrv_test::readFile(QRV_HISTORY_SAMPLES "/references.sample"));
     const auto first = number();

@@ -74,7 +74,7 @@ TEST_F(FileStep, ReplacesWhatIsAsExpected) {
     const Expected<StepEnd> end = write(target("old"));
     EXPECT_EQ(endOf(end), "done");
     EXPECT_EQ(readFile(file), "planned");
-    EXPECT_EQ(end->written->number, folder.version("plans/plan.dwg")->number);
+    EXPECT_EQ(end->written->number, folder.stamp("plans/plan.dwg")->number);
     EXPECT_THAT(tree(), ElementsAre("plans/", "plans/plan.dwg"));
 }
 
@@ -92,13 +92,13 @@ TEST_F(FileStep, GivesBackWhatAnotherProgramSaved) {
 TEST_F(FileStep, BelievesAVersionOnlyAsItWasSeen) {
     writeFile(file, "old");
     StepTarget step = target("something else");
-    step.seen = *folder.version("plans/plan.dwg");
+    step.seen = *folder.stamp("plans/plan.dwg");
     const fs::file_time_type time = fs::last_write_time(file);
     writeFile(file, "new");
     fs::last_write_time(file, time);
     EXPECT_EQ(endOf(write(step)), "left");
     EXPECT_EQ(readFile(file), "new");
-    step.seen = *folder.version("plans/plan.dwg");
+    step.seen = *folder.stamp("plans/plan.dwg");
     EXPECT_EQ(endOf(write(step)), "done");
     EXPECT_EQ(readFile(file), "planned");
 }
