@@ -1,5 +1,6 @@
 #pragma once
 
+#include <engine/history/CommitEntry.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
@@ -19,20 +20,6 @@ struct FileDelta {
     std::int64_t sizeBytes = 0;
 
     friend bool operator==(const FileDelta&, const FileDelta&) = default;
-};
-
-struct CommitEntry {
-    /// Counts from 1 in the order in which commits were made here.
-    std::int64_t number = 0;
-    OdString hash;
-    /// Hashes; the first is the one that the deltas are against.
-    std::vector<OdString> parents;
-    OdString author;
-    OdString message;
-    /// Seconds since 1970-01-01T00:00:00Z.
-    std::int64_t timeSeconds = 0;
-
-    friend bool operator==(const CommitEntry&, const CommitEntry&) = default;
 };
 
 /// A file of a commit.
