@@ -2,24 +2,13 @@
 #include <cli/shell/Output.h>
 #include <cli/terminal/Message.h>
 #include <engine/base/Translation.h>
+#include <engine/base/WithoutExceptions.h>
 
-#include <exception>
-#include <new>
 #include <system_error>
 
 namespace qrv::cli {
 
 namespace {
-
-Expected<void> withoutExceptions(const Action& action, Output& output) {
-    try {
-        return action(output);
-    } catch (const std::bad_alloc&) {
-        return ErrorMessage{tr(L"There is not enough memory.")};
-    } catch (const std::exception& exception) {
-        return ErrorMessage{OdString(exception.what())};
-    }
-}
 
 ExitStatus finish(Output& output) {
     const std::error_code failure = output.finish();
@@ -35,7 +24,7 @@ ExitStatus finish(Output& output) {
 }  // namespace
 
 ExitStatus carryOut(const Action& action, Output& output) {
-    const Expected<void> result = withoutExceptions(action, output);
+    const Expected<void> result = withoutExceptions([&] { return action(output); });
     const ExitStatus outputStatus = finish(output);
     if (result)
         return outputStatus;
