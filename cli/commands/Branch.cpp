@@ -8,7 +8,6 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/operations/NamedReferences.h>
-#include <engine/worktree/Workspace.h>
 
 #include <algorithm>
 #include <memory>
@@ -32,13 +31,12 @@ struct Arguments {
     bool asJson = false;
 };
 
-void writeBranches(Workspace& workspace, Output& output) {
-    const std::vector<NamedReference> branches = listReferences(workspace, RefType::Branch);
+void writeBranches(const std::vector<NamedReference>& branches, Output& output) {
     int width = 0;
     for (const NamedReference& branch : branches)
         width = std::max(width, printable(branch.name).getLength());
     for (const NamedReference& branch : branches) {
-        const OdString mark = branch.name == workspace.branch() ? L"* " : L"  ";
+        const OdString mark = branch.isCurrent ? L"* " : L"  ";
         const OdString line =
             branch.commit
                 ? mark + referenceLine(branch.name, width, *branch.commit)
@@ -47,47 +45,44 @@ void writeBranches(Workspace& workspace, Output& output) {
     }
 }
 
-void writeDocument(Workspace& workspace, Output& output) {
+void writeDocument(const std::vector<NamedReference>& branches, Output& output) {
     jsonlib::json::Array array;
-    for (const NamedReference& branch : listReferences(workspace, RefType::Branch)) {
+    for (const NamedReference& branch : branches) {
         jsonlib::json::Object object = referenceDocument(branch.name, branch.commit);
-        object[L"current"] = branch.name == workspace.branch();
+        object[L"current"] = branch.isCurrent;
         array.emplace_back(std::move(object));
     }
     writeJson(std::move(array), output);
 }
 
 /// For the completion of the shells; no name has a line feed.
-void writeNames(Workspace& workspace, Output& output) {
-    for (const NamedReference& branch : listReferences(workspace, RefType::Branch))
+void writeNames(const std::vector<NamedReference>& branches, Output& output) {
+    for (const NamedReference& branch : branches)
         output.write(branch.name.toNarrow() + '\n');
 }
 
 Expected<void> list(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look, person());
-    if (!workspace)
-        return workspace.error();
+    const Expected<std::vector<NamedReference>> branches =
+        listReferences(".", RefType::Branch, person());
+    if (!branches)
+        return branches.error();
     if (arguments.asJson)
-        writeDocument(**workspace, output);
+        writeDocument(*branches, output);
     else if (arguments.namesOnly)
-        writeNames(**workspace, output);
+        writeNames(*branches, output);
     else
-        writeBranches(**workspace, output);
+        writeBranches(*branches, output);
     return {};
 }
 
 Expected<void> change(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, person());
-    if (!workspace)
-        return workspace.error();
     const OdString name =
         OdString::fromNarrow(arguments.deleted.value_or(arguments.name.value_or("")));
     const Expected<CommitEntry> commit =
-        arguments.deleted ? deleteReference(**workspace, {RefType::Branch, name, arguments.force})
-                          : makeReference(**workspace, {RefType::Branch, name,
-                                                        OdString::fromNarrow(arguments.start)});
+        arguments.deleted
+            ? deleteReference(".", {RefType::Branch, name, arguments.force}, person())
+            : makeReference(".", {RefType::Branch, name, OdString::fromNarrow(arguments.start)},
+                            person());
     if (!commit)
         return commit.error();
     const OdString text = arguments.deleted

@@ -8,7 +8,6 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/operations/NamedReferences.h>
-#include <engine/worktree/Workspace.h>
 
 #include <algorithm>
 #include <memory>
@@ -53,31 +52,26 @@ void writeNames(const std::vector<NamedReference>& tags, Output& output) {
 }
 
 Expected<void> list(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look, person());
-    if (!workspace)
-        return workspace.error();
-    const std::vector<NamedReference> tags = listReferences(**workspace, RefType::Tag);
+    const Expected<std::vector<NamedReference>> tags = listReferences(".", RefType::Tag, person());
+    if (!tags)
+        return tags.error();
     if (arguments.asJson)
-        writeDocument(tags, output);
+        writeDocument(*tags, output);
     else if (arguments.namesOnly)
-        writeNames(tags, output);
+        writeNames(*tags, output);
     else
-        writeTags(tags, output);
+        writeTags(*tags, output);
     return {};
 }
 
 Expected<void> change(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, person());
-    if (!workspace)
-        return workspace.error();
     const OdString name =
         OdString::fromNarrow(arguments.deleted.value_or(arguments.name.value_or("")));
     const Expected<CommitEntry> commit =
-        arguments.deleted ? deleteReference(**workspace, {RefType::Tag, name})
-                          : makeReference(**workspace, {RefType::Tag, name,
-                                                        OdString::fromNarrow(arguments.commit)});
+        arguments.deleted
+            ? deleteReference(".", {RefType::Tag, name}, person())
+            : makeReference(".", {RefType::Tag, name, OdString::fromNarrow(arguments.commit)},
+                            person());
     if (!commit)
         return commit.error();
     const OdString text = arguments.deleted

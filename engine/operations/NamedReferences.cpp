@@ -3,7 +3,8 @@
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/history/ReferenceName.h>
-#include <engine/operations/NamedReferences.h>
+#include <engine/operations/NamedReferencesInternal.h>
+#include <engine/operations/WithRepositoryInternal.h>
 #include <engine/repository/LogEntry.h>
 
 #include <algorithm>
@@ -79,7 +80,7 @@ std::vector<NamedReference> listReferences(Workspace& workspace, RefType type) {
     }
     std::vector<NamedReference> references;
     for (const OdString& name : names) {
-        NamedReference reference = {name, std::nullopt};
+        NamedReference reference = {name, std::nullopt, isCurrentBranch(workspace, type, name)};
         if (const auto hash = history.reference(name, type))
             reference.commit = history.commit(*hash);
         references.push_back(std::move(reference));
@@ -120,6 +121,26 @@ Expected<CommitEntry> deleteReference(Workspace& workspace, const DeleteReferenc
     history.removeReference(wish.name, wish.type);
     logReference(wordsOf(wish.type).deleted, wish.name, workspace);
     return named;
+}
+
+Expected<std::vector<NamedReference>> listReferences(const std::string& folder, RefType type,
+                                                     Caller& caller) {
+    using Listed = Expected<std::vector<NamedReference>>;
+    return withRepository(
+        folder, Workspace::Use::look, caller,
+        [&](Workspace& workspace) -> Listed { return listReferences(workspace, type); });
+}
+
+Expected<CommitEntry> makeReference(const std::string& folder, const MakeReference& wish,
+                                    Caller& caller) {
+    return withRepository(folder, Workspace::Use::change, caller,
+                          [&](Workspace& workspace) { return makeReference(workspace, wish); });
+}
+
+Expected<CommitEntry> deleteReference(const std::string& folder, const DeleteReference& wish,
+                                      Caller& caller) {
+    return withRepository(folder, Workspace::Use::change, caller,
+                          [&](Workspace& workspace) { return deleteReference(workspace, wish); });
 }
 
 }  // namespace qrv

@@ -2,11 +2,12 @@
 
 #include <common/base/Expected.h>
 #include <common/server/Reference.h>
-#include <engine/history/Commit.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/base/Caller.h>
+#include <engine/history/CommitEntry.h>
 #include <platform/kernel/OdString.h>
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace qrv {
@@ -16,23 +17,28 @@ namespace qrv {
 struct NamedReference {
     OdString name;
     std::optional<CommitEntry> commit;
+    /// The branch that the next commit goes to.
+    bool isCurrent = false;
 };
 
-/// All branches, the current one included, or all tags, in the order of their names. May throw
-/// `DatabaseError`.
-std::vector<NamedReference> listReferences(Workspace& workspace, common::RefType type);
+/// All branches, the current one included, or all tags of the repository that holds `folder`, in
+/// the order of their names. Fails when the repository cannot be opened or read.
+Expected<std::vector<NamedReference>> listReferences(const std::string& folder,
+                                                     common::RefType type, Caller& caller);
 
 struct MakeReference {
     common::RefType type = common::RefType::Branch;
     OdString name;
-    /// The commit as a person calls it (see CommitName.h).
+    /// The commit as a person calls it: "HEAD", a branch or tag, a number or the beginning of a
+    /// hash.
     OdString commit;
 };
 
 /// Makes a branch or a tag, and gives the commit that it names. Fails for a name that is none or is
-/// there already, and for a commit that is not found; nothing is changed then. Needs the lock. May
-/// throw `DatabaseError`.
-Expected<CommitEntry> makeReference(Workspace& workspace, const MakeReference& wish);
+/// there already, for a commit that is not found, and when the repository cannot be opened or
+/// changed; nothing is changed then.
+Expected<CommitEntry> makeReference(const std::string& folder, const MakeReference& wish,
+                                    Caller& caller);
 
 struct DeleteReference {
     common::RefType type = common::RefType::Branch;
@@ -42,9 +48,10 @@ struct DeleteReference {
 };
 
 /// Deletes a branch or a tag, and gives the commit that it named. Fails for one that is not there,
-/// with the name that may have been meant, for the current branch, and without `force` for a branch
-/// whose commits nothing else holds; nothing is changed then. Needs the lock. May throw
-/// `DatabaseError`.
-Expected<CommitEntry> deleteReference(Workspace& workspace, const DeleteReference& wish);
+/// with the name that may have been meant, for the current branch, without `force` for a branch
+/// whose commits nothing else holds, and when the repository cannot be opened or changed; nothing
+/// is changed then.
+Expected<CommitEntry> deleteReference(const std::string& folder, const DeleteReference& wish,
+                                      Caller& caller);
 
 }  // namespace qrv

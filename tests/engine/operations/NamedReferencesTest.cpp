@@ -1,7 +1,8 @@
-#include <engine/operations/NamedReferences.h>
+#include <engine/operations/NamedReferencesInternal.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>
 #include <tests/support/Files.h>
+#include <tests/support/TemporaryFolder.h>
 
 #include <gmock/gmock.h>
 
@@ -52,6 +53,7 @@ protected:
 
     qrv_test::Working project;
     std::unique_ptr<Workspace> workspace;
+    qrv_test::RecordingCaller caller;
 };
 
 TEST_F(NamedReferences, AreMadeWhereAPersonSays) {
@@ -109,6 +111,33 @@ TEST_F(NamedReferences, OfBranchesThatAloneHoldCommitsAreDeletedByForceOnly) {
     ASSERT_TRUE(make(RefType::Branch, L"again", L"held"));
     ASSERT_TRUE(remove(RefType::Tag, L"held"));
     EXPECT_EQ(remove(RefType::Branch, L"again", true)->number, 3);
+}
+
+TEST_F(NamedReferences, AreMadeListedAndDeletedByTheFolderOfTheirRepository) {
+    workspace.reset();
+    const std::string folder = project.folder.path();
+    EXPECT_EQ(makeReference(folder, {RefType::Branch, L"side", L"1"}, caller)->number, 1);
+    const auto branches = listReferences(folder, RefType::Branch, caller);
+    ASSERT_EQ(branches->size(), 2U);
+    EXPECT_EQ(branches->at(0).name, OdString(L"master"));
+    EXPECT_TRUE(branches->at(0).isCurrent);
+    EXPECT_EQ(branches->at(1).commit->number, 1);
+    EXPECT_FALSE(branches->at(1).isCurrent);
+    EXPECT_EQ(deleteReference(folder, {RefType::Branch, L"side"}, caller)->number, 1);
+    EXPECT_EQ(listReferences(folder, RefType::Branch, caller)->size(), 1U);
+    EXPECT_THAT(caller.notes, testing::IsEmpty());
+}
+
+TEST_F(NamedReferences, FailWithAMessageWhereThereIsNoRepositoryOrADamagedOne) {
+    workspace.reset();
+    const qrv_test::TemporaryFolder elsewhere;
+    EXPECT_THAT(messageOf(makeReference(elsewhere.path(), {RefType::Tag, L"v1", L"HEAD"}, caller)),
+                HasSubstr("is not in a repository"));
+    qrv_test::writeFile(project / ".qrv/qrv.db", std::string(4096, 'x'));
+    const auto tags = listReferences(project.folder.path(), RefType::Tag, caller);
+    ASSERT_FALSE(tags);
+    EXPECT_THAT(tags.error().message.toNarrow(),
+                AllOf(HasSubstr("The database '"), HasSubstr("cannot be used")));
 }
 
 }  // namespace
