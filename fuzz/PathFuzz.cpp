@@ -2,8 +2,8 @@
 
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
-#include <engine/paths/StorageUrlCheck.h>
 
 #include <fcntl.h>
 #include <linux/openat2.h>

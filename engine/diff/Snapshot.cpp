@@ -1,5 +1,5 @@
 #include <engine/diff/Snapshot.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/worktree/WorkingFile.h>
 
 #include <utility>

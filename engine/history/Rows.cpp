@@ -1,8 +1,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/RowsInternal.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
-#include <engine/paths/StorageUrlCheck.h>
 
 #include <algorithm>
 #include <string>

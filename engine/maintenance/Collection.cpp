@@ -5,7 +5,7 @@
 #include <engine/maintenance/Collection.h>
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/maintenance/Packing.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/Age.h>
 #include <engine/storage/PackFile.h>

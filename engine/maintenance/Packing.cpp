@@ -3,7 +3,7 @@
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/maintenance/Packing.h>
 #include <engine/maintenance/ReadToEnd.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/storage/PackFile.h>
 #include <engine/storage/StorageMessages.h>
 

@@ -2,8 +2,8 @@
 #include <engine/base/Translation.h>
 #include <engine/history/ReferenceName.h>
 #include <engine/maintenance/StateCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
-#include <engine/paths/StorageUrlCheck.h>
 
 #include <set>
 

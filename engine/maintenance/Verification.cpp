@@ -9,7 +9,7 @@
 #include <engine/maintenance/ReadToEnd.h>
 #include <engine/maintenance/StateCheck.h>
 #include <engine/maintenance/Verification.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/repository/Repository.h>

@@ -1,6 +1,6 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/repository/MetadataFiles.h>
 
 #include <algorithm>

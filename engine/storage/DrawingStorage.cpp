@@ -3,8 +3,8 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/database/Database.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
-#include <engine/paths/StorageUrlCheck.h>
 #include <engine/storage/Age.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/FrameStore.h>

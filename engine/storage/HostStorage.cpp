@@ -1,7 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/storage/CopyBuffer.h>
 #include <engine/storage/HostStorage.h>
 #include <engine/storage/StorageMessages.h>

@@ -1,7 +1,7 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
-#include <engine/paths/StorageUrlCheck.h>
 #include <engine/storage/ObjectFolder.h>
 #include <engine/storage/ObjectStorage.h>
 #include <engine/storage/StorageMessages.h>

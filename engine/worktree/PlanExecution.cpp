@@ -3,8 +3,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
-#include <engine/paths/StorageUrlCheck.h>
 #include <engine/worktree/FileStep.h>
 #include <engine/worktree/FoldedName.h>
 #include <engine/worktree/Merging.h>

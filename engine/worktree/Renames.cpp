@@ -1,4 +1,4 @@
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/worktree/Renames.h>
 #include <engine/worktree/WorkingFile.h>
 

@@ -1,7 +1,7 @@
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/worktree/Merging.h>
 #include <engine/worktree/PathList.h>
 #include <engine/worktree/PlanChecks.h>

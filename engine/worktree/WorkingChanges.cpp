@@ -1,7 +1,7 @@
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Translation.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/worktree/Renames.h>
 #include <engine/worktree/Ticks.h>
 #include <engine/worktree/TreeScan.h>

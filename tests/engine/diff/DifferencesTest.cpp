@@ -1,5 +1,5 @@
 #include <engine/diff/Differences.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <tests/engine/history/Repository.h>
 
 #include <gtest/gtest.h>

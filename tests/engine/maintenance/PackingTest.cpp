@@ -1,6 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/maintenance/Packing.h>
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/PackFile.h>
 #include <engine/worktree/Workspace.h>

@@ -1,4 +1,4 @@
-#include <engine/paths/StorageUrlCheck.h>
+#include <engine/paths/CheckedUrl.h>
 
 #include <gmock/gmock.h>
 

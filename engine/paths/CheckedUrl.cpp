@@ -1,7 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
-#include <engine/paths/StorageUrlCheck.h>
 
 #include <algorithm>
 #include <cstddef>
