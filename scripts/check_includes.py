@@ -50,6 +50,7 @@ EDGES = {
     },
     "engine/base": {},
     "engine/paths": {"engine/base": "errors and their texts"},
+    "engine/tree": {},
     "engine/database": {"engine/base": "errors and their texts"},
     "engine/storage": {
         "engine/base": "digests, errors and their texts",
@@ -60,6 +61,7 @@ EDGES = {
         "engine/base": "digests, errors and their texts",
         "engine/database": "the history is one",
         "engine/paths": "commits name files and stored versions",
+        "engine/tree": "each commit has one",
     },
     "engine/repository": {
         "engine/base": "errors and their texts, and who asks",
@@ -71,12 +73,14 @@ EDGES = {
         "engine/paths": "working files are named from outside",
         "engine/repository": "is opened, locked and logged to",
         "engine/storage": "files are stored and brought back",
+        "engine/tree": "is brought to another one",
     },
     "engine/diff": {
         "engine/base": "errors and their texts",
         "engine/history": "compares commits",
         "engine/paths": "stored versions are named from outside",
         "engine/storage": "reads what is compared",
+        "engine/tree": "is what is compared",
         "engine/worktree": "compares working files",
     },
     "engine/maintenance": {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <common/base/Expected.h>
-#include <engine/history/History.h>
+#include <engine/tree/Tree.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>

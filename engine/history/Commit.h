@@ -4,7 +4,6 @@
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
-#include <map>
 #include <vector>
 
 namespace qrv {
@@ -21,23 +20,6 @@ struct FileDelta {
 
     friend bool operator==(const FileDelta&, const FileDelta&) = default;
 };
-
-/// A file of a commit.
-struct TreeFile {
-    OdString url;
-    std::int64_t sizeBytes = 0;
-
-    friend bool operator==(const TreeFile&, const TreeFile&) = default;
-};
-
-/// A file without its contents.
-struct SizedFile {
-    OdString path;
-    std::int64_t sizeBytes = 0;
-};
-
-/// All files of a commit by their paths.
-using Tree = std::map<OdString, TreeFile>;
 
 /// A commit to be made.
 struct NewCommit {

@@ -4,6 +4,7 @@
 #include <common/server/Reference.h>
 #include <engine/database/Database.h>
 #include <engine/history/Commit.h>
+#include <engine/tree/Tree.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 

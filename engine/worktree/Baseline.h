@@ -1,7 +1,7 @@
 #pragma once
 
 #include <common/state/State.h>
-#include <engine/history/Commit.h>
+#include <engine/tree/Tree.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <engine/history/Commit.h>
+#include <engine/tree/Tree.h>
 #include <engine/worktree/Unseen.h>
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>

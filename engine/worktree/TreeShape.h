@@ -2,6 +2,7 @@
 
 #include <common/base/Expected.h>
 #include <engine/history/Commit.h>
+#include <engine/tree/Tree.h>
 
 #include <vector>
 
