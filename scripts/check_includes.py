@@ -89,6 +89,7 @@ EDGES = {
         "engine/paths": "stored versions are named from outside",
         "engine/repository": "lists what lies there",
         "engine/storage": "is checked, packed and collected",
+        "engine/tree": "HEAD is brought to another one",
         "engine/worktree": "collection keeps what a workspace needs",
     },
     "engine/operations": {

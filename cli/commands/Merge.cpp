@@ -46,7 +46,7 @@ const wchar_t* codeOf(MergeOutcome::Kind kind) {
 
 jsonlib::json::Value documentOf(const MergeOutcome& outcome, const common::State& state) {
     jsonlib::json::Array files;
-    for (const PlannedFile& file : outcome.files.taken)
+    for (const TreeStep& file : outcome.files.taken)
         files.emplace_back(file.path.toWide());
     jsonlib::json::Object object;
     object[L"result"] = codeOf(outcome.kind);

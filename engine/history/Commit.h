@@ -1,25 +1,13 @@
 #pragma once
 
 #include <engine/history/CommitEntry.h>
+#include <engine/tree/FileDelta.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
 #include <vector>
 
 namespace qrv {
-
-/// What a commit did to one file, compared with its first parent.
-struct FileDelta {
-    OdString path;
-    /// The storage URL of the contents; empty when the file was removed.
-    OdString url;
-    /// The file's path before, when it was renamed; otherwise empty.
-    OdString previousPath;
-    /// Of the contents; 0 when the file was removed.
-    std::int64_t sizeBytes = 0;
-
-    friend bool operator==(const FileDelta&, const FileDelta&) = default;
-};
 
 /// A commit to be made.
 struct NewCommit {

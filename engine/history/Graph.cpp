@@ -122,21 +122,6 @@ std::vector<std::int64_t> firstParentLine(Database& database, std::int64_t numbe
     return line;
 }
 
-void apply(std::vector<FileDelta> deltas, Tree& tree) {
-    // First all that go: a new file may have the name that a renamed one had.
-    for (const FileDelta& delta : deltas) {
-        if (delta.url.isEmpty())
-            tree.erase(delta.path);
-        if (!delta.previousPath.isEmpty())
-            tree.erase(delta.previousPath);
-    }
-    for (FileDelta& delta : deltas) {
-        if (!delta.url.isEmpty())
-            tree.insert_or_assign(tree.end(), std::move(delta.path),
-                                  TreeFile{std::move(delta.url), delta.sizeBytes});
-    }
-}
-
 }  // namespace
 
 std::vector<CommitEntry> History::ancestors(const OdString& hash) {

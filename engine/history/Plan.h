@@ -1,6 +1,7 @@
 #pragma once
 
 #include <engine/history/History.h>
+#include <engine/tree/TreeStep.h>
 #include <platform/kernel/OdString.h>
 
 #include <optional>
@@ -8,17 +9,8 @@
 
 namespace qrv {
 
-/// One step of a plan: the working file goes from one version to another.
-struct PlannedFile {
-    OdString path;
-    /// The storage URL of what lies there before; empty when nothing does.
-    OdString before;
-    /// Of what is to lie there; empty when the file is to go.
-    OdString after;
-    std::int64_t sizeBytes = 0;
-
-    friend bool operator==(const PlannedFile&, const PlannedFile&) = default;
-};
+/// One step of a plan.
+using PlannedFile = TreeStep;
 
 /// What a command that touches several working files is about to do, noted in the history before
 /// the first of them is touched and forgotten after the last: who finds one finishes it.

@@ -12,7 +12,7 @@
 #include <engine/repository/RepositoryLock.h>
 #include <engine/repository/SharedMode.h>
 #include <engine/storage/Storages.h>
-#include <engine/worktree/PlanExecution.h>
+#include <engine/tree/FileDelta.h>
 
 #include <algorithm>
 #include <map>
@@ -265,10 +265,7 @@ private:
         if (head.isEmpty())
             addProblem(OdString::format(tr(L"There is no commit of the current branch '%ls'"),
                                         printable(branch)));
-        std::vector<FileDelta> deltas;
-        for (const PlannedFile& step : stepsBetween(history.headFiles(), history.tree(head)))
-            deltas.push_back({step.path, step.after, {}, step.sizeBytes});
-        history.changeHeadFiles(deltas);
+        history.changeHeadFiles(deltasBetween(history.headFiles(), history.tree(head)));
         history.setNote(headNote, head);
     }
 

@@ -24,4 +24,10 @@ struct SizedFile {
 /// Files by their paths: those of a commit, or of HEAD.
 using Tree = std::map<OdString, TreeFile>;
 
+/// The file of that path; null when there is none.
+const TreeFile* fileIn(const Tree& tree, const OdString& path);
+
+/// The URL of the file of that path; empty when there is none.
+OdString urlIn(const Tree& tree, const OdString& path);
+
 }  // namespace qrv

@@ -1,8 +1,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/tree/FileDelta.h>
 #include <engine/worktree/Interruption.h>
 #include <engine/worktree/NotedPlanCheck.h>
-#include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/PlanRecovery.h>
 
 #include <optional>
@@ -54,10 +54,7 @@ void forgetInterruption(Workspace& workspace) {
     forgetPlan(history);
     const OdString head = workspace.headCommit();
     if (history.note(headNote) != head) {
-        std::vector<FileDelta> deltas;
-        for (const PlannedFile& step : stepsBetween(history.headFiles(), history.tree(head)))
-            deltas.push_back({step.path, step.after, {}, step.sizeBytes});
-        history.changeHeadFiles(deltas);
+        history.changeHeadFiles(deltasBetween(history.headFiles(), history.tree(head)));
         history.setNote(headNote, head);
     }
     transaction.commit();

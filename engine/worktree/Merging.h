@@ -1,8 +1,8 @@
 #pragma once
 
 #include <common/base/Expected.h>
+#include <engine/tree/ThreeWay.h>
 #include <engine/worktree/Committing.h>
-#include <engine/worktree/ThreeWay.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/Workspace.h>
 

@@ -1,15 +1,11 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/tree/Tree.h>
 #include <engine/worktree/NotedPlanCheck.h>
 
 namespace qrv {
 
 namespace {
-
-OdString urlIn(const Tree& tree, const OdString& path) {
-    const auto file = tree.find(path);
-    return file == tree.end() ? OdString() : file->second.url;
-}
 
 class Check {
 public:

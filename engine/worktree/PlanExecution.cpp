@@ -5,6 +5,7 @@
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
+#include <engine/tree/FileDelta.h>
 #include <engine/worktree/FileStep.h>
 #include <engine/worktree/FoldedName.h>
 #include <engine/worktree/Merging.h>
@@ -132,17 +133,10 @@ private:
     PlannedTimes times_;
 };
 
-std::vector<FileDelta> headDeltas(const Tree& before, const Tree& after) {
-    std::vector<FileDelta> deltas;
-    for (const PlannedFile& step : stepsBetween(before, after))
-        deltas.push_back({step.path, step.after, {}, step.sizeBytes});
-    return deltas;
-}
-
 void moveHeadFiles(Workspace& workspace, const Plan& plan) {
     History& history = workspace.history();
     Tree files = history.tree(plan.commit);
-    history.changeHeadFiles(headDeltas(workspace.headFiles(), files));
+    history.changeHeadFiles(deltasBetween(workspace.headFiles(), files));
     history.setNote(headNote, plan.commit);
     if (!plan.commit.isEmpty())
         history.setReference(plan.branch, common::RefType::Branch, plan.commit);
@@ -235,23 +229,6 @@ Expected<void> finish(Workspace& workspace, const Plan& plan, const PlannedTimes
         return saved;
     forgetPlan(workspace.history());
     return {};
-}
-
-std::vector<PlannedFile> stepsBetween(const Tree& before, const Tree& after) {
-    std::vector<PlannedFile> steps;
-    auto old = before.begin();
-    for (const auto& [path, file] : after) {
-        for (; old != before.end() && old->first < path; ++old)
-            steps.push_back({old->first, old->second.url, {}, 0});
-        const bool isOld = old != before.end() && old->first == path;
-        if (!isOld || old->second.url != file.url)
-            steps.push_back({path, isOld ? old->second.url : OdString(), file.url, file.sizeBytes});
-        if (isOld)
-            ++old;
-    }
-    for (; old != before.end(); ++old)
-        steps.push_back({old->first, old->second.url, {}, 0});
-    return steps;
 }
 
 Expected<void> carryOut(Workspace& workspace, const Plan& plan, const WorkingChanges& changes) {

@@ -9,9 +9,6 @@
 
 namespace qrv {
 
-/// The steps that lead from the tree `before` to the tree `after`, ordered by path.
-std::vector<PlannedFile> stepsBetween(const Tree& before, const Tree& after);
-
 /// Notes the plan, does it, and forgets it: brings the working files to their new versions, then
 /// HEAD's files and reference in one transaction, then the state with its index. Files that are
 /// not in the plan are left alone. `changes` are those that the plan was made of.

@@ -2,6 +2,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/tree/Tree.h>
 #include <engine/worktree/Merging.h>
 #include <engine/worktree/PathList.h>
 #include <engine/worktree/PlanChecks.h>
@@ -21,11 +22,6 @@ struct Present {
     bool isUnsaved = false;
 };
 
-OdString urlOf(const Tree& tree, const OdString& path) {
-    const auto file = tree.find(path);
-    return file == tree.end() ? OdString() : file->second.url;
-}
-
 /// Versions that a file may have come from; those of a drawing say which store may keep it.
 struct Origins {
     const Tree& head;
@@ -41,7 +37,7 @@ std::vector<OdString> possibleUrls(const Origins& origins, const OdString& path,
         return {objectUrl(digest)};
     std::vector<OdString> urls;
     for (const Tree* tree : {&origins.head, &origins.merged, &origins.target}) {
-        const Expected<CheckedUrl> url = CheckedUrl::check(urlOf(*tree, path));
+        const Expected<CheckedUrl> url = CheckedUrl::check(urlIn(*tree, path));
         if (url && url->isDrawing())
             urls.push_back(drawingUrl(url->store(), digest));
     }
@@ -55,7 +51,7 @@ Expected<Present> lookAt(Workspace& workspace, const OdString& path, const Worki
         return Present();
     // In HEAD, or nowhere.
     if (change == common::FileChange::unchanged)
-        return Present{urlOf(workspace.headFiles(), path), false};
+        return Present{urlIn(workspace.headFiles(), path), false};
     const Expected<OdString> digest = digestOfFile(workspace.folder(), path);
     if (!digest)
         return digest.error();
@@ -100,8 +96,8 @@ Expected<std::vector<PlannedFile>> stepsToTree(Workspace& workspace, const Tree&
         const Expected<Present> present = lookAt(workspace, path, changes, origins);
         if (!present)
             return present.error();
-        const auto wanted = target.find(path);
-        const TreeFile file = wanted == target.end() ? TreeFile() : wanted->second;
+        const TreeFile* const wanted = fileIn(target, path);
+        const TreeFile file = wanted == nullptr ? TreeFile() : *wanted;
         if (!present->isUnsaved && present->url == file.url)
             continue;
         if (present->isUnsaved)

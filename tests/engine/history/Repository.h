@@ -3,6 +3,7 @@
 #include <common/repository/RootPath.h>
 #include <engine/database/Database.h>
 #include <engine/history/History.h>
+#include <tests/engine/tree/Trees.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <string>
@@ -11,32 +12,9 @@
 
 namespace qrv_test {
 
-/// The storage URL of a plain file; equal letters name equal contents.
-inline OdString url(char letter) {
-    return OdString::fromNarrow("po:" + std::string(64, letter));
-}
-
-inline qrv::FileDelta file(const char* path, char letter, std::int64_t sizeBytes = 1,
-                           const char* previousPath = "") {
-    return {OdString(path), url(letter), OdString(previousPath), sizeBytes};
-}
-
-inline qrv::FileDelta removal(const char* path) {
-    return {OdString(path), OdString(), OdString(), 0};
-}
-
 inline qrv::NewCommit newCommit(std::vector<OdString> parents, const char* message,
                                 std::vector<qrv::FileDelta> deltas = {}) {
     return {std::move(parents), L"Ada", OdString(message), 1709647629, std::move(deltas)};
-}
-
-/// "path letter size, ..." of the files, which have URLs of `url`.
-inline std::string shown(const qrv::Tree& tree) {
-    std::string text;
-    for (const auto& [path, treeFile] : tree)
-        text += path.toNarrow() + " " + treeFile.url.toNarrow()[3] + " " +
-                std::to_string(treeFile.sizeBytes) + ", ";
-    return text;
 }
 
 /// A repository with a history.

@@ -1,7 +1,7 @@
 #include <engine/base/Digest.h>
 #include <engine/history/Plan.h>
 #include <tests/engine/base/RecordingCaller.h>
-#include <tests/engine/worktree/Trees.h>
+#include <tests/engine/tree/Trees.h>
 #include <tests/engine/worktree/Working.h>
 
 #include <gtest/gtest.h>

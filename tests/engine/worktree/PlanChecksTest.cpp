@@ -1,6 +1,6 @@
 #include <engine/worktree/FoldedName.h>
 #include <engine/worktree/PlanChecks.h>
-#include <tests/engine/worktree/Trees.h>
+#include <tests/engine/tree/Trees.h>
 #include <tests/engine/worktree/Working.h>
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include <engine/history/Plan.h>
 #include <engine/worktree/PlanChecks.h>
 #include <engine/worktree/PlanExecution.h>
-#include <tests/engine/worktree/Trees.h>
+#include <tests/engine/tree/Trees.h>
 #include <tests/engine/worktree/TwoBranches.h>
 
 #include <gtest/gtest.h>
@@ -17,29 +17,10 @@ using qrv::findChanges;
 using qrv::notePlan;
 using qrv::Plan;
 using qrv::PlannedFile;
-using qrv::stepsBetween;
 using qrv::Workspace;
 using qrv_test::contentsOf;
-using qrv_test::letterOf;
 using qrv_test::Outcome;
 using qrv_test::readFile;
-using qrv_test::treeOf;
-
-std::string steps(const std::string& before, const std::string& after) {
-    std::string text;
-    for (const PlannedFile& step : stepsBetween(treeOf(before), treeOf(after)))
-        text +=
-            step.path.toNarrow() + " " + letterOf(step.before) + ">" + letterOf(step.after) + ", ";
-    return text;
-}
-
-TEST(PlanSteps, LeadFromOneTreeToTheOther) {
-    EXPECT_EQ(steps("", ""), "");
-    EXPECT_EQ(steps("a=1 b=2", "a=1 b=2"), "");
-    EXPECT_EQ(steps("a=1 c=1 d=1", "b=2 c=2 d=1 e=3"), "a 1>-, b ->2, c 1>2, e ->3, ");
-    EXPECT_EQ(steps("a=1 b=1", ""), "a 1>-, b 1>-, ");
-    EXPECT_EQ(steps("", "a=1 b=1"), "a ->1, b ->1, ");
-}
 
 class PlanExecution : public qrv_test::TwoBranches {
 protected:

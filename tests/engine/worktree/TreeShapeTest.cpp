@@ -1,5 +1,5 @@
 #include <engine/worktree/TreeShape.h>
-#include <tests/engine/worktree/Trees.h>
+#include <tests/engine/tree/Trees.h>
 
 #include <gtest/gtest.h>
 

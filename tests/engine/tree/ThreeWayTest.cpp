@@ -1,8 +1,9 @@
-#include <engine/worktree/ThreeWay.h>
-#include <tests/engine/worktree/Trees.h>
+#include <engine/tree/ThreeWay.h>
+#include <tests/engine/tree/Trees.h>
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 
 namespace {
@@ -15,7 +16,7 @@ using qrv_test::treeOf;
 std::string compared(const std::string& base, const std::string& ours, const std::string& theirs) {
     const qrv::ThreeWayResult result = compareThreeWays(treeOf(base), treeOf(ours), treeOf(theirs));
     std::string text;
-    for (const qrv::PlannedFile& step : result.taken)
+    for (const qrv::TreeStep& step : result.taken)
         text +=
             step.path.toNarrow() + " " + letterOf(step.before) + ">" + letterOf(step.after) + ", ";
     for (const qrv::MergeConflict& conflict : result.conflicts)
@@ -64,6 +65,40 @@ TEST(ThreeWay, NeverLosesOrInventsAVersion) {
                     << base << " " << ours << " " << theirs;
             }
         }
+    }
+}
+
+/// The tree that a merge into `ours` makes where nothing is in conflict.
+qrv::Tree merged(qrv::Tree ours, const qrv::ThreeWayResult& result) {
+    for (const qrv::TreeStep& step : result.taken) {
+        EXPECT_EQ(qrv::urlIn(ours, step.path), step.before);
+        ours.erase(step.path);
+        if (!step.after.isEmpty())
+            ours[step.path] = {step.after, step.sizeBytes};
+    }
+    return ours;
+}
+
+TEST(ThreeWay, ComesToTheSameFromEitherSide) {
+    std::mt19937 random(1);
+    for (int trial = 0; trial < qrv_test::randomTrials; ++trial) {
+        const qrv::Tree base = qrv_test::randomTree(random);
+        const qrv::Tree ours = qrv_test::randomTree(random);
+        const qrv::Tree theirs = qrv_test::randomTree(random);
+        const qrv::ThreeWayResult here = compareThreeWays(base, ours, theirs);
+        const qrv::ThreeWayResult there = compareThreeWays(base, theirs, ours);
+        qrv::Tree mine = merged(ours, here);
+        qrv::Tree other = merged(theirs, there);
+        ASSERT_EQ(here.conflicts.size(), there.conflicts.size());
+        for (std::size_t place = 0; place < here.conflicts.size(); ++place) {
+            const qrv::MergeConflict& conflict = here.conflicts[place];
+            const qrv::MergeConflict mirrored = {conflict.path, conflict.remote, conflict.local,
+                                                 conflict.remoteUrl, conflict.localUrl};
+            ASSERT_EQ(there.conflicts[place], mirrored);
+            mine.erase(conflict.path);
+            other.erase(conflict.path);
+        }
+        ASSERT_EQ(qrv_test::shown(mine), qrv_test::shown(other));
     }
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <common/worktree/FileChange.h>
-#include <engine/history/History.h>
-#include <engine/history/Plan.h>
+#include <engine/tree/Tree.h>
+#include <engine/tree/TreeStep.h>
 #include <platform/kernel/OdString.h>
 
 #include <vector>
@@ -24,7 +24,7 @@ struct MergeConflict {
 /// What a merge does to our tree. Both lists are ordered by path.
 struct ThreeWayResult {
     /// Files that only the other side changed: they come over as they are.
-    std::vector<PlannedFile> taken;
+    std::vector<TreeStep> taken;
     std::vector<MergeConflict> conflicts;
 };
 

@@ -1,0 +1,34 @@
+#include <engine/tree/Difference.h>
+#include <engine/tree/FileDelta.h>
+
+#include <utility>
+
+namespace qrv {
+
+std::vector<FileDelta> deltasBetween(const Tree& before, const Tree& after) {
+    std::vector<FileDelta> deltas;
+    visitDifferences(before, after, [&](const auto& path, const TreeFile*, const TreeFile* file) {
+        if (file == nullptr)
+            deltas.push_back({path, {}, {}, 0});
+        else
+            deltas.push_back({path, file->url, {}, file->sizeBytes});
+    });
+    return deltas;
+}
+
+void apply(std::vector<FileDelta> deltas, Tree& tree) {
+    // First all that go: a new file may have the name that a renamed one had.
+    for (const FileDelta& delta : deltas) {
+        if (delta.url.isEmpty())
+            tree.erase(delta.path);
+        if (!delta.previousPath.isEmpty())
+            tree.erase(delta.previousPath);
+    }
+    for (FileDelta& delta : deltas) {
+        if (!delta.url.isEmpty())
+            tree.insert_or_assign(tree.end(), std::move(delta.path),
+                                  TreeFile{std::move(delta.url), delta.sizeBytes});
+    }
+}
+
+}  // namespace qrv

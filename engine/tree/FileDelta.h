@@ -1,0 +1,30 @@
+#pragma once
+
+#include <engine/tree/Tree.h>
+#include <platform/kernel/OdString.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace qrv {
+
+/// What a commit did to one file, compared with its first parent.
+struct FileDelta {
+    OdString path;
+    /// The storage URL of the contents; empty when the file was removed.
+    OdString url;
+    /// The file's path before, when it was renamed; otherwise empty.
+    OdString previousPath;
+    /// Of the contents; 0 when the file was removed.
+    std::int64_t sizeBytes = 0;
+
+    friend bool operator==(const FileDelta&, const FileDelta&) = default;
+};
+
+/// What makes the one tree of the other, ordered by path. It knows of no renames.
+std::vector<FileDelta> deltasBetween(const Tree& before, const Tree& after);
+
+/// Makes the deltas part of the tree. Files that go although they are not there are no error.
+void apply(std::vector<FileDelta> deltas, Tree& tree);
+
+}  // namespace qrv

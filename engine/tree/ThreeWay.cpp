@@ -1,0 +1,37 @@
+#include <engine/tree/Difference.h>
+#include <engine/tree/ThreeWay.h>
+
+namespace qrv {
+
+using common::FileChange;
+
+namespace {
+
+FileChange changeBetween(const OdString& before, const OdString& after) {
+    if (before.isEmpty())
+        return FileChange::added;
+    return after.isEmpty() ? FileChange::removed : FileChange::modified;
+}
+
+}  // namespace
+
+ThreeWayResult compareThreeWays(const Tree& base, const Tree& ours, const Tree& theirs) {
+    ThreeWayResult result;
+    // Only what the other side changed can need anything to be done.
+    visitDifferences(
+        base, theirs, [&](const auto& path, const TreeFile* old, const TreeFile* other) {
+            const OdString before = old == nullptr ? OdString() : old->url;
+            const OdString local = urlIn(ours, path);
+            const TreeFile remote = other == nullptr ? TreeFile() : *other;
+            if (local == remote.url)
+                return;
+            if (local == before)
+                result.taken.push_back({path, local, remote.url, remote.sizeBytes});
+            else
+                result.conflicts.push_back({path, changeBetween(before, local),
+                                            changeBetween(before, remote.url), local, remote.url});
+        });
+    return result;
+}
+
+}  // namespace qrv

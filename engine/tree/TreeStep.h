@@ -1,0 +1,27 @@
+#pragma once
+
+#include <engine/tree/Tree.h>
+#include <platform/kernel/OdString.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace qrv {
+
+/// One step from a tree to another one: a file goes from one version to another.
+struct TreeStep {
+    OdString path;
+    /// The storage URL of what lies there before; empty when nothing does.
+    OdString before;
+    /// Of what is to lie there; empty when the file is to go.
+    OdString after;
+    /// Of what is to lie there.
+    std::int64_t sizeBytes = 0;
+
+    friend bool operator==(const TreeStep&, const TreeStep&) = default;
+};
+
+/// The steps that lead from the tree `before` to the tree `after`, ordered by path.
+std::vector<TreeStep> stepsBetween(const Tree& before, const Tree& after);
+
+}  // namespace qrv
