@@ -47,10 +47,10 @@ void Digest::add(std::span<const char> bytes) {
 
 std::string Digest::finish() {
     constexpr std::string_view digits = "0123456789abcdef";
-    std::array<unsigned char, 32> digest = {};
+    std::array<unsigned char, digestLength / 2> digest = {};
     require(EVP_DigestFinal_ex(context_->state.get(), digest.data(), nullptr));
     std::string text;
-    text.reserve(2 * digest.size());
+    text.reserve(digestLength);
     for (const unsigned char byte : digest) {
         text += digits[byte >> 4U];
         text += digits[byte & 0xFU];

@@ -1,3 +1,4 @@
+#include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
 #include <engine/base/Translation.h>
@@ -10,8 +11,7 @@ namespace qrv {
 
 namespace {
 
-constexpr int fewestDigitsOfHash = 4;
-constexpr int digitsOfHash = 64;
+constexpr std::size_t fewestDigitsOfHash = 4;
 
 Expected<OdString> headCommit(History& history, const OdString& currentBranch) {
     if (const auto hash = history.reference(currentBranch, common::RefType::Branch))
@@ -46,10 +46,8 @@ std::optional<OdString> numbered(History& history, const OdString& name) {
 
 bool isBeginOfHash(const OdString& digits) {
     const std::wstring& units = digits.toWide();
-    return digits.getLength() >= fewestDigitsOfHash && digits.getLength() <= digitsOfHash &&
-           std::all_of(units.begin(), units.end(), [](wchar_t unit) {
-               return (unit >= L'0' && unit <= L'9') || (unit >= L'a' && unit <= L'f');
-           });
+    return units.size() >= fewestDigitsOfHash && units.size() <= digestLength &&
+           std::all_of(units.begin(), units.end(), isDigitOfDigest);
 }
 
 /// The beginnings of two different hashes, long enough to tell them apart.

@@ -203,7 +203,7 @@ Expected<std::set<OdString>> recordedCommits(const sys::Folder& root) {
                              names.error());
     for (const std::string& name : *names) {
         const OdString hash = OdString::fromNarrow(name);
-        if (isHash(hash))
+        if (isDigest(hash))
             hashes.insert(hash);
     }
     return hashes;

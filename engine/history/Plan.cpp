@@ -1,3 +1,4 @@
+#include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/Plan.h>
@@ -40,7 +41,7 @@ std::optional<OdString> refusalOf(const Plan& plan) {
     const Expected<OdString> branch = checkedReferenceName(plan.branch);
     if (!plan.branch.isEmpty() && !branch)
         return branch.error().message;
-    if (!plan.commit.isEmpty() && !isHash(plan.commit))
+    if (!plan.commit.isEmpty() && !isDigest(plan.commit))
         return OdString::format(tr(L"'%ls' is no hash"), printable(plan.commit));
     return std::nullopt;
 }

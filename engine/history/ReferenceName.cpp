@@ -1,3 +1,4 @@
+#include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/ReferenceName.h>
@@ -21,17 +22,13 @@ bool isDigit(wchar_t unit) {
     return unit >= L'0' && unit <= L'9';
 }
 
-bool isHexadecimal(wchar_t unit) {
-    return isDigit(unit) || (unit >= L'a' && unit <= L'f') || (unit >= L'A' && unit <= L'F');
-}
-
 bool isNumber(const std::wstring& name) {
     const auto digits = name.begin() + (name.front() == L'#' ? 1 : 0);
     return std::all_of(digits, name.end(), isDigit);
 }
 
-bool looksLikeHash(const std::wstring& name) {
-    return name.size() == 64 && std::all_of(name.begin(), name.end(), isHexadecimal);
+bool looksLikeHash(const OdString& name) {
+    return isDigest(OdString(name).makeLower());
 }
 
 /// Why it is no name, or nothing.
@@ -49,7 +46,7 @@ const wchar_t* refusalOf(const OdString& name) {
         return translatable(L"it begins like an option");
     if (isNumber(units))
         return translatable(L"it could be the number of a commit");
-    if (looksLikeHash(units))
+    if (looksLikeHash(name))
         return translatable(L"it could be the hash of a commit");
     if (units.find(L"..") != std::wstring::npos)
         return translatable(L"it has two dots in a row");

@@ -63,7 +63,7 @@ std::optional<OdString> hashIn(std::string_view field) {
     if (field == "-")
         return OdString();
     const OdString hash = OdString::fromNarrow(field);
-    return isHash(hash) ? std::optional(hash) : std::nullopt;
+    return isDigest(hash) ? std::optional(hash) : std::nullopt;
 }
 
 std::vector<std::string_view> fieldsOf(std::string_view line) {

@@ -1,10 +1,10 @@
+#include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/RowsInternal.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
 
-#include <algorithm>
 #include <string>
 
 namespace qrv {
@@ -40,7 +40,7 @@ OdString CheckedRow::url(int column) const {
 
 OdString CheckedRow::hash(int column) const {
     OdString hash = row_.text(column);
-    if (!isHash(hash))
+    if (!isDigest(hash))
         failDamaged(database_, OdString::format(tr(L"'%ls' is no hash"), printable(hash)));
     return hash;
 }
@@ -112,13 +112,6 @@ bool isTimeInRange(std::int64_t timeSeconds) {
     constexpr std::int64_t beginOfYear1 = -62135596800;
     constexpr std::int64_t beginOfYear10000 = 253402300800;
     return timeSeconds >= beginOfYear1 && timeSeconds < beginOfYear10000;
-}
-
-bool isHash(const OdString& text) {
-    const std::wstring& units = text.toWide();
-    return units.size() == 64 && std::all_of(units.begin(), units.end(), [](wchar_t unit) {
-               return (unit >= L'0' && unit <= L'9') || (unit >= L'a' && unit <= L'f');
-           });
 }
 
 std::int64_t numberOf(Database& database, const OdString& hash) {

@@ -26,7 +26,7 @@ public:
     OdString path(int column) const;
     /// A storage URL.
     OdString url(int column) const;
-    /// 64 lower-case hexadecimal digits.
+    /// A digest.
     OdString hash(int column) const;
     /// The number of a commit.
     std::int64_t number(int column) const;
@@ -57,8 +57,6 @@ void requireStorable(const Database& database, const FileDelta& delta);
 
 /// Whether the second, counted from 1970, lies in the years 1 to 9999, which have one form as text.
 bool isTimeInRange(std::int64_t timeSeconds);
-
-bool isHash(const OdString& text);
 
 /// The number of the commit. Throws `DatabaseError` when there is no such commit.
 std::int64_t numberOf(Database& database, const OdString& hash);

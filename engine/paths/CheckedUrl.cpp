@@ -1,3 +1,4 @@
+#include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
@@ -15,24 +16,15 @@ namespace qrv {
 namespace {
 
 constexpr std::size_t prefixLength = 3;
-constexpr std::size_t digestLength = 64;
 constexpr std::size_t longestStore = 200;
 
 bool isDigit(wchar_t unit) {
     return unit >= L'0' && unit <= L'9';
 }
 
-bool isDigestUnit(wchar_t unit) {
-    return isDigit(unit) || (unit >= L'a' && unit <= L'f');
-}
-
 bool isStoreUnit(wchar_t unit) {
     return isDigit(unit) || (unit >= L'a' && unit <= L'z') || (unit >= L'A' && unit <= L'Z') ||
            unit == L'-' || unit == L'_';
-}
-
-bool isDigest(std::wstring_view text) {
-    return text.size() == digestLength && std::all_of(text.begin(), text.end(), isDigestUnit);
 }
 
 bool isStore(std::wstring_view text) {

@@ -5,9 +5,9 @@
 
 namespace qrv {
 
-/// A storage URL whose parts are safe to use as names of files: "po:" and 64 lower-case hexadecimal
-/// digits, or "tf:", a store's name of at most 200 letters, digits, "-" and "_", which is no
-/// device's on Windows, "#" and 64 such digits. Only `check` makes one.
+/// A storage URL whose parts are safe to use as names of files: "po:" and a digest (see Digest.h),
+/// or "tf:", a store's name of at most 200 letters, digits, "-" and "_", which is no device's on
+/// Windows, "#" and a digest. Only `check` makes one.
 class CheckedUrl {
 public:
     /// Fails with a message that names the URL.

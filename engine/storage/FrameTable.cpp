@@ -1,3 +1,4 @@
+#include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/database/Schema.h>
@@ -147,8 +148,8 @@ Frame FrameTable::frameOf(const Statement& row) const {
     if (!row.isNull(3))
         frame.base = row.integer(3);
     // As a base is always older, no chain leads back to itself.
-    const bool isPossible = frame.number > 0 && frame.digest.size() == 64 && frame.sizeBytes >= 0 &&
-                            frame.sizeBytes <= longestContents &&
+    const bool isPossible = frame.number > 0 && frame.digest.size() == digestLength &&
+                            frame.sizeBytes >= 0 && frame.sizeBytes <= longestContents &&
                             (!frame.base || (*frame.base > 0 && *frame.base < frame.number));
     if (!isPossible)
         throw impossible(frame.number);

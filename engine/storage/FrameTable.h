@@ -15,7 +15,7 @@ namespace qrv {
 /// A row of the table of frames.
 struct Frame {
     std::int64_t number = 0;
-    /// Of the contents: 64 hexadecimal digits.
+    /// Of the contents.
     std::string digest;
     std::int64_t sizeBytes = 0;
     /// The number of the frame against whose contents this one was made, which is always an older

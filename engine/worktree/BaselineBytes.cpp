@@ -15,7 +15,6 @@ using common::StagedFile;
 
 constexpr std::string_view kind = "qrv baseline ";
 constexpr std::string_view version = "1\n";
-constexpr std::size_t digestLength = 64;
 constexpr std::size_t numberLength = 8;
 
 /// Puts numbers of 64 bits, the lowest byte first, and texts behind their length.

@@ -9,6 +9,7 @@
 namespace {
 
 using qrv::Digest;
+using qrv::isDigest;
 
 // The examples that were published with the algorithm.
 TEST(Digest, IsSha256InLowerCase) {
@@ -19,6 +20,16 @@ TEST(Digest, IsSha256InLowerCase) {
               "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
     EXPECT_EQ(Digest::of(std::string(1000000, 'a')),
               "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
+}
+
+TEST(Digest, HasOneForm) {
+    const OdString digest = L"e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
+    EXPECT_TRUE(isDigest(digest));
+    EXPECT_FALSE(isDigest(OdString()));
+    EXPECT_FALSE(isDigest(digest.mid(1)));
+    EXPECT_FALSE(isDigest(digest + L'0'));
+    for (const wchar_t unit : {L'g', L'E', L'/', L':', L'`', L' ', L'\0', L'\u0660'})
+        EXPECT_FALSE(isDigest(digest.mid(1) + unit)) << static_cast<int>(unit);
 }
 
 TEST(Digest, DoesNotDependOnThePieces) {
