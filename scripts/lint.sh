@@ -56,6 +56,7 @@ tidy() {
 step clang-format format
 step includes python3 scripts/check_includes.py
 step calls python3 scripts/check_calls.py
+step layout python3 scripts/check_layout.py
 step sizes python3 scripts/check_sizes.py
 step words python3 scripts/check_words.py
 step sources-listed python3 scripts/check_lists.py sources

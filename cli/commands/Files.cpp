@@ -9,6 +9,7 @@
 #include <common/worktree/VisitRepoFiles.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/repository/Repository.h>
 #include <engine/worktree/IgnoreRules.h>
@@ -60,7 +61,7 @@ Expected<void> listFiles(const Arguments& arguments, Output& output) {
     if (!visited)
         return visited;
     if (!rules.isRead())
-        addUnread(L".qrv/properties/ignore");
+        addUnread(OdString(layout::ignoreRulesPath));
     // The folders and the rules were read by their paths.
     if (Expected<void> checked = checkMetadata(repository->folder, repository->root.path());
         !checked)

@@ -9,6 +9,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/repository/ProjectName.h>
 #include <engine/repository/Repository.h>
@@ -47,7 +48,7 @@ Expected<fs::path> absolutePath(const std::string& folder) {
     const fs::path path = error ? fs::path() : fs::weakly_canonical(absolute, error);
     if (error)
         return systemFailure(tr(L"'%ls' cannot be used: %ls"), toText(folder), error);
-    if (std::find(path.begin(), path.end(), ".qrv") != path.end())
+    if (std::find(path.begin(), path.end(), layout::metadataFolder) != path.end())
         return ErrorMessage{OdString::format(
             tr(L"'%ls' lies in the metadata folder of a repository"), printable(toText(path)))};
     // A folder that is still to be made may end with a separator.

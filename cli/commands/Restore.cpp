@@ -8,6 +8,7 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
+#include <engine/paths/Layout.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/worktree/PathArgument.h>
@@ -110,7 +111,7 @@ Expected<void> exportFile(Workspace& workspace, const OdString& path, const OdSt
 
 /// Elsewhere they would make a folder pass for a repository that has lost its history.
 bool belongsToRepository(const OdString& path) {
-    const OdString prefix = L".qrv/";
+    const OdString prefix = OdString(layout::metadataFolder) + L'/';
     return path.left(prefix.getLength()) == prefix;
 }
 

@@ -4,6 +4,7 @@
 #include <engine/history/History.h>
 #include <engine/history/SchemaInternal.h>
 #include <engine/history/SumsInternal.h>
+#include <engine/paths/Layout.h>
 
 #include <utility>
 
@@ -19,11 +20,9 @@ std::unique_ptr<Database> emptyHistory(const OdString& path) {
     return database;
 }
 
-constexpr const char* fileName = ".qrv/qrv.db";
-
 /// What cannot be looked at is there.
 bool isThere(const sys::Folder& folder) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(fileName);
+    const sys::Outcome<sys::FileStatus> status = folder.status(layout::historyPath);
     return status || !sys::meansAbsent(status.error());
 }
 
@@ -66,7 +65,7 @@ History History::open(const sys::Folder& folder, const common::RootPath& root,
     const OdString path = root.dbPath();
     if (access == Database::Access::readOnly && !isThere(folder))
         return History(emptyHistory(path));
-    auto database = std::make_unique<Database>(folder, fileName, path, access);
+    auto database = std::make_unique<Database>(folder, layout::historyPath, path, access);
     if (!isEmptyHistory(*database)) {
         History history(std::move(database));
         if (access == Database::Access::create &&

@@ -7,6 +7,7 @@
 #include <engine/history/RowsInternal.h>
 #include <engine/history/ShortForms.h>
 #include <engine/history/SumsInternal.h>
+#include <engine/paths/Layout.h>
 #include <platform/kernel/Clock.h>
 
 #include <algorithm>
@@ -19,7 +20,6 @@ namespace qrv {
 
 namespace {
 
-constexpr const char* commitRecordFolder = ".qrv/commits";
 constexpr std::uint32_t permissions = 0666;
 /// A commit of a million files has some hundred megabytes. More is not worth the memory.
 constexpr std::size_t maximumRecordBytes = 512 << 20;
@@ -27,10 +27,6 @@ constexpr std::int64_t millisecondsPerSecond = 1000;
 /// Of so many files each is flushed by itself; of more the file system at once.
 constexpr std::size_t flushedOneByOne = 4;
 constexpr std::size_t filesAtOnce = 200;
-
-std::string recordPath(const OdString& hash) {
-    return std::string(commitRecordFolder) + '/' + hash.toNarrow();
-}
 
 ErrorMessage cannotWrite(const std::string& path, std::error_code cause) {
     return systemFailure(tr(L"'%ls' cannot be written: %ls"), OdString::fromNarrow(path), cause);
@@ -40,7 +36,7 @@ Expected<sys::NewFile> writtenRecord(History& history, const CommitEntry& entry,
                                      const sys::Folder& root) {
     const NewCommit commit = {entry.parents, entry.author, entry.message, entry.timeSeconds,
                               history.deltas(entry.hash)};
-    const std::string path = recordPath(entry.hash);
+    const std::string path = layout::commitRecordPath(entry.hash);
     sys::Outcome<sys::NewFile> file = root.newFile(path, permissions);
     if (!file)
         return cannotWrite(path, file.error());
@@ -62,7 +58,7 @@ std::error_code publish(std::vector<sys::NewFile>& files, const sys::Folder& roo
             return error;
     }
     files.clear();
-    return root.flush(commitRecordFolder);
+    return root.flush(layout::commitRecordsFolder);
 }
 
 /// Files that are written and not yet published are few at a time.
@@ -77,7 +73,7 @@ Expected<void> recordCommits(const std::vector<CommitEntry>& entries, History& h
         if (files.size() < filesAtOnce && index + 1 < entries.size())
             continue;
         if (const std::error_code error = publish(files, root))
-            return cannotWrite(commitRecordFolder, error);
+            return cannotWrite(layout::commitRecordsFolder, error);
     }
     return {};
 }
@@ -88,7 +84,7 @@ std::vector<CommitEntry> unrecordedCommits(std::int64_t firstNumber, History& hi
     const std::int64_t last = history.lastNumber();
     for (std::int64_t number = firstNumber; number <= last; ++number) {
         std::optional<CommitEntry> entry = history.commitByNumber(number);
-        if (entry && !root.status(recordPath(entry->hash)))
+        if (entry && !root.status(layout::commitRecordPath(entry->hash)))
             entries.push_back(std::move(*entry));
     }
     return entries;
@@ -139,7 +135,7 @@ Expected<void> checkNotOlder(const ReferenceRecord& record, History& history) {
     return ErrorMessage{OdString::format(
         tr(L"The history '%ls' is older than what '%ls' tells, which ends with '%ls' at %ls (%ls). "
            L"Bring the newer history back, or let qrv recover --history take what was recorded"),
-        printable(history.database().path()), OdString(referenceRecordPath), last.name,
+        printable(history.database().path()), OdString(layout::referenceRecordPath), last.name,
         last.after.isEmpty() ? OdString(L"-") : shortHash(last.after), timeText(last.timeSeconds))};
 }
 
@@ -186,7 +182,7 @@ std::int64_t firstUnrecordedCommit(History& history, const sys::Folder& root) {
         if (!entry)
             continue;
         // One that cannot be asked for may be there; whoever reads it is told.
-        const auto status = root.status(recordPath(entry->hash));
+        const auto status = root.status(layout::commitRecordPath(entry->hash));
         if (status || !sys::meansAbsent(status.error()))
             break;
     }
@@ -195,12 +191,12 @@ std::int64_t firstUnrecordedCommit(History& history, const sys::Folder& root) {
 
 Expected<std::set<OdString>> recordedCommits(const sys::Folder& root) {
     std::set<OdString> hashes;
-    const sys::Outcome<std::vector<std::string>> names = root.list(commitRecordFolder);
+    const sys::Outcome<std::vector<std::string>> names = root.list(layout::commitRecordsFolder);
     if (!names && sys::meansAbsent(names.error()))
         return hashes;
     if (!names)
-        return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString(commitRecordFolder),
-                             names.error());
+        return systemFailure(tr(L"'%ls' cannot be read: %ls"),
+                             OdString(layout::commitRecordsFolder), names.error());
     for (const std::string& name : *names) {
         const OdString hash = OdString::fromNarrow(name);
         if (isDigest(hash))
@@ -210,7 +206,7 @@ Expected<std::set<OdString>> recordedCommits(const sys::Folder& root) {
 }
 
 Expected<NewCommit> recordedCommit(const OdString& hash, const sys::Folder& root) {
-    const std::string path = recordPath(hash);
+    const std::string path = layout::commitRecordPath(hash);
     const sys::Outcome<sys::InputFile> file = root.openFile(path);
     const sys::Outcome<std::vector<char>> whole =
         file ? file->readWhole(maximumRecordBytes) : file.error();

@@ -4,6 +4,7 @@
 #include <engine/history/ReferenceName.h>
 #include <engine/history/ReferenceRecord.h>
 #include <engine/history/RowsInternal.h>
+#include <engine/paths/Layout.h>
 #include <sys/Append.h>
 
 #include <algorithm>
@@ -123,13 +124,13 @@ std::optional<std::string_view> nextLine(std::string_view& text) {
 }
 
 Expected<std::optional<std::vector<char>>> bytesOf(const sys::Folder& root) {
-    const sys::Outcome<sys::InputFile> file = root.openFile(referenceRecordPath);
+    const sys::Outcome<sys::InputFile> file = root.openFile(layout::referenceRecordPath);
     if (!file && sys::meansAbsent(file.error()))
         return std::optional<std::vector<char>>();
     sys::Outcome<std::vector<char>> bytes = file ? file->readWhole(maximumSizeBytes) : file.error();
     if (!bytes)
-        return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString(referenceRecordPath),
-                             bytes.error());
+        return systemFailure(tr(L"'%ls' cannot be read: %ls"),
+                             OdString(layout::referenceRecordPath), bytes.error());
     return std::optional(std::move(*bytes));
 }
 
@@ -141,7 +142,7 @@ struct End {
 };
 
 sys::Outcome<End> endOf(const sys::Folder& root) {
-    const sys::Outcome<sys::InputFile> file = root.openFile(referenceRecordPath);
+    const sys::Outcome<sys::InputFile> file = root.openFile(layout::referenceRecordPath);
     const sys::Outcome<sys::FileStamp> stamp = file ? file->stamp() : file.error();
     if (!stamp)
         return stamp.error();
@@ -156,7 +157,7 @@ sys::Outcome<End> endOf(const sys::Folder& root) {
 }
 
 std::error_code replace(const std::string& bytes, const sys::Folder& root) {
-    sys::Outcome<sys::NewFile> file = root.newFile(referenceRecordPath, permissions);
+    sys::Outcome<sys::NewFile> file = root.newFile(layout::referenceRecordPath, permissions);
     if (!file)
         return file.error();
     if (const std::error_code error = file->write(bytes))
@@ -165,15 +166,15 @@ std::error_code replace(const std::string& bytes, const sys::Folder& root) {
         return error;
     if (const std::error_code error = file->publish(sys::NewFile::Existing::replace))
         return error;
-    return root.flush(".qrv");
+    return root.flush(layout::metadataFolder);
 }
 
 std::error_code add(const std::string& lines, const sys::Folder& root) {
-    const std::error_code error = sys::append(root, referenceRecordPath, lines);
+    const std::error_code error = sys::append(root, layout::referenceRecordPath, lines);
     if (error != std::errc::permission_denied)
         return error;
     // A colleague's file, in a folder that is everybody's.
-    const sys::Outcome<sys::InputFile> file = root.openFile(referenceRecordPath);
+    const sys::Outcome<sys::InputFile> file = root.openFile(layout::referenceRecordPath);
     const sys::Outcome<std::vector<char>> bytes =
         file ? file->readWhole(maximumSizeBytes) : file.error();
     return bytes ? replace(std::string(bytes->begin(), bytes->end()) + lines, root) : bytes.error();
@@ -257,8 +258,8 @@ Expected<void> ReferenceRecord::append(const std::vector<RecordedMove>& moves,
                                       : with(moves_, {.text = std::string(heading), .sum = {}}));
     const std::error_code error = isSound ? add(lines.text, root) : replace(lines.text, root);
     if (error)
-        return systemFailure(tr(L"'%ls' cannot be written: %ls"), OdString(referenceRecordPath),
-                             error);
+        return systemFailure(tr(L"'%ls' cannot be written: %ls"),
+                             OdString(layout::referenceRecordPath), error);
     sum_ = std::move(lines.sum);
     isThere_ = true;
     damagedLine_ = 0;

@@ -15,9 +15,6 @@
 
 namespace qrv {
 
-/// Where the record lies below the root.
-inline constexpr const char* referenceRecordPath = ".qrv/references";
-
 /// That a branch or tag went from one commit to another.
 struct RecordedMove {
     /// How often references had changed then (see the history's `generation`).

@@ -6,6 +6,7 @@
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/maintenance/Packing.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/Age.h>
 #include <engine/storage/PackFile.h>
@@ -25,7 +26,6 @@ namespace {
 
 constexpr std::chrono::hours unnamedAge{14 * 24};
 constexpr std::chrono::hours leftoverAge{24};
-constexpr const char* packPath = ".qrv/objects.pack";
 constexpr int digestLength = 64;
 
 void add(Amount& amount, std::int64_t sizeBytes) {
@@ -73,7 +73,7 @@ private:
             for (const MetadataFile& file : list)
                 sizeBytes += file.sizeBytes;
         }
-        const sys::Outcome<sys::FileStatus> pack = workspace_.folder().status(packPath);
+        const sys::Outcome<sys::FileStatus> pack = workspace_.folder().status(layout::packPath);
         return sizeBytes + (pack ? pack->sizeBytes : 0);
     }
 
@@ -108,12 +108,14 @@ private:
     bool isNamed(const OdString& url) const { return named_.contains(url); }
 
     /// A failure is told, and the file stays.
-    bool remove(const OdString& path) {
+    bool remove(const std::string& path) {
         if (mode_ == CollectionMode::look)
             return true;
-        const std::error_code error = workspace_.folder().removeFile(path.toNarrow());
+        const std::error_code error = workspace_.folder().removeFile(path);
         if (error)
-            addProblem(systemFailure(tr(L"'%ls' cannot be removed: %ls"), path, error).message);
+            addProblem(systemFailure(tr(L"'%ls' cannot be removed: %ls"),
+                                     OdString::fromNarrow(path), error)
+                           .message);
         return !error;
     }
 
@@ -124,7 +126,7 @@ private:
             folders.insert(parentOf(path));
         std::vector<MetadataFile> all = files.leftovers;
         for (const OdString& folder : folders) {
-            if (folder == OdString(L".qrv/properties"))
+            if (folder == OdString(layout::propertiesFolder))
                 continue;
             for (const MetadataFile& file :
                  leftoversIn(workspace_.root(), workspace_.folder(), folder))
@@ -135,7 +137,7 @@ private:
 
     void removeLeftovers(const MetadataFiles& files) {
         for (const MetadataFile& file : allLeftovers(files)) {
-            if (isOlder(file.modifiedNs, leftoverAge) && remove(file.name))
+            if (isOlder(file.modifiedNs, leftoverAge) && remove(file.name.toNarrow()))
                 add(result_.leftovers, file.sizeBytes);
         }
     }
@@ -144,7 +146,7 @@ private:
         for (const MetadataFile& object : files.objects) {
             const bool isNeeded =
                 isNamed(objectUrl(object.name)) || !isOlder(object.modifiedNs, unnamedAge);
-            if (!isNeeded && remove(L".qrv/objects/" + object.name))
+            if (!isNeeded && remove(layout::objectPath(object.name.toNarrow())))
                 add(result_.droppedObjects, object.sizeBytes);
         }
         dropPacked();
@@ -155,7 +157,7 @@ private:
     }
 
     void dropPacked() {
-        const sys::Outcome<sys::FileStatus> status = workspace_.folder().status(packPath);
+        const sys::Outcome<sys::FileStatus> status = workspace_.folder().status(layout::packPath);
         if (!status || !isOlder(status->modifiedNs, unnamedAge))
             return;
         std::optional<PackFile> pack = PackFile::open(workspace_.folder(), workspace_.root());
@@ -200,7 +202,7 @@ private:
         sizes.reserve(urls.size());
         for (const OdString& url : urls)
             sizes.push_back(contentsSize(drawings, url));
-        if (!remove(L".qrv/tf/" + store + L".tf"))
+        if (!remove(layout::drawingStorePath(store)))
             return;
         for (const std::int64_t sizeBytes : sizes)
             add(result_.droppedDrawingVersions, sizeBytes);

@@ -8,6 +8,7 @@
 #include <engine/history/SumsInternal.h>
 #include <engine/maintenance/HistoryRebuild.h>
 #include <engine/maintenance/NamedVersions.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/Repository.h>
 #include <engine/repository/RepositoryLock.h>
 #include <engine/repository/SharedMode.h>
@@ -24,8 +25,6 @@
 namespace qrv {
 
 namespace {
-
-constexpr const char* historyPath = ".qrv/qrv.db";
 
 class Rebuild {
 public:
@@ -57,7 +56,7 @@ private:
 
     /// Reads what can be read of a damaged history, and puts it aside. A whole one stays.
     Expected<void> readDamaged() {
-        const sys::Outcome<sys::FileStatus> status = folder_.status(historyPath);
+        const sys::Outcome<sys::FileStatus> status = folder_.status(layout::historyPath);
         if (!status || status->sizeBytes == 0)
             return {};
         try {
@@ -100,11 +99,11 @@ private:
 
     Expected<void> setAside() {
         for (int number = 1;; ++number) {
-            const std::string path = ".qrv/qrv.db.damaged-" + std::to_string(number);
+            const std::string path = layout::damagedHistoryPath(number);
             const sys::Outcome<sys::FileStatus> status = folder_.status(path);
             if (status)
                 continue;
-            if (const std::error_code error = folder_.rename(historyPath, path))
+            if (const std::error_code error = folder_.rename(layout::historyPath, path))
                 return systemFailure(tr(L"'%ls' cannot be renamed: %ls"), root_.dbPath(), error);
             result_.setAside = OdString::fromNarrow(path);
             return {};
@@ -136,9 +135,10 @@ private:
                 addProblem(damage);
                 continue;
             }
-            const OdString path = L".qrv/commits/" + hash;
-            if (const std::error_code error = folder_.removeFile(path.toNarrow()))
-                return systemFailure(tr(L"'%ls' cannot be removed: %ls"), path, error);
+            const std::string path = layout::commitRecordPath(hash);
+            if (const std::error_code error = folder_.removeFile(path))
+                return systemFailure(tr(L"'%ls' cannot be removed: %ls"),
+                                     OdString::fromNarrow(path), error);
         }
         return record.damagedLine() > 0 ? record.append({}, folder_) : Expected<void>();
     }
@@ -146,7 +146,8 @@ private:
     void mend(History& history, const ReferenceRecord& record) {
         if (record.damagedLine() > 0 && history.lastNumber() == 0)
             addProblem(OdString::format(tr(L"'%ls' is damaged in line %i"),
-                                        OdString(referenceRecordPath), record.damagedLine()));
+                                        OdString(layout::referenceRecordPath),
+                                        record.damagedLine()));
         DatabaseTransaction transaction(history.database());
         const bool isOlder = isBehind(history, record);
         addCommits(history, record);

@@ -4,6 +4,7 @@
 #include <engine/maintenance/Packing.h>
 #include <engine/maintenance/ReadToEnd.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/paths/Layout.h>
 #include <engine/storage/PackFile.h>
 #include <engine/storage/StorageMessages.h>
 
@@ -111,7 +112,7 @@ Expected<void> replacePlainFile(Workspace& workspace, PackFile& pack,
                                              OdString::fromNarrow(candidate.digest))};
     if (Expected<void> whole = readToEnd(**packed); !whole)
         return whole;
-    const std::string path = ".qrv/objects/" + candidate.digest;
+    const std::string path = layout::objectPath(candidate.digest);
     if (const std::error_code error = workspace.folder().removeFile(path))
         return systemFailure(tr(L"'%ls' cannot be removed: %ls"), OdString::fromNarrow(path),
                              error);

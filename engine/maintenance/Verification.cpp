@@ -10,6 +10,7 @@
 #include <engine/maintenance/StateCheck.h>
 #include <engine/maintenance/Verification.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/repository/Repository.h>
@@ -34,8 +35,6 @@ namespace qrv {
 
 namespace {
 
-constexpr const char* statePath = ".qrv/qrv.state";
-constexpr const char* historyPath = ".qrv/qrv.db";
 /// A repository in which somebody goes on changing things is looked at so often.
 constexpr int mostLooks = 4;
 
@@ -110,12 +109,12 @@ private:
     }
 
     void checkState() {
-        const sys::Outcome<sys::FileStatus> status = folder_.status(statePath);
+        const sys::Outcome<sys::FileStatus> status = folder_.status(layout::statePath);
         const bool isMissing = !status && status.error() == std::errc::no_such_file_or_directory;
         if (isMissing && history_ && result_.commits == 0)
             return addNote(tr(L"There is no state file yet (qrv init makes it)"));
         const Host host;
-        const sys::Outcome<sys::FileStamp> stamp = folder_.stamp(statePath);
+        const sys::Outcome<sys::FileStamp> stamp = folder_.stamp(layout::statePath);
         const Expected<std::shared_ptr<common::Cache>> cache = openState(root_, folder_, host);
         if (!cache)
             return addProblem(cache.error().message);
@@ -162,7 +161,8 @@ private:
             return addProblem(record.error().message);
         if (record->damagedLine() > 0)
             addProblem(OdString::format(tr(L"'%ls' is damaged in line %i"),
-                                        OdString(referenceRecordPath), record->damagedLine()));
+                                        OdString(layout::referenceRecordPath),
+                                        record->damagedLine()));
         if (const Expected<void> notOlder = checkNotOlder(*record, history); !notOlder)
             addProblem(notOlder.error().message);
         // A process that was killed before it recorded its commit has not recorded its branch.
@@ -302,8 +302,9 @@ private:
 /// What somebody changes who changes the repository.
 std::vector<std::optional<sys::FileStamp>> stampsOf(const sys::Folder& folder) {
     std::vector<std::optional<sys::FileStamp>> stamps;
-    for (const char* const path : {historyPath, statePath, referenceRecordPath, ".qrv/objects",
-                                   ".qrv/objects.pack", ".qrv/tf"}) {
+    for (const char* const path :
+         {layout::historyPath, layout::statePath, layout::referenceRecordPath,
+          layout::objectsFolder, layout::packPath, layout::storesFolder}) {
         const sys::Outcome<sys::FileStamp> stamp = folder.stamp(path);
         stamps.push_back(stamp ? std::optional(*stamp) : std::nullopt);
     }

@@ -1,3 +1,4 @@
+#include <engine/paths/Layout.h>
 #include <engine/paths/MetadataNameInternal.h>
 
 #include <algorithm>
@@ -8,7 +9,7 @@ namespace qrv {
 
 namespace {
 
-constexpr std::string_view folderName = ".qrv";
+constexpr std::string_view folderName = layout::metadataFolder;
 
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;

@@ -1,5 +1,6 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/paths/MetadataNameInternal.h>
 #include <engine/paths/RelativePath.h>
 
@@ -13,7 +14,6 @@ namespace {
 
 constexpr std::size_t longestComponent = 255;
 constexpr std::size_t longestPath = 4000;
-constexpr std::string_view propertiesFolder = ".qrv/properties/";
 
 const wchar_t* refusalOfComponent(std::string_view name) {
     if (name.empty())
@@ -37,11 +37,17 @@ const wchar_t* refusalOfComponents(std::string_view path) {
     return nullptr;
 }
 
+bool isBelowProperties(std::string_view path) {
+    constexpr std::string_view folder = layout::propertiesFolder;
+    return path.starts_with(folder) && path.substr(folder.size()).starts_with('/');
+}
+
 // The folder holds no folders, so one name follows.
 std::string_view withoutPropertiesFolder(std::string_view path) {
-    const bool isProperty = path.starts_with(propertiesFolder) &&
-                            path.find('/', propertiesFolder.size()) == std::string_view::npos;
-    return isProperty ? path.substr(propertiesFolder.size()) : path;
+    constexpr std::size_t begin = std::string_view(layout::propertiesFolder).size() + 1;
+    const bool isProperty =
+        isBelowProperties(path) && path.find('/', begin) == std::string_view::npos;
+    return isProperty ? path.substr(begin) : path;
 }
 
 }  // namespace
@@ -62,7 +68,7 @@ Expected<RelativePath> RelativePath::check(const OdString& path) {
 }
 
 bool RelativePath::isProperties() const {
-    return bytes_.starts_with(propertiesFolder);
+    return isBelowProperties(bytes_);
 }
 
 const wchar_t* refusalOfPath(std::string_view path) {

@@ -1,6 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/repository/Repository.h>
@@ -12,12 +13,15 @@ namespace qrv {
 
 namespace {
 
-constexpr const char* historyPath = ".qrv/qrv.db";
-constexpr const char* statePath = ".qrv/qrv.state";
-constexpr const char* traces[] = {".qrv/references", ".qrv/objects.pack", ".qrv/baseline"};
+constexpr const char* traces[] = {layout::referenceRecordPath, layout::packPath,
+                                  layout::baselinePath};
 
 ErrorMessage cannotRead(const common::RootPath& root, const char* path, std::error_code cause) {
     return systemFailure(tr(L"'%ls' cannot be read: %ls"), root.pathTo(OdString(path)), cause);
+}
+
+std::optional<OdString> toPath(const std::string& path) {
+    return OdString::fromNarrow(path);
 }
 
 /// Only a commit fills the index.
@@ -34,7 +38,7 @@ Expected<std::optional<OdString>> traceOfHistory(const common::RootPath& root,
     for (const char* const trace : traces) {
         const sys::Outcome<sys::FileStatus> status = folder.status(trace);
         if (status && status->sizeBytes > 0)
-            return std::optional(OdString(trace));
+            return toPath(trace);
         if (!status && !sys::meansAbsent(status.error()))
             return cannotRead(root, trace, status.error());
     }
@@ -42,18 +46,20 @@ Expected<std::optional<OdString>> traceOfHistory(const common::RootPath& root,
     if (!files)
         return files.error();
     if (!files->objects.empty())
-        return std::optional(L".qrv/objects/" + files->objects.front().name);
+        return toPath(layout::objectPath(files->objects.front().name.toNarrow()));
     if (!files->stores.empty())
-        return std::optional(L".qrv/tf/" + files->stores.front().name + L".tf");
-    return hasIndex(root, folder) ? std::optional(OdString(statePath)) : std::optional<OdString>();
+        return toPath(layout::drawingStorePath(files->stores.front().name));
+    if (hasIndex(root, folder))
+        return toPath(layout::statePath);
+    return std::optional<OdString>();
 }
 
 Expected<void> checkHistoryIsThere(const common::RootPath& root, const sys::Folder& folder) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(historyPath);
+    const sys::Outcome<sys::FileStatus> status = folder.status(layout::historyPath);
     if (status && status->sizeBytes > 0)
         return {};
     if (!status && !sys::meansAbsent(status.error()))
-        return cannotRead(root, historyPath, status.error());
+        return cannotRead(root, layout::historyPath, status.error());
     const Expected<std::optional<OdString>> trace = traceOfHistory(root, folder);
     if (!trace)
         return trace.error();

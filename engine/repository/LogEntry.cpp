@@ -1,6 +1,7 @@
 #include <common/repository/ActivityLog.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/repository/MetadataCheck.h>
 
@@ -11,11 +12,9 @@ namespace qrv {
 
 namespace {
 
-constexpr const char* logFile = ".qrv/qrv.log";
-
 /// 0 for a missing file.
 std::int64_t logSize(const sys::Folder& folder) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(logFile);
+    const sys::Outcome<sys::FileStatus> status = folder.status(layout::logPath);
     return status ? status->sizeBytes : 0;
 }
 

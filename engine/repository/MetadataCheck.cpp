@@ -1,11 +1,14 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/MetadataCheck.h>
 
 #include <array>
 #include <optional>
 #include <span>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace qrv {
@@ -13,22 +16,29 @@ namespace qrv {
 namespace {
 
 struct Entry {
-    const char* name;
+    const char* path;
     sys::FileKind kind;
 };
 
-constexpr const char* metadataFolder = ".qrv";
-constexpr const char* propertiesFolder = "properties";
-
 // The databases' own journals are looked at by what opens the databases.
-constexpr std::array metadata = {
-    Entry{"objects", sys::FileKind::folder},    Entry{"tf", sys::FileKind::folder},
-    Entry{"qrv.state", sys::FileKind::regular}, Entry{"qrv.db", sys::FileKind::regular},
-    Entry{"qrv.log", sys::FileKind::regular},   Entry{"objects.pack", sys::FileKind::regular},
-    Entry{"baseline", sys::FileKind::regular},  Entry{"lock", sys::FileKind::regular},
-    Entry{"commits", sys::FileKind::folder},    Entry{"references", sys::FileKind::regular}};
-constexpr std::array properties = {Entry{"ignore", sys::FileKind::regular},
-                                   Entry{"project_name", sys::FileKind::regular}};
+constexpr std::array metadata = {Entry{layout::objectsFolder, sys::FileKind::folder},
+                                 Entry{layout::storesFolder, sys::FileKind::folder},
+                                 Entry{layout::statePath, sys::FileKind::regular},
+                                 Entry{layout::historyPath, sys::FileKind::regular},
+                                 Entry{layout::logPath, sys::FileKind::regular},
+                                 Entry{layout::packPath, sys::FileKind::regular},
+                                 Entry{layout::baselinePath, sys::FileKind::regular},
+                                 Entry{layout::lockPath, sys::FileKind::regular},
+                                 Entry{layout::commitRecordsFolder, sys::FileKind::folder},
+                                 Entry{layout::referenceRecordPath, sys::FileKind::regular}};
+constexpr std::array properties = {Entry{layout::ignoreRulesPath, sys::FileKind::regular},
+                                   Entry{layout::projectNamePath, sys::FileKind::regular}};
+
+/// The name of the entry in its folder, which is open.
+std::string nameOf(const Entry& entry) {
+    const std::string_view path = entry.path;
+    return std::string(path.substr(path.rfind('/') + 1));
+}
 
 ErrorMessage failure(const OdString& text, const OdString& path) {
     return {OdString::format(text, printable(path))};
@@ -38,9 +48,10 @@ ErrorMessage failure(const OdString& path, std::error_code cause) {
     return systemFailure(tr(L"'%ls' cannot be opened: %ls"), path, cause);
 }
 
-Expected<void> checkEntry(const sys::Folder& folder, const OdString& path, const Entry& entry) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(entry.name);
-    const OdString whole = path + L'/' + OdString(entry.name);
+/// `folder` is the one in which the entry lies, and `root` is for the messages.
+Expected<void> checkEntry(const sys::Folder& folder, const OdString& root, const Entry& entry) {
+    const sys::Outcome<sys::FileStatus> status = folder.status(nameOf(entry));
+    const OdString whole = root + L'/' + OdString(entry.path);
     if (!status)
         return sys::meansAbsent(status.error()) ? Expected<void>() : failure(whole, status.error());
     if (status->kind == entry.kind)
@@ -54,23 +65,23 @@ Expected<void> checkEntry(const sys::Folder& folder, const OdString& path, const
 }
 
 /// Nothing when there is no such folder.
-Expected<std::optional<sys::Folder>> openChecked(const sys::Folder& folder, const OdString& path,
-                                                 const char* name) {
-    if (const Expected<void> checked = checkEntry(folder, path, {name, sys::FileKind::folder});
-        !checked)
+Expected<std::optional<sys::Folder>> openChecked(const sys::Folder& folder, const OdString& root,
+                                                 const char* path) {
+    const Entry entry = {.path = path, .kind = sys::FileKind::folder};
+    if (const Expected<void> checked = checkEntry(folder, root, entry); !checked)
         return checked.error();
-    sys::Outcome<sys::Folder> opened = folder.openFolder(name);
+    sys::Outcome<sys::Folder> opened = folder.openFolder(nameOf(entry));
     if (opened)
         return std::optional(std::move(*opened));
     if (sys::meansAbsent(opened.error()))
         return std::optional<sys::Folder>();
-    return failure(path + L'/' + OdString(name), opened.error());
+    return failure(root + L'/' + OdString(path), opened.error());
 }
 
-Expected<void> checkEntries(const sys::Folder& folder, const OdString& path,
+Expected<void> checkEntries(const sys::Folder& folder, const OdString& root,
                             std::span<const Entry> entries) {
     for (const Entry& entry : entries) {
-        if (Expected<void> checked = checkEntry(folder, path, entry); !checked)
+        if (Expected<void> checked = checkEntry(folder, root, entry); !checked)
             return checked;
     }
     return {};
@@ -79,20 +90,19 @@ Expected<void> checkEntries(const sys::Folder& folder, const OdString& path,
 }  // namespace
 
 Expected<void> checkMetadata(const sys::Folder& folder, const OdString& root) {
-    const OdString path = root + L'/' + OdString(metadataFolder);
-    const Expected<std::optional<sys::Folder>> opened = openChecked(folder, root, metadataFolder);
+    const Expected<std::optional<sys::Folder>> opened =
+        openChecked(folder, root, layout::metadataFolder);
     if (!opened)
         return opened.error();
     if (!*opened)
         return {};
-    if (Expected<void> checked = checkEntries(**opened, path, metadata); !checked)
+    if (Expected<void> checked = checkEntries(**opened, root, metadata); !checked)
         return checked;
     const Expected<std::optional<sys::Folder>> below =
-        openChecked(**opened, path, propertiesFolder);
+        openChecked(**opened, root, layout::propertiesFolder);
     if (!below)
         return below.error();
-    const OdString belowPath = path + L'/' + OdString(propertiesFolder);
-    return *below ? checkEntries(**below, belowPath, properties) : Expected<void>();
+    return *below ? checkEntries(**below, root, properties) : Expected<void>();
 }
 
 }  // namespace qrv

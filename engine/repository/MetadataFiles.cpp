@@ -1,6 +1,8 @@
+#include <engine/base/Digest.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/MetadataFiles.h>
 
 #include <algorithm>
@@ -14,11 +16,8 @@ namespace qrv {
 
 namespace {
 
-constexpr const wchar_t* objectsFolder = L".qrv/objects";
-constexpr const wchar_t* storesFolder = L".qrv/tf";
-constexpr std::string_view storeEnding = ".tf";
+constexpr std::string_view storeEnding = layout::storeEnding;
 constexpr std::string_view journalEnding = "-journal";
-constexpr int digestLength = 64;
 
 /// The names in the folder, ordered; none when there is no such folder.
 Expected<std::vector<std::string>> namesIn(const common::RootPath& root, const sys::Folder& folder,
@@ -102,14 +101,17 @@ Expected<void> listFolder(const common::RootPath& root, const sys::Folder& folde
 
 Expected<MetadataFiles> listMetadata(const common::RootPath& root, const sys::Folder& folder) {
     MetadataFiles all;
-    if (Expected<void> listed = listFolder(root, folder, objectsFolder, digestOf, all.objects, all);
+    if (Expected<void> listed =
+            listFolder(root, folder, OdString(layout::objectsFolder), digestOf, all.objects, all);
         !listed)
         return std::move(listed).error();
-    if (Expected<void> listed = listFolder(root, folder, storesFolder, storeOf, all.stores, all);
+    if (Expected<void> listed =
+            listFolder(root, folder, OdString(layout::storesFolder), storeOf, all.stores, all);
         !listed)
         return std::move(listed).error();
-    for (const wchar_t* const other : {L".qrv", L".qrv/commits", L".qrv/properties"}) {
-        const std::vector<MetadataFile> found = leftoversIn(root, folder, other);
+    for (const char* const other :
+         {layout::metadataFolder, layout::commitRecordsFolder, layout::propertiesFolder}) {
+        const std::vector<MetadataFile> found = leftoversIn(root, folder, OdString(other));
         all.leftovers.insert(all.leftovers.end(), found.begin(), found.end());
     }
     std::sort(all.leftovers.begin(), all.leftovers.end(),

@@ -2,6 +2,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/ProjectName.h>
 #include <engine/repository/SharedMode.h>
 #include <platform/qut/toQt.h>
@@ -17,15 +18,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* nameFile = ".qrv/properties/project_name";
-constexpr const char* nameFolder = ".qrv/properties";
 constexpr std::uint32_t newFilePermissions = 0666;
 
 std::error_code replaceName(const std::string& text, const sys::Folder& folder) {
-    sys::Outcome<sys::NewFile> file = folder.newFile(nameFile, newFilePermissions);
+    sys::Outcome<sys::NewFile> file = folder.newFile(layout::projectNamePath, newFilePermissions);
     if (!file)
         return file.error();
-    const sys::Outcome<sys::FileStatus> old = folder.status(nameFile);
+    const sys::Outcome<sys::FileStatus> old = folder.status(layout::projectNamePath);
     std::error_code error =
         old ? file->takeRights(old->owner, old->group, old->permissions) : std::error_code();
     if (!error)
@@ -34,7 +33,7 @@ std::error_code replaceName(const std::string& text, const sys::Folder& folder) 
         error = file->flush();
     if (!error)
         error = file->publish(sys::NewFile::Existing::replace);
-    return error ? error : folder.flush(nameFolder);
+    return error ? error : folder.flush(layout::propertiesFolder);
 }
 
 }  // namespace
@@ -55,8 +54,8 @@ Expected<void> setProjectName(const std::string& name, const common::RootPath& r
                               const sys::Folder& folder, const Caller& caller) {
     const SharedMode shared(folder, caller);
     if (const std::error_code error = replaceName(name + '\n', folder))
-        return systemFailure(tr(L"'%ls' cannot be written: %ls"), root.pathTo(OdString(nameFile)),
-                             error);
+        return systemFailure(tr(L"'%ls' cannot be written: %ls"),
+                             root.pathTo(OdString(layout::projectNamePath)), error);
     return {};
 }
 

@@ -1,6 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/repository/Repository.h>
 #include <engine/repository/StateDepth.h>
@@ -30,7 +31,7 @@ Expected<fs::path> existingFolder(const std::string& folder) {
 /// that name means nothing. Where nobody can look, a repository above may be the wrong one.
 Expected<bool> hasMetadata(const fs::path& folder) {
     std::error_code error;
-    const fs::path metadata = folder / ".qrv";
+    const fs::path metadata = folder / layout::metadataFolder;
     const fs::file_type type = fs::symlink_status(metadata, error).type();
     if (type == fs::file_type::none)
         return systemFailure(tr(L"'%ls' cannot be opened: %ls"), toText(metadata), error);

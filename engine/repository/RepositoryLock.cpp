@@ -1,6 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/RepositoryLock.h>
 
 #include <chrono>
@@ -12,7 +13,6 @@ namespace qrv {
 
 namespace {
 
-constexpr const char* lockPath = ".qrv/lock";
 constexpr std::chrono::milliseconds waitForLock{10000};
 constexpr std::chrono::milliseconds pauseBetweenTries{20};
 
@@ -32,7 +32,7 @@ ErrorMessage failure(const common::RootPath& root, std::error_code cause) {
 Expected<sys::Lock> lockForChange(const sys::Folder& folder, const common::RootPath& root) {
     const auto end = std::chrono::steady_clock::now() + waitForLock;
     for (;;) {
-        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder, lockPath);
+        sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder, layout::lockPath);
         if (lock)
             return std::move(*lock);
         if (!isHeld(lock) || std::chrono::steady_clock::now() > end)
@@ -42,12 +42,12 @@ Expected<sys::Lock> lockForChange(const sys::Folder& folder, const common::RootP
 }
 
 std::optional<sys::Lock> lockIfFree(const sys::Folder& folder) {
-    sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder, lockPath);
+    sys::Outcome<sys::Lock> lock = sys::Lock::tryTake(folder, layout::lockPath);
     return lock ? std::optional(std::move(*lock)) : std::nullopt;
 }
 
 bool isLocked(const sys::Folder& folder) {
-    return folder.status(lockPath) && isHeld(sys::Lock::tryTake(folder, lockPath));
+    return folder.status(layout::lockPath) && isHeld(sys::Lock::tryTake(folder, layout::lockPath));
 }
 
 }  // namespace qrv

@@ -1,3 +1,4 @@
+#include <engine/paths/Layout.h>
 #include <engine/repository/SharedMode.h>
 #include <sys/CreationMask.h>
 
@@ -11,7 +12,7 @@ constexpr std::uint32_t allPermissions = 0777;
 }  // namespace
 
 SharedMode::SharedMode(const sys::Folder& root, const Caller& caller) {
-    const sys::Outcome<sys::FileStatus> status = root.status(".qrv");
+    const sys::Outcome<sys::FileStatus> status = root.status(layout::metadataFolder);
     const bool isShared = status && status->kind == sys::FileKind::folder &&
                           (status->permissions & groupMayWrite) != 0;
     if (isShared && caller.followsSharedFolders())

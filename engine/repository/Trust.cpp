@@ -1,6 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/Trust.h>
 #include <sys/User.h>
 
@@ -20,7 +21,7 @@ ErrorMessage cannotOpen(const OdString& path, std::error_code cause) {
 /// The first of the two folders' owners who is somebody else.
 Expected<std::optional<std::uint32_t>> stranger(const sys::Folder& folder, const OdString& path,
                                                 const Caller& caller) {
-    for (const char* const name : {".", ".qrv"}) {
+    for (const char* const name : {".", layout::metadataFolder}) {
         const sys::Outcome<sys::FileStatus> status = folder.status(name);
         if (!status && sys::meansAbsent(status.error()))
             continue;

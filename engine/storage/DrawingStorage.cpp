@@ -4,6 +4,7 @@
 #include <engine/base/Translation.h>
 #include <engine/database/Database.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/paths/Layout.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/storage/Age.h>
 #include <engine/storage/DrawingStorage.h>
@@ -26,12 +27,7 @@ constexpr FrameLayout drawingLayout = {.applicationId = 0x71727664,  // "qrvd"
                                        .longestSpanBytes = longestSpanBytes,
                                        .worthPercent = 90};
 
-constexpr const char* storesFolder = ".qrv/tf";
 constexpr int digitsOfStoreName = 32;
-
-std::string pathOf(const OdString& store) {
-    return std::string(storesFolder) + "/" + store.toNarrow() + ".tf";
-}
 
 // Where a drawing goes on, and the revision that it continues, if that is known.
 struct Line {
@@ -59,20 +55,20 @@ ErrorMessage cannotUse(const std::string& path, const OdString& cause) {
 }
 
 Expected<void> makeStoresFolder(const sys::Folder& folder) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(storesFolder);
+    const sys::Outcome<sys::FileStatus> status = folder.status(layout::storesFolder);
     if (status && status->kind == sys::FileKind::folder)
         return {};
-    std::error_code error = folder.makeFolders(storesFolder);
+    std::error_code error = folder.makeFolders(layout::storesFolder);
     if (!error)
-        error = folder.flush(".qrv");
+        error = folder.flush(layout::metadataFolder);
     if (error)
-        return cannotUse(storesFolder, causeOf(error));
+        return cannotUse(layout::storesFolder, causeOf(error));
     return {};
 }
 
 FrameStore openStore(const sys::Folder& folder, const common::RootPath& root, const OdString& store,
                      Database::Access access) {
-    const std::string path = pathOf(store);
+    const std::string path = layout::drawingStorePath(store);
     auto database =
         std::make_shared<Database>(folder, path, root.pathTo(OdString::fromNarrow(path)), access);
     return {std::move(database), access, drawingLayout};
@@ -96,7 +92,7 @@ Expected<Place> placeOf(const sys::Folder& folder, const common::RootPath& root,
         return checked.error();
     if (!checked->isDrawing())
         return Place{.store = nullptr, .url = *checked};
-    const std::string path = pathOf(checked->store());
+    const std::string path = layout::drawingStorePath(checked->store());
     const sys::Outcome<sys::FileStatus> status = folder.status(path);
     if (!status && sys::meansAbsent(status.error()))
         return Place{.store = nullptr, .url = *checked};
@@ -147,8 +143,9 @@ Expected<OdString> DrawingStorage::store(const common::RootPath& root, const OdS
         const Expected<std::string> digest = addTo(store, **file, *line);
         if (digest) {
             // It may have been there already, in a file that nobody wrote to for long.
-            if (const std::error_code error = folder->refresh(pathOf(line->store), ageToRefresh))
-                return cannotUse(pathOf(line->store), causeOf(error));
+            if (const std::error_code error =
+                    folder->refresh(layout::drawingStorePath(line->store), ageToRefresh))
+                return cannotUse(layout::drawingStorePath(line->store), causeOf(error));
             return drawingUrl(line->store, OdString::fromNarrow(*digest));
         }
         if (isRetry || !(**file).hasChanged())
@@ -181,7 +178,8 @@ Expected<bool> DrawingStorage::renew(const common::RootPath& root, const OdStrin
     const Expected<sys::Folder> folder = folderOf(root);
     if (!folder)
         return folder.error();
-    return !folder->refresh(pathOf(CheckedUrl::check(url)->store()), ageToRefresh);
+    return !folder->refresh(layout::drawingStorePath(CheckedUrl::check(url)->store()),
+                            ageToRefresh);
 }
 
 Expected<bool> DrawingStorage::contains(const common::RootPath& root, const OdString& url) try {
@@ -237,7 +235,7 @@ Expected<std::vector<OdString>> DrawingStorage::revisions(const common::RootPath
 
 std::unique_ptr<FrameStore> openDrawingStore(const sys::Folder& folder,
                                              const common::RootPath& root, const OdString& store) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(pathOf(store));
+    const sys::Outcome<sys::FileStatus> status = folder.status(layout::drawingStorePath(store));
     if (!status && sys::meansAbsent(status.error()))
         return nullptr;
     return std::make_unique<FrameStore>(openStore(folder, root, store, Database::Access::readOnly));

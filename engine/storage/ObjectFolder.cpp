@@ -1,6 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/storage/Age.h>
 #include <engine/storage/LooseObject.h>
 #include <engine/storage/ObjectFolder.h>
@@ -14,9 +15,6 @@ namespace qrv {
 
 namespace {
 
-constexpr const char* metadataFolder = ".qrv";
-constexpr const char* objectsFolder = ".qrv/objects";
-constexpr const char* packPath = ".qrv/objects.pack";
 constexpr std::chrono::hours leftoverAge{24};
 // Nobody needs to write to an object again.
 constexpr std::uint32_t objectPermissions = 0444;
@@ -32,12 +30,12 @@ ObjectFolder::ObjectFolder(common::RootPath root, sys::Folder rootFolder)
 }
 
 std::error_code ObjectFolder::openOrMakeFolder() {
-    sys::Outcome<sys::Folder> folder = rootFolder_.openFolder(objectsFolder);
+    sys::Outcome<sys::Folder> folder = rootFolder_.openFolder(layout::objectsFolder);
     if (folder.error() == std::errc::no_such_file_or_directory) {
-        if (const std::error_code error = rootFolder_.makeFolders(objectsFolder))
+        if (const std::error_code error = rootFolder_.makeFolders(layout::objectsFolder))
             return error;
         isNew_ = true;
-        folder = rootFolder_.openFolder(objectsFolder);
+        folder = rootFolder_.openFolder(layout::objectsFolder);
     }
     if (!folder)
         return folder.error();
@@ -49,9 +47,9 @@ Expected<void> ObjectFolder::openForChange() {
     if (folder_)
         return {};
     if (const std::error_code error = openOrMakeFolder())
-        return ErrorMessage{OdString::format(tr(L"The folder '%ls' cannot be opened: %ls"),
-                                             printable(root_.pathTo(OdString(objectsFolder))),
-                                             causeOf(error))};
+        return ErrorMessage{OdString::format(
+            tr(L"The folder '%ls' cannot be opened: %ls"),
+            printable(root_.pathTo(OdString(layout::objectsFolder))), causeOf(error))};
     folder_->removeLeftovers(".", leftoverAge);
     return {};
 }
@@ -73,7 +71,7 @@ void ObjectFolder::keep(const std::string& digest, sys::NewFile object, const Od
 Expected<void> ObjectFolder::flushContents(WaitingObjects& objects) const {
     if (objects.size() > fewObjects) {
         if (const std::error_code error = folder_->flushFileSystem())
-            return cannotWrite(root_.pathTo(OdString(objectsFolder)), causeOf(error));
+            return cannotWrite(root_.pathTo(OdString(layout::objectsFolder)), causeOf(error));
         return {};
     }
     for (auto& [digest, object] : objects) {
@@ -86,9 +84,9 @@ Expected<void> ObjectFolder::flushContents(WaitingObjects& objects) const {
 Expected<void> ObjectFolder::flushNames() {
     std::error_code error = folder_->flush();
     if (!error && isNew_)
-        error = rootFolder_.flush(metadataFolder);
+        error = rootFolder_.flush(layout::metadataFolder);
     if (error)
-        return cannotWrite(root_.pathTo(OdString(objectsFolder)), causeOf(error));
+        return cannotWrite(root_.pathTo(OdString(layout::objectsFolder)), causeOf(error));
     isNew_ = false;
     return {};
 }
@@ -122,7 +120,7 @@ bool ObjectFolder::renew(const std::string& digest) {
         return !start().refresh(pathOf(digest), ageToRefresh);
     PackFile* const packed = pack();
     return packed != nullptr && packed->contains(digest) &&
-           !rootFolder_.refresh(packPath, ageToRefresh);
+           !rootFolder_.refresh(layout::packPath, ageToRefresh);
 }
 
 bool ObjectFolder::hasWhole(const std::string& digest, std::int64_t sizeBytes) {
@@ -158,7 +156,7 @@ Expected<void> ObjectFolder::remove(const std::string& digest, const OdString& u
 }
 
 std::string ObjectFolder::pathOf(const std::string& digest) const {
-    return folder_ ? digest : std::string(objectsFolder) + '/' + digest;
+    return folder_ ? digest : layout::objectPath(digest);
 }
 
 std::optional<std::int64_t> ObjectFolder::looseSize(const std::string& digest) const {

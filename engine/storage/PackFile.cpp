@@ -1,6 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/storage/PackFile.h>
 #include <sys/Folder.h>
 
@@ -16,8 +17,6 @@ constexpr FrameLayout packLayout = {.applicationId = 0x71727670,  // "qrvp"
                                     .longestSpanBytes = std::int64_t{256} << 20,
                                     .worthPercent = 50};
 
-constexpr const char* packName = ".qrv/objects.pack";
-
 [[noreturn]] void fail(const OdString& path, const OdString& cause) {
     throw DatabaseError(OdString::format(tr(L"'%ls' cannot be used: %ls"), printable(path), cause));
 }
@@ -30,7 +29,7 @@ sys::Folder folderOf(const common::RootPath& root) {
 }
 
 bool isThere(const sys::Folder& folder, const OdString& path) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(packName);
+    const sys::Outcome<sys::FileStatus> status = folder.status(layout::packPath);
     if (!status && !sys::meansAbsent(status.error()))
         fail(path, causeOf(status.error()));
     return static_cast<bool>(status);
@@ -39,11 +38,12 @@ bool isThere(const sys::Folder& folder, const OdString& path) {
 }  // namespace
 
 PackFile::PackFile(const sys::Folder& folder, const OdString& path, Database::Access access)
-    : frames_(std::make_shared<Database>(folder, packName, path, access), access, packLayout) {
+    : frames_(std::make_shared<Database>(folder, layout::packPath, path, access), access,
+              packLayout) {
 }
 
 OdString PackFile::pathOf(const common::RootPath& root) {
-    return root.pathTo(OdString(packName));
+    return root.pathTo(OdString(layout::packPath));
 }
 
 std::optional<PackFile> PackFile::open(const common::RootPath& root) {

@@ -1,3 +1,4 @@
+#include <engine/paths/Layout.h>
 #include <engine/worktree/FoldedName.h>
 #include <platform/qut/toQt.h>
 
@@ -15,7 +16,7 @@ std::u16string folded(const OdString& path) {
 }
 
 bool ignoresLetterCase(const sys::Folder& root) {
-    const sys::Outcome<sys::FileStamp> metadata = root.stamp(".qrv");
+    const sys::Outcome<sys::FileStamp> metadata = root.stamp(layout::metadataFolder);
     const sys::Outcome<sys::FileStamp> inCapitals = root.stamp(".QRV");
     return metadata && inCapitals && metadata->number == inCapitals->number;
 }

@@ -1,6 +1,7 @@
 #include <common/worktree/RepoIgnore.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/worktree/IgnoreRules.h>
 #include <platform/ut/TextFile.h>
 
@@ -13,9 +14,6 @@
 namespace qrv {
 
 namespace {
-
-constexpr const wchar_t* metadataFolder = L".qrv";
-constexpr const wchar_t* propertiesPrefix = L".qrv/properties/";
 
 /// No rule that somebody wrote by hand comes near these sizes, which are counted in states of about
 /// a hundred bytes.
@@ -206,7 +204,7 @@ std::optional<bool> IgnoreRules::matches(Rule& rule, std::string_view nameNarrow
 }
 
 std::optional<IgnoreReason> reasonToIgnore(const OdString& path, IgnoreRules& rules) {
-    const OdString prefix(propertiesPrefix);
+    const OdString prefix = OdString(layout::propertiesFolder) + L'/';
     const bool isProperties = path.left(prefix.getLength()) == prefix;
     std::vector<OdString> parts;
     for (OdString part = path; part.getLength() >= prefix.getLength() || !isProperties;
@@ -220,7 +218,7 @@ std::optional<IgnoreReason> reasonToIgnore(const OdString& path, IgnoreRules& ru
         const OdString name = nameOf(part);
         if (const IgnoreRule* const rule = rules.match(name))
             return IgnoreReason{.path = part, .line = rule->line, .rule = rule->text};
-        if (name == metadataFolder)
+        if (name == OdString(layout::metadataFolder))
             return IgnoreReason{.path = part, .line = 0, .rule = {}};
     }
     return std::nullopt;

@@ -1,5 +1,6 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/Layout.h>
 #include <engine/worktree/KeptBaseline.h>
 
 #include <cstddef>
@@ -17,7 +18,7 @@ constexpr std::uint32_t permissions = 0666;
 constexpr std::size_t maximumSizeBytes = 256 << 20;
 
 ErrorMessage unreadable(std::error_code cause) {
-    return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString(baselinePath), cause);
+    return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString(layout::baselinePath), cause);
 }
 
 }  // namespace
@@ -35,7 +36,7 @@ KeptBaseline toKept(const common::State& state, const sys::FileStamp& stateFile,
 }
 
 Expected<std::optional<KeptBaseline>> readBaseline(const sys::Folder& root) {
-    const sys::Outcome<sys::InputFile> file = root.openFile(baselinePath);
+    const sys::Outcome<sys::InputFile> file = root.openFile(layout::baselinePath);
     if (!file && file.error() == std::errc::no_such_file_or_directory)
         return std::optional<KeptBaseline>();
     sys::Outcome<std::vector<char>> bytes = file ? file->readWhole(maximumSizeBytes) : file.error();
@@ -53,14 +54,14 @@ Expected<std::optional<KeptBaseline>> readBaseline(const sys::Folder& root) {
 
 ErrorMessage damagedBaseline() {
     return {OdString::format(tr(L"'%ls' is damaged (qrv status makes it anew)"),
-                             OdString(baselinePath))};
+                             OdString(layout::baselinePath))};
 }
 
 std::error_code writeBaseline(const KeptBaseline& kept, const sys::Folder& root) {
     const std::string bytes = toBytes(kept);
     if (bytes.size() > maximumSizeBytes)
         return std::make_error_code(std::errc::file_too_large);
-    sys::Outcome<sys::NewFile> file = root.newFile(baselinePath, permissions);
+    sys::Outcome<sys::NewFile> file = root.newFile(layout::baselinePath, permissions);
     if (!file)
         return file.error();
     if (const std::error_code error = file->write(bytes))

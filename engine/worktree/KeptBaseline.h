@@ -12,9 +12,6 @@
 
 namespace qrv {
 
-/// Where the kept baseline lies below the root.
-inline constexpr const char* baselinePath = ".qrv/baseline";
-
 /// What of a state and the files of HEAD is kept; the state file has been read in that version.
 KeptBaseline toKept(const common::State& state, const sys::FileStamp& stateFile,
                     const OdString& headCommit, std::shared_ptr<const Baseline> baseline);

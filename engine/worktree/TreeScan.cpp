@@ -1,4 +1,5 @@
 #include <common/worktree/VisitRepoFiles.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/worktree/AsideName.h>
 #include <engine/worktree/IgnoreRules.h>
@@ -204,7 +205,7 @@ Expected<void> TreeScan::list() {
         root_, [&rules](const OdString& name) { return rules.match(name) != nullptr; }, add,
         [this](const OdString& path) { noteUnread(path); });
     if (!rules.isRead())
-        noteUnread(L".qrv/properties/ignore");
+        noteUnread(OdString(layout::ignoreRulesPath));
     if (!visited)
         return visited;
     // The library read the rules and listed the folders by their paths.

@@ -3,6 +3,7 @@
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/Plan.h>
+#include <engine/paths/Layout.h>
 #include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/repository/RepositoryLock.h>
@@ -21,7 +22,7 @@ namespace qrv {
 
 namespace {
 
-constexpr const char* statePath = ".qrv/qrv.state";
+constexpr const char* statePath = layout::statePath;
 
 /// Whether the clock of the file system had gone on between the two, so that no version of the
 /// older file that comes after the younger one can have the times of this one.
@@ -150,13 +151,13 @@ bool Workspace::isLockedByOther() const {
 bool Workspace::canScanAhead() {
     // A scan makes the ignore file when there is none, and a command that fails is to make nothing.
     // What was interrupted changes files before they are looked at.
-    return folder_.status(".qrv/properties/ignore") && !notedPlan(history_);
+    return folder_.status(layout::ignoreRulesPath) && !notedPlan(history_);
 }
 
 /// One that cannot be read is no loss.
 void Workspace::takeKeptBaseline() {
     const sys::Outcome<sys::FileStamp> stateFile = folder_.stamp(statePath);
-    const sys::Outcome<sys::FileStamp> keptFile = folder_.stamp(baselinePath);
+    const sys::Outcome<sys::FileStamp> keptFile = folder_.stamp(layout::baselinePath);
     if (!stateFile || !keptFile || !isLater(*keptFile, *stateFile))
         return;
     Expected<std::optional<KeptBaseline>> kept = readBaseline(folder_);

@@ -1,4 +1,5 @@
 #include <engine/history/HistoryRecords.h>
+#include <engine/paths/Layout.h>
 #include <platform/kernel/Clock.h>
 #include <sys/ScopedFault.h>
 #include <tests/engine/history/Repository.h>
@@ -130,7 +131,9 @@ TEST(ReferenceRecord, IgnoresALineWithoutAnEndUntilItGrows) {
 // The numbers of files tell a file that grew from one that was replaced.
 TEST(ReferenceRecord, IsReplacedOnlyWhenItIsDamaged) {
     const Recorded repository;
-    const auto number = [&] { return repository.root().stamp(qrv::referenceRecordPath)->number; };
+    const auto number = [&] {
+        return repository.root().stamp(qrv::layout::referenceRecordPath)->number;
+    };
     qrv_test::writeFile(repository.path(),
                         qrv_test::readFile(QRV_HISTORY_SAMPLES "/references.sample"));
     const auto first = number();
