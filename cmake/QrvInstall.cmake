@@ -20,13 +20,17 @@ else()
     string(APPEND qrv_pc_requires " qrv-platform")
     set(qrv_platform_is_external ON)
 endif()
+set(qrv_private_libraries)
+if(TARGET qrv_sys)
+    list(APPEND qrv_private_libraries qrv_sys)
+endif()
 
 # The libraries find each other, and the program finds them, wherever the tree stands; and just so in the build
 # tree. With a run path of its own there, CMake would end it with an empty entry, which stands for the current folder:
 # a library that somebody put among drawings would be taken for one of the system's.
 file(RELATIVE_PATH qrv_libraries_from_program ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set(qrv_built_programs ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_BINDIR})
-set_target_properties(${qrv_libraries} PROPERTIES
+set_target_properties(${qrv_libraries} ${qrv_private_libraries} PROPERTIES
     INSTALL_RPATH "$ORIGIN"
     BUILD_WITH_INSTALL_RPATH ON
     INSTALL_RPATH_USE_LINK_PATH ${qrv_platform_is_external}
@@ -35,6 +39,12 @@ install(TARGETS ${qrv_libraries}
     EXPORT qrv-targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qrv)
+# Nobody builds against these: they are there for the libraries and the program.
+if(qrv_private_libraries)
+    install(TARGETS ${qrv_private_libraries}
+        EXPORT qrv-targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+endif()
 
 if(TARGET qrv_cli)
     set_target_properties(qrv_cli PROPERTIES

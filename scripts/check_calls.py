@@ -46,7 +46,7 @@ RULES = [
         r"\b(?:exit|_exit|_Exit|quick_exit|abort|terminate|raise|kill|assert)\s*\(",
         {
             "platform/ut/ScopedFault.cpp": "tests kill the process at a chosen call",
-            "sys/Interruption.cpp": "only the program links it, and ends by the signal that it was sent",
+            "sys/Interruption.cpp": "only the program makes one, and ends by the signal that it was sent",
         },
     ),
     (
@@ -59,7 +59,7 @@ RULES = [
         "the library handles no signal",
         ("common", "platform", "sys"),
         r"\b(?:signal|sigaction|sigprocmask|set_terminate|atexit|at_quick_exit)\s*\(",
-        {"sys/Interruption.cpp": "only the program links it, and makes one while it must not be cut off"},
+        {"sys/Interruption.cpp": "only the program makes one, while it must not be cut off"},
     ),
     (
         "the library starts no thread or process",

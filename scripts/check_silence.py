@@ -15,12 +15,13 @@ import sources
 
 PLATFORM = "libqrv-platform.so"
 COMMON = "libqrv-common.so"
+SYS = "libqrv-sys.so"
 
 # (what is wrong, libraries, pattern for the whole name without parameters, what is right and why)
 RULES = [
     (
         "prints",
-        (COMMON, PLATFORM),
+        (COMMON, PLATFORM, SYS),
         r"(?:__)?v?[fd]?w?printf(?:_chk)?|f?puts(?:_unlocked)?|fputws|f?putw?c(?:har)?(?:_unlocked)?|perror"
         r"|(?:__)?v?syslog(?:_chk)?|v?warnx?|psignal|stdout|stderr|_IO_2_1_std(?:out|err)_"
         r"|std::w?(?:cout|cerr|clog)|std::ios_base::Init::.*|QMessageLogger::.*|qt_message_output|wxLog.*",
@@ -28,44 +29,46 @@ RULES = [
     ),
     (
         "ends the process",
-        (COMMON, PLATFORM),
+        (COMMON, PLATFORM, SYS),
         r"_?exit|_Exit|quick_exit|abort|v?errx?|raise|t?g?kill|longjmp|std::quick_exit"
         r"|__assert\w*|std::__glibcxx_assert_fail|qt_assert(?:_x)?|__stack_chk_fail|__fortify_fail",
         {
             (PLATFORM, "raise"): "ScopedFault: tests kill the process at a chosen call",
+            (SYS, "raise"): "Interruption: the program, which alone makes one, ends by the signal that it was sent",
             (COMMON, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",
             (PLATFORM, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",
+            (SYS, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",
             (COMMON, "qt_assert"): "assertions of Qt's headers in preset dev",
             (PLATFORM, "qt_assert"): "assertions of Qt's headers in preset dev",
         },
     ),
     (
         "changes the locale",
-        (COMMON, PLATFORM),
+        (COMMON, PLATFORM, SYS),
         r"setlocale|uselocale|newlocale|std::locale::global|QLocale::setDefault|wxLocale::.*",
         {},
     ),
     (
         "handles signals or the process's end",
-        (COMMON, PLATFORM),
+        (COMMON, PLATFORM, SYS),
         r"(?:bsd_|sysv_|__sysv_)?signal|sigaction|sigaltstack|(?:pthread_)?sig(?:proc)?mask|on_exit"
         r"|at(?:_quick_)?exit|__cxa_at_quick_exit|std::set_(?:terminate|new_handler|unexpected)"
         r"|qInstallMessageHandler",
-        {},
+        {(SYS, "sigaction"): "Interruption: the program, which alone makes one, must not be cut off"},
     ),
     (
         "starts a thread or a process",
-        (COMMON, PLATFORM),
+        (COMMON, PLATFORM, SYS),
         r"pthread_create|thrd_create|clone3?|_?v?[fF]ork|f?exec(?:[lv]p?e?|veat)|posix_spawnp?|system|popen"
         r"|std::thread::.*|QThread(?:Pool)?::.*|QtConcurrent::.*|QProcess::.*|QTimer::.*|wxThread.*|wxExecute",
         {},
     ),
     (
         "changes what belongs to the process",
-        (COMMON, PLATFORM),
+        (COMMON, PLATFORM, SYS),
         r"setenv|putenv|unsetenv|clearenv|qputenv|qunsetenv|f?chdir|umask|set(?:re|res|e)?[ug]id|srand(?:om)?"
         r"|QDir::setCurrent|QCoreApplication::(?:set\w+|QCoreApplication)",
-        {},
+        {(SYS, "umask"): "setCreationMask: the program shares a repository with a group"},
     ),
     (
         "touches the file system past the platform",

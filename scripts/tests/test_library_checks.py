@@ -78,6 +78,8 @@ class Silence(unittest.TestCase):
             self.assertEqual(len(self.found(name)), 1, name)
             if name != "raise":
                 self.assertEqual(len(self.found(name, check_silence.PLATFORM)), 1, name)
+            if name not in ("raise", "sigaction", "umask"):
+                self.assertEqual(len(self.found(name, check_silence.SYS)), 1, name)
 
     def test_only_the_platform_touches_the_file_system(self):
         for name in ("open", "openat64", "renameat", "unlink", "mkdir", "fopen",
@@ -95,6 +97,7 @@ class Silence(unittest.TestCase):
 
     def test_exceptions_hold_for_their_library_only(self):
         self.assertEqual(self.found("raise", check_silence.PLATFORM), [])
+        self.assertEqual(self.found("sigaction", check_silence.SYS), [])
         self.assertEqual(self.found("raise"), ["libqrv-common.so ends the process: raise"])
 
 
