@@ -45,7 +45,7 @@ RULES = [
         ("common", "platform", "sys"),
         r"\b(?:exit|_exit|_Exit|quick_exit|abort|terminate|raise|kill|assert)\s*\(",
         {
-            "platform/ut/ScopedFault.cpp": "tests kill the process at a chosen call",
+            "sys/ScopedFault.cpp": "tests kill the process at a chosen call",
             "sys/Interruption.cpp": "only the program makes one, and ends by the signal that it was sent",
         },
     ),

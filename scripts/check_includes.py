@@ -11,7 +11,10 @@ import sources
 # platform and sys, and every room of cli those of engine. There is no circle in it.
 EDGES = {
     "platform/kernel": {},
-    "platform/ut": {"platform/kernel": "paths and times are the kernel's types"},
+    "platform/ut": {
+        "platform/kernel": "paths and times are the kernel's types",
+        "sys": "the system's calls, and files that appear as a whole",
+    },
     "platform/qut": {
         "platform/kernel": "converts the kernel's texts",
         "platform/ut": "opens files by their host names",
@@ -133,6 +136,9 @@ SHARED_INTERNAL_HEADERS = {
     "engine/history/RowsInternal.h": ("engine/maintenance", "a history is made anew row by row"),
     "engine/history/SumsInternal.h": ("engine/maintenance", "the rows that are made anew get their sums"),
     "platform/ut/RegularFileInternal.h": ("platform/qut", "opens only what ut::File opens"),
+    "sys/CallsInternal.h": ("platform/ut", "a host's paths lead through links, those of a Folder do not"),
+    "sys/EntriesInternal.h": ("platform/ut", "lists files apart from folders"),
+    "sys/TransferInternal.h": ("platform/ut", "what was read before a failure counts"),
 }
 
 # Tests, benchmarks and fuzz targets look inside the folder that they are about; the program does not.

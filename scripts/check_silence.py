@@ -33,8 +33,8 @@ RULES = [
         r"_?exit|_Exit|quick_exit|abort|v?errx?|raise|t?g?kill|longjmp|std::quick_exit"
         r"|__assert\w*|std::__glibcxx_assert_fail|qt_assert(?:_x)?|__stack_chk_fail|__fortify_fail",
         {
-            (PLATFORM, "raise"): "ScopedFault: tests kill the process at a chosen call",
-            (SYS, "raise"): "Interruption: the program, which alone makes one, ends by the signal that it was sent",
+            (SYS, "raise"): "ScopedFault: tests kill the process at a chosen call; Interruption: the program, which alone "
+                            "makes one, ends by the signal that it was sent",
             (COMMON, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",
             (PLATFORM, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",
             (SYS, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",

@@ -1,25 +1,10 @@
 #include <sys/Append.h>
 #include <sys/CallsInternal.h>
+#include <sys/TransferInternal.h>
 
 #include <fcntl.h>
 
-#include <cstddef>
-
 namespace sys {
-
-namespace {
-
-std::error_code writeAll(int file, std::span<const char> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = calls::write(file, bytes.data(), bytes.size());
-        if (count <= 0)
-            return count < 0 ? calls::lastError() : std::make_error_code(std::errc::io_error);
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-    }
-    return {};
-}
-
-}  // namespace
 
 std::error_code append(const Folder& folder, const std::string& relative,
                        std::span<const char> bytes) {

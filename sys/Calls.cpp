@@ -1,6 +1,7 @@
 #include <sys/CallsInternal.h>
 #include <sys/FaultInternal.h>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <linux/magic.h>
@@ -16,6 +17,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 
 namespace sys::calls {
 
@@ -55,7 +58,9 @@ bool isOnNetworkShare(int file) {
 bool tryOpenBeneath() {
     const long result = openBeneathOnce(AT_FDCWD, ".", O_PATH, 0);
     const bool isThere = result >= 0 || (errno != ENOSYS && errno != EPERM);
-    const Handle opened(static_cast<int>(result));
+    // Past the count of calls: a test may begin to count before anybody asked this.
+    if (result >= 0)
+        ::close(static_cast<int>(result));
     return isThere;
 }
 
@@ -92,6 +97,10 @@ ssize_t write(int file, const void* bytes, std::size_t size) {
     return repeatedWhenInterrupted([&] { return ::write(file, bytes, size); });
 }
 
+ssize_t readEntries(int folder, void* buffer, std::size_t size) {
+    return repeatedWhenInterrupted([&] { return ::getdents64(folder, buffer, size); });
+}
+
 int flush(int file) {
     return repeatedWhenInterrupted([&] { return ::fsync(file); });
 }
@@ -101,8 +110,9 @@ int flushFileSystem(int file) {
 }
 
 int close(int file) {
-    // Not repeated: Linux frees the descriptor whatever close answers. For the same reason a call
-    // that is made to fail closes all the same.
+    // Not repeated: Linux frees the descriptor whatever close answers, and its number may already
+    // belong to another thread's file. For the same reason a call that is made to fail closes all
+    // the same.
     const bool fails = faultFires();
     const int errorNumber = errno;
     const int result = ::close(file);
@@ -156,6 +166,15 @@ int statusAt(int folder, const std::string& name, struct stat& status) {
         [&] { return ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW); });
 }
 
+int statusBehindLinks(int folder, const char* path, struct stat& status) {
+    return repeatedWhenInterrupted([&] { return ::fstatat(folder, path, &status, 0); });
+}
+
+int checkRights(int folder, const std::string& path, int rights) {
+    return repeatedWhenInterrupted(
+        [&] { return ::faccessat(folder, path.c_str(), rights, AT_EACCESS); });
+}
+
 int setOwner(int file, uid_t owner, gid_t group) {
     return repeatedWhenInterrupted([&] { return ::fchown(file, owner, group); });
 }
@@ -169,8 +188,14 @@ int setModified(int file, const timespec& time) {
     return repeatedWhenInterrupted([&] { return ::futimens(file, times.data()); });
 }
 
-int makeFolder(int folder, const std::string& name) {
-    return repeatedWhenInterrupted([&] { return ::mkdirat(folder, name.c_str(), 0777); });
+int makeFolder(int folder, const std::string& path, mode_t mode) {
+    return repeatedWhenInterrupted([&] { return ::mkdirat(folder, path.c_str(), mode); });
+}
+
+std::optional<std::string> currentFolder() {
+    const auto free = [](char* text) { std::free(text); };
+    const std::unique_ptr<char, decltype(free)> path(faultFires() ? nullptr : ::getcwd(nullptr, 0));
+    return path == nullptr ? std::nullopt : std::optional<std::string>(path.get());
 }
 
 int rename(int fromFolder, const std::string& from, int toFolder, const std::string& to) {

@@ -7,13 +7,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <system_error>
 
-/// The file-system calls of this library, all of them. Each asks the living `ScopedFault` first and
+/// The file-system calls of this process, all of ours. Each asks the living `ScopedFault` first and
 /// is repeated when a signal interrupted it. They answer as the system's own: a negative number, or
 /// a handle that is not open, on failure, with the cause in `errno`. A name is one name in the open
-/// folder `folder`; only `openAt` and `openBeneath` take paths.
+/// folder `folder`; what is called a path may lead anywhere from there, and AT_FDCWD stands for the
+/// current folder.
 namespace sys::calls {
 
 /// The last failure.
@@ -30,6 +32,9 @@ ssize_t read(int file, void* buffer, std::size_t size);
 /// Leaves the file's position as it is.
 ssize_t readAt(int file, void* buffer, std::size_t size, std::int64_t position);
 ssize_t write(int file, const void* bytes, std::size_t size);
+/// Fills the buffer with entries of a folder as `dirent64`, one behind the other, and gives the
+/// bytes used; 0 behind the last entry.
+ssize_t readEntries(int folder, void* buffer, std::size_t size);
 int flush(int file);
 int flushFileSystem(int file);
 /// The descriptor is gone also when this fails.
@@ -45,11 +50,17 @@ bool isLocked(int file);
 int status(int file, struct stat& status);
 /// Of a link itself.
 int statusAt(int folder, const std::string& name, struct stat& status);
+/// Of what a link leads to.
+int statusBehindLinks(int folder, const char* path, struct stat& status);
+/// Whether this process has the rights (W_OK and the like), with those that it has now.
+int checkRights(int folder, const std::string& path, int rights);
 int setOwner(int file, uid_t owner, gid_t group);
 int setPermissions(int file, mode_t permissions);
 int setModified(int file, const timespec& time);
 
-int makeFolder(int folder, const std::string& name);
+int makeFolder(int folder, const std::string& path, mode_t mode = 0777);
+/// Nothing when the system cannot tell.
+std::optional<std::string> currentFolder();
 int rename(int fromFolder, const std::string& from, int toFolder, const std::string& to);
 /// Fails with EEXIST when `to` is taken.
 int renameToFree(int folder, const std::string& from, const std::string& to);

@@ -77,6 +77,9 @@ public:
     /// is taken. Both are names, not paths.
     [[nodiscard]] std::error_code renameToFree(const std::string& from,
                                                const std::string& to) const;
+    /// Fails when this process may not write to that file of this very folder, as far as the rights
+    /// tell that it has now: `permission_denied`, or what kept the system from telling.
+    [[nodiscard]] std::error_code checkWritable(const std::string& name) const;
     /// Two files or folders of this very folder change their names, in one step.
     /// `operation_not_supported` where the file system, or the system, cannot do that.
     [[nodiscard]] std::error_code exchange(const std::string& one, const std::string& other) const;

@@ -1,21 +1,22 @@
 #include <sys/CallsInternal.h>
 #include <sys/InputFile.h>
 #include <sys/StatusInternal.h>
+#include <sys/TransferInternal.h>
 
 namespace sys {
 
+namespace {
+
+Outcome<std::size_t> toOutcome(const ReadBytes& bytes) {
+    if (bytes.error)
+        return bytes.error;
+    return bytes.count;
+}
+
+}  // namespace
+
 Outcome<std::size_t> InputFile::read(std::span<char> buffer) {
-    std::size_t total = 0;
-    while (total < buffer.size()) {
-        const ssize_t count =
-            calls::read(handle_.number(), buffer.data() + total, buffer.size() - total);
-        if (count < 0)
-            return calls::lastError();
-        if (count == 0)
-            break;
-        total += static_cast<std::size_t>(count);
-    }
-    return total;
+    return toOutcome(readUpTo(handle_.number(), buffer));
 }
 
 Outcome<std::vector<char>> InputFile::readWhole(std::size_t mostBytes) const {
@@ -33,18 +34,7 @@ Outcome<std::vector<char>> InputFile::readWhole(std::size_t mostBytes) const {
 }
 
 Outcome<std::size_t> InputFile::readAt(std::int64_t position, std::span<char> buffer) const {
-    std::size_t total = 0;
-    while (total < buffer.size()) {
-        const ssize_t count =
-            calls::readAt(handle_.number(), buffer.data() + total, buffer.size() - total,
-                          position + static_cast<std::int64_t>(total));
-        if (count < 0)
-            return calls::lastError();
-        if (count == 0)
-            break;
-        total += static_cast<std::size_t>(count);
-    }
-    return total;
+    return toOutcome(readUpToAt(handle_.number(), position, buffer));
 }
 
 Outcome<std::uint64_t> InputFile::countNames() const {

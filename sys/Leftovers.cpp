@@ -1,36 +1,28 @@
 #include <sys/BeneathInternal.h>
 #include <sys/CallsInternal.h>
+#include <sys/EntriesInternal.h>
 #include <sys/Folder.h>
 #include <sys/TemporaryName.h>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <memory>
+#include <string_view>
 #include <vector>
 
 namespace sys {
 
 namespace {
 
-struct CloseList {
-    void operator()(DIR* list) const { ::closedir(list); }
-};
-
 // All names before the first is removed, for what a listing gives after that is left to the system.
 std::vector<std::string> temporaryNames(int folder) {
     std::vector<std::string> names;
-    Handle opened = openBeneath(folder, ".", O_RDONLY | O_DIRECTORY);
-    const std::unique_ptr<DIR, CloseList> list(::fdopendir(opened.number()));
-    if (list == nullptr)
-        return names;
-    static_cast<void>(opened.giveAway());
-    // Only for the others of one listing object it is unsafe to read on several threads.
-    while (const dirent* entry = ::readdir(list.get())) {  // NOLINT(concurrency-mt-unsafe)
-        if (isTemporaryName(entry->d_name))
-            names.emplace_back(entry->d_name);
-    }
+    const Handle opened = openBeneath(folder, ".", O_RDONLY | O_DIRECTORY);
+    if (opened.isOpen())
+        visitEntries(opened.number(), [&](std::string_view name, unsigned char) {
+            if (isTemporaryName(name))
+                names.emplace_back(name);
+        });
     return names;
 }
 

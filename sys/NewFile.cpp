@@ -1,12 +1,15 @@
 #include <sys/BeneathInternal.h>
 #include <sys/CallsInternal.h>
 #include <sys/NewFile.h>
+#include <sys/StatusInternal.h>
+#include <sys/TransferInternal.h>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <optional>
 
 namespace sys {
 
@@ -18,6 +21,9 @@ constexpr int namesTried = 1000;
 
 constexpr std::int64_t nsPerSecond = 1000000000;
 
+constexpr std::uint32_t groupBits = 0070;
+constexpr std::uint32_t otherBits = 0007;
+
 std::string nextTemporaryName() {
     static std::atomic<unsigned> counter = 0;
     return "." + std::to_string(::getpid()) + "-" + std::to_string(counter++) + ".qrv-tmp";
@@ -25,6 +31,42 @@ std::string nextTemporaryName() {
 
 std::error_code outcomeOf(int result) {
     return result < 0 ? calls::lastError() : std::error_code();
+}
+
+// What is answered to who may not give the file away, and by a file system that keeps no owners.
+bool isRefusal(int errorNumber) {
+    return errorNumber == EPERM || errorNumber == EACCES || errorNumber == EINVAL ||
+           errorNumber == ENOTSUP;
+}
+
+// Whether the file has the group now. Nothing after a failure that is no refusal.
+std::optional<bool> giveTo(int file, uid_t owner, gid_t group) {
+    // Who may not give a file away may still give it to a group of their own.
+    constexpr auto unchanged = static_cast<uid_t>(-1);
+    for (const uid_t newOwner : {owner, unchanged}) {
+        if (calls::setOwner(file, newOwner, group) == 0)
+            return true;
+        if (!isRefusal(errno))
+            return std::nullopt;
+    }
+    return false;
+}
+
+// Nothing is asked of a file system that keeps no rights and would refuse: all its files have the
+// same.
+int giveRights(int file, uid_t owner, gid_t group, std::uint32_t permissions) {
+    struct stat status = {};
+    if (calls::status(file, status) < 0)
+        return -1;
+    if (status.st_uid != owner || status.st_gid != group) {
+        const std::optional<bool> hasGroup = giveTo(file, owner, group);
+        if (!hasGroup)
+            return -1;
+        // Another group gets no more than everybody.
+        if (!*hasGroup)
+            permissions = (permissions & ~groupBits) | (permissions & otherBits) << 3U;
+    }
+    return permissionsOf(status) == permissions ? 0 : calls::setPermissions(file, permissions);
 }
 
 // Rounded down also before 1970, for the nanoseconds of the system are never negative.
@@ -55,10 +97,18 @@ NewFile& NewFile::operator=(NewFile&& other) noexcept {
 NewFile::~NewFile() {
     if (temporaryName_.empty())
         return;
-    const Outcome<Place> place = placeOf(root_->number(), pathOf(temporaryName_));
-    // The failure that led here is what is reported; a second one has nobody to tell.
-    if (place)
-        static_cast<void>(calls::removeFile(place->folder, place->name));
+    // Takes no memory, which may be what is missing. The failure that led here is what is reported;
+    // a second one has nobody to tell.
+    Handle opened;
+    if (const int folder = openFolder(opened); folder >= 0)
+        static_cast<void>(calls::removeFile(folder, temporaryName_));
+}
+
+int NewFile::openFolder(Handle& opened) const {
+    if (folder_.empty())
+        return root_->number();
+    opened = openBeneath(root_->number(), folder_, O_PATH | O_DIRECTORY);
+    return opened.number();
 }
 
 std::string NewFile::pathOf(const std::string& name) const {
@@ -84,13 +134,7 @@ std::error_code NewFile::create(std::uint32_t permissions) {
 }
 
 std::error_code NewFile::write(std::span<const char> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = calls::write(file_.number(), bytes.data(), bytes.size());
-        if (count <= 0)
-            return count < 0 ? calls::lastError() : std::make_error_code(std::errc::io_error);
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-    }
-    return {};
+    return writeAll(file_.number(), bytes);
 }
 
 std::error_code NewFile::shareBlocks(const InputFile& source) {
@@ -131,25 +175,17 @@ std::error_code NewFile::setPermissions(std::uint32_t permissions) {
 
 std::error_code NewFile::takeRights(std::uint32_t owner, std::uint32_t group,
                                     std::uint32_t permissions) {
-    // Who may not give a file away may still give it to a group of their own.
-    constexpr auto unchanged = static_cast<uid_t>(-1);
-    const bool isKept = onOpenFile([&](int file) {
-                            const int given = calls::setOwner(file, owner, group);
-                            return given == 0 ? given : calls::setOwner(file, unchanged, group);
-                        }) == std::error_code();
-    constexpr std::uint32_t forEverybody = 07;
-    const std::uint32_t forStrangers = (permissions & ~070U) | (permissions & forEverybody) << 3U;
-    // A change of the owner takes some permissions away, so they come last.
-    return setPermissions(isKept ? permissions : permissions & forStrangers);
+    return onOpenFile([&](int file) { return giveRights(file, owner, group, permissions); });
 }
 
 std::error_code NewFile::publish(Existing existing) {
-    const Outcome<Place> place = placeOf(root_->number(), pathOf(temporaryName_));
-    if (!place)
-        return place.error();
+    Handle opened;
+    const int folder = openFolder(opened);
+    if (folder < 0)
+        return calls::lastError();
     const int result = existing == Existing::replace
-                           ? calls::rename(place->folder, place->name, place->folder, name_)
-                           : calls::renameToFree(place->folder, place->name, name_);
+                           ? calls::rename(folder, temporaryName_, folder, name_)
+                           : calls::renameToFree(folder, temporaryName_, name_);
     if (result == 0)
         temporaryName_.clear();
     return outcomeOf(result);

@@ -53,7 +53,8 @@ public:
     [[nodiscard]] std::error_code setPermissions(std::uint32_t permissions);
 
     /// Those of the file that it is to replace: owner and group as far as the system allows, and
-    /// these permissions, of which a group that could not be kept has no more than everybody.
+    /// these permissions, of which a group that could not be kept has no more than everybody. Fails
+    /// when the system could not do it for another reason than that it is not allowed.
     [[nodiscard]] std::error_code takeRights(std::uint32_t owner, std::uint32_t group,
                                              std::uint32_t permissions);
 
@@ -69,6 +70,9 @@ private:
     /// Makes the file, under a temporary name.
     std::error_code create(std::uint32_t permissions);
     std::string pathOf(const std::string& name) const;
+    /// The number of the open folder, negative with the cause in `errno`; `opened` owns it when it
+    /// is not the root.
+    int openFolder(Handle& opened) const;
     template <class Call>
     std::error_code onOpenFile(Call call);
 

@@ -2,16 +2,24 @@
 
 namespace sys {
 
-/// Makes one system call of this library fail, for tests. Calls are counted from 1 on while the
-/// object lives; the `nth` is not carried out and fails with `errorNumber` (of <cerrno>). One
-/// object at a time, on one thread.
+/// Makes one system call of this process fail, of those that go through this library, for tests.
+/// Calls are counted from 1 on while the object lives; the `nth` is not carried out and fails with
+/// `errorNumber` (of <cerrno>), or, with `killProcess`, ends the process on the spot as a power cut
+/// would. One object at a time.
 class [[nodiscard]] ScopedFault {
 public:
+    /// Instead of an error number: the process ends at the call.
+    static constexpr int killProcess = -1;
+
+    /// Begins to count. Throws `std::logic_error` while there is another one.
     ScopedFault(int nth, int errorNumber);
     ScopedFault(const ScopedFault&) = delete;
     ScopedFault& operator=(const ScopedFault&) = delete;
+    /// Ends the counting; every call works again.
     ~ScopedFault();
 
+    /// How many calls were counted so far, the failed one included.
+    int callCount() const;
     /// True once the call failed: a loop over `nth` ends with the first run in which it did not.
     bool hasFired() const;
 };

@@ -38,16 +38,16 @@ bool openFile(QFile& file, const OdString& path, QIODevice::OpenMode mode) {
         return false;
     ut::OpenedFile opened =
         ut::openNoFolder(path, accessFlags(mode) | creationFlags(mode), permissionsOfANewFile);
-    if (!opened.descriptor.isOpen())
+    if (!opened.handle.isOpen())
         return false;
     // Creating is done; Qt warns about these two when it is given a descriptor.
     mode &= ~QIODevice::OpenMode(QIODevice::NewOnly | QIODevice::ExistingOnly);
     // A pipe has no end to go to, and the descriptor appends without Qt.
-    if (lseek(opened.descriptor.get(), 0, SEEK_CUR) < 0)
+    if (lseek(opened.handle.number(), 0, SEEK_CUR) < 0)
         mode &= ~QIODevice::OpenMode(QIODevice::Append);
-    if (!file.open(opened.descriptor.get(), mode, QFileDevice::AutoCloseHandle))
+    if (!file.open(opened.handle.number(), mode, QFileDevice::AutoCloseHandle))
         return false;
-    opened.descriptor.release();
+    static_cast<void>(opened.handle.giveAway());
     return true;
 }
 

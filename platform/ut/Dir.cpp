@@ -1,8 +1,8 @@
-#include <platform/ut/DescriptorInternal.h>
 #include <platform/ut/Dir.h>
-#include <platform/ut/SystemCallsInternal.h>
 #include <platform/ut/SystemPathInternal.h>
 #include <platform/ut/WildcardInternal.h>
+#include <sys/CallsInternal.h>
+#include <sys/EntriesInternal.h>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -15,10 +15,9 @@
 
 namespace ut {
 
-namespace {
+namespace calls = sys::calls;
 
-constexpr mode_t permissionsOfANewFolder = 0777;
-constexpr std::size_t bufferBytes = 32768;
+namespace {
 
 // The type of an entry, behind a link and where the folder itself does not say it. An entry that
 // vanished meanwhile has none, as a broken link.
@@ -26,11 +25,12 @@ unsigned char typeOf(int folder, const char* name, unsigned char type) {
     if (type != DT_UNKNOWN && type != DT_LNK)
         return type;
     struct stat status = {};
-    if (type == DT_UNKNOWN && calls::fstatAt(folder, name, status, AT_SYMLINK_NOFOLLOW) == 0)
+    if (type == DT_UNKNOWN && calls::statusAt(folder, name, status) == 0)
         type = static_cast<unsigned char>(IFTODT(status.st_mode));
     if (type != DT_LNK)
         return type;
-    const bool isFile = calls::fstatAt(folder, name, status, 0) == 0 && S_ISREG(status.st_mode);
+    const bool isFile =
+        calls::statusBehindLinks(folder, name, status) == 0 && S_ISREG(status.st_mode);
     return isFile ? DT_REG : DT_LNK;
 }
 
@@ -45,8 +45,8 @@ Dir::Dir(const OdString& path) : path_(path) {
     const std::optional<std::string> systemPath = toSystemPath(path);
     if (!systemPath)
         return;
-    const Descriptor folder(calls::openAt(AT_FDCWD, *systemPath, O_RDONLY | O_DIRECTORY));
-    if (!folder.isOpen() || !readEntries(folder.get()))
+    const sys::Handle folder = calls::openAt(AT_FDCWD, systemPath->c_str(), O_RDONLY | O_DIRECTORY);
+    if (!folder.isOpen() || !readEntries(folder.number()))
         return;
     isOpened_ = true;
     isAscii_ = isAsciiOnly(names_);
@@ -61,7 +61,7 @@ bool Dir::exists(const OdString& path) {
 
 bool Dir::create(const OdString& path) {
     const std::optional<std::string> systemPath = toSystemPath(path);
-    return systemPath && calls::mkdir(*systemPath, permissionsOfANewFolder) == 0;
+    return systemPath && calls::makeFolder(AT_FDCWD, *systemPath) == 0;
 }
 
 std::vector<OdString> Dir::list(const OdString& pattern, std::uint32_t attributes) const {
@@ -84,30 +84,13 @@ std::vector<OdString> Dir::list(const OdString& pattern, std::uint32_t attribute
 }
 
 bool Dir::readEntries(int folder) {
-    // Read without opendir, whose stream costs an allocation of this size and a further call a
-    // folder.
-    alignas(dirent64) char buffer[bufferBytes];
-    for (;;) {
-        const ssize_t filled = calls::getEntries(folder, buffer, sizeof buffer);
-        if (filled <= 0)
-            return filled == 0;
-        for (ssize_t position = 0; position < filled;) {
-            const auto* entry = reinterpret_cast<const dirent64*>(buffer + position);
-            addEntry(folder, entry->d_name, entry->d_type);
-            position += entry->d_reclen;
-        }
-    }
-}
-
-void Dir::addEntry(int folder, const char* name, unsigned char type) {
-    const std::string_view bytes = name;
-    if (bytes == "." || bytes == "..")
-        return;
-    type = typeOf(folder, name, type);
-    if (type != DT_REG && type != DT_DIR)
-        return;
-    (type == DT_REG ? files_ : folders_).push_back({names_.size(), bytes.size()});
-    names_ += bytes;
+    return sys::visitEntries(folder, [&](std::string_view name, unsigned char type) {
+        type = typeOf(folder, name.data(), type);
+        if (type != DT_REG && type != DT_DIR)
+            return;
+        (type == DT_REG ? files_ : folders_).push_back({names_.size(), name.size()});
+        names_ += name;
+    });
 }
 
 void Dir::sort(std::vector<Entry>& entries) const {

@@ -49,7 +49,6 @@ private:
     };
 
     bool readEntries(int folder);
-    void addEntry(int folder, const char* name, unsigned char type);
     void sort(std::vector<Entry>& entries) const;
     std::string_view bytesOf(const Entry& entry) const;
     std::vector<OdString> matching(const std::vector<Entry>& entries,

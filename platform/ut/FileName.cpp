@@ -1,6 +1,6 @@
 #include <platform/ut/FileName.h>
-#include <platform/ut/SystemCallsInternal.h>
 #include <platform/ut/SystemPathInternal.h>
+#include <sys/CallsInternal.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -11,6 +11,8 @@
 #include <string>
 
 namespace ut {
+
+namespace calls = sys::calls;
 
 namespace {
 
@@ -52,7 +54,7 @@ OdString tidied(const OdString& path) {
 
 // Whether it is there counts, not who made it: another process may be making the same folders.
 bool makeFolder(const std::string& path, mode_t mode) {
-    return calls::mkdir(path, mode) == 0 || isFolder(path);
+    return calls::makeFolder(AT_FDCWD, path, mode) == 0 || isFolder(path);
 }
 
 bool makeParents(const std::string& path, mode_t mode) {
@@ -112,10 +114,10 @@ void FileName::makeAbsolute() {
         return;
     OdString absolute = path_;
     if (!isPathSeparator(path_[0])) {
-        const auto current = calls::currentFolder();
-        if (current == nullptr)
+        const std::optional<std::string> current = calls::currentFolder();
+        if (!current)
             return;
-        absolute = OdString(current.get()) + slash + path_;
+        absolute = OdString(current->c_str()) + slash + path_;
     }
     path_ = tidied(absolute);
 }
@@ -125,8 +127,8 @@ bool FileName::exists(int kinds) const {
         return false;
     const std::optional<std::string> systemPath = toSystemPath(path_);
     struct stat status = {};
-    return systemPath &&
-           (calls::fstatAt(AT_FDCWD, systemPath->c_str(), status, 0) == 0 || !meansAbsent(errno));
+    return systemPath && (calls::statusBehindLinks(AT_FDCWD, systemPath->c_str(), status) == 0 ||
+                          !meansAbsent(errno));
 }
 
 int FileName::getDirCount() const {
@@ -157,7 +159,7 @@ void FileName::removeLastDir() {
 bool FileName::isDirWritable() const {
     const std::optional<std::string> systemPath = toSystemPath(path_);
     return systemPath && isFolder(*systemPath) &&
-           calls::accessAt(AT_FDCWD, *systemPath, W_OK | X_OK, AT_EACCESS) == 0;
+           calls::checkRights(AT_FDCWD, *systemPath, W_OK | X_OK) == 0;
 }
 
 OdString FileName::getExt() const {
@@ -170,7 +172,7 @@ OdString FileName::getExt() const {
 bool FileName::getTimes(DateTime* access, DateTime* modification, DateTime* creation) const {
     const std::optional<std::string> systemPath = toSystemPath(path_);
     struct stat status = {};
-    if (!systemPath || calls::fstatAt(AT_FDCWD, systemPath->c_str(), status, 0) < 0)
+    if (!systemPath || calls::statusBehindLinks(AT_FDCWD, systemPath->c_str(), status) < 0)
         return false;
     if (access != nullptr)
         *access = toDateTime(status.st_atim);

@@ -1,5 +1,6 @@
 #include <platform/ut/FileTextInternal.h>
 #include <platform/ut/RegularFileInternal.h>
+#include <sys/TransferInternal.h>
 
 #include <fcntl.h>
 
@@ -50,11 +51,11 @@ public:
         // One byte more than expected, so that the read which fills the buffer also meets the end.
         enlarge(static_cast<std::size_t>(file.sizeBytes) + 1);
         for (;;) {
-            const ReadBytes piece =
-                readUpTo(file.descriptor.get(), buffer_.get() + size_, capacity_ - size_);
+            const sys::ReadBytes piece =
+                sys::readUpTo(file.handle.number(), {buffer_.get() + size_, capacity_ - size_});
             size_ += piece.count;
-            if (piece.errorNumber != 0 || size_ < capacity_)
-                return piece.errorNumber;
+            if (piece.error || size_ < capacity_)
+                return piece.error.value();
             if (size_ > static_cast<std::size_t>(largestFileBytes))
                 return EFBIG;
             enlarge(std::max<std::size_t>(2 * capacity_, 4096));
@@ -90,7 +91,7 @@ OdString decodeText(std::string_view bytes) {
 
 FileText readFileText(const OdString& path) {
     const OpenedFile file = openRegularFile(path, O_RDONLY);
-    if (!file.descriptor.isOpen())
+    if (!file.handle.isOpen())
         return {.text = {}, .errorNumber = file.errorNumber};
     // Asked before any memory is: a file with holes may claim to be larger than the disk.
     if (file.sizeBytes > largestFileBytes)

@@ -1,6 +1,6 @@
 #include <platform/ut/RegularFileInternal.h>
-#include <platform/ut/SystemCallsInternal.h>
 #include <platform/ut/SystemPathInternal.h>
+#include <sys/CallsInternal.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,10 +12,12 @@
 
 namespace ut {
 
+namespace calls = sys::calls;
+
 namespace {
 
 OpenedFile notOpened(int errorNumber) {
-    return {.descriptor = Descriptor(), .errorNumber = errorNumber};
+    return {.handle = sys::Handle(), .errorNumber = errorNumber};
 }
 
 /// What is no regular file stays one that nobody waits for.
@@ -25,17 +27,17 @@ OpenedFile openAnything(const OdString& path, int flags, mode_t mode, mode_t& ki
         return notOpened(errno);
     // O_NONBLOCK changes nothing for a regular file; a pipe without a writer would hold us up for
     // ever.
-    Descriptor descriptor(
-        calls::openAt(AT_FDCWD, *systemPath, flags | O_NONBLOCK | O_NOCTTY, mode));
-    if (!descriptor.isOpen())
+    sys::Handle handle =
+        calls::openAt(AT_FDCWD, systemPath->c_str(), flags | O_NONBLOCK | O_NOCTTY, mode);
+    if (!handle.isOpen())
         return notOpened(errno);
     struct stat status = {};
-    if (calls::fstat(descriptor.get(), status) < 0)
+    if (calls::status(handle.number(), status) < 0)
         return notOpened(errno);
     if (S_ISDIR(status.st_mode))
         return notOpened(EISDIR);
     kind = status.st_mode & S_IFMT;
-    return {.descriptor = std::move(descriptor), .sizeBytes = status.st_size};
+    return {.handle = std::move(handle), .sizeBytes = status.st_size};
 }
 
 }  // namespace
@@ -43,7 +45,7 @@ OpenedFile openAnything(const OdString& path, int flags, mode_t mode, mode_t& ki
 OpenedFile openRegularFile(const OdString& path, int flags, mode_t mode) {
     mode_t kind = 0;
     OpenedFile opened = openAnything(path, flags, mode, kind);
-    if (opened.descriptor.isOpen() && kind != S_IFREG)
+    if (opened.handle.isOpen() && kind != S_IFREG)
         return notOpened(notARegularFile);
     return opened;
 }
@@ -53,24 +55,10 @@ OpenedFile openNoFolder(const OdString& path, int flags, mode_t mode) {
     OpenedFile opened = openAnything(path, flags, mode, kind);
     // Only the opening must not wait: what is written later shall not be lost because a pipe is
     // full for the moment.
-    if (opened.descriptor.isOpen() && kind != S_IFREG &&
-        fcntl(opened.descriptor.get(), F_SETFL, flags) < 0)
+    if (opened.handle.isOpen() && kind != S_IFREG &&
+        fcntl(opened.handle.number(), F_SETFL, flags) < 0)
         return notOpened(errno);
     return opened;
-}
-
-ReadBytes readUpTo(int descriptor, void* buffer, std::size_t size) {
-    ReadBytes result;
-    while (result.count < size) {
-        const ssize_t count =
-            calls::read(descriptor, static_cast<char*>(buffer) + result.count, size - result.count);
-        if (count < 0)
-            result.errorNumber = errno;
-        if (count <= 0)
-            return result;
-        result.count += static_cast<std::size_t>(count);
-    }
-    return result;
 }
 
 }  // namespace ut

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <platform/kernel/OdString.h>
-#include <platform/ut/DescriptorInternal.h>
+#include <sys/Handle.h>
 
 #include <sys/types.h>
 
-#include <cstddef>
 #include <cstdint>
 
 namespace ut {
@@ -15,7 +14,7 @@ inline constexpr int notARegularFile = -1;
 
 /// A regular file that was opened, or the cause why it was not.
 struct OpenedFile {
-    Descriptor descriptor;
+    sys::Handle handle;
     std::int64_t sizeBytes = 0;
     int errorNumber = 0;
 };
@@ -25,14 +24,5 @@ struct OpenedFile {
 OpenedFile openRegularFile(const OdString& path, int flags, mode_t mode = 0);
 /// The same for everything but a folder: a device, and a pipe whose other end is open too.
 OpenedFile openNoFolder(const OdString& path, int flags, mode_t mode = 0);
-
-/// The number of bytes that were read, and the cause why they are no more, if it is not the file's
-/// end.
-struct ReadBytes {
-    std::size_t count = 0;
-    int errorNumber = 0;
-};
-/// Reads up to `size` bytes into `buffer`, in as many calls as that takes.
-ReadBytes readUpTo(int descriptor, void* buffer, std::size_t size);
 
 }  // namespace ut

@@ -1,53 +1,22 @@
-#include <platform/ut/FaultInternal.h>
 #include <platform/ut/ScopedFault.h>
-
-#include <cerrno>
-#include <csignal>
-#include <stdexcept>
+#include <sys/ScopedFault.h>
 
 namespace ut {
 
-namespace {
+static_assert(ScopedFault::kKillProcess == sys::ScopedFault::killProcess);
 
-struct Fault {
-    bool isArmed = false;
-    bool hasFired = false;
-    int nth = 0;
-    int errorNumber = 0;
-    int callCount = 0;
-};
-
-constinit Fault fault;
-
-}  // namespace
-
-bool faultFires() {
-    if (!fault.isArmed || ++fault.callCount != fault.nth)
-        return false;
-    fault.hasFired = true;
-    // The signal that nothing can catch: no destructor and no exit handler tidies up behind it.
-    if (fault.errorNumber == ScopedFault::kKillProcess)
-        static_cast<void>(std::raise(SIGKILL));
-    errno = fault.errorNumber;
-    return true;
+ScopedFault::ScopedFault(int nth, int errorNumber)
+    : fault_(std::make_unique<sys::ScopedFault>(nth, errorNumber)) {
 }
 
-ScopedFault::ScopedFault(int nth, int errorNumber) {
-    if (fault.isArmed)
-        throw std::logic_error("a ScopedFault is alive already");
-    fault = {.isArmed = true, .nth = nth, .errorNumber = errorNumber};
-}
-
-ScopedFault::~ScopedFault() {
-    fault = {};
-}
+ScopedFault::~ScopedFault() = default;
 
 int ScopedFault::callCount() const {
-    return fault.callCount;
+    return fault_->callCount();
 }
 
 bool ScopedFault::hasFired() const {
-    return fault.hasFired;
+    return fault_->hasFired();
 }
 
 }  // namespace ut

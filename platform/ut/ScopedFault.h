@@ -2,12 +2,18 @@
 
 #include <platform/kernel/Export.h>
 
+#include <memory>
+
+namespace sys {
+class ScopedFault;
+}
+
 namespace ut {
 
-/// Makes one file-system call of this library fail, for tests. Calls are counted from 1 on while
-/// the object lives; the `nth` is not carried out and fails with `errorNumber` (of <cerrno>), or,
-/// with `kKillProcess`, ends the process on the spot as a power cut would. One object at a time, on
-/// one thread.
+/// Makes one file-system call of this process fail, of those that go through this library, for
+/// tests. Calls are counted from 1 on while the object lives; the `nth` is not carried out and
+/// fails with `errorNumber` (of <cerrno>), or, with `kKillProcess`, ends the process on the spot as
+/// a power cut would. One object at a time.
 class QRV_PLATFORM_EXPORT [[nodiscard]] ScopedFault {
 public:
     /// Instead of an error number: the process ends at the call.
@@ -24,6 +30,9 @@ public:
     int callCount() const;
     /// True once the call failed: a loop over `nth` ends with the first run in which it did not.
     bool hasFired() const;
+
+private:
+    std::unique_ptr<sys::ScopedFault> fault_;
 };
 
 }  // namespace ut

@@ -1,5 +1,5 @@
-#include <platform/ut/SystemCallsInternal.h>
 #include <platform/ut/SystemPathInternal.h>
+#include <sys/CallsInternal.h>
 
 #include <fcntl.h>
 #include <limits.h>
@@ -26,7 +26,8 @@ std::optional<std::string> toSystemPath(const OdString& path) {
 
 bool isFolder(const std::string& systemPath) {
     struct stat status = {};
-    return calls::fstatAt(AT_FDCWD, systemPath.c_str(), status, 0) == 0 && S_ISDIR(status.st_mode);
+    return sys::calls::statusBehindLinks(AT_FDCWD, systemPath.c_str(), status) == 0 &&
+           S_ISDIR(status.st_mode);
 }
 
 }  // namespace ut

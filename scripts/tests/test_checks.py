@@ -44,6 +44,7 @@ class Includes(unittest.TestCase):
         ("cli/commands/Add.cpp", "#include <engine/worktree/Staging.h>"),
         ("cli/commands/Add.cpp", "#include <cli/shell/Output.h>"),
         ("sys/Status.cpp", "#include <sys/stat.h>"),
+        ("platform/ut/Dir.cpp", "#include <sys/CallsInternal.h>"),
     ]
     REFUSED = [
         ("platform/ut/Dir.cpp", "#include <common/base/Expected.h>"),
@@ -79,7 +80,9 @@ class Includes(unittest.TestCase):
         ("common/state/Cache.cpp", "#include <engine/base/Digest.h>"),
         ("common/state/Cache.cpp", "#include <sys/Folder.h>"),
         ("sys/Folder.cpp", "#include <platform/kernel/OdString.h>"),
-        ("platform/ut/Dir.cpp", "#include <sys/Folder.h>"),
+        ("platform/kernel/Clock.cpp", "#include <sys/Folder.h>"),
+        ("platform/qut/OpenFile.cpp", "#include <sys/CallsInternal.h>"),
+        ("engine/worktree/Workspace.cpp", "#include <sys/CallsInternal.h>"),
         ("tests/cli/MessageTest.cpp", "#include <bench/BenchFolder.h>"),
     ]
 
@@ -154,7 +157,7 @@ class Calls(unittest.TestCase):
             ("common/repository/ActivityLog.cpp", "QFile file;"),
             ("platform/ut/TextFile.cpp", "::rename(a, b);"),
             ("platform/ut/Dir.cpp", "std::filesystem::path p;"),
-            ("platform/ut/ScopedFault.cpp", "kill(getpid(), SIGKILL);"),
+            ("sys/ScopedFault.cpp", "raise(SIGKILL);"),
             ("cli/Main.cpp", "std::cout << 1;"),
             ("tests/x.cpp", "std::ofstream file;"),
         ]:
