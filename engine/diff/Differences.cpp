@@ -1,7 +1,6 @@
 #include <engine/diff/Differences.h>
 
-#include <algorithm>
-#include <utility>
+#include <set>
 
 namespace qrv {
 
@@ -33,68 +32,38 @@ std::vector<Difference> differencesByPath(const Snapshot& before, const Snapshot
     return differences;
 }
 
-bool isAdded(const Difference& difference) {
-    return !difference.before && difference.after;
+Renames renamesBetween(const std::vector<Difference>& differences, const Snapshot& before,
+                       const Snapshot& after, const Renames& noted) {
+    const auto digestsIn = [](const Snapshot& snapshot) {
+        return [&snapshot](const OdString& path) { return digestOf(snapshot.at(path)); };
+    };
+    RenameHalves removed = {{}, digestsIn(before)};
+    RenameHalves added = {{}, digestsIn(after)};
+    for (const Difference& difference : differences) {
+        if (!difference.after)
+            removed.files.push_back({difference.path, difference.before->sizeBytes});
+        if (!difference.before)
+            added.files.push_back({difference.path, difference.after->sizeBytes});
+    }
+    return findRenames(removed, added, noted);
 }
 
-/// Joins the two halves of renamed files.
-class RenameSearch {
-public:
-    explicit RenameSearch(std::vector<Difference>& differences) : differences_(differences) {
-        for (Difference& difference : differences_) {
-            if (!difference.after)
-                removed_.emplace(difference.path, &difference);
-        }
+/// Makes one of the two halves of each renamed file.
+void join(const Renames& renames, const Snapshot& before, std::vector<Difference>& differences) {
+    std::set<OdString> previous;
+    for (const auto& [path, old] : renames)
+        previous.insert(old);
+    std::erase_if(differences, [&previous](const Difference& difference) {
+        return !difference.after && previous.contains(difference.path);
+    });
+    for (Difference& difference : differences) {
+        const auto rename = renames.find(difference.path);
+        if (rename == renames.end())
+            continue;
+        difference.previousPath = rename->second;
+        difference.before = before.at(rename->second);
     }
-
-    void joinNoted(const Renames& noted) {
-        for (Difference& difference : differences_) {
-            const auto rename = noted.find(difference.path);
-            if (!isAdded(difference) || rename == noted.end())
-                continue;
-            if (const auto half = removed_.find(rename->second); half != removed_.end())
-                join(difference, half);
-        }
-    }
-
-    void joinEqual() {
-        std::multimap<OdString, OdString> pathsByDigest;
-        for (const auto& [path, difference] : removed_) {
-            // All empty files are equal, which says nothing about where one came from.
-            if (difference->before->sizeBytes != 0)
-                pathsByDigest.emplace(digestOf(*difference->before), path);
-        }
-        if (pathsByDigest.empty())
-            return;
-        for (Difference& difference : differences_) {
-            if (!isAdded(difference))
-                continue;
-            const auto equal = pathsByDigest.find(digestOf(*difference.after));
-            if (equal == pathsByDigest.end())
-                continue;
-            join(difference, removed_.find(equal->second));
-            pathsByDigest.erase(equal);
-        }
-    }
-
-    void dropJoined() {
-        std::erase_if(differences_, [](const Difference& difference) {
-            return !difference.before && !difference.after;
-        });
-    }
-
-private:
-    using Removed = std::map<OdString, Difference*>;
-
-    void join(Difference& added, Removed::iterator half) {
-        added.previousPath = half->first;
-        added.before = std::exchange(half->second->before, std::nullopt);
-        removed_.erase(half);
-    }
-
-    std::vector<Difference>& differences_;
-    Removed removed_;
-};
+}
 
 }  // namespace
 
@@ -102,22 +71,10 @@ bool Difference::hasOtherContents() const {
     return !before || !after || !isSame(*before, *after);
 }
 
-Renames renamesOf(const std::vector<FileDelta>& deltas) {
-    Renames renames;
-    for (const FileDelta& delta : deltas) {
-        if (!delta.previousPath.isEmpty())
-            renames.emplace(delta.path, delta.previousPath);
-    }
-    return renames;
-}
-
 std::vector<Difference> differencesBetween(const Snapshot& before, const Snapshot& after,
                                            const Renames& noted) {
     std::vector<Difference> differences = differencesByPath(before, after);
-    RenameSearch search(differences);
-    search.joinNoted(noted);
-    search.joinEqual();
-    search.dropJoined();
+    join(renamesBetween(differences, before, after, noted), before, differences);
     return differences;
 }
 

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <engine/diff/Snapshot.h>
-#include <engine/history/Commit.h>
+#include <engine/tree/Renames.h>
 #include <platform/kernel/OdString.h>
 
-#include <map>
 #include <optional>
 #include <vector>
 
@@ -23,12 +22,6 @@ struct Difference {
     const OdString& oldPath() const { return isRenamed() ? previousPath : path; }
     bool hasOtherContents() const;
 };
-
-/// From the new paths of files to the previous ones.
-using Renames = std::map<OdString, OdString>;
-
-/// The renames that a commit has noted.
-Renames renamesOf(const std::vector<FileDelta>& deltas);
 
 /// What leads from the one snapshot to the other, ordered by path. A file that went and one that
 /// came are one that was renamed when `noted` says so, or when their contents are the same and not

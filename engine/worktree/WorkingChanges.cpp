@@ -2,7 +2,7 @@
 #include <common/state/Transaction.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
-#include <engine/worktree/Renames.h>
+#include <engine/tree/Renames.h>
 #include <engine/worktree/Ticks.h>
 #include <engine/worktree/TreeScan.h>
 #include <engine/worktree/WorkingChanges.h>
@@ -49,9 +49,7 @@ public:
         for (const common::StagedFile& change : changes_)
             add(change.path, change.change);
         std::sort(result_.links.begin(), result_.links.end());
-        FoundRenames found = findRenames(workspace_, newFiles_, removed_);
-        result_.renames = std::move(found.renames);
-        result_.unseen.insert(result_.unseen.end(), found.unseen.begin(), found.unseen.end());
+        result_.renames = renames();
         result_.unseen.insert(result_.unseen.end(), scan_.unseen().begin(), scan_.unseen().end());
         result_.unseen = sortedUnseen(std::move(result_.unseen));
         result_.baseline = std::move(baseline);
@@ -116,6 +114,22 @@ private:
         if (!differs || ticks != file.modifiedTicks)
             verdicts_.push_back({path, ticks, differs});
         return differs;
+    }
+
+    Renames renames() {
+        const RenameHalves removed = {std::move(removed_), [this](const OdString& path) {
+                                          const Expected<CheckedUrl> url =
+                                              CheckedUrl::check(workspace_.history().headUrl(path));
+                                          return url ? url->digest() : OdString();
+                                      }};
+        const RenameHalves added = {std::move(newFiles_), [this](const OdString& path) {
+                                        const sys::Outcome<OdString> digest =
+                                            tryDigestOfFile(workspace_.folder(), path);
+                                        if (!digest)
+                                            result_.unseen.push_back({path, digest.error()});
+                                        return digest ? *digest : OdString();
+                                    }};
+        return findRenames(removed, added);
     }
 
     Workspace& workspace_;

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <common/worktree/RepoChanges.h>
+#include <engine/tree/Renames.h>
 #include <engine/worktree/Baseline.h>
 #include <engine/worktree/Unseen.h>
 #include <engine/worktree/Workspace.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstddef>
-#include <map>
 #include <memory>
 #include <vector>
 
@@ -20,7 +20,7 @@ struct WorkingChanges {
     common::RepoChanges files;
     /// From the new path of a file that is in `files.added` to its path in HEAD, which is in
     /// `files.removed`: both have the same contents.
-    std::map<OdString, OdString> renames;
+    Renames renames;
     /// Symbolic links, which are not versioned; ordered.
     std::vector<OdString> links;
     /// What could not be looked at (see `sortedUnseen`). It is in none of the lists, but a file

@@ -105,11 +105,4 @@ TEST(DifferencesBetween, IgnoreNotedRenamesThatAreNone) {
     EXPECT_EQ(shown(differencesBetween(before, {}, chain)), "-a -b ");
 }
 
-TEST(RenamesOf, AreThoseThatACommitNotes) {
-    const Renames expected = {{L"new", L"old"}};
-    EXPECT_EQ(qrv::renamesOf({qrv_test::file("a", 'a'), qrv_test::file("new", 'b', 1, "old"),
-                              qrv_test::removal("old")}),
-              expected);
-}
-
 }  // namespace
