@@ -53,7 +53,7 @@ EDGES = {
     },
     "engine/base": {},
     "engine/paths": {"engine/base": "errors and their texts"},
-    "engine/tree": {},
+    "engine/tree": {"engine/base": "errors and their texts"},
     "engine/database": {"engine/base": "errors and their texts"},
     "engine/storage": {
         "engine/base": "digests, errors and their texts",

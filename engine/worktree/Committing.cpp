@@ -6,11 +6,11 @@
 #include <engine/base/Translation.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/repository/LogEntry.h>
+#include <engine/tree/Shape.h>
 #include <engine/worktree/Committing.h>
 #include <engine/worktree/Merging.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/Ticks.h>
-#include <engine/worktree/TreeShape.h>
 #include <platform/kernel/Clock.h>
 #include <sys/Interruption.h>
 

@@ -2,13 +2,13 @@
 #include <common/state/Transaction.h>
 #include <engine/base/Translation.h>
 #include <engine/repository/LogEntry.h>
+#include <engine/tree/Shape.h>
 #include <engine/worktree/Merging.h>
 #include <engine/worktree/PlanChecks.h>
 #include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/PlanExecutionInternal.h>
 #include <engine/worktree/Saving.h>
 #include <engine/worktree/Staging.h>
-#include <engine/worktree/TreeShape.h>
 #include <platform/kernel/Clock.h>
 
 #include <algorithm>

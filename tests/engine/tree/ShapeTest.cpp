@@ -1,4 +1,4 @@
-#include <engine/worktree/TreeShape.h>
+#include <engine/tree/Shape.h>
 #include <tests/engine/tree/Trees.h>
 
 #include <gtest/gtest.h>
