@@ -18,7 +18,8 @@ import tempfile
 from collections import Counter
 from pathlib import Path
 
-from repository_model import IGNORE_FILE, Changes, Commit, Model, Refused
+from repository_model import Commit, Model, Refused
+from tree_changes import IGNORE_FILE, Changes
 from working_tree import NAMES, RULES, WorkingTree
 
 BRANCHES = ["master", "side", "try/größer"]

@@ -7,7 +7,7 @@ import shutil
 import time
 from pathlib import Path
 
-from repository_model import IGNORE_FILE
+from tree_changes import IGNORE_FILE
 
 NAMES = [
     "a.txt",

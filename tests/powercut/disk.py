@@ -11,7 +11,7 @@ import os
 from collections import defaultdict, namedtuple
 from functools import cache
 
-from recording import FOLDER_MODE, ROOT, Entries, Flush, Write, change_entry, resized, written
+from recorded_tree import FOLDER_MODE, ROOT, Entries, Flush, Write, change_entry, resized, written
 
 BLOCK_BYTES = 4096
 

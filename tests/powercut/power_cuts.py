@@ -26,7 +26,8 @@ sys.path.append(str(Path(__file__).resolve().parents[1] / "crash"))
 from calls import known_names, trace
 from disk import Disk, Remains, fingerprint, make
 from disturbance import MEMORY, Disturbance
-from recording import Entries, Flush, Recorder, Write
+from recorded_tree import Entries, Flush, Write
+from recording import Recorder
 from scenarios import Repository, make_scenarios
 from system_calls import CHANGING, OTHER, available, find_strace
 

@@ -4,7 +4,7 @@ import unittest
 
 import power_cuts
 from disk import Disk
-from recording import FOLDER_MODE, ROOT, Change, Entries, Flush, Node, Resize, Write
+from recorded_tree import FOLDER_MODE, ROOT, Change, Entries, Flush, Node, Resize, Write
 
 OLD, NEW, FOLDER, OTHER = 1, 2, 3, 4
 PLAIN = 0o644
