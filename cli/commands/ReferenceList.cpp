@@ -1,10 +1,6 @@
 #include <cli/commands/ReferenceList.h>
-#include <cli/shell/JsonOutput.h>
-#include <cli/shell/Output.h>
-#include <cli/text/CommitText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/history/ShortForms.h>
 
 #include <utility>
 
@@ -43,30 +39,6 @@ jsonlib::json::Array ReferenceList::documentAt(const OdString& hash) const {
         array.emplace_back(std::move(object));
     }
     return array;
-}
-
-OdString referenceLine(const OdString& name, int width, const CommitEntry& commit) {
-    OdString filled = printable(name);
-    while (filled.getLength() < width)
-        filled += L' ';
-    return OdString::format(L"%ls  %i  %ls  %ls\n", filled, commit.number, shortHash(commit.hash),
-                            printable(titleOf(commit)));
-}
-
-jsonlib::json::Object referenceDocument(const OdString& name,
-                                        const std::optional<CommitEntry>& commit) {
-    jsonlib::json::Object object;
-    object[L"name"] = name.toWide();
-    object[L"commit"] = commit ? jsonlib::json::Value(toJson(*commit)) : jsonlib::json::Value();
-    return object;
-}
-
-void writeReference(const OdString& name, const CommitEntry& commit, const OdString& text,
-                    bool asJson, Output& output) {
-    if (asJson)
-        return writeJson(referenceDocument(name, commit), output);
-    output.write(OdString::format(text, printable(name), commit.number, printable(titleOf(commit)))
-                     .toNarrow());
 }
 
 }  // namespace qrv::cli
