@@ -43,10 +43,10 @@ function(qrv_precompile target)
 endfunction()
 
 # A shared library of ours: its headers are included from the project's root and are installed
-# below include/qrv in the same layout.
+# below include/qrv in the same layout. Of one whose name ends in "_shared" our own targets link another form.
 function(qrv_configure_library target)
     qrv_configure(${target})
-    string(REPLACE "qrv_" "" short_name ${target})
+    string(REGEX REPLACE "^qrv_|_shared$" "" short_name ${target})
     target_include_directories(${target} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/qrv>)
@@ -55,7 +55,20 @@ function(qrv_configure_library target)
         EXPORT_NAME ${short_name}
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR})
-    add_library(qrv::${short_name} ALIAS ${target})
+    if(NOT TARGET qrv::${short_name})
+        add_library(qrv::${short_name} ALIAS ${target})
+    endif()
+endfunction()
+
+# Of the library only the names are seen that the version script `map` lists.
+include(CheckLinkerFlag)
+function(qrv_export_only target map)
+    set(map ${CMAKE_CURRENT_SOURCE_DIR}/${map})
+    check_linker_flag(CXX "LINKER:--version-script=${map}" QRV_LINKER_TAKES_VERSION_SCRIPTS)
+    if(QRV_LINKER_TAKES_VERSION_SCRIPTS)
+        target_link_options(${target} PRIVATE LINKER:--version-script=${map})
+        set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
+    endif()
 endfunction()
 
 # The base library of wxWidgets, whose find module sets variables but makes no target.

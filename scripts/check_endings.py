@@ -26,7 +26,7 @@ EXCEPTIONS = {
 
 def place(path):
     """Where the object file's source stands in the project."""
-    return re.sub(r"^.*(?=\b(?:common|platform|sys)/)", "", re.sub(r"CMakeFiles/[^/]+\.dir/(?:\./)?", "", path))
+    return re.sub(r"^.*(?=\b(?:common|platform|sys|engine)/)", "", re.sub(r"CMakeFiles/[^/]+\.dir/(?:\./)?", "", path))
 
 
 def problems(table):

@@ -12,6 +12,10 @@ import sources
 
 LONGEST_README = 10
 UMBRELLA = "common/common.h"
+# The libraries whose headers are installed.
+LIBRARIES = ("common", "platform", "engine")
+# Of the engine, beside all of its operations, what these name.
+OF_OPERATIONS = ("engine/base/Caller.h", "engine/base/Export.h", "engine/history/CommitEntry.h")
 # A README of a folder of tests would only repeat that of the folder that it tests.
 README_FOLDERS = ("bench", "cli", "common", "engine", "fuzz", "platform", "scripts", "sys")
 
@@ -43,13 +47,22 @@ def unlisted_sources(files, cmake):
 
 
 def is_public_header(name):
-    return (name.startswith(("common/", "platform/")) and name.endswith(".h")
-            and not name.endswith("Internal.h"))
+    folders = ("common/", "platform/", "engine/operations/")
+    return name in OF_OPERATIONS or (name.startswith(folders) and name.endswith(".h")
+                                     and not name.endswith("Internal.h"))
 
 
-def header_problems(files, cmake):
+def hidden_includes(name, text):
+    """What a public header includes of ours that is not installed with it."""
+    own = re.findall(rf"#include <((?:{'|'.join((*LIBRARIES, 'sys', 'cli'))})/[^>]+)>", text)
+    return [f"{name}: public, but includes <{header}>, which is not installed"
+            for header in own if not is_public_header(header)]
+
+
+def header_problems(files, read):
+    cmake = cmake_texts(files, read)
     found = []
-    for library in ("common", "platform"):
+    for library in LIBRARIES:
         text = cmake.get(library, "")
         block = re.search(r"FILE_SET HEADERS.*?\)", text, re.DOTALL)
         listed = set(re.findall(r"[\w/]+\.h\b", block.group() if block else ""))
@@ -59,6 +72,8 @@ def header_problems(files, cmake):
                   for name in sorted(present - listed)]
         found += [f"{library}/CMakeLists.txt: lists {name}, which is not public or not there"
                   for name in sorted(listed - present)]
+        for name in sorted(present):
+            found += hidden_includes(f"{library}/{name}", read(f"{library}/{name}"))
     return found
 
 
@@ -92,7 +107,7 @@ def readme_problems(files, read):
 
 CHECKS = {
     "sources": lambda files, read: unlisted_sources(files, cmake_texts(files, read)),
-    "headers": lambda files, read: header_problems(files, cmake_texts(files, read)),
+    "headers": header_problems,
     "common.h": umbrella_problems,
     "readmes": readme_problems,
 }

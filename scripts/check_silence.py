@@ -16,12 +16,13 @@ import sources
 PLATFORM = "libqrv-platform.so"
 COMMON = "libqrv-common.so"
 SYS = "libqrv-sys.so"
+ENGINE = "libqrv-engine.so"
 
 # (what is wrong, libraries, pattern for the whole name without parameters, what is right and why)
 RULES = [
     (
         "prints",
-        (COMMON, PLATFORM, SYS),
+        (COMMON, PLATFORM, SYS, ENGINE),
         r"(?:__)?v?[fd]?w?printf(?:_chk)?|f?puts(?:_unlocked)?|fputws|f?putw?c(?:har)?(?:_unlocked)?|perror"
         r"|(?:__)?v?syslog(?:_chk)?|v?warnx?|psignal|stdout|stderr|_IO_2_1_std(?:out|err)_"
         r"|std::w?(?:cout|cerr|clog)|std::ios_base::Init::.*|QMessageLogger::.*|qt_message_output|wxLog.*",
@@ -29,7 +30,7 @@ RULES = [
     ),
     (
         "ends the process",
-        (COMMON, PLATFORM, SYS),
+        (COMMON, PLATFORM, SYS, ENGINE),
         r"_?exit|_Exit|quick_exit|abort|v?errx?|raise|t?g?kill|longjmp|std::quick_exit"
         r"|__assert\w*|std::__glibcxx_assert_fail|qt_assert(?:_x)?|__stack_chk_fail|__fortify_fail",
         {
@@ -38,37 +39,45 @@ RULES = [
             (COMMON, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",
             (PLATFORM, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",
             (SYS, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",
+            (ENGINE, "std::__glibcxx_assert_fail"): "assertions of the standard library in preset dev",
             (COMMON, "qt_assert"): "assertions of Qt's headers in preset dev",
             (PLATFORM, "qt_assert"): "assertions of Qt's headers in preset dev",
         },
     ),
     (
         "changes the locale",
-        (COMMON, PLATFORM, SYS),
+        (COMMON, PLATFORM, SYS, ENGINE),
         r"setlocale|uselocale|newlocale|std::locale::global|QLocale::setDefault|wxLocale::.*",
         {},
     ),
     (
         "handles signals or the process's end",
-        (COMMON, PLATFORM, SYS),
+        (COMMON, PLATFORM, SYS, ENGINE),
         r"(?:bsd_|sysv_|__sysv_)?signal|sigaction|sigaltstack|(?:pthread_)?sig(?:proc)?mask|on_exit"
         r"|at(?:_quick_)?exit|__cxa_at_quick_exit|std::set_(?:terminate|new_handler|unexpected)"
-        r"|qInstallMessageHandler",
-        {(SYS, "sigaction"): "Interruption: the program, which alone makes one, must not be cut off"},
+        r"|qInstallMessageHandler|sys::Interruption::Interruption",
+        {
+            (SYS, "sigaction"): "Interruption: the program, which alone makes one, must not be cut off",
+            (ENGINE, "sys::Interruption::Interruption"): "a commit that is cut off leaves nothing behind",
+        },
     ),
     (
         "starts a thread or a process",
-        (COMMON, PLATFORM, SYS),
+        (COMMON, PLATFORM, SYS, ENGINE),
         r"pthread_create|thrd_create|clone3?|_?v?[fF]ork|f?exec(?:[lv]p?e?|veat)|posix_spawnp?|system|popen"
         r"|std::thread::.*|QThread(?:Pool)?::.*|QtConcurrent::.*|QProcess::.*|QTimer::.*|wxThread.*|wxExecute",
-        {},
+        {(ENGINE, name): "a look lists the tree meanwhile; the thread has ended when the operation has" for name in (
+            "std::thread::_M_start_thread", "std::thread::join", "std::thread::_State", "std::thread::_State::~_State")},
     ),
     (
         "changes what belongs to the process",
-        (COMMON, PLATFORM, SYS),
+        (COMMON, PLATFORM, SYS, ENGINE),
         r"setenv|putenv|unsetenv|clearenv|qputenv|qunsetenv|f?chdir|umask|set(?:re|res|e)?[ug]id|srand(?:om)?"
-        r"|QDir::setCurrent|QCoreApplication::(?:set\w+|QCoreApplication)",
-        {(SYS, "umask"): "setCreationMask: the program shares a repository with a group"},
+        r"|QDir::setCurrent|QCoreApplication::(?:set\w+|QCoreApplication)|sys::setCreationMask",
+        {
+            (SYS, "umask"): "setCreationMask: the engine shares a repository with a group",
+            (ENGINE, "sys::setCreationMask"): "SharedMode: only when the caller says so",
+        },
     ),
     (
         "touches the file system past the platform",

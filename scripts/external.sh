@@ -34,6 +34,7 @@ cmake -S tests/consumer/project -B "$top/consumer" -G Ninja "-DCMAKE_PREFIX_PATH
     "${host[@]}"
 cmake --build "$top/consumer"
 cmake -D PROGRAM="$top/consumer/consumer" -P tests/consumer/RunConsumer.cmake
+cmake -D CONSUMER="$top/consumer/engine_consumer" -D QRV="$top/prefix/bin/qrv" -P tests/consumer/RunEngineConsumer.cmake
 
 # A state goes to a host's own platform as one line, and comes from it as one text.
 cmake -S tests/external -B "$top/calls" -G Ninja "-DCMAKE_PREFIX_PATH=$top/prefix" "${host[@]}"

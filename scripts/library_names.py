@@ -12,6 +12,7 @@ _SPELLINGS = [(re.compile(pattern), text) for pattern, text in (
     (r"std::__cxx11::", "std::"),
     (r"\[abi:cxx11\]", ""),
     (r"std::basic_string<wchar_t, std::char_traits<wchar_t>, std::allocator<wchar_t>>", "std::wstring"),
+    (r"std::basic_string<char, std::char_traits<char>, std::allocator<char>>", "std::string"),
     (r"std::basic_regex<char, std::regex_traits<char>>", "std::regex"),
     (r"(jsonlib::json::Value)_impl<jsonlib::json::Config_map<std::wstring>>", r"\1"),
     (r"std::map<std::wstring, (jsonlib::json::)Value, std::less<std::wstring>, "

@@ -15,7 +15,7 @@ import check_lists
 import sources
 
 MAIN_PAGE = "docs/manual/manual.md"
-PAGES = re.compile(r"(?:README|CONTRIBUTING)\.md|docs/.*\.md|(?:common|platform)/.*README\.md")
+PAGES = re.compile(r"(?:README|CONTRIBUTING)\.md|docs/.*\.md|(?:common|platform|engine)/.*README\.md")
 
 _CODE_SPAN = re.compile(r"(`+[^`]*`+)")
 _QUOTATION = re.compile(r'("[^"]*")')

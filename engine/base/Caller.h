@@ -1,6 +1,7 @@
 #pragma once
 
 #include <common/base/Expected.h>
+#include <engine/base/Export.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstddef>
@@ -12,7 +13,7 @@
 namespace qrv {
 
 /// Long work that was begun; it ends with this.
-class Work {
+class QRV_ENGINE_EXPORT Work {
 public:
     Work() = default;
     Work(const Work&) = delete;
@@ -26,7 +27,7 @@ public:
 /// Whoever has the engine do something: is told what is no result of it, and answers what only the
 /// program around the engine can know. One that is given to an object must outlive it. Nothing of
 /// it is called from another thread than that of the call which it was given to.
-class Caller {
+class QRV_ENGINE_EXPORT Caller {
 public:
     Caller() = default;
     Caller(const Caller&) = delete;

@@ -226,13 +226,27 @@ class Lists(unittest.TestCase):
              "common/Reader.cpp: in no CMakeLists.txt, so it is not built"])
 
     def test_public_headers_must_be_listed(self):
-        files = {"common/CMakeLists.txt": self.CMAKE}
-        good = [*files, "common/common.h", "common/json/Reader.h", "common/json/AInternal.h"]
-        self.assertEqual(check_lists.CHECKS["headers"](good, reader(files)), [])
+        good = {"common/CMakeLists.txt": self.CMAKE, "common/common.h": "", "common/json/Reader.h": "",
+                "common/json/AInternal.h": ""}
+        self.assertEqual(check_lists.CHECKS["headers"](list(good), reader(good)), [])
+        bad = {"common/CMakeLists.txt": self.CMAKE, "common/common.h": "", "common/json/Value.h": ""}
         self.assertEqual(
-            check_lists.CHECKS["headers"]([*good[:-2], "common/json/Value.h"], reader(files)),
+            check_lists.CHECKS["headers"](list(bad), reader(bad)),
             ["common/json/Value.h: public, but not in the list of headers",
              "common/CMakeLists.txt: lists json/Reader.h, which is not public or not there"])
+
+    def test_public_headers_include_what_is_installed_only(self):
+        files = {"engine/CMakeLists.txt": "target_sources(qrv_engine_shared PUBLIC FILE_SET HEADERS FILES\n"
+                                          "base/Caller.h operations/Commit.h)",
+                 "engine/base/Caller.h": "#include <common/base/Expected.h>\n#include <vector>\n",
+                 "engine/operations/Commit.h": "#include <engine/base/Caller.h>\n#include <engine/history/History.h>\n"
+                                               "#include <sys/Folder.h>\n",
+                 "engine/operations/CommitInternal.h": "#include <sys/Folder.h>\n",
+                 "engine/history/History.h": "#include <engine/database/Database.h>\n"}
+        self.assertEqual(
+            check_lists.CHECKS["headers"](list(files), reader(files)),
+            [f"engine/operations/Commit.h: public, but includes <{header}>, which is not installed"
+             for header in ("engine/history/History.h", "sys/Folder.h")])
 
     def test_the_umbrella_is_complete(self):
         files = {"common/common.h": "#include <common/a/A.h>\n#include <vector>\n"}

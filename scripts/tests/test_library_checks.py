@@ -97,6 +97,9 @@ class Silence(unittest.TestCase):
     def test_exceptions_hold_for_their_library_only(self):
         self.assertEqual(self.found("raise", check_silence.SYS), [])
         self.assertEqual(self.found("sigaction", check_silence.SYS), [])
+        self.assertEqual(self.found("sys::setCreationMask(unsigned int)", check_silence.ENGINE), [])
+        self.assertEqual(self.found("umask", check_silence.ENGINE),
+                         ["libqrv-engine.so changes what belongs to the process: umask"])
         self.assertEqual(self.found("raise"), ["libqrv-common.so ends the process: raise"])
 
 

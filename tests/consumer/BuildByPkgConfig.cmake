@@ -1,8 +1,8 @@
 # Compiles SOURCES, names of files in FOLDER, to PROGRAM with COMPILER, FLAGS and nothing else but what
-# pkg-config answers.
+# pkg-config answers of PACKAGE.
 set(ENV{PKG_CONFIG_PATH} ${PC_FOLDER})
 foreach(question --modversion --cflags --libs)
-    execute_process(COMMAND ${PKG_CONFIG} ${question} qrv
+    execute_process(COMMAND ${PKG_CONFIG} ${question} ${PACKAGE}
         OUTPUT_VARIABLE answer OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     separate_arguments(answer${question} UNIX_COMMAND "${answer}")
 endforeach()
