@@ -1,7 +1,6 @@
 // An accepted path stays below its root and avoids our folder; a URL has the parts that it names.
 
 #include <common/storage/StorageUrl.h>
-#include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
 
@@ -11,10 +10,6 @@
 #include <unistd.h>
 
 #include <regex>
-
-OdString qrv::tr(const wchar_t* source) {
-    return source;
-}
 
 static bool staysBelowRoot(const std::string& path) {
     static const int root = ::open("/usr", O_PATH | O_DIRECTORY);

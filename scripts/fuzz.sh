@@ -7,7 +7,7 @@ seconds=${1:-30}
 
 scripts/install-deps.sh
 cmake --preset fuzz
-cmake --build --preset fuzz
+cmake --build --preset fuzz --target qrv_fuzz
 
 found=$PWD/build/fuzz/found
 mkdir -p "$found"
