@@ -6,7 +6,7 @@
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/FindRepository.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -76,7 +76,7 @@ Expected<OdString> rootOf(const std::string& folder) {
         return ErrorMessage{OdString::format(
             tr(L"'%ls' cannot be used: %ls"), printable(OdString::fromNarrow(folder)),
             OdString(error ? error.message().c_str() : "No such file or directory"))};
-    const Expected<std::optional<OpenRepository>> repository = enclosingRepository(path);
+    const Expected<std::optional<RepositoryPlace>> repository = enclosingRepository(path);
     if (repository && *repository)
         return (*repository)->root.path();
     return toText(path.has_filename() ? path : path.parent_path());

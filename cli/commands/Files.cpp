@@ -10,8 +10,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/Layout.h>
+#include <engine/repository/FindRepository.h>
 #include <engine/repository/MetadataCheck.h>
-#include <engine/repository/Repository.h>
 #include <engine/worktree/IgnoreRules.h>
 
 #include <memory>
@@ -46,7 +46,7 @@ void writePathsAsJson(const std::vector<OdString>& files, Output& output) {
 }
 
 Expected<void> listFiles(const Arguments& arguments, Output& output) {
-    const Expected<OpenRepository> repository = openRepository(arguments.folder, person());
+    const Expected<RepositoryPlace> repository = openRepository(arguments.folder, person());
     if (!repository)
         return repository.error();
     IgnoreRules rules(repository->root, printMessage);

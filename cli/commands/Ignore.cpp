@@ -7,7 +7,7 @@
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/FindRepository.h>
 #include <engine/worktree/IgnoreRules.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/Workspace.h>

@@ -10,9 +10,10 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/Layout.h>
+#include <engine/repository/FindRepository.h>
 #include <engine/repository/MetadataCheck.h>
+#include <engine/repository/OpenState.h>
 #include <engine/repository/ProjectName.h>
-#include <engine/repository/Repository.h>
 #include <engine/repository/SharedMode.h>
 #include <engine/repository/Trust.h>
 #include <engine/worktree/IgnoreRules.h>
@@ -90,7 +91,7 @@ Expected<void> makeMissingFiles(const common::RootPath& root) {
 
 /// All that is made in the root; gives the number of ignore rules that were added.
 Expected<int> complete(const common::RootPath& root, const Arguments& arguments) {
-    const Expected<OpenRepository> repository = openRepository(root.path().toNarrow(), person());
+    const Expected<RepositoryPlace> repository = openRepository(root.path().toNarrow(), person());
     if (!repository)
         return repository.error();
     const SharedMode shared(repository->folder, person());

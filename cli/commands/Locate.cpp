@@ -7,7 +7,7 @@
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/FindRepository.h>
 
 #include <memory>
 #include <string>

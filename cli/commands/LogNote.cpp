@@ -4,8 +4,8 @@
 #include <cli/shell/PersonAtTerminal.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/FindRepository.h>
 #include <engine/repository/LogEntry.h>
-#include <engine/repository/Repository.h>
 #include <engine/repository/SharedMode.h>
 
 #include <memory>
@@ -27,7 +27,7 @@ std::string refusalOfNote(const std::string& note) {
 }
 
 Expected<void> addNote(const std::string& note, Output&) {
-    const Expected<OpenRepository> repository = openRepository(".", person());
+    const Expected<RepositoryPlace> repository = openRepository(".", person());
     if (!repository)
         return repository.error();
     const SharedMode shared(repository->folder, person());

@@ -8,9 +8,9 @@
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/FindRepository.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/repository/ProjectName.h>
-#include <engine/repository/Repository.h>
 
 #include <memory>
 #include <optional>
@@ -37,7 +37,7 @@ Expected<void> renameInRegistry(const common::RootPath& root) {
 }
 
 /// The name is the project's own, so that a registry out of reach is no reason to fail.
-Expected<void> setName(const std::string& newName, const OpenRepository& repository) {
+Expected<void> setName(const std::string& newName, const RepositoryPlace& repository) {
     if (Expected<void> named =
             setProjectName(newName, repository.root, repository.folder, person());
         !named)
@@ -56,7 +56,7 @@ jsonlib::json::Value toJson(const OdString& name, const OdString& root) {
 }
 
 Expected<void> showOrSetName(const Arguments& arguments, Output& output) {
-    const Expected<OpenRepository> repository = openRepository(".", person());
+    const Expected<RepositoryPlace> repository = openRepository(".", person());
     if (!repository)
         return repository.error();
     const common::RootPath& root = repository->root;

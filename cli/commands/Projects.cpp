@@ -8,8 +8,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/repository/FindRepository.h>
 #include <engine/repository/ProjectName.h>
-#include <engine/repository/Repository.h>
 
 #include <algorithm>
 #include <filesystem>

@@ -5,7 +5,8 @@
 #include <common/json/Reader.h>
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/FindRepository.h>
+#include <engine/repository/OpenState.h>
 #include <platform/ut/ReadEntireFile.h>
 
 #include <memory>
@@ -18,7 +19,7 @@ namespace {
 /// Prints the file's document in the form in which the library writes one, and not the file's
 /// bytes: so it is valid UTF-8 and in one layout also where somebody edited the file.
 Expected<void> printState(const std::string& folder, Output& output) {
-    const Expected<OpenRepository> repository = openRepository(folder, person());
+    const Expected<RepositoryPlace> repository = openRepository(folder, person());
     if (!repository)
         return repository.error();
     const common::RootPath& root = repository->root;

@@ -7,7 +7,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/Verification.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/FindRepository.h>
 
 #include <memory>
 #include <string>

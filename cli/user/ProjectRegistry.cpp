@@ -2,7 +2,8 @@
 #include <common/config/Config.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/FindRepository.h>
+#include <engine/repository/OpenState.h>
 
 #include <QByteArray>
 #include <filesystem>

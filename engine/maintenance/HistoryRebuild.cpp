@@ -9,7 +9,8 @@
 #include <engine/maintenance/HistoryRebuild.h>
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/paths/Layout.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/FindRepository.h>
+#include <engine/repository/OpenState.h>
 #include <engine/repository/RepositoryLock.h>
 #include <engine/repository/SharedMode.h>
 #include <engine/storage/Storages.h>
@@ -293,7 +294,7 @@ Expected<Rebuilt> rebuildHistory(const common::RootPath& root, const sys::Folder
 }
 
 Expected<Rebuilt> rebuildHistory(const std::string& folder, Caller& caller) {
-    Expected<OpenRepository> repository = openRepository(folder, caller);
+    Expected<RepositoryPlace> repository = openRepository(folder, caller);
     if (!repository)
         return repository.error();
     const SharedMode shared(repository->folder, caller);

@@ -13,7 +13,7 @@
 #include <engine/paths/Layout.h>
 #include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataFiles.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/OpenState.h>
 #include <engine/repository/RepositoryLock.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/PackFile.h>

@@ -4,7 +4,7 @@
 #include <engine/paths/Layout.h>
 #include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataFiles.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/OpenState.h>
 
 #include <memory>
 #include <string>

@@ -4,6 +4,7 @@
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/Plan.h>
 #include <engine/paths/Layout.h>
+#include <engine/repository/FindRepository.h>
 #include <engine/repository/HistoryTraces.h>
 #include <engine/repository/MetadataCheck.h>
 #include <engine/repository/RepositoryLock.h>
@@ -56,7 +57,7 @@ Expected<void> settle(Workspace& workspace, Workspace::Use use) {
 
 Expected<std::unique_ptr<Workspace>> Workspace::open(const std::string& folder, Use use,
                                                      Caller& caller, Scan scan) {
-    Expected<OpenRepository> repository = openRepository(folder, caller);
+    Expected<RepositoryPlace> repository = openRepository(folder, caller);
     if (!repository)
         return repository.error();
     const common::RootPath& root = repository->root;

@@ -6,7 +6,7 @@
 #include <engine/base/Caller.h>
 #include <engine/history/History.h>
 #include <engine/history/ReferenceRecord.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/OpenState.h>
 #include <engine/repository/SharedMode.h>
 #include <engine/storage/Storages.h>
 #include <engine/worktree/BaselineBytes.h>

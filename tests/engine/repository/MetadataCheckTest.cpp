@@ -1,6 +1,6 @@
 #include <engine/repository/LogEntry.h>
 #include <engine/repository/MetadataCheck.h>
-#include <engine/repository/Repository.h>
+#include <engine/repository/OpenState.h>
 #include <engine/worktree/TreeScan.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>

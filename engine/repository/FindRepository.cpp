@@ -2,12 +2,10 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/Layout.h>
+#include <engine/repository/FindRepository.h>
 #include <engine/repository/MetadataCheck.h>
-#include <engine/repository/Repository.h>
-#include <engine/repository/StateDepth.h>
 #include <engine/repository/Trust.h>
 
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -38,7 +36,7 @@ Expected<bool> hasMetadata(const fs::path& folder) {
     return type == fs::file_type::directory || type == fs::file_type::symlink;
 }
 
-Expected<OpenRepository> openAt(const fs::path& path) {
+Expected<RepositoryPlace> openAt(const fs::path& path) {
     sys::Outcome<sys::Folder> folder = sys::Folder::open(path.native());
     if (!folder)
         return systemFailure(tr(L"'%ls' cannot be opened: %ls"), toText(path), folder.error());
@@ -48,7 +46,7 @@ Expected<OpenRepository> openAt(const fs::path& path) {
     const Expected<common::RootPath> root = common::RootPath::get(text, false);
     if (!root)
         return root.error();
-    return OpenRepository{.root = *root, .folder = std::move(*folder)};
+    return RepositoryPlace{.root = *root, .folder = std::move(*folder)};
 }
 
 }  // namespace
@@ -59,34 +57,34 @@ OdString toText(const fs::path& path) {
     return OdString::fromNarrow(path == "/" ? "/." : path.native());
 }
 
-Expected<std::optional<OpenRepository>> enclosingRepository(const fs::path& folder) {
+Expected<std::optional<RepositoryPlace>> enclosingRepository(const fs::path& folder) {
     for (fs::path path = folder;; path = path.parent_path()) {
         const Expected<bool> isRepository = hasMetadata(path);
         if (!isRepository)
             return isRepository.error();
         if (*isRepository) {
-            Expected<OpenRepository> repository = openAt(path);
+            Expected<RepositoryPlace> repository = openAt(path);
             if (!repository)
                 return repository.error();
             return std::optional(std::move(*repository));
         }
         if (path == path.root_path())
-            return std::optional<OpenRepository>();
+            return std::optional<RepositoryPlace>();
     }
 }
 
-Expected<OpenRepository> openRepository(const std::string& folder, const Caller& caller) {
+Expected<RepositoryPlace> openRepository(const std::string& folder, const Caller& caller) {
     const Expected<fs::path> path = existingFolder(folder);
     if (!path)
         return path.error();
-    Expected<std::optional<OpenRepository>> repository = enclosingRepository(*path);
+    Expected<std::optional<RepositoryPlace>> repository = enclosingRepository(*path);
     if (!repository)
         return repository.error();
     if (*repository) {
         // One of somebody else is not passed over on the way up: what the person meant is inside.
         const Expected<void> owned =
             checkOwner((*repository)->folder, (*repository)->root.path(), caller);
-        return owned ? Expected<OpenRepository>(std::move(**repository)) : owned.error();
+        return owned ? Expected<RepositoryPlace>(std::move(**repository)) : owned.error();
     }
     return ErrorMessage{OdString::format(
         tr(L"'%ls' is not in a repository, nor is any folder above it one (qrv init makes one)"),
@@ -94,25 +92,10 @@ Expected<OpenRepository> openRepository(const std::string& folder, const Caller&
 }
 
 Expected<common::RootPath> findRepository(const std::string& folder, const Caller& caller) {
-    Expected<OpenRepository> repository = openRepository(folder, caller);
+    Expected<RepositoryPlace> repository = openRepository(folder, caller);
     if (!repository)
         return repository.error();
     return std::move(repository->root);
-}
-
-Expected<std::shared_ptr<common::Cache>> openState(const common::RootPath& root,
-                                                   const sys::Folder& folder, const Host& host) {
-    if (Expected<void> depth = checkStateDepth(root); !depth)
-        return std::move(depth).error();
-    try {
-        Expected<std::shared_ptr<common::Cache>> cache = common::Cache::get(root, host);
-        if (const Expected<void> checked = checkMetadata(folder, root.path()); !checked)
-            return checked.error();
-        return cache;
-    } catch (const std::length_error&) {
-        return ErrorMessage{OdString::format(
-            tr(L"The state file '%ls' ends in the middle of a text"), printable(root.statePath()))};
-    }
 }
 
 }  // namespace qrv
