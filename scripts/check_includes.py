@@ -68,7 +68,9 @@ EDGES = {
     },
     "engine/repository": {
         "engine/base": "errors and their texts, and who asks",
+        "engine/history": "is a part of what is opened",
         "engine/paths": "tells files of ours from strays by their names",
+        "engine/storage": "is a part of what is opened",
     },
     "engine/worktree": {
         "engine/base": "errors and their texts, and who is told",
@@ -93,13 +95,13 @@ EDGES = {
         "engine/repository": "lists what lies there",
         "engine/storage": "is checked, packed and collected",
         "engine/tree": "HEAD is brought to another one",
-        "engine/worktree": "collection keeps what a workspace needs",
+        "engine/worktree": "collection keeps what the working tree needs",
     },
     "engine/operations": {
         "engine/base": "errors and their texts, and who is told",
         "engine/history": "branches, tags and commits",
         "engine/repository": "what was done is logged",
-        "engine/worktree": "each works on a workspace",
+        "engine/worktree": "most work on working files",
     },
     "cli/user": {},
     "cli/terminal": {},

@@ -11,10 +11,11 @@
 #include <engine/base/Translation.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/worktree/FileWord.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <algorithm>
 #include <iterator>
@@ -44,14 +45,14 @@ OdString listOf(const std::vector<OdString>& paths) {
 
 /// Why the word stands for no changed file.
 ErrorMessage whyNone(const std::string& argument, const std::vector<OdString>& changed,
-                     const std::vector<OdString>& unchanged, const Workspace& workspace) {
+                     const std::vector<OdString>& unchanged, const WorkingTree& workingTree) {
     const OdString word = OdString::fromNarrow(argument);
     const Expected<std::vector<OdString>> found =
-        filesOfWord(workspace.root(), argument, unchanged);
+        filesOfWord(workingTree.root(), argument, unchanged);
     if (found && !found->empty())
         return {OdString::format(tr(L"'%ls' has not changed"),
                                  printable(found->size() == 1 ? found->front() : word))};
-    if (const Expected<OdString> path = pathInRepository(workspace.root(), argument); !path)
+    if (const Expected<OdString> path = pathInRepository(workingTree.root(), argument); !path)
         return path.error();
     const OdString text = OdString::format(tr(L"There is no changed file '%ls'"), printable(word));
     const std::vector<OdString> near = nearPaths(word, changed);
@@ -66,16 +67,16 @@ std::vector<OdString> pathsOf(const std::vector<StagedFile>& files) {
     return paths;
 }
 
-std::vector<OdString> unchangedPaths(const WorkingChanges& changes, Workspace& workspace) {
+std::vector<OdString> unchangedPaths(const WorkingChanges& changes, WorkingTree& workingTree) {
     std::vector<OdString> paths;
-    for (const common::UnchangedFile& file : unchangedFiles(changes, workspace))
+    for (const common::UnchangedFile& file : unchangedFiles(changes, workingTree))
         paths.push_back(file.path);
     return paths;
 }
 
-Expected<std::vector<StagedFile>> findChosen(const Arguments& arguments, Workspace& workspace,
+Expected<std::vector<StagedFile>> findChosen(const Arguments& arguments, WorkingTree& workingTree,
                                              const WorkingChanges& changes) {
-    const common::RepoFileExplorer explorer(changes.files, workspace.root());
+    const common::RepoFileExplorer explorer(changes.files, workingTree.root());
     const std::vector<StagedFile> candidates = candidatesOf(explorer);
     if (arguments.all)
         return candidates;
@@ -83,11 +84,11 @@ Expected<std::vector<StagedFile>> findChosen(const Arguments& arguments, Workspa
     std::set<OdString> chosen;
     for (const std::string& argument : arguments.paths) {
         const Expected<std::vector<OdString>> found =
-            filesOfWord(workspace.root(), argument, paths);
+            filesOfWord(workingTree.root(), argument, paths);
         if (!found)
             return found.error();
         if (found->empty())
-            return whyNone(argument, paths, unchangedPaths(changes, workspace), workspace);
+            return whyNone(argument, paths, unchangedPaths(changes, workingTree), workingTree);
         chosen.insert(found->begin(), found->end());
     }
     std::vector<StagedFile> files;
@@ -96,25 +97,26 @@ Expected<std::vector<StagedFile>> findChosen(const Arguments& arguments, Workspa
     return files;
 }
 
-bool isNamed(const OdString& path, const Arguments& arguments, const Workspace& workspace) {
+bool isNamed(const OdString& path, const Arguments& arguments, const WorkingTree& workingTree) {
     return std::any_of(arguments.paths.begin(), arguments.paths.end(), [&](const auto& argument) {
-        const Expected<OdString> named = pathInRepository(workspace.root(), argument);
+        const Expected<OdString> named = pathInRepository(workingTree.root(), argument);
         return named && *named == path;
     });
 }
 
-/// Leaves out files whose paths could not be used on every system, and says so: one of them in a
-/// large folder must not keep the rest from being staged. One that is named itself is an error.
+/// Leaves out files whose paths could not be used on every system, and says so: one of them in
+/// a large folder must not keep the rest from being staged. One that is named itself is an
+/// error.
 Expected<std::vector<StagedFile>> withoutUnsafe(std::vector<StagedFile> files,
                                                 const WorkingChanges& changes,
                                                 const Arguments& arguments,
-                                                const Workspace& workspace) {
+                                                const WorkingTree& workingTree) {
     std::set<OdString> leftOut;
     for (const StagedFile& file : files) {
         const Expected<RelativePath> path = RelativePath::check(file.path);
         if (path)
             continue;
-        if (isNamed(file.path, arguments, workspace))
+        if (isNamed(file.path, arguments, workingTree))
             return path.error();
         printMessage(OdString::format(tr(L"Note: left out: %ls"), path.error().message));
         leftOut.insert(file.path);
@@ -135,23 +137,23 @@ void print(const std::vector<StagedFile>& files, bool asJson, Output& output) {
 }
 
 Expected<void> add(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, person(), Workspace::Scan::ahead);
-    if (!workspace)
-        return workspace.error();
-    const Expected<WorkingChanges> changes = findChanges(**workspace);
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::change, person(), WorkingTree::Scan::ahead);
+    if (!workingTree)
+        return workingTree.error();
+    const Expected<WorkingChanges> changes = findChanges(**workingTree);
     if (!changes)
         return changes.error();
-    Expected<std::vector<StagedFile>> chosen = findChosen(arguments, **workspace, *changes);
+    Expected<std::vector<StagedFile>> chosen = findChosen(arguments, **workingTree, *changes);
     if (!chosen)
         return chosen.error();
     const Expected<std::vector<StagedFile>> staged =
-        withoutUnsafe(withRenameHalves(*chosen, *changes), *changes, arguments, **workspace);
+        withoutUnsafe(withRenameHalves(*chosen, *changes), *changes, arguments, **workingTree);
     if (!staged)
         return staged.error();
-    warnBeforeStaging(*staged, *changes, **workspace);
-    stage(*staged, *changes, (*workspace)->cache());
-    if (Expected<void> closed = (*workspace)->close(); !closed)
+    warnBeforeStaging(*staged, *changes, **workingTree);
+    stage(*staged, *changes, (*workingTree)->repository().cache());
+    if (Expected<void> closed = (*workingTree)->close(); !closed)
         return closed;
     print(*staged, arguments.asJson, output);
     return {};

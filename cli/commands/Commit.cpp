@@ -8,8 +8,9 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/Committing.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <memory>
 #include <optional>
@@ -46,23 +47,23 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     const CommitText text = {*author, trimmed(arguments.message)};
     if (text.message.isEmpty())
         return ErrorMessage{tr(L"A commit needs a message that says what was done")};
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, person(), Workspace::Scan::ahead);
-    if (!workspace)
-        return workspace.error();
-    const Expected<WorkingChanges> changes = findChanges(**workspace);
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::change, person(), WorkingTree::Scan::ahead);
+    if (!workingTree)
+        return workingTree.error();
+    const Expected<WorkingChanges> changes = findChanges(**workingTree);
     if (!changes)
         return changes.error();
-    const Expected<CommitEntry> commit = commitStaged(**workspace, *changes, text);
+    const Expected<CommitEntry> commit = commitStaged(**workingTree, *changes, text);
     if (!commit)
         return commit.error();
     if (arguments.asJson)
         writeJson(toJson(*commit), output);
     else
-        print(*commit, (*workspace)->branch(), output);
+        print(*commit, (*workingTree)->repository().branch(), output);
     // A look is what often comes next.
-    (*workspace)->keepBaseline((*workspace)->baseline());
-    return (*workspace)->close();
+    (*workingTree)->keepBaseline((*workingTree)->baseline());
+    return (*workingTree)->close();
 }
 
 }  // namespace

@@ -13,9 +13,10 @@
 #include <engine/diff/Differences.h>
 #include <engine/diff/Patch.h>
 #include <engine/history/CommitName.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <sys/Terminal.h>
 
 #include <algorithm>
@@ -39,27 +40,28 @@ struct Arguments {
     bool asJson = false;
 };
 
-Expected<Snapshot> snapshotOfCommit(Workspace& workspace, const std::string& name) {
+Expected<Snapshot> snapshotOfCommit(WorkingTree& workingTree, const std::string& name) {
     const Expected<OdString> hash =
-        findCommit(workspace.history(), OdString::fromNarrow(name), workspace.branch());
+        findCommit(workingTree.repository().history(), OdString::fromNarrow(name),
+                   workingTree.repository().branch());
     if (!hash)
         return hash.error();
-    return snapshotOf(workspace.history().tree(*hash));
+    return snapshotOf(workingTree.repository().history().tree(*hash));
 }
 
-Expected<Snapshot> snapshotOfWorkingTree(Workspace& workspace) {
-    const Expected<WorkingChanges> changes = findChanges(workspace);
+Expected<Snapshot> snapshotOfWorkingTree(WorkingTree& workingTree) {
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
-    return snapshotOf(workspace, *changes);
+    return snapshotOf(workingTree, *changes);
 }
 
-Expected<std::vector<OdString>> chosenPaths(const Workspace& workspace,
+Expected<std::vector<OdString>> chosenPaths(const WorkingTree& workingTree,
                                             const std::vector<std::string>& arguments,
                                             const Snapshot& before, const Snapshot& after) {
     std::vector<OdString> chosen;
     for (const std::string& argument : arguments) {
-        const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+        const Expected<OdString> path = pathInRepository(workingTree.root(), argument);
         if (!path)
             return path.error();
         const auto isThere = [&path](const auto& file) { return isChosen(file.first, {*path}); };
@@ -72,19 +74,20 @@ Expected<std::vector<OdString>> chosenPaths(const Workspace& workspace,
     return chosen;
 }
 
-Expected<std::vector<Difference>> findDifferences(Workspace& workspace,
+Expected<std::vector<Difference>> findDifferences(WorkingTree& workingTree,
                                                   const Arguments& arguments) {
     const Expected<Snapshot> before = arguments.before
-                                          ? snapshotOfCommit(workspace, *arguments.before)
-                                          : snapshotOf(workspace.headFiles());
+                                          ? snapshotOfCommit(workingTree, *arguments.before)
+                                          : snapshotOf(workingTree.repository().headFiles());
     if (!before)
         return before.error();
-    const Expected<Snapshot> after = arguments.after ? snapshotOfCommit(workspace, *arguments.after)
-                                                     : snapshotOfWorkingTree(workspace);
+    const Expected<Snapshot> after = arguments.after
+                                         ? snapshotOfCommit(workingTree, *arguments.after)
+                                         : snapshotOfWorkingTree(workingTree);
     if (!after)
         return after.error();
     const Expected<std::vector<OdString>> chosen =
-        chosenPaths(workspace, arguments.paths, *before, *after);
+        chosenPaths(workingTree, arguments.paths, *before, *after);
     if (!chosen)
         return chosen.error();
     std::vector<Difference> differences = differencesBetween(*before, *after);
@@ -141,24 +144,24 @@ void writeLine(PatchLine kind, std::string_view line, Output& output) {
 }
 
 /// An absent side is an empty text.
-Expected<std::optional<std::string>> readSide(Workspace& workspace, const OdString& path,
+Expected<std::optional<std::string>> readSide(WorkingTree& workingTree, const OdString& path,
                                               const std::optional<FileVersion>& version) {
     if (!version)
         return std::optional(std::string());
-    return readText(workspace, path, *version);
+    return readText(workingTree, path, *version);
 }
 
-Expected<void> writePatch(Workspace& workspace, const Difference& difference,
+Expected<void> writePatch(WorkingTree& workingTree, const Difference& difference,
                           const PatchSink& sink) {
     sink(PatchLine::heading, differenceText(difference).toNarrow());
     if (!difference.hasOtherContents()) {
         writePatchHeading(difference, sink);
         return {};
     }
-    const auto before = readSide(workspace, difference.oldPath(), difference.before);
+    const auto before = readSide(workingTree, difference.oldPath(), difference.before);
     if (!before)
         return before.error();
-    const auto after = readSide(workspace, difference.path, difference.after);
+    const auto after = readSide(workingTree, difference.path, difference.after);
     if (!after)
         return after.error();
     if (*before && *after) {
@@ -170,7 +173,7 @@ Expected<void> writePatch(Workspace& workspace, const Difference& difference,
     return {};
 }
 
-Expected<void> write(Workspace& workspace, const std::vector<Difference>& differences,
+Expected<void> write(WorkingTree& workingTree, const std::vector<Difference>& differences,
                      const Arguments& arguments, Output& output) {
     if (arguments.asJson) {
         writeJson(toJson(differences), output);
@@ -184,24 +187,24 @@ Expected<void> write(Workspace& workspace, const std::vector<Difference>& differ
         writeLine(kind, line, output);
     };
     for (const Difference& difference : differences) {
-        if (const Expected<void> done = writePatch(workspace, difference, sink); !done)
+        if (const Expected<void> done = writePatch(workingTree, difference, sink); !done)
             return done.error();
     }
     return {};
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look, person());
-    if (!workspace)
-        return workspace.error();
-    const Expected<std::vector<Difference>> differences = findDifferences(**workspace, arguments);
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::look, person());
+    if (!workingTree)
+        return workingTree.error();
+    const Expected<std::vector<Difference>> differences = findDifferences(**workingTree, arguments);
     if (!differences)
         return differences.error();
-    if (const Expected<void> done = write(**workspace, *differences, arguments, output); !done)
+    if (const Expected<void> done = write(**workingTree, *differences, arguments, output); !done)
         return done.error();
     // What was found by reading is only remembered to be quicker next time.
-    if (const Expected<void> closed = (*workspace)->close(); !closed)
+    if (const Expected<void> closed = (*workingTree)->close(); !closed)
         printMessage(closed.error().message);
     return {};
 }

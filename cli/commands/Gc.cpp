@@ -9,7 +9,8 @@
 #include <engine/base/Translation.h>
 #include <engine/maintenance/Collection.h>
 #include <engine/repository/LogEntry.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/OpenTree.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <memory>
 #include <string>
@@ -80,19 +81,19 @@ void print(const Collected& collected, const Arguments& arguments, Output& outpu
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace = Workspace::open(
-        ".", arguments.onlyLook ? Workspace::Use::look : Workspace::Use::change, person());
-    if (!workspace)
-        return workspace.error();
+    const Expected<std::unique_ptr<WorkingTree>> workingTree = openTree(
+        ".", arguments.onlyLook ? Repository::Use::look : Repository::Use::change, person());
+    if (!workingTree)
+        return workingTree.error();
     const Expected<Collected> collected = collectGarbage(
-        **workspace, arguments.onlyLook ? CollectionMode::look : CollectionMode::change);
+        **workingTree, arguments.onlyLook ? CollectionMode::look : CollectionMode::change);
     if (!collected)
         return collected.error();
     if (!arguments.onlyLook)
-        logEvent(L"gc", (*workspace)->root(), (*workspace)->folder(), person());
+        logEvent(L"gc", (*workingTree)->root(), (*workingTree)->folder(), person());
     print(*collected, arguments, output);
     if (collected->problems.empty())
-        return (*workspace)->close();
+        return (*workingTree)->close();
     return ErrorMessage{
         OdString::format(tr(L"Not all could be collected; problems: %i (qrv verify tells more)"),
                          collected->problems.size())};

@@ -9,8 +9,9 @@
 #include <engine/base/Translation.h>
 #include <engine/repository/FindRepository.h>
 #include <engine/worktree/IgnoreRules.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <memory>
 #include <optional>
@@ -100,11 +101,11 @@ Expected<void> check(const Arguments& arguments, Output& output) {
 
 Expected<void> add(const Arguments& arguments, Output& output) {
     const OdString rule = OdString::fromNarrow(arguments.rule);
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, person());
-    if (!workspace)
-        return workspace.error();
-    const Expected<int> line = addIgnoreRule(rule, (*workspace)->root());
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::change, person());
+    if (!workingTree)
+        return workingTree.error();
+    const Expected<int> line = addIgnoreRule(rule, (*workingTree)->root());
     if (!line)
         return line.error();
     if (rule[0] != L'^' && rule.find(L'/') >= 0)
@@ -116,7 +117,7 @@ Expected<void> add(const Arguments& arguments, Output& output) {
     else
         output.write(
             OdString::format(tr(L"Added as line %i: %ls\n"), *line, printable(rule)).toNarrow());
-    return (*workspace)->close();
+    return (*workingTree)->close();
 }
 
 }  // namespace

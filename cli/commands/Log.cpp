@@ -11,8 +11,9 @@
 #include <engine/diff/PathHistory.h>
 #include <engine/history/CommitName.h>
 #include <engine/history/ShortForms.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdTimeStamp.h>
 
 #include <QString>
@@ -65,14 +66,14 @@ std::string rowOf(const CommitEntry& commit, const ReferenceList& references) {
         .toNarrow();
 }
 
-Expected<std::vector<CommitEntry>> commitsOfPath(Workspace& workspace,
+Expected<std::vector<CommitEntry>> commitsOfPath(WorkingTree& workingTree,
                                                  std::vector<CommitEntry> commits,
                                                  const std::string& argument) {
-    const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+    const Expected<OdString> path = pathInRepository(workingTree.root(), argument);
     if (!path)
         return path.error();
     std::vector<CommitEntry> changing =
-        commitsThatChanged(workspace.history(), std::move(commits), *path);
+        commitsThatChanged(workingTree.repository().history(), std::move(commits), *path);
     if (changing.empty())
         return ErrorMessage{OdString::format(tr(L"No commit has changed '%ls'"),
                                              printable(OdString::fromNarrow(argument)))};
@@ -80,18 +81,21 @@ Expected<std::vector<CommitEntry>> commitsOfPath(Workspace& workspace,
 }
 
 /// Newest first.
-Expected<std::vector<CommitEntry>> findCommits(Workspace& workspace, const Arguments& arguments) {
-    OdString start = workspace.headCommit();
+Expected<std::vector<CommitEntry>> findCommits(WorkingTree& workingTree,
+                                               const Arguments& arguments) {
+    OdString start = workingTree.repository().headCommit();
     if (arguments.commit) {
-        Expected<OdString> named = findCommit(
-            workspace.history(), OdString::fromNarrow(*arguments.commit), workspace.branch());
+        Expected<OdString> named =
+            findCommit(workingTree.repository().history(), OdString::fromNarrow(*arguments.commit),
+                       workingTree.repository().branch());
         if (!named)
             return named.error();
         start = std::move(*named);
     }
-    Expected<std::vector<CommitEntry>> commits = workspace.history().ancestors(start);
+    Expected<std::vector<CommitEntry>> commits =
+        workingTree.repository().history().ancestors(start);
     if (arguments.path && !commits->empty())
-        commits = commitsOfPath(workspace, std::move(*commits), *arguments.path);
+        commits = commitsOfPath(workingTree, std::move(*commits), *arguments.path);
     if (commits && arguments.count && *arguments.count < commits->size())
         commits->resize(*arguments.count);
     return commits;
@@ -109,14 +113,14 @@ void writeDocument(const std::vector<CommitEntry>& commits, const ReferenceList&
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look, person());
-    if (!workspace)
-        return workspace.error();
-    const Expected<std::vector<CommitEntry>> commits = findCommits(**workspace, arguments);
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::look, person());
+    if (!workingTree)
+        return workingTree.error();
+    const Expected<std::vector<CommitEntry>> commits = findCommits(**workingTree, arguments);
     if (!commits)
         return commits.error();
-    const ReferenceList references((*workspace)->history());
+    const ReferenceList references((*workingTree)->repository().history());
     if (arguments.asJson) {
         writeDocument(*commits, references, output);
         return {};
@@ -125,7 +129,7 @@ Expected<void> run(const Arguments& arguments, Output& output) {
         output.write(rowOf(commit, references));
     if (commits->empty())
         output.write(OdString::format(tr(L"There is no commit yet on the branch '%ls'\n"),
-                                      printable((*workspace)->branch()))
+                                      printable((*workingTree)->repository().branch()))
                          .toNarrow());
     return {};
 }

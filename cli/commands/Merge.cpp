@@ -10,7 +10,8 @@
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/worktree/Merging.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/OpenTree.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <memory>
 #include <optional>
@@ -82,8 +83,8 @@ Expected<void> answer(const MergeOutcome& outcome) {
         outcome.files.conflicts.size())};
 }
 
-Expected<void> abort(Workspace& workspace, const Arguments& arguments, Output& output) {
-    if (const Expected<void> done = abortMerge(workspace, arguments.force); !done)
+Expected<void> abort(WorkingTree& workingTree, const Arguments& arguments, Output& output) {
+    if (const Expected<void> done = abortMerge(workingTree, arguments.force); !done)
         return done.error();
     if (!arguments.asJson)
         output.write(tr(L"The merge is taken back\n").toNarrow());
@@ -96,30 +97,30 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<OdString> author = authorOf(arguments.author);
     if (!author)
         return author.error();
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, person());
-    if (!workspace)
-        return workspace.error();
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::change, person());
+    if (!workingTree)
+        return workingTree.error();
     if (arguments.aborts)
-        return abort(**workspace, arguments, output);
+        return abort(**workingTree, arguments, output);
     const OdString name = OdString::fromNarrow(arguments.name);
-    const Expected<OdString> commit =
-        findCommit((*workspace)->history(), name, (*workspace)->branch());
+    const Expected<OdString> commit = findCommit((*workingTree)->repository().history(), name,
+                                                 (*workingTree)->repository().branch());
     if (!commit)
         return commit.error();
     const CommitText words = {
-        *author, arguments.message
-                     ? OdString::fromNarrow(*arguments.message)
-                     : OdString::format(L"Merge '%ls' into '%ls'", name, (*workspace)->branch())};
-    const Expected<MergeOutcome> outcome = merge(**workspace, *commit, name, words);
+        *author, arguments.message ? OdString::fromNarrow(*arguments.message)
+                                   : OdString::format(L"Merge '%ls' into '%ls'", name,
+                                                      (*workingTree)->repository().branch())};
+    const Expected<MergeOutcome> outcome = merge(**workingTree, *commit, name, words);
     if (!outcome)
         return outcome.error();
     if (arguments.asJson)
-        writeJson(documentOf(*outcome, (*workspace)->state()), output);
+        writeJson(documentOf(*outcome, (*workingTree)->repository().state()), output);
     else
-        output.write(
-            (text(*outcome, printable(name)) + conflictLines((*workspace)->state().conflicts))
-                .toNarrow());
+        output.write((text(*outcome, printable(name)) +
+                      conflictLines((*workingTree)->repository().state().conflicts))
+                         .toNarrow());
     return answer(*outcome);
 }
 

@@ -10,7 +10,8 @@
 #include <engine/maintenance/HistoryRebuild.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/worktree/Interruption.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/OpenTree.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <memory>
 #include <optional>
@@ -76,16 +77,16 @@ std::string plainText(const std::optional<Plan>& plan, const Arguments& argument
     return text.toNarrow();
 }
 
-Expected<void> settle(Workspace& workspace, const Plan& plan, const Arguments& arguments) {
+Expected<void> settle(WorkingTree& workingTree, const Plan& plan, const Arguments& arguments) {
     if (arguments.onlyLook)
         return {};
     if (arguments.forgets)
-        forgetInterruption(workspace);
-    else if (Expected<void> settled = settleInterruption(workspace); !settled)
+        forgetInterruption(workingTree);
+    else if (Expected<void> settled = settleInterruption(workingTree); !settled)
         return settled;
     logEvent(OdString::format(L"recover: %ls %ls", plan.title, outcomeOf(plan, arguments)),
-             workspace.root(), workspace.folder(), person());
-    return workspace.close();
+             workingTree.root(), workingTree.folder(), person());
+    return workingTree.close();
 }
 
 jsonlib::json::Value documentOf(const Rebuilt& rebuilt) {
@@ -130,13 +131,13 @@ Expected<void> rebuild(const Arguments& arguments, Output& output) {
 Expected<void> run(const Arguments& arguments, Output& output) {
     if (arguments.rebuilds)
         return rebuild(arguments, output);
-    const Expected<std::unique_ptr<Workspace>> workspace = Workspace::open(
-        ".", arguments.onlyLook ? Workspace::Use::look : Workspace::Use::repair, person());
-    if (!workspace)
-        return workspace.error();
-    const std::optional<Plan> plan = notedPlan((*workspace)->history());
+    const Expected<std::unique_ptr<WorkingTree>> workingTree = openTree(
+        ".", arguments.onlyLook ? Repository::Use::look : Repository::Use::change, person());
+    if (!workingTree)
+        return workingTree.error();
+    const std::optional<Plan> plan = notedPlan((*workingTree)->repository().history());
     if (plan) {
-        if (Expected<void> settled = settle(**workspace, *plan, arguments); !settled)
+        if (Expected<void> settled = settle(**workingTree, *plan, arguments); !settled)
             return settled;
     }
     if (arguments.asJson)

@@ -8,12 +8,13 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/Merging.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/Saving.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <memory>
 #include <optional>
@@ -33,8 +34,9 @@ struct Arguments {
     bool asJson = false;
 };
 
-Expected<common::ConflictData> findConflict(const Workspace& workspace, const OdString& path) {
-    for (const common::ConflictData& conflict : workspace.stateWithoutIndex().conflicts) {
+Expected<common::ConflictData> findConflict(const WorkingTree& workingTree, const OdString& path) {
+    for (const common::ConflictData& conflict :
+         workingTree.repository().stateWithoutIndex().conflicts) {
         if (conflict.path == path)
             return conflict;
     }
@@ -42,14 +44,15 @@ Expected<common::ConflictData> findConflict(const Workspace& workspace, const Od
 }
 
 /// What the file is to be: as in HEAD, or as on the other side.
-Tree wantedTree(Workspace& workspace, const common::ConflictData& conflict, bool theirs) {
+Tree wantedTree(WorkingTree& workingTree, const common::ConflictData& conflict, bool theirs) {
     Tree tree;
     if (!theirs) {
-        const auto file = workspace.headFiles().find(conflict.path);
-        if (file != workspace.headFiles().end())
+        const auto file = workingTree.repository().headFiles().find(conflict.path);
+        if (file != workingTree.repository().headFiles().end())
             tree.insert(*file);
     } else if (!conflict.remoteUrl.isEmpty()) {
-        const Tree other = workspace.history().tree(workspace.history().note(mergeNote));
+        const Tree other = workingTree.repository().history().tree(
+            workingTree.repository().history().note(mergeNote));
         const auto file = other.find(conflict.path);
         if (file != other.end())
             tree.insert(*file);
@@ -57,38 +60,39 @@ Tree wantedTree(Workspace& workspace, const common::ConflictData& conflict, bool
     return tree;
 }
 
-Expected<void> bringVersion(Workspace& workspace, const common::ConflictData& conflict,
+Expected<void> bringVersion(WorkingTree& workingTree, const common::ConflictData& conflict,
                             const Arguments& arguments) {
-    const Expected<WorkingChanges> changes = findChanges(workspace);
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
     Plan plan;
     plan.title = OdString::format(L"resolve %ls", conflict.path);
     Expected<std::vector<PlannedFile>> steps =
-        stepsToTree(workspace, wantedTree(workspace, conflict, arguments.theirs), {conflict.path},
-                    *changes, arguments.force ? Unsaved::store : Unsaved::refuse);
+        stepsToTree(workingTree, wantedTree(workingTree, conflict, arguments.theirs),
+                    {conflict.path}, *changes, arguments.force ? Unsaved::store : Unsaved::refuse);
     if (!steps)
         return steps.error();
     plan.files = *steps;
-    return plan.files.empty() ? Expected<void>() : carryOut(workspace, plan, *changes);
+    return plan.files.empty() ? Expected<void>() : carryOut(workingTree, plan, *changes);
 }
 
-Expected<void> settle(Workspace& workspace, const OdString& path) {
-    const Expected<WorkingChanges> changes = findChanges(workspace);
+Expected<void> settle(WorkingTree& workingTree, const OdString& path) {
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
-    common::Transaction transaction = workspace.cache().getTransaction();
-    std::erase_if(workspace.cache().write().conflicts,
+    common::Transaction transaction = workingTree.repository().cache().getTransaction();
+    std::erase_if(workingTree.repository().cache().write().conflicts,
                   [&path](const common::ConflictData& conflict) { return conflict.path == path; });
     const common::FileChange change = changeOf(path, *changes);
     if (change != common::FileChange::unchanged)
-        stage({common::StagedFile(path, change)}, *changes, workspace.cache());
+        stage({common::StagedFile(path, change)}, *changes, workingTree.repository().cache());
     transaction.commit();
     return {};
 }
 
-void print(const Workspace& workspace, const OdString& path, bool asJson, Output& output) {
-    const std::vector<common::ConflictData>& open = workspace.stateWithoutIndex().conflicts;
+void print(const WorkingTree& workingTree, const OdString& path, bool asJson, Output& output) {
+    const std::vector<common::ConflictData>& open =
+        workingTree.repository().stateWithoutIndex().conflicts;
     if (asJson)
         return writeJson(toJson(open), output);
     output.write(
@@ -97,26 +101,26 @@ void print(const Workspace& workspace, const OdString& path, bool asJson, Output
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, person());
-    if (!workspace)
-        return workspace.error();
-    const Expected<OdString> path = pathInRepository((*workspace)->root(), arguments.path);
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::change, person());
+    if (!workingTree)
+        return workingTree.error();
+    const Expected<OdString> path = pathInRepository((*workingTree)->root(), arguments.path);
     if (!path)
         return path.error();
-    const Expected<common::ConflictData> conflict = findConflict(**workspace, *path);
+    const Expected<common::ConflictData> conflict = findConflict(**workingTree, *path);
     if (!conflict)
         return conflict.error();
     if (!arguments.merged) {
-        if (const Expected<void> brought = bringVersion(**workspace, *conflict, arguments);
+        if (const Expected<void> brought = bringVersion(**workingTree, *conflict, arguments);
             !brought)
             return brought.error();
     }
-    if (const Expected<void> settled = settle(**workspace, *path); !settled)
+    if (const Expected<void> settled = settle(**workingTree, *path); !settled)
         return settled.error();
-    if (const Expected<void> saved = (*workspace)->saveState(); !saved)
+    if (const Expected<void> saved = (*workingTree)->repository().saveState(); !saved)
         return saved.error();
-    print(**workspace, *path, arguments.asJson, output);
+    print(**workingTree, *path, arguments.asJson, output);
     return {};
 }
 

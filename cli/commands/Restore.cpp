@@ -11,11 +11,12 @@
 #include <engine/paths/Layout.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/repository/LogEntry.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/Saving.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -47,21 +48,22 @@ std::string refusalOfFolder(const std::string& folder) {
     return folder.empty() ? trUtf8(L"A folder's name cannot be empty") : std::string();
 }
 
-Expected<Tree> sourceTree(Workspace& workspace, const Arguments& arguments) {
+Expected<Tree> sourceTree(WorkingTree& workingTree, const Arguments& arguments) {
     if (!arguments.from)
-        return workspace.headFiles();
+        return workingTree.repository().headFiles();
     const Expected<OdString> commit =
-        findCommit(workspace.history(), OdString::fromNarrow(*arguments.from), workspace.branch());
+        findCommit(workingTree.repository().history(), OdString::fromNarrow(*arguments.from),
+                   workingTree.repository().branch());
     if (!commit)
         return commit.error();
-    return workspace.history().tree(*commit);
+    return workingTree.repository().history().tree(*commit);
 }
 
-Expected<std::vector<OdString>> chosenFiles(const Workspace& workspace, const Tree& tree,
+Expected<std::vector<OdString>> chosenFiles(const WorkingTree& workingTree, const Tree& tree,
                                             const std::vector<std::string>& arguments) {
     std::vector<OdString> chosen;
     for (const std::string& argument : arguments) {
-        const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+        const Expected<OdString> path = pathInRepository(workingTree.root(), argument);
         if (!path)
             return path.error();
         chosen.push_back(*path);
@@ -96,7 +98,7 @@ Expected<Target> openTarget(const std::string& folder) {
     return Target{.path = path, .folder = std::move(*opened)};
 }
 
-Expected<void> exportFile(Workspace& workspace, const OdString& path, const OdString& url,
+Expected<void> exportFile(WorkingTree& workingTree, const OdString& path, const OdString& url,
                           const Target& target, bool force) {
     const Expected<RelativePath> safe = RelativePath::check(path);
     if (!safe)
@@ -105,8 +107,8 @@ Expected<void> exportFile(Workspace& workspace, const OdString& path, const OdSt
         return ErrorMessage{OdString::format(tr(L"'%ls' is there already (--force replaces it)"),
                                              printable(toText(target.path / safe->bytes())))};
     const auto existing = force ? sys::NewFile::Existing::replace : sys::NewFile::Existing::keep;
-    return workspace.storages().ofUrl(url).exportBelow(workspace.root(), url, target.folder, *safe,
-                                                       existing);
+    return workingTree.repository().storages().ofUrl(url).exportBelow(
+        workingTree.root(), url, target.folder, *safe, existing);
 }
 
 /// Elsewhere they would make a folder pass for a repository that has lost its history.
@@ -152,11 +154,11 @@ void print(const std::vector<OdString>& paths, const Arguments& arguments, Outpu
     output.write(OdString::format(text, paths.size()).toNarrow());
 }
 
-Expected<std::vector<OdString>> exportFiles(Workspace& workspace, const Tree& tree,
+Expected<std::vector<OdString>> exportFiles(WorkingTree& workingTree, const Tree& tree,
                                             const std::vector<OdString>& paths,
                                             const Arguments& arguments) {
     // There --force would replace what is kept nowhere.
-    if (pathInRepository(workspace.root(), *arguments.folder))
+    if (pathInRepository(workingTree.root(), *arguments.folder))
         return ErrorMessage{
             OdString::format(tr(L"'%ls' lies in the repository (without --to, its files are "
                                 L"replaced with care)"),
@@ -169,24 +171,24 @@ Expected<std::vector<OdString>> exportFiles(Workspace& workspace, const Tree& tr
         return target.error();
     for (const OdString& path : *exported) {
         const Expected<void> done =
-            exportFile(workspace, path, tree.at(path).url, *target, arguments.force);
+            exportFile(workingTree, path, tree.at(path).url, *target, arguments.force);
         if (!done)
             return done.error();
     }
     return exported;
 }
 
-Expected<std::vector<OdString>> restoreFiles(Workspace& workspace, const Tree& tree,
+Expected<std::vector<OdString>> restoreFiles(WorkingTree& workingTree, const Tree& tree,
                                              const std::vector<OdString>& paths,
                                              const Arguments& arguments) {
-    const Expected<WorkingChanges> changes = findChanges(workspace);
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
     Unsaved unsaved = arguments.force ? Unsaved::store : Unsaved::refuse;
     if (arguments.force && arguments.dryRun)
         unsaved = Unsaved::leave;
     const Expected<std::vector<PlannedFile>> steps =
-        stepsToTree(workspace, tree, paths, *changes, unsaved);
+        stepsToTree(workingTree, tree, paths, *changes, unsaved);
     if (!steps)
         return steps.error();
     std::vector<OdString> touched;
@@ -197,28 +199,29 @@ Expected<std::vector<OdString>> restoreFiles(Workspace& workspace, const Tree& t
     Plan plan;
     plan.title = L"restore";
     plan.files = *steps;
-    if (const Expected<void> done = carryOut(workspace, plan, *changes); !done)
+    if (const Expected<void> done = carryOut(workingTree, plan, *changes); !done)
         return done.error();
-    logEvent(OdString::format(L"restored files: %i", touched.size()), workspace.root(),
-             workspace.folder(), person());
+    logEvent(OdString::format(L"restored files: %i", touched.size()), workingTree.root(),
+             workingTree.folder(), person());
     return touched;
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
     // Elsewhere nothing of the repository changes, and what is made is the person's own.
-    const Expected<std::unique_ptr<Workspace>> workspace = Workspace::open(
-        ".", arguments.folder ? Workspace::Use::look : Workspace::Use::change, person());
-    if (!workspace)
-        return workspace.error();
-    const Expected<Tree> tree = sourceTree(**workspace, arguments);
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", arguments.folder ? Repository::Use::look : Repository::Use::change, person());
+    if (!workingTree)
+        return workingTree.error();
+    const Expected<Tree> tree = sourceTree(**workingTree, arguments);
     if (!tree)
         return tree.error();
-    const Expected<std::vector<OdString>> paths = chosenFiles(**workspace, *tree, arguments.paths);
+    const Expected<std::vector<OdString>> paths =
+        chosenFiles(**workingTree, *tree, arguments.paths);
     if (!paths)
         return paths.error();
     const Expected<std::vector<OdString>> done =
-        arguments.folder ? exportFiles(**workspace, *tree, *paths, arguments)
-                         : restoreFiles(**workspace, *tree, *paths, arguments);
+        arguments.folder ? exportFiles(**workingTree, *tree, *paths, arguments)
+                         : restoreFiles(**workingTree, *tree, *paths, arguments);
     if (!done)
         return done.error();
     print(*done, arguments, output);

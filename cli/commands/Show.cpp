@@ -12,8 +12,9 @@
 #include <engine/history/CommitName.h>
 #include <engine/history/ShortForms.h>
 #include <engine/storage/StorageMessages.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <cstddef>
 #include <memory>
@@ -32,8 +33,9 @@ struct Arguments {
     bool asJson = false;
 };
 
-Expected<OdString> hashOf(Workspace& workspace, const std::string& name) {
-    return findCommit(workspace.history(), OdString::fromNarrow(name), workspace.branch());
+Expected<OdString> hashOf(WorkingTree& workingTree, const std::string& name) {
+    return findCommit(workingTree.repository().history(), OdString::fromNarrow(name),
+                      workingTree.repository().branch());
 }
 
 std::vector<Difference> changesOf(History& history, const CommitEntry& commit) {
@@ -76,11 +78,11 @@ std::string plainText(History& history, const CommitEntry& commit,
     return text.toNarrow();
 }
 
-Expected<void> showCommit(Workspace& workspace, const Arguments& arguments, Output& output) {
-    const Expected<OdString> hash = hashOf(workspace, arguments.object);
+Expected<void> showCommit(WorkingTree& workingTree, const Arguments& arguments, Output& output) {
+    const Expected<OdString> hash = hashOf(workingTree, arguments.object);
     if (!hash)
         return hash.error();
-    History& history = workspace.history();
+    History& history = workingTree.repository().history();
     const CommitEntry commit = history.commit(*hash).value();
     const std::vector<Difference> changes = changesOf(history, commit);
     if (arguments.asJson) {
@@ -94,9 +96,9 @@ Expected<void> showCommit(Workspace& workspace, const Arguments& arguments, Outp
     return {};
 }
 
-Expected<void> writeVersion(Workspace& workspace, const OdString& url, Output& output) {
+Expected<void> writeVersion(WorkingTree& workingTree, const OdString& url, Output& output) {
     const Expected<std::unique_ptr<VersionReader>> reader =
-        workspace.storages().ofUrl(url).open(workspace.root(), url);
+        workingTree.repository().storages().ofUrl(url).open(workingTree.root(), url);
     if (!reader)
         return reader.error();
     if (*reader == nullptr)
@@ -112,35 +114,35 @@ Expected<void> writeVersion(Workspace& workspace, const OdString& url, Output& o
     }
 }
 
-Expected<void> showFile(Workspace& workspace, const std::string& commit,
+Expected<void> showFile(WorkingTree& workingTree, const std::string& commit,
                         const std::string& argument, Output& output) {
-    const Expected<OdString> hash = hashOf(workspace, commit);
+    const Expected<OdString> hash = hashOf(workingTree, commit);
     if (!hash)
         return hash.error();
-    const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+    const Expected<OdString> path = pathInRepository(workingTree.root(), argument);
     if (!path)
         return path.error();
-    const Tree tree = workspace.history().tree(*hash);
+    const Tree tree = workingTree.repository().history().tree(*hash);
     const auto file = tree.find(*path);
     if (file == tree.end())
         return ErrorMessage{OdString::format(tr(L"'%ls' is not in the commit"),
                                              printable(OdString::fromNarrow(argument)))};
-    return writeVersion(workspace, file->second.url, output);
+    return writeVersion(workingTree, file->second.url, output);
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::look, person());
-    if (!workspace)
-        return workspace.error();
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::look, person());
+    if (!workingTree)
+        return workingTree.error();
     const std::string& object = arguments.object;
     // The name of a branch may have a colon in it, but then it is there.
     const std::size_t colon = object.find(':');
-    if (colon == std::string::npos || hashOf(**workspace, object))
-        return showCommit(**workspace, arguments, output);
+    if (colon == std::string::npos || hashOf(**workingTree, object))
+        return showCommit(**workingTree, arguments, output);
     if (arguments.asJson)
         return ErrorMessage{tr(L"--json is for a commit; a file is printed as it is")};
-    return showFile(**workspace, object.substr(0, colon), object.substr(colon + 1), output);
+    return showFile(**workingTree, object.substr(0, colon), object.substr(colon + 1), output);
 }
 
 }  // namespace

@@ -14,9 +14,10 @@
 #include <engine/base/Translation.h>
 #include <engine/history/ShortForms.h>
 #include <engine/worktree/Merging.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <algorithm>
 #include <map>
@@ -81,17 +82,17 @@ std::vector<StagedFile> unstagedChanges(const Status& status, const WorkingChang
     return files;
 }
 
-Status statusOf(Workspace& workspace, const WorkingChanges& changes) {
+Status statusOf(WorkingTree& workingTree, const WorkingChanges& changes) {
     Status status;
-    status.root = workspace.root().path();
-    status.branch = workspace.branch();
-    const OdString head = workspace.headCommit();
+    status.root = workingTree.root().path();
+    status.branch = workingTree.repository().branch();
+    const OdString head = workingTree.repository().headCommit();
     if (!head.isEmpty())
-        status.commit = workspace.history().commit(head);
-    status.merging = workspace.history().note(mergeNote);
+        status.commit = workingTree.repository().history().commit(head);
+    status.merging = workingTree.repository().history().note(mergeNote);
     status.fileCount = changes.presentCount();
-    status.staged = stagedChanges(workspace.stateWithoutIndex(), changes);
-    status.conflicts = workspace.stateWithoutIndex().conflicts;
+    status.staged = stagedChanges(workingTree.repository().stateWithoutIndex(), changes);
+    status.conflicts = workingTree.repository().stateWithoutIndex().conflicts;
     status.unstaged = unstagedChanges(status, changes);
     status.renames = changes.renames;
     status.unseen = changes.unseen;
@@ -221,20 +222,20 @@ ErrorMessage notAllSeen(const std::vector<Unseen>& unseen) {
 }
 
 Expected<void> showStatus(const Arguments& arguments, Output& output) {
-    Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(arguments.folder, Workspace::Use::look, person(), Workspace::Scan::ahead);
-    if (!workspace)
-        return workspace.error();
-    const Expected<WorkingChanges> changes = findVisibleChanges(**workspace);
+    Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(arguments.folder, Repository::Use::look, person(), WorkingTree::Scan::ahead);
+    if (!workingTree)
+        return workingTree.error();
+    const Expected<WorkingChanges> changes = findVisibleChanges(**workingTree);
     if (!changes)
         return changes.error();
-    const Status status = statusOf(**workspace, *changes);
-    (*workspace)->keepBaseline(changes->baseline);
+    const Status status = statusOf(**workingTree, *changes);
+    (*workingTree)->keepBaseline(changes->baseline);
     // What was found by reading is only remembered to be quicker next time.
-    if (const Expected<void> closed = (*workspace)->close(); !closed)
+    if (const Expected<void> closed = (*workingTree)->close(); !closed)
         printMessage(closed.error().message);
     // Who reads what is printed may take long, and nobody is to wait for the lock meanwhile.
-    workspace->reset();
+    workingTree->reset();
     write(status, arguments, output);
     return changes->unseen.empty() ? Expected<void>() : notAllSeen(changes->unseen);
 }

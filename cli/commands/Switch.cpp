@@ -10,10 +10,11 @@
 #include <engine/history/ReferenceName.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/worktree/Merging.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PlanChecks.h>
 #include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <memory>
 #include <optional>
@@ -33,14 +34,14 @@ struct Arguments {
 };
 
 /// The commit of a branch that is there.
-Expected<OdString> existingBranch(Workspace& workspace, const OdString& name) {
+Expected<OdString> existingBranch(WorkingTree& workingTree, const OdString& name) {
     if (const std::optional<OdString> commit =
-            workspace.history().reference(name, common::RefType::Branch))
+            workingTree.repository().history().reference(name, common::RefType::Branch))
         return *commit;
-    if (name == workspace.branch())
+    if (name == workingTree.repository().branch())
         return OdString();
     std::vector<OdString> branches;
-    for (const common::Reference& reference : workspace.history().references()) {
+    for (const common::Reference& reference : workingTree.repository().history().references()) {
         if (reference.type == common::RefType::Branch)
             branches.push_back(reference.name);
     }
@@ -52,16 +53,18 @@ Expected<OdString> existingBranch(Workspace& workspace, const OdString& name) {
 }
 
 /// The commit that a new branch begins with; empty before the first commit.
-Expected<OdString> newBranch(Workspace& workspace, const OdString& name,
+Expected<OdString> newBranch(WorkingTree& workingTree, const OdString& name,
                              const std::optional<std::string>& start) {
     if (const Expected<OdString> valid = checkedReferenceName(name); !valid)
         return valid.error();
-    if (workspace.history().reference(name, common::RefType::Branch) || name == workspace.branch())
+    if (workingTree.repository().history().reference(name, common::RefType::Branch) ||
+        name == workingTree.repository().branch())
         return ErrorMessage{
             OdString::format(tr(L"There is a branch '%ls' already"), printable(name))};
     if (!start)
-        return workspace.headCommit();
-    return findCommit(workspace.history(), OdString::fromNarrow(*start), workspace.branch());
+        return workingTree.repository().headCommit();
+    return findCommit(workingTree.repository().history(), OdString::fromNarrow(*start),
+                      workingTree.repository().branch());
 }
 
 jsonlib::json::Value toJson(const Plan& plan) {
@@ -72,47 +75,48 @@ jsonlib::json::Value toJson(const Plan& plan) {
     return object;
 }
 
-Expected<Plan> planOf(Workspace& workspace, const Arguments& arguments) {
+Expected<Plan> planOf(WorkingTree& workingTree, const Arguments& arguments) {
     Plan plan;
     plan.branch = OdString::fromNarrow(arguments.branch);
     plan.title = OdString::format(L"switch %ls", plan.branch);
     const Expected<OdString> commit = arguments.creates
-                                          ? newBranch(workspace, plan.branch, arguments.start)
-                                          : existingBranch(workspace, plan.branch);
+                                          ? newBranch(workingTree, plan.branch, arguments.start)
+                                          : existingBranch(workingTree, plan.branch);
     if (!commit)
         return commit.error();
     plan.commit = *commit;
-    if (plan.commit == workspace.headCommit())
+    if (plan.commit == workingTree.repository().headCommit())
         return plan;
-    plan.files = stepsBetween(workspace.headFiles(), workspace.history().tree(plan.commit));
+    plan.files = stepsBetween(workingTree.repository().headFiles(),
+                              workingTree.repository().history().tree(plan.commit));
     return plan;
 }
 
-Expected<void> bringFiles(Workspace& workspace, const Plan& plan) {
+Expected<void> bringFiles(WorkingTree& workingTree, const Plan& plan) {
     if (plan.files.empty())
-        return carryOutWithoutFiles(workspace, plan);
-    const Expected<WorkingChanges> changes = findChanges(workspace);
+        return carryOutWithoutFiles(workingTree, plan);
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
-    if (Expected<void> unharmed = checkUnharmed(workspace, plan.files, *changes); !unharmed)
+    if (Expected<void> unharmed = checkUnharmed(workingTree, plan.files, *changes); !unharmed)
         return unharmed;
-    return carryOut(workspace, plan, *changes);
+    return carryOut(workingTree, plan, *changes);
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, person());
-    if (!workspace)
-        return workspace.error();
-    if (const Expected<void> none = checkNoMerge(**workspace); !none)
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::change, person());
+    if (!workingTree)
+        return workingTree.error();
+    if (const Expected<void> none = checkNoMerge(**workingTree); !none)
         return none.error();
-    const Expected<Plan> plan = planOf(**workspace, arguments);
+    const Expected<Plan> plan = planOf(**workingTree, arguments);
     if (!plan)
         return plan.error();
-    if (const Expected<void> done = bringFiles(**workspace, *plan); !done)
+    if (const Expected<void> done = bringFiles(**workingTree, *plan); !done)
         return done.error();
-    logEvent(L"switch " + quotedName(plan->branch), (*workspace)->root(), (*workspace)->folder(),
-             person());
+    logEvent(L"switch " + quotedName(plan->branch), (*workingTree)->root(),
+             (*workingTree)->folder(), person());
     if (arguments.asJson)
         writeJson(toJson(*plan), output);
     else

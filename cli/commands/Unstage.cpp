@@ -7,9 +7,10 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/worktree/FileWord.h>
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/Staging.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <memory>
 #include <string>
@@ -25,42 +26,43 @@ struct Arguments {
     bool asJson = false;
 };
 
-ErrorMessage whyNone(const std::string& argument, const Workspace& workspace) {
-    const Expected<OdString> path = pathInRepository(workspace.root(), argument);
+ErrorMessage whyNone(const std::string& argument, const WorkingTree& workingTree) {
+    const Expected<OdString> path = pathInRepository(workingTree.root(), argument);
     return path ? ErrorMessage{OdString::format(tr(L"'%ls' is not staged"), printable(*path))}
                 : path.error();
 }
 
 Expected<std::vector<OdString>> chosenPaths(const Arguments& arguments,
-                                            const Workspace& workspace) {
+                                            const WorkingTree& workingTree) {
     if (arguments.all)
         return std::vector<OdString>{OdString()};
     std::vector<OdString> staged;
-    for (const common::StagedFile& file : workspace.stateWithoutIndex().stagedFiles)
+    for (const common::StagedFile& file : workingTree.repository().stateWithoutIndex().stagedFiles)
         staged.push_back(file.path);
     std::vector<OdString> chosen;
     for (const std::string& argument : arguments.paths) {
         const Expected<std::vector<OdString>> found =
-            filesOfWord(workspace.root(), argument, staged);
+            filesOfWord(workingTree.root(), argument, staged);
         if (!found)
             return found.error();
         if (found->empty())
-            return whyNone(argument, workspace);
+            return whyNone(argument, workingTree);
         chosen.insert(chosen.end(), found->begin(), found->end());
     }
     return chosen;
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<Workspace>> workspace =
-        Workspace::open(".", Workspace::Use::change, person());
-    if (!workspace)
-        return workspace.error();
-    const Expected<std::vector<OdString>> chosen = chosenPaths(arguments, **workspace);
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        openTree(".", Repository::Use::change, person());
+    if (!workingTree)
+        return workingTree.error();
+    const Expected<std::vector<OdString>> chosen = chosenPaths(arguments, **workingTree);
     if (!chosen)
         return chosen.error();
-    const std::vector<common::StagedFile> files = unstage(*chosen, (*workspace)->cache());
-    if (Expected<void> closed = (*workspace)->close(); !closed)
+    const std::vector<common::StagedFile> files =
+        unstage(*chosen, (*workingTree)->repository().cache());
+    if (Expected<void> closed = (*workingTree)->close(); !closed)
         return closed;
     if (arguments.asJson)
         writeJson(toJson(files), output);

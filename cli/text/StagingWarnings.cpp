@@ -111,15 +111,16 @@ bool exceeds(std::int64_t sizeBytes, std::int64_t limitMegabytes) {
     return limitMegabytes > 0 && sizeBytes > limitMegabytes * bytesPerMegabyte;
 }
 
-void warnOfSizes(const std::vector<StagedFile>& files, const Workspace& workspace,
+void warnOfSizes(const std::vector<StagedFile>& files, const WorkingTree& workingTree,
                  const Settings& settings) {
     const std::set<OdString> chosen = contentsOf(files);
-    std::set<OdString> staged = contentsOf(workspace.stateWithoutIndex().stagedFiles);
+    std::set<OdString> staged =
+        contentsOf(workingTree.repository().stateWithoutIndex().stagedFiles);
     staged.insert(chosen.begin(), chosen.end());
     Notes notes;
     std::int64_t total = 0;
     for (const OdString& path : staged) {
-        const sys::Outcome<sys::FileStatus> status = workspace.folder().status(path.toNarrow());
+        const sys::Outcome<sys::FileStatus> status = workingTree.folder().status(path.toNarrow());
         const std::int64_t sizeBytes = status ? status->sizeBytes : 0;
         total += sizeBytes;
         if (chosen.contains(path) && exceeds(sizeBytes, settings.largeFileMegabytes))
@@ -160,12 +161,12 @@ void warnOfNames(const std::vector<StagedFile>& files, const WorkingChanges& cha
     }
 }
 
-void warnOfOpenDrawings(const std::vector<StagedFile>& files, const Workspace& workspace) {
+void warnOfOpenDrawings(const std::vector<StagedFile>& files, const WorkingTree& workingTree) {
     Notes notes;
     for (const StagedFile& file : files) {
         if (file.change == FileChange::removed)
             continue;
-        if (const std::optional<OdString> lock = lockBeside(file.path, workspace))
+        if (const std::optional<OdString> lock = lockBeside(file.path, workingTree))
             notes.add(OdString::format(tr(L"Note: somebody seems to have '%ls' open ('%ls' lies "
                                           L"beside it); what is not saved is not committed"),
                                        printable(file.path), printable(*lock)));
@@ -175,14 +176,14 @@ void warnOfOpenDrawings(const std::vector<StagedFile>& files, const Workspace& w
 }  // namespace
 
 void warnBeforeStaging(const std::vector<StagedFile>& files, const WorkingChanges& changes,
-                       const Workspace& workspace) {
+                       const WorkingTree& workingTree) {
     const Expected<Settings> settings = readSettings();
     if (!settings)
         printMessage(OdString::format(tr(L"Note: your settings are not used: %ls"),
                                       settings.error().message));
-    warnOfSizes(files, workspace, settings ? *settings : Settings());
+    warnOfSizes(files, workingTree, settings ? *settings : Settings());
     warnOfNames(files, changes);
-    warnOfOpenDrawings(files, workspace);
+    warnOfOpenDrawings(files, workingTree);
 }
 
 }  // namespace qrv::cli

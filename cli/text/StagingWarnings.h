@@ -2,7 +2,7 @@
 
 #include <common/worktree/File.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <vector>
 
@@ -13,6 +13,6 @@ namespace qrv::cli {
 /// that differ from another only in letter case or Unicode form, names that Windows cannot hold,
 /// and drawings that somebody has open now.
 void warnBeforeStaging(const std::vector<common::StagedFile>& files, const WorkingChanges& changes,
-                       const Workspace& workspace);
+                       const WorkingTree& workingTree);
 
 }  // namespace qrv::cli

@@ -15,9 +15,12 @@ namespace {
 
 constexpr std::size_t largestTextBytes = 10'000'000;
 
-Expected<std::string> readStored(Workspace& workspace, const FileVersion& version) {
+Expected<std::string> readStored(WorkingTree& workingTree, const FileVersion& version) {
     const Expected<std::unique_ptr<VersionReader>> reader =
-        workspace.storages().ofUrl(version.url).open(workspace.root(), version.url);
+        workingTree.repository()
+            .storages()
+            .ofUrl(version.url)
+            .open(workingTree.root(), version.url);
     if (!reader)
         return reader.error();
     if (*reader == nullptr)
@@ -31,8 +34,8 @@ Expected<std::string> readStored(Workspace& workspace, const FileVersion& versio
     return bytes;
 }
 
-Expected<std::string> readWorking(const Workspace& workspace, const OdString& path) {
-    sys::Outcome<sys::InputFile> file = workspace.folder().openFile(path.toNarrow());
+Expected<std::string> readWorking(const WorkingTree& workingTree, const OdString& path) {
+    sys::Outcome<sys::InputFile> file = workingTree.folder().openFile(path.toNarrow());
     if (!file)
         return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, file.error());
     // The file may have changed since it was looked at, and may do so now.
@@ -50,13 +53,13 @@ Expected<std::string> readWorking(const Workspace& workspace, const OdString& pa
 
 }  // namespace
 
-Expected<std::optional<std::string>> readText(Workspace& workspace, const OdString& path,
+Expected<std::optional<std::string>> readText(WorkingTree& workingTree, const OdString& path,
                                               const FileVersion& version) {
     const bool isDrawing = common::fileToType(path) == common::FileStorage::Drawing;
     if (isDrawing || static_cast<std::size_t>(version.sizeBytes) > largestTextBytes)
         return std::optional<std::string>();
     Expected<std::string> bytes =
-        version.url.isEmpty() ? readWorking(workspace, path) : readStored(workspace, version);
+        version.url.isEmpty() ? readWorking(workingTree, path) : readStored(workingTree, version);
     if (!bytes)
         return bytes.error();
     if (bytes->size() > largestTextBytes || !isText(*bytes))

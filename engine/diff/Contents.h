@@ -2,7 +2,7 @@
 
 #include <common/base/Expected.h>
 #include <engine/diff/Snapshot.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
 
 #include <optional>
@@ -13,7 +13,7 @@ namespace qrv {
 /// The bytes of the file `path` in this version, if they are a text whose lines can be compared:
 /// nothing for a drawing, a file of more than 10 MB, and what is not text (see isText). Fails when
 /// they cannot be read, and when what is stored is damaged.
-Expected<std::optional<std::string>> readText(Workspace& workspace, const OdString& path,
+Expected<std::optional<std::string>> readText(WorkingTree& workingTree, const OdString& path,
                                               const FileVersion& version);
 
 }  // namespace qrv

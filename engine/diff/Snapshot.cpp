@@ -8,9 +8,10 @@ namespace qrv {
 
 namespace {
 
-Expected<void> addWorkingFile(const Workspace& workspace, const OdString& path, Snapshot& files) {
-    const sys::Outcome<sys::FileStatus> status = workspace.folder().status(path.toNarrow());
-    Expected<OdString> digest = digestOfFile(workspace.folder(), path);
+Expected<void> addWorkingFile(const WorkingTree& workingTree, const OdString& path,
+                              Snapshot& files) {
+    const sys::Outcome<sys::FileStatus> status = workingTree.folder().status(path.toNarrow());
+    Expected<OdString> digest = digestOfFile(workingTree.folder(), path);
     if (!digest)
         return digest.error();
     // It may have gone away since the scan.
@@ -37,13 +38,13 @@ Snapshot snapshotOf(const Tree& tree) {
     return files;
 }
 
-Expected<Snapshot> snapshotOf(Workspace& workspace, const WorkingChanges& changes) {
-    Snapshot files = snapshotOf(workspace.headFiles());
+Expected<Snapshot> snapshotOf(WorkingTree& workingTree, const WorkingChanges& changes) {
+    Snapshot files = snapshotOf(workingTree.repository().headFiles());
     for (const common::File& file : changes.files.removed)
         files.erase(file.path);
     for (const auto* const changed : {&changes.files.modified, &changes.files.added}) {
         for (const common::File& file : *changed) {
-            if (const Expected<void> added = addWorkingFile(workspace, file.path, files); !added)
+            if (const Expected<void> added = addWorkingFile(workingTree, file.path, files); !added)
                 return added.error();
         }
     }

@@ -3,7 +3,7 @@
 #include <common/base/Expected.h>
 #include <engine/tree/Tree.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
@@ -30,6 +30,6 @@ Snapshot snapshotOf(const Tree& tree);
 
 /// The working files, those included that are not staged. Fails when one that has changed since
 /// HEAD cannot be read.
-Expected<Snapshot> snapshotOf(Workspace& workspace, const WorkingChanges& changes);
+Expected<Snapshot> snapshotOf(WorkingTree& workingTree, const WorkingChanges& changes);
 
 }  // namespace qrv

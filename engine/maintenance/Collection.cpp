@@ -40,14 +40,14 @@ OdString parentOf(const OdString& path) {
 
 class Run {
 public:
-    Run(Workspace& workspace, CollectionMode mode) : workspace_(workspace), mode_(mode) {}
+    Run(WorkingTree& workingTree, CollectionMode mode) : workingTree_(workingTree), mode_(mode) {}
 
     Expected<Collected> collect() {
-        if (!problemsOf(workspace_.history()).empty())
+        if (!problemsOf(workingTree_.repository().history()).empty())
             return ErrorMessage{
                 tr(L"The history is damaged, so that nobody can say what is still "
                    L"needed; nothing was changed (qrv verify tells more)")};
-        Expected<MetadataFiles> files = listMetadata(workspace_.root(), workspace_.folder());
+        Expected<MetadataFiles> files = listMetadata(workingTree_.root(), workingTree_.folder());
         if (!files)
             return files.error();
         result_.sizeBefore = sizeOf(*files);
@@ -57,7 +57,7 @@ public:
             dropAllUnnamed(*files);
         pack(*files);
         if (mode_ == CollectionMode::change)
-            files = listMetadata(workspace_.root(), workspace_.folder());
+            files = listMetadata(workingTree_.root(), workingTree_.folder());
         if (!files)
             return files.error();
         result_.sizeAfter = sizeOf(*files);
@@ -73,15 +73,15 @@ private:
             for (const MetadataFile& file : list)
                 sizeBytes += file.sizeBytes;
         }
-        const sys::Outcome<sys::FileStatus> pack = workspace_.folder().status(layout::packPath);
+        const sys::Outcome<sys::FileStatus> pack = workingTree_.folder().status(layout::packPath);
         return sizeBytes + (pack ? pack->sizeBytes : 0);
     }
 
     void findNeeded() {
-        History& history = workspace_.history();
+        History& history = workingTree_.repository().history();
         named_ = namedVersions(history, [](const OdString& error) { throw DatabaseError(error); });
         keepRecorded();
-        for (const auto& [path, file] : workspace_.headFiles())
+        for (const auto& [path, file] : workingTree_.repository().headFiles())
             plain_.insert(file.url);
         for (const common::Reference& reference : history.references()) {
             if (reference.type != common::RefType::Branch)
@@ -93,13 +93,13 @@ private:
 
     /// What the history has lost and the records have not may be wanted back.
     void keepRecorded() {
-        const Expected<std::set<OdString>> hashes = recordedCommits(workspace_.folder());
+        const Expected<std::set<OdString>> hashes = recordedCommits(workingTree_.folder());
         if (!hashes)
             throw DatabaseError(hashes.error().message);
         for (const OdString& hash : *hashes) {
-            if (workspace_.history().commit(hash))
+            if (workingTree_.repository().history().commit(hash))
                 continue;
-            const Expected<NewCommit> commit = recordedCommit(hash, workspace_.folder());
+            const Expected<NewCommit> commit = recordedCommit(hash, workingTree_.folder());
             for (const FileDelta& delta : commit ? commit->deltas : std::vector<FileDelta>())
                 named_.emplace(delta.url, VersionName{.path = delta.path});
         }
@@ -111,7 +111,7 @@ private:
     bool remove(const std::string& path) {
         if (mode_ == CollectionMode::look)
             return true;
-        const std::error_code error = workspace_.folder().removeFile(path);
+        const std::error_code error = workingTree_.folder().removeFile(path);
         if (error)
             addProblem(systemFailure(tr(L"'%ls' cannot be removed: %ls"),
                                      OdString::fromNarrow(path), error)
@@ -122,14 +122,14 @@ private:
     /// Working files are written beside their names as well.
     std::vector<MetadataFile> allLeftovers(const MetadataFiles& files) const {
         std::set<OdString> folders = {OdString(L".")};
-        for (const auto& [path, file] : workspace_.headFiles())
+        for (const auto& [path, file] : workingTree_.repository().headFiles())
             folders.insert(parentOf(path));
         std::vector<MetadataFile> all = files.leftovers;
         for (const OdString& folder : folders) {
             if (folder == OdString(layout::propertiesFolder))
                 continue;
             for (const MetadataFile& file :
-                 leftoversIn(workspace_.root(), workspace_.folder(), folder))
+                 leftoversIn(workingTree_.root(), workingTree_.folder(), folder))
                 all.push_back(file);
         }
         return all;
@@ -157,10 +157,10 @@ private:
     }
 
     void dropPacked() {
-        const sys::Outcome<sys::FileStatus> status = workspace_.folder().status(layout::packPath);
+        const sys::Outcome<sys::FileStatus> status = workingTree_.folder().status(layout::packPath);
         if (!status || !isOlder(status->modifiedNs, unnamedAge))
             return;
-        std::optional<PackFile> pack = PackFile::open(workspace_.folder(), workspace_.root());
+        std::optional<PackFile> pack = PackFile::open(workingTree_.folder(), workingTree_.root());
         if (!pack)
             return;
         std::vector<std::string> unnamed;
@@ -181,8 +181,8 @@ private:
 
     void dropVersions(const OdString& store) {
         const OdString anyUrl = drawingUrl(store, OdString(std::wstring(digestLength, L'0')));
-        HostStorage& drawings = workspace_.storages().ofUrl(anyUrl);
-        Expected<std::vector<OdString>> urls = drawings.revisions(workspace_.root(), anyUrl);
+        HostStorage& drawings = workingTree_.repository().storages().ofUrl(anyUrl);
+        Expected<std::vector<OdString>> urls = drawings.revisions(workingTree_.root(), anyUrl);
         if (!urls)
             return addProblem(urls.error().message);
         if (std::none_of(urls->begin(), urls->end(),
@@ -211,7 +211,7 @@ private:
     void dropVersion(HostStorage& drawings, const OdString& url) {
         const std::int64_t sizeBytes = contentsSize(drawings, url);
         if (mode_ == CollectionMode::change) {
-            if (const Expected<void> removed = drawings.remove(workspace_.root(), url); !removed)
+            if (const Expected<void> removed = drawings.remove(workingTree_.root(), url); !removed)
                 return addProblem(removed.error().message);
         }
         add(result_.droppedDrawingVersions, sizeBytes);
@@ -220,19 +220,19 @@ private:
     /// 0 for a version that is damaged.
     std::int64_t contentsSize(HostStorage& storage, const OdString& url) const {
         const Expected<std::unique_ptr<VersionReader>> version =
-            storage.open(workspace_.root(), url);
+            storage.open(workingTree_.root(), url);
         return version && *version != nullptr ? (*version)->sizeBytes() : 0;
     }
 
     void pack(const MetadataFiles& files) {
-        std::vector<PackCandidate> candidates = packCandidates(workspace_, files.objects, plain_);
+        std::vector<PackCandidate> candidates = packCandidates(workingTree_, files.objects, plain_);
         if (mode_ == CollectionMode::change)
-            candidates = packObjects(workspace_, candidates, result_.problems);
+            candidates = packObjects(workingTree_, candidates, result_.problems);
         for (const PackCandidate& packed : candidates)
             add(result_.packed, packed.sizeBytes);
     }
 
-    Workspace& workspace_;
+    WorkingTree& workingTree_;
     CollectionMode mode_;
     NamedVersions named_;
     /// URLs of what stays as it is.
@@ -242,8 +242,8 @@ private:
 
 }  // namespace
 
-Expected<Collected> collectGarbage(Workspace& workspace, CollectionMode mode) {
-    return Run(workspace, mode).collect();
+Expected<Collected> collectGarbage(WorkingTree& workingTree, CollectionMode mode) {
+    return Run(workingTree, mode).collect();
 }
 
 }  // namespace qrv

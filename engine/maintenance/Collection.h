@@ -1,7 +1,7 @@
 #pragma once
 
 #include <common/base/Expected.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
@@ -36,7 +36,7 @@ struct Collected {
 
 enum class CollectionMode {
     look,    ///< only counts; `sizeAfter` is `sizeBefore`, as nobody knows how small the pack gets
-    change,  ///< needs a workspace that holds the lock
+    change,  ///< needs a workingTree that holds the lock
 };
 
 /// Makes the repository smaller without losing anything that a commit names.
@@ -54,6 +54,6 @@ enum class CollectionMode {
 ///
 /// Fails, with nothing changed, when the history is damaged: then nobody knows what is needed. May
 /// throw `DatabaseError`.
-Expected<Collected> collectGarbage(Workspace& workspace, CollectionMode mode);
+Expected<Collected> collectGarbage(WorkingTree& workingTree, CollectionMode mode);
 
 }  // namespace qrv

@@ -35,7 +35,7 @@ struct Rebuilt {
 Expected<Rebuilt> rebuildHistory(const common::RootPath& root, const sys::Folder& folder,
                                  const std::string& command);
 
-/// The same for the repository that holds `folder`, under its lock. Fails like `Workspace::open`,
+/// The same for the repository that holds `folder`, under its lock. Fails like `WorkingTree::open`,
 /// but not for a lost history.
 Expected<Rebuilt> rebuildHistory(const std::string& folder, Caller& caller);
 

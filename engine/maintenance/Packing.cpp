@@ -24,15 +24,16 @@ constexpr std::int64_t mostBytesOfBatch = std::int64_t{64} << 20;
 
 class Choice {
 public:
-    Choice(Workspace& workspace, const std::vector<MetadataFile>& objects,
+    Choice(WorkingTree& workingTree, const std::vector<MetadataFile>& objects,
            const std::set<OdString>& needed)
-        : history_(workspace.history()) {
+        : history_(workingTree.repository().history()) {
         for (const MetadataFile& object : objects) {
             const OdString url = objectUrl(object.name);
             if (!needed.contains(url))
                 waiting_.emplace(url, object.sizeBytes);
         }
-        if (std::optional<PackFile> pack = PackFile::open(workspace.folder(), workspace.root())) {
+        if (std::optional<PackFile> pack =
+                PackFile::open(workingTree.folder(), workingTree.root())) {
             for (const std::string& digest : pack->digests())
                 packed_.insert(objectUrl(OdString::fromNarrow(digest)));
         }
@@ -87,10 +88,10 @@ private:
     std::vector<PackCandidate> candidates_;
 };
 
-Expected<void> addToPack(Workspace& workspace, PackFile& pack, const PackCandidate& candidate) {
+Expected<void> addToPack(WorkingTree& workingTree, PackFile& pack, const PackCandidate& candidate) {
     const OdString url = objectUrl(OdString::fromNarrow(candidate.digest));
     const Expected<std::unique_ptr<VersionReader>> contents =
-        workspace.storages().objects().open(workspace.root(), url);
+        workingTree.repository().storages().objects().open(workingTree.root(), url);
     if (!contents)
         return contents.error();
     if (*contents == nullptr)
@@ -102,7 +103,7 @@ Expected<void> addToPack(Workspace& workspace, PackFile& pack, const PackCandida
     return {};
 }
 
-Expected<void> replacePlainFile(Workspace& workspace, PackFile& pack,
+Expected<void> replacePlainFile(WorkingTree& workingTree, PackFile& pack,
                                 const PackCandidate& candidate) {
     const Expected<std::unique_ptr<VersionReader>> packed = pack.read(candidate.digest);
     if (!packed)
@@ -113,7 +114,7 @@ Expected<void> replacePlainFile(Workspace& workspace, PackFile& pack,
     if (Expected<void> whole = readToEnd(**packed); !whole)
         return whole;
     const std::string path = layout::objectPath(candidate.digest);
-    if (const std::error_code error = workspace.folder().removeFile(path))
+    if (const std::error_code error = workingTree.folder().removeFile(path))
         return systemFailure(tr(L"'%ls' cannot be removed: %ls"), OdString::fromNarrow(path),
                              error);
     return {};
@@ -130,21 +131,21 @@ std::size_t batchSize(std::span<const PackCandidate> candidates) {
 
 }  // namespace
 
-std::vector<PackCandidate> packCandidates(Workspace& workspace,
+std::vector<PackCandidate> packCandidates(WorkingTree& workingTree,
                                           const std::vector<MetadataFile>& objects,
                                           const std::set<OdString>& needed) {
-    return Choice(workspace, objects, needed).run();
+    return Choice(workingTree, objects, needed).run();
 }
 
-std::vector<PackCandidate> packObjects(Workspace& workspace,
+std::vector<PackCandidate> packObjects(WorkingTree& workingTree,
                                        const std::vector<PackCandidate>& candidates,
                                        std::vector<OdString>& problems) {
     std::vector<PackCandidate> replaced;
     if (candidates.empty())
         return replaced;
-    PackFile pack = PackFile::openForChange(workspace.folder(), workspace.root());
+    PackFile pack = PackFile::openForChange(workingTree.folder(), workingTree.root());
     const std::unique_ptr<Work> progress =
-        workspace.caller().beginWork(tr(L"Packing"), candidates.size());
+        workingTree.caller().beginWork(tr(L"Packing"), candidates.size());
     std::span<const PackCandidate> rest = candidates;
     while (!rest.empty()) {
         const std::span<const PackCandidate> batch = rest.first(batchSize(rest));
@@ -152,7 +153,7 @@ std::vector<PackCandidate> packObjects(Workspace& workspace,
         std::vector<const PackCandidate*> added;
         DatabaseTransaction transaction(pack.database());
         for (const PackCandidate& candidate : batch) {
-            if (const Expected<void> done = addToPack(workspace, pack, candidate); done)
+            if (const Expected<void> done = addToPack(workingTree, pack, candidate); done)
                 added.push_back(&candidate);
             else
                 problems.push_back(done.error().message);
@@ -160,7 +161,7 @@ std::vector<PackCandidate> packObjects(Workspace& workspace,
         }
         transaction.commit();
         for (const PackCandidate* candidate : added) {
-            if (const Expected<void> done = replacePlainFile(workspace, pack, *candidate); done)
+            if (const Expected<void> done = replacePlainFile(workingTree, pack, *candidate); done)
                 replaced.push_back(*candidate);
             else
                 problems.push_back(done.error().message);

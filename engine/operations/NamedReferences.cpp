@@ -34,8 +34,8 @@ const Words& wordsOf(RefType type) {
     return type == RefType::Branch ? ofBranch : ofTag;
 }
 
-bool isCurrentBranch(const Workspace& workspace, RefType type, const OdString& name) {
-    return type == RefType::Branch && name == workspace.branch();
+bool isCurrentBranch(const WorkingTree& workingTree, RefType type, const OdString& name) {
+    return type == RefType::Branch && name == workingTree.repository().branch();
 }
 
 std::vector<OdString> namesOf(History& history, RefType type) {
@@ -63,24 +63,25 @@ ErrorMessage notThere(History& history, RefType type, const OdString& name) {
     return {text};
 }
 
-void logReference(const wchar_t* what, const OdString& name, Workspace& workspace) {
-    logEvent(OdString(what) + quotedName(name), workspace.root(), workspace.folder(),
-             workspace.caller());
+void logReference(const wchar_t* what, const OdString& name, WorkingTree& workingTree) {
+    logEvent(OdString(what) + quotedName(name), workingTree.root(), workingTree.folder(),
+             workingTree.caller());
 }
 
 }  // namespace
 
-std::vector<NamedReference> listReferences(Workspace& workspace, RefType type) {
-    History& history = workspace.history();
+std::vector<NamedReference> listReferences(WorkingTree& workingTree, RefType type) {
+    History& history = workingTree.repository().history();
     std::vector<OdString> names = namesOf(history, type);
     if (type == RefType::Branch) {
-        const auto place = std::lower_bound(names.begin(), names.end(), workspace.branch());
-        if (place == names.end() || *place != workspace.branch())
-            names.insert(place, workspace.branch());
+        const auto place =
+            std::lower_bound(names.begin(), names.end(), workingTree.repository().branch());
+        if (place == names.end() || *place != workingTree.repository().branch())
+            names.insert(place, workingTree.repository().branch());
     }
     std::vector<NamedReference> references;
     for (const OdString& name : names) {
-        NamedReference reference = {name, std::nullopt, isCurrentBranch(workspace, type, name)};
+        NamedReference reference = {name, std::nullopt, isCurrentBranch(workingTree, type, name)};
         if (const auto hash = history.reference(name, type))
             reference.commit = history.commit(*hash);
         references.push_back(std::move(reference));
@@ -88,23 +89,25 @@ std::vector<NamedReference> listReferences(Workspace& workspace, RefType type) {
     return references;
 }
 
-Expected<CommitEntry> makeReference(Workspace& workspace, const MakeReference& wish) {
+Expected<CommitEntry> makeReference(WorkingTree& workingTree, const MakeReference& wish) {
     if (const Expected<OdString> valid = checkedReferenceName(wish.name); !valid)
         return valid.error();
-    History& history = workspace.history();
-    if (isCurrentBranch(workspace, wish.type, wish.name) || history.reference(wish.name, wish.type))
+    History& history = workingTree.repository().history();
+    if (isCurrentBranch(workingTree, wish.type, wish.name) ||
+        history.reference(wish.name, wish.type))
         return ErrorMessage{OdString::format(tr(wordsOf(wish.type).isThere), printable(wish.name))};
-    const Expected<OdString> commit = findCommit(history, wish.commit, workspace.branch());
+    const Expected<OdString> commit =
+        findCommit(history, wish.commit, workingTree.repository().branch());
     if (!commit)
         return commit.error();
     history.setReference(wish.name, wish.type, *commit);
-    logReference(wordsOf(wish.type).made, wish.name, workspace);
+    logReference(wordsOf(wish.type).made, wish.name, workingTree);
     return history.commit(*commit).value();
 }
 
-Expected<CommitEntry> deleteReference(Workspace& workspace, const DeleteReference& wish) {
-    History& history = workspace.history();
-    if (isCurrentBranch(workspace, wish.type, wish.name))
+Expected<CommitEntry> deleteReference(WorkingTree& workingTree, const DeleteReference& wish) {
+    History& history = workingTree.repository().history();
+    if (isCurrentBranch(workingTree, wish.type, wish.name))
         return ErrorMessage{
             OdString::format(tr(L"'%ls' is the current branch (qrv switch goes to another one)"),
                              printable(wish.name))};
@@ -119,7 +122,7 @@ Expected<CommitEntry> deleteReference(Workspace& workspace, const DeleteReferenc
             printable(wish.name))};
     CommitEntry named = history.commit(*commit).value();
     history.removeReference(wish.name, wish.type);
-    logReference(wordsOf(wish.type).deleted, wish.name, workspace);
+    logReference(wordsOf(wish.type).deleted, wish.name, workingTree);
     return named;
 }
 
@@ -127,20 +130,22 @@ Expected<std::vector<NamedReference>> listReferences(const std::string& folder, 
                                                      Caller& caller) {
     using Listed = Expected<std::vector<NamedReference>>;
     return withRepository(
-        folder, Workspace::Use::look, caller,
-        [&](Workspace& workspace) -> Listed { return listReferences(workspace, type); });
+        folder, Repository::Use::look, caller,
+        [&](WorkingTree& workingTree) -> Listed { return listReferences(workingTree, type); });
 }
 
 Expected<CommitEntry> makeReference(const std::string& folder, const MakeReference& wish,
                                     Caller& caller) {
-    return withRepository(folder, Workspace::Use::change, caller,
-                          [&](Workspace& workspace) { return makeReference(workspace, wish); });
+    return withRepository(folder, Repository::Use::change, caller, [&](WorkingTree& workingTree) {
+        return makeReference(workingTree, wish);
+    });
 }
 
 Expected<CommitEntry> deleteReference(const std::string& folder, const DeleteReference& wish,
                                       Caller& caller) {
-    return withRepository(folder, Workspace::Use::change, caller,
-                          [&](Workspace& workspace) { return deleteReference(workspace, wish); });
+    return withRepository(folder, Repository::Use::change, caller, [&](WorkingTree& workingTree) {
+        return deleteReference(workingTree, wish);
+    });
 }
 
 }  // namespace qrv

@@ -3,7 +3,8 @@
 #include <common/base/Expected.h>
 #include <engine/base/Caller.h>
 #include <engine/base/WithoutExceptions.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/OpenTree.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <memory>
 #include <string>
@@ -11,22 +12,22 @@
 
 namespace qrv {
 
-/// Opens the repository that holds `folder`, does `action` with its workspace, and closes it. Fails
-/// as `Workspace::open`, the action and `Workspace::close` do, and with the message of an exception
-/// in its place. When the action failed, nobody is told whether a state that it changed was
-/// written.
+/// Opens the repository that holds `folder`, does `action` with its working tree, and closes it.
+/// Fails as `openTree`, the action and `WorkingTree::close` do, and with the message of an
+/// exception in its place. When the action failed, nobody is told whether a state that it changed
+/// was written.
 template <class Action>
-auto withRepository(const std::string& folder, Workspace::Use use, Caller& caller,
+auto withRepository(const std::string& folder, Repository::Use use, Caller& caller,
                     const Action& action) {
-    using Result = decltype(action(std::declval<Workspace&>()));
+    using Result = decltype(action(std::declval<WorkingTree&>()));
     return withoutExceptions([&]() -> Result {
-        const Expected<std::unique_ptr<Workspace>> workspace = Workspace::open(folder, use, caller);
-        if (!workspace)
-            return workspace.error();
-        Result result = action(**workspace);
+        const Expected<std::unique_ptr<WorkingTree>> workingTree = openTree(folder, use, caller);
+        if (!workingTree)
+            return workingTree.error();
+        Result result = action(**workingTree);
         if (!result)
             return result;
-        if (const Expected<void> closed = (*workspace)->close(); !closed)
+        if (const Expected<void> closed = (*workingTree)->close(); !closed)
             return closed.error();
         return result;
     });

@@ -39,8 +39,8 @@ ErrorMessage nothingStaged() {
 
 /// The library's own answer for a tree without changes.
 Expected<void> checkStage(const WorkingChanges& changes, const std::vector<StagedFile>& staged,
-                          const Workspace& workspace) {
-    common::RepoFileExplorer explorer(changes.files, workspace.root());
+                          const WorkingTree& workingTree) {
+    common::RepoFileExplorer explorer(changes.files, workingTree.root());
     for (const StagedFile& file : staged)
         explorer.stage(file);
     const Expected<std::vector<common::StatusRef>> files = explorer.stagedFiles();
@@ -49,23 +49,24 @@ Expected<void> checkStage(const WorkingChanges& changes, const std::vector<Stage
     return files->empty() ? Expected<void>(nothingStaged()) : Expected<void>();
 }
 
-Expected<sys::FileStatus> look(const Workspace& workspace, const OdString& path) {
-    const sys::Outcome<sys::FileStatus> status = workspace.folder().status(path.toNarrow());
+Expected<sys::FileStatus> look(const WorkingTree& workingTree, const OdString& path) {
+    const sys::Outcome<sys::FileStatus> status = workingTree.folder().status(path.toNarrow());
     if (!status)
         return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, status.error());
     return *status;
 }
 
-Expected<void> storeFile(Workspace& workspace, const OdString& path, StoredFiles& stored) {
+Expected<void> storeFile(WorkingTree& workingTree, const OdString& path, StoredFiles& stored) {
     if (const Expected<RelativePath> safe = RelativePath::check(path); !safe)
         return safe.error();
-    const Expected<sys::FileStatus> before = look(workspace, path);
+    const Expected<sys::FileStatus> before = look(workingTree, path);
     if (!before)
         return before.error();
-    const Expected<OdString> url = workspace.storages().ofFile(path).store(workspace.root(), path);
+    const Expected<OdString> url =
+        workingTree.repository().storages().ofFile(path).store(workingTree.root(), path);
     if (!url)
         return url.error();
-    const Expected<sys::FileStatus> after = look(workspace, path);
+    const Expected<sys::FileStatus> after = look(workingTree, path);
     if (!after)
         return after.error();
     if (after->sizeBytes != before->sizeBytes || after->modifiedNs != before->modifiedNs)
@@ -74,7 +75,7 @@ Expected<void> storeFile(Workspace& workspace, const OdString& path, StoredFiles
                                 L"program has finished writing"),
                              printable(path))};
     stored.ticksByPath.emplace(path, toTicks(after->modifiedNs));
-    const Tree& head = workspace.headFiles();
+    const Tree& head = workingTree.repository().headFiles();
     const auto old = head.find(path);
     if (old == head.end() || old->second.url != *url)
         stored.deltas.push_back({path, *url, {}, after->sizeBytes});
@@ -91,10 +92,10 @@ OdString previousPath(const OdString& path, const std::vector<StagedFile>& stage
     return isGone ? rename->second : OdString();
 }
 
-Expected<StoredFiles> storeAll(Workspace& workspace, const std::vector<StagedFile>& staged) {
+Expected<StoredFiles> storeAll(WorkingTree& workingTree, const std::vector<StagedFile>& staged) {
     StoredFiles stored;
     const std::unique_ptr<Work> progress =
-        workspace.caller().beginWork(tr(L"Storing"), staged.size());
+        workingTree.caller().beginWork(tr(L"Storing"), staged.size());
     for (const StagedFile& file : staged) {
         if (sys::Interruption::isWanted())
             return ErrorMessage{tr(L"Interrupted; nothing was committed")};
@@ -102,7 +103,7 @@ Expected<StoredFiles> storeAll(Workspace& workspace, const std::vector<StagedFil
             stored.deltas.push_back({file.path, {}, {}, 0});
             continue;
         }
-        if (const Expected<void> done = storeFile(workspace, file.path, stored); !done)
+        if (const Expected<void> done = storeFile(workingTree, file.path, stored); !done)
             return done.error();
         progress->add(stored.deltas.empty() ? 0 : stored.deltas.back().sizeBytes);
     }
@@ -110,19 +111,21 @@ Expected<StoredFiles> storeAll(Workspace& workspace, const std::vector<StagedFil
     if (sys::Interruption::isWanted())
         return ErrorMessage{tr(L"Interrupted; nothing was committed")};
     for (FileDelta& delta : stored.deltas)
-        delta.previousPath = previousPath(delta.path, staged, workspace.state());
-    if (const Expected<void> flushed = workspace.storages().objects().flush(workspace.root());
+        delta.previousPath = previousPath(delta.path, staged, workingTree.repository().state());
+    if (const Expected<void> flushed =
+            workingTree.repository().storages().objects().flush(workingTree.root());
         !flushed)
         return flushed.error();
     return stored;
 }
 
-CommitEntry addToHistory(Workspace& workspace, std::vector<FileDelta> deltas,
+CommitEntry addToHistory(WorkingTree& workingTree, std::vector<FileDelta> deltas,
                          const CommitText& text) {
-    History& history = workspace.history();
+    History& history = workingTree.repository().history();
     DatabaseTransaction transaction(history.database());
     NewCommit commit;
-    for (const OdString& parent : {workspace.headCommit(), history.note(mergeNote)}) {
+    for (const OdString& parent :
+         {workingTree.repository().headCommit(), history.note(mergeNote)}) {
         if (!parent.isEmpty())
             commit.parents.push_back(parent);
     }
@@ -134,16 +137,16 @@ CommitEntry addToHistory(Workspace& workspace, std::vector<FileDelta> deltas,
     history.changeHeadFiles(commit.deltas);
     history.setNote(headNote, entry.hash);
     history.setNote(mergeNote, {});
-    history.setReference(workspace.branch(), common::RefType::Branch, entry.hash);
+    history.setReference(workingTree.repository().branch(), common::RefType::Branch, entry.hash);
     transaction.commit();
-    workspace.forgetHeadFiles();
+    workingTree.repository().forgetHeadFiles();
     return entry;
 }
 
-void clearStage(Workspace& workspace, const std::map<OdString, std::int64_t>& ticksByPath) {
-    common::Cache& cache = workspace.cache();
+void clearStage(WorkingTree& workingTree, const std::map<OdString, std::int64_t>& ticksByPath) {
+    common::Cache& cache = workingTree.repository().cache();
     common::Transaction transaction = cache.getTransaction();
-    common::updateIndex(cache, workspace.root());
+    common::updateIndex(cache, workingTree.root());
     // The library notes the times that the files have now; what is committed is what they held when
     // they were stored.
     for (const StagedFile& file : cache.read().stagedFiles) {
@@ -160,30 +163,33 @@ void clearStage(Workspace& workspace, const std::map<OdString, std::int64_t>& ti
 
 }  // namespace
 
-Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& changes,
+Expected<CommitEntry> commitStaged(WorkingTree& workingTree, const WorkingChanges& changes,
                                    const CommitText& text) {
     // Files that wait for their names would be left behind, hundreds of them.
     const sys::Interruption interruption;
-    if (const std::size_t count = workspace.state().conflicts.size(); count > 0)
+    if (const std::size_t count = workingTree.repository().state().conflicts.size(); count > 0)
         return ErrorMessage{
             OdString::format(tr(L"Conflicts to resolve before a commit: %i (qrv resolve)"), count)};
-    const std::vector<StagedFile> staged = stagedChanges(workspace.state(), changes);
-    const bool isMerge = !workspace.history().note(mergeNote).isEmpty();
-    if (const Expected<void> checked = checkStage(changes, staged, workspace); !checked && !isMerge)
+    const std::vector<StagedFile> staged = stagedChanges(workingTree.repository().state(), changes);
+    const bool isMerge = !workingTree.repository().history().note(mergeNote).isEmpty();
+    if (const Expected<void> checked = checkStage(changes, staged, workingTree);
+        !checked && !isMerge)
         return checked.error();
-    Expected<StoredFiles> stored = storeAll(workspace, staged);
+    Expected<StoredFiles> stored = storeAll(workingTree, staged);
     if (!stored)
         return stored.error();
     if (stored->deltas.empty() && !isMerge)
         return nothingStaged();
-    if (const Expected<void> possible = checkShape(workspace.headFiles(), stored->deltas);
+    if (const Expected<void> possible =
+            checkShape(workingTree.repository().headFiles(), stored->deltas);
         !possible)
         return possible.error();
-    CommitEntry entry = addToHistory(workspace, std::move(stored->deltas), text);
-    clearStage(workspace, stored->ticksByPath);
-    logEvent(OdString::format(L"commit %i on %ls", entry.number, quotedName(workspace.branch())),
-             workspace.root(), workspace.folder(), workspace.caller());
-    if (const Expected<void> saved = workspace.saveState(); !saved)
+    CommitEntry entry = addToHistory(workingTree, std::move(stored->deltas), text);
+    clearStage(workingTree, stored->ticksByPath);
+    logEvent(OdString::format(L"commit %i on %ls", entry.number,
+                              quotedName(workingTree.repository().branch())),
+             workingTree.root(), workingTree.folder(), workingTree.caller());
+    if (const Expected<void> saved = workingTree.repository().saveState(); !saved)
         return saved.error();
     return entry;
 }

@@ -4,7 +4,7 @@
 #include <common/worktree/File.h>
 #include <engine/history/History.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <optional>
 #include <vector>
@@ -28,7 +28,7 @@ struct CommitText {
 /// Ctrl-C and the like stop it as long as nothing is in the history, and then nothing is left;
 /// later it goes on to its end. Fails then, when a conflict is open, when nothing is staged that
 /// differs from HEAD (unless a merge is going on), and when a file cannot be stored.
-Expected<CommitEntry> commitStaged(Workspace& workspace, const WorkingChanges& changes,
+Expected<CommitEntry> commitStaged(WorkingTree& workingTree, const WorkingChanges& changes,
                                    const CommitText& text);
 
 }  // namespace qrv

@@ -27,38 +27,38 @@ OdString noteOf(const Plan& plan, bool isBusy) {
 
 }  // namespace
 
-void tellInterruption(Workspace& workspace) {
-    if (!notedPlan(workspace.history()))
+void tellInterruption(WorkingTree& workingTree) {
+    if (!notedPlan(workingTree.repository().history()))
         return;
     // Whoever is at work holds the lock, and may have finished meanwhile.
-    const bool isBusy = workspace.isLockedByOther();
-    if (const std::optional<Plan> plan = notedPlan(workspace.history()))
-        workspace.caller().note(noteOf(*plan, isBusy));
+    const bool isBusy = workingTree.repository().isLockedByOther();
+    if (const std::optional<Plan> plan = notedPlan(workingTree.repository().history()))
+        workingTree.caller().note(noteOf(*plan, isBusy));
 }
 
-Expected<void> settleInterruption(Workspace& workspace) {
-    const std::optional<Plan> plan = notedPlan(workspace.history());
+Expected<void> settleInterruption(WorkingTree& workingTree) {
+    const std::optional<Plan> plan = notedPlan(workingTree.repository().history());
     if (!plan)
         return {};
-    if (const Expected<void> checked = checkNotedPlan(workspace, *plan); !checked)
+    if (const Expected<void> checked = checkNotedPlan(workingTree, *plan); !checked)
         return ErrorMessage{OdString::format(
             tr(L"'%ls' was interrupted, and what it left to do cannot be: %ls (qrv recover "
                L"--forget leaves the files as they are)"),
             printable(plan->title), checked.error().message)};
-    return recover(workspace);
+    return recover(workingTree);
 }
 
-void forgetInterruption(Workspace& workspace) {
-    History& history = workspace.history();
+void forgetInterruption(WorkingTree& workingTree) {
+    History& history = workingTree.repository().history();
     DatabaseTransaction transaction(history.database());
     forgetPlan(history);
-    const OdString head = workspace.headCommit();
+    const OdString head = workingTree.repository().headCommit();
     if (history.note(headNote) != head) {
         history.changeHeadFiles(deltasBetween(history.headFiles(), history.tree(head)));
         history.setNote(headNote, head);
     }
     transaction.commit();
-    workspace.forgetHeadFiles();
+    workingTree.repository().forgetHeadFiles();
 }
 
 }  // namespace qrv

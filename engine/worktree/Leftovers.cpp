@@ -139,12 +139,12 @@ private:
 
 }  // namespace
 
-Expected<void> settleLeftovers(Workspace& workspace, const Plan& plan) {
+Expected<void> settleLeftovers(WorkingTree& workingTree, const Plan& plan) {
     std::set<std::string> paths;
     for (const PlannedFile& step : plan.files)
         paths.insert(folderOf(step.path));
     for (const std::string& path : paths) {
-        sys::Outcome<sys::Folder> folder = workspace.folder().openFolder(path);
+        sys::Outcome<sys::Folder> folder = workingTree.folder().openFolder(path);
         // A link or a file in a folder's place is somebody's, and nothing of ours lies behind it.
         if (!folder && (sys::meansAbsent(folder.error()) ||
                         folder.error() == std::errc::too_many_symbolic_link_levels))
@@ -153,7 +153,7 @@ Expected<void> settleLeftovers(Workspace& workspace, const Plan& plan) {
             return systemFailure(tr(L"The folder '%ls' cannot be opened: %ls"),
                                  OdString::fromNarrow(path), folder.error());
         Expected<void> settled =
-            Cleaning(std::move(*folder), path, plan, workspace.caller()).settle();
+            Cleaning(std::move(*folder), path, plan, workingTree.caller()).settle();
         if (!settled)
             return settled;
     }

@@ -2,7 +2,7 @@
 
 #include <common/base/Expected.h>
 #include <engine/history/Plan.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 namespace qrv {
 
@@ -10,6 +10,6 @@ namespace qrv {
 /// that have no name yet go; what was moved aside goes when the storage has it, and gets its name
 /// back, or one beside it, when a program had saved it. Only the process that holds the lock may
 /// call this. Fails, with the rest left as it is, when something cannot be looked at or moved.
-Expected<void> settleLeftovers(Workspace& workspace, const Plan& plan);
+Expected<void> settleLeftovers(WorkingTree& workingTree, const Plan& plan);
 
 }  // namespace qrv

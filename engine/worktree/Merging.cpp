@@ -24,8 +24,8 @@ using common::FileChange;
 
 constexpr std::int64_t millisecondsPerSecond = 1000;
 
-Expected<void> checkNothingStaged(const Workspace& workspace, const WorkingChanges& changes) {
-    if (stagedChanges(workspace.stateWithoutIndex(), changes).empty())
+Expected<void> checkNothingStaged(const WorkingTree& workingTree, const WorkingChanges& changes) {
+    if (stagedChanges(workingTree.repository().stateWithoutIndex(), changes).empty())
         return {};
     return ErrorMessage{
         tr(L"Commit the staged files first (qrv commit), or take them off the "
@@ -33,45 +33,48 @@ Expected<void> checkNothingStaged(const Workspace& workspace, const WorkingChang
 }
 
 /// The library notes the conflict; what it is told of the change makes that of it.
-Expected<void> noteConflict(Workspace& workspace, const MergeConflict& conflict) {
+Expected<void> noteConflict(WorkingTree& workingTree, const MergeConflict& conflict) {
     const Host host;
     common::IoInterfaceRef io(host);
     const common::Versions<common::VersionedFile, common::VersionedFile> versions = {
         {conflict.path, conflict.localUrl}, {conflict.path, conflict.remoteUrl}};
     const Expected<bool> noted =
-        workspace.storages()
+        workingTree.repository()
+            .storages()
             .ofUrl(conflict.remoteUrl)
-            .inFileUpdate(workspace.root(), io, workspace.cache(), versions, conflict.remote);
+            .inFileUpdate(workingTree.root(), io, workingTree.repository().cache(), versions,
+                          conflict.remote);
     return noted ? Expected<void>() : noted.error();
 }
 
-Expected<void> recordConflicts(Workspace& workspace, const ThreeWayResult& files,
+Expected<void> recordConflicts(WorkingTree& workingTree, const ThreeWayResult& files,
                                const OdString& hash) {
-    common::Transaction transaction = workspace.cache().getTransaction();
+    common::Transaction transaction = workingTree.repository().cache().getTransaction();
     for (const MergeConflict& conflict : files.conflicts) {
-        if (const Expected<void> noted = noteConflict(workspace, conflict); !noted)
+        if (const Expected<void> noted = noteConflict(workingTree, conflict); !noted)
             return noted.error();
-        common::updateConflictData(workspace.cache(),
+        common::updateConflictData(workingTree.repository().cache(),
                                    common::ConflictData(conflict.path, conflict.remoteUrl,
                                                         conflict.local, conflict.remote));
     }
-    common::State& state = workspace.cache().write();
+    common::State& state = workingTree.repository().cache().write();
     for (const PlannedFile& step : files.taken) {
         const FileChange change = step.after.isEmpty()    ? FileChange::removed
                                   : step.before.isEmpty() ? FileChange::added
                                                           : FileChange::modified;
         state.stagedFiles.emplace_back(step.path, change);
         if (change == FileChange::modified)
-            common::updateIndex(step.path, workspace.cache(), workspace.root(), true);
+            common::updateIndex(step.path, workingTree.repository().cache(), workingTree.root(),
+                                true);
         else
-            common::removeIndex(step.path, workspace.cache());
+            common::removeIndex(step.path, workingTree.repository().cache());
     }
     transaction.commit();
-    if (const Expected<void> saved = workspace.saveState(); !saved)
+    if (const Expected<void> saved = workingTree.repository().saveState(); !saved)
         return saved.error();
-    DatabaseTransaction change(workspace.history().database());
-    workspace.history().setNote(mergeNote, hash);
-    forgetPlan(workspace.history());
+    DatabaseTransaction change(workingTree.repository().history().database());
+    workingTree.repository().history().setNote(mergeNote, hash);
+    forgetPlan(workingTree.repository().history());
     change.commit();
     return {};
 }
@@ -83,16 +86,16 @@ std::vector<FileDelta> deltasOf(const ThreeWayResult& files) {
     return deltas;
 }
 
-CommitEntry addMergeCommit(Workspace& workspace, const OdString& hash, const ThreeWayResult& files,
-                           const CommitText& text) {
+CommitEntry addMergeCommit(WorkingTree& workingTree, const OdString& hash,
+                           const ThreeWayResult& files, const CommitText& text) {
     NewCommit commit;
-    commit.parents = {workspace.headCommit(), hash};
+    commit.parents = {workingTree.repository().headCommit(), hash};
     commit.author = text.author;
     commit.message = text.message;
     commit.timeSeconds = kernel::now() / millisecondsPerSecond;
     commit.deltas = deltasOf(files);
-    DatabaseTransaction transaction(workspace.history().database());
-    CommitEntry entry = workspace.history().add(commit);
+    DatabaseTransaction transaction(workingTree.repository().history().database());
+    CommitEntry entry = workingTree.repository().history().add(commit);
     transaction.commit();
     return entry;
 }
@@ -109,10 +112,11 @@ std::vector<PlannedFile> touchedFiles(const ThreeWayResult& files) {
 }
 
 /// What was staged and is again as in HEAD must not become part of the merge.
-void forgetStage(Workspace& workspace) {
-    if (workspace.state().stagedFiles.empty() && workspace.state().renames.empty())
+void forgetStage(WorkingTree& workingTree) {
+    if (workingTree.repository().state().stagedFiles.empty() &&
+        workingTree.repository().state().renames.empty())
         return;
-    common::State& state = workspace.cache().write();
+    common::State& state = workingTree.repository().cache().write();
     state.stagedFiles.clear();
     state.renames.clear();
 }
@@ -124,44 +128,46 @@ Plan planOf(const OdString& name, const ThreeWayResult& files) {
     return plan;
 }
 
-Expected<MergeOutcome> goForward(Workspace& workspace, const OdString& hash, const OdString& name,
-                                 const WorkingChanges& changes) {
+Expected<MergeOutcome> goForward(WorkingTree& workingTree, const OdString& hash,
+                                 const OdString& name, const WorkingChanges& changes) {
     MergeOutcome outcome;
     outcome.kind = MergeOutcome::Kind::forward;
-    const std::vector<PlannedFile> steps =
-        stepsBetween(workspace.headFiles(), workspace.history().tree(hash));
+    const std::vector<PlannedFile> steps = stepsBetween(
+        workingTree.repository().headFiles(), workingTree.repository().history().tree(hash));
     outcome.files.taken = steps;
-    if (const Expected<void> unharmed = checkUnharmed(workspace, steps, changes); !unharmed)
+    if (const Expected<void> unharmed = checkUnharmed(workingTree, steps, changes); !unharmed)
         return unharmed.error();
     Plan plan = planOf(name, outcome.files);
-    plan.branch = workspace.branch();
+    plan.branch = workingTree.repository().branch();
     plan.commit = hash;
-    forgetStage(workspace);
-    if (const Expected<void> done = carryOut(workspace, plan, changes); !done)
+    forgetStage(workingTree);
+    if (const Expected<void> done = carryOut(workingTree, plan, changes); !done)
         return done.error();
-    outcome.commit = workspace.history().commit(hash);
+    outcome.commit = workingTree.repository().history().commit(hash);
     return outcome;
 }
 
-Expected<MergeOutcome> mergeThreeWays(Workspace& workspace, const OdString& hash,
+Expected<MergeOutcome> mergeThreeWays(WorkingTree& workingTree, const OdString& hash,
                                       const OdString& name, const WorkingChanges& changes,
                                       const CommitText& text) {
-    History& history = workspace.history();
-    const std::optional<OdString> base = history.mergeBase(workspace.headCommit(), hash);
+    History& history = workingTree.repository().history();
+    const std::optional<OdString> base =
+        history.mergeBase(workingTree.repository().headCommit(), hash);
     MergeOutcome outcome;
-    outcome.files = compareThreeWays(history.tree(base.value_or(OdString())), workspace.headFiles(),
-                                     history.tree(hash));
+    outcome.files = compareThreeWays(history.tree(base.value_or(OdString())),
+                                     workingTree.repository().headFiles(), history.tree(hash));
     if (const Expected<void> unharmed =
-            checkUnharmed(workspace, touchedFiles(outcome.files), changes);
+            checkUnharmed(workingTree, touchedFiles(outcome.files), changes);
         !unharmed)
         return unharmed.error();
 
-    if (const Expected<void> possible = checkShape(workspace.headFiles(), deltasOf(outcome.files));
+    if (const Expected<void> possible =
+            checkShape(workingTree.repository().headFiles(), deltasOf(outcome.files));
         !possible)
         return possible.error();
 
     const Expected<Sightings> sightings =
-        lookBeforeBeginning(workspace, outcome.files.taken, changes);
+        lookBeforeBeginning(workingTree, outcome.files.taken, changes);
     if (!sightings)
         return sightings.error();
 
@@ -169,19 +175,19 @@ Expected<MergeOutcome> mergeThreeWays(Workspace& workspace, const OdString& hash
     outcome.kind = isClean ? MergeOutcome::Kind::committed : MergeOutcome::Kind::conflicts;
     Plan plan = planOf(name, outcome.files);
     if (isClean) {
-        outcome.commit = addMergeCommit(workspace, hash, outcome.files, text);
-        plan.branch = workspace.branch();
+        outcome.commit = addMergeCommit(workingTree, hash, outcome.files, text);
+        plan.branch = workingTree.repository().branch();
         plan.commit = outcome.commit->hash;
     } else {
         plan.recovery = Plan::Recovery::takeBack;
     }
-    forgetStage(workspace);
+    forgetStage(workingTree);
     notePlan(history, plan);
-    const Expected<PlannedTimes> times = applyPlan(workspace, plan, *sightings);
+    const Expected<PlannedTimes> times = applyPlan(workingTree, plan, *sightings);
     if (!times)
-        return takeBackAfter(workspace, plan, times.error());
-    const Expected<void> finished =
-        isClean ? finish(workspace, plan, *times) : recordConflicts(workspace, outcome.files, hash);
+        return takeBackAfter(workingTree, plan, times.error());
+    const Expected<void> finished = isClean ? finish(workingTree, plan, *times)
+                                            : recordConflicts(workingTree, outcome.files, hash);
     if (!finished)
         return finished.error();
     return outcome;
@@ -189,51 +195,53 @@ Expected<MergeOutcome> mergeThreeWays(Workspace& workspace, const OdString& hash
 
 }  // namespace
 
-Expected<void> checkNoMerge(Workspace& workspace) {
-    if (workspace.history().note(mergeNote).isEmpty() && workspace.state().conflicts.empty())
+Expected<void> checkNoMerge(WorkingTree& workingTree) {
+    if (workingTree.repository().history().note(mergeNote).isEmpty() &&
+        workingTree.repository().state().conflicts.empty())
         return {};
     return ErrorMessage{
         tr(L"A merge is going on: resolve its conflicts and commit it, or take it "
            L"back with qrv merge --abort")};
 }
 
-Expected<MergeOutcome> merge(Workspace& workspace, const OdString& hash, const OdString& name,
+Expected<MergeOutcome> merge(WorkingTree& workingTree, const OdString& hash, const OdString& name,
                              const CommitText& text) {
-    if (const Expected<void> none = checkNoMerge(workspace); !none)
+    if (const Expected<void> none = checkNoMerge(workingTree); !none)
         return none.error();
-    const OdString head = workspace.headCommit();
-    if (!head.isEmpty() && workspace.history().buildsOn(head, hash))
+    const OdString head = workingTree.repository().headCommit();
+    if (!head.isEmpty() && workingTree.repository().history().buildsOn(head, hash))
         return MergeOutcome();
-    const Expected<WorkingChanges> changes = findChanges(workspace);
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
-    if (const Expected<void> none = checkNothingStaged(workspace, *changes); !none)
+    if (const Expected<void> none = checkNothingStaged(workingTree, *changes); !none)
         return none.error();
-    logEvent(OdString::format(L"merge of %ls into %ls", hash, quotedName(workspace.branch())),
-             workspace.root(), workspace.folder(), workspace.caller());
-    if (head.isEmpty() || workspace.history().buildsOn(hash, head))
-        return goForward(workspace, hash, name, *changes);
-    return mergeThreeWays(workspace, hash, name, *changes, text);
+    logEvent(OdString::format(L"merge of %ls into %ls", hash,
+                              quotedName(workingTree.repository().branch())),
+             workingTree.root(), workingTree.folder(), workingTree.caller());
+    if (head.isEmpty() || workingTree.repository().history().buildsOn(hash, head))
+        return goForward(workingTree, hash, name, *changes);
+    return mergeThreeWays(workingTree, hash, name, *changes, text);
 }
 
-Expected<void> abortMerge(Workspace& workspace, bool force) {
-    if (const Expected<void> none = checkNoMerge(workspace); none)
+Expected<void> abortMerge(WorkingTree& workingTree, bool force) {
+    if (const Expected<void> none = checkNoMerge(workingTree); none)
         return ErrorMessage{tr(L"No merge is going on")};
-    const Expected<WorkingChanges> changes = findChanges(workspace);
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
     // A file may be in both, and the steps are to be ordered.
     std::set<OdString> paths;
-    for (const common::StagedFile& file : workspace.state().stagedFiles)
+    for (const common::StagedFile& file : workingTree.repository().state().stagedFiles)
         paths.insert(file.path);
-    for (const common::ConflictData& conflict : workspace.state().conflicts)
+    for (const common::ConflictData& conflict : workingTree.repository().state().conflicts)
         paths.insert(conflict.path);
     const Expected<std::vector<PlannedFile>> steps =
-        stepsToTree(workspace, workspace.headFiles(), {paths.begin(), paths.end()}, *changes,
-                    force ? Unsaved::store : Unsaved::refuse);
+        stepsToTree(workingTree, workingTree.repository().headFiles(), {paths.begin(), paths.end()},
+                    *changes, force ? Unsaved::store : Unsaved::refuse);
     if (!steps)
         return steps.error();
-    return takeBackMerge(workspace, *steps, *changes);
+    return takeBackMerge(workingTree, *steps, *changes);
 }
 
 }  // namespace qrv

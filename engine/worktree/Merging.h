@@ -4,7 +4,7 @@
 #include <engine/tree/ThreeWay.h>
 #include <engine/worktree/Committing.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <optional>
 
@@ -35,15 +35,15 @@ struct MergeOutcome {
 ///
 /// Fails, with nothing changed, while another merge is going on or files are staged, and when a
 /// file that the merge touches has changes that are not committed or is open in another program.
-Expected<MergeOutcome> merge(Workspace& workspace, const OdString& hash, const OdString& name,
+Expected<MergeOutcome> merge(WorkingTree& workingTree, const OdString& hash, const OdString& name,
                              const CommitText& text);
 
 /// Ends a merge with open conflicts, or one not yet committed, and brings every file that it
 /// touched back to HEAD. Files that were edited since are an error, unless `force`: then what they
 /// hold is stored first, and named.
-Expected<void> abortMerge(Workspace& workspace, bool force);
+Expected<void> abortMerge(WorkingTree& workingTree, bool force);
 
 /// Fails when a merge is going on, with a text that says how to end it.
-Expected<void> checkNoMerge(Workspace& workspace);
+Expected<void> checkNoMerge(WorkingTree& workingTree);
 
 }  // namespace qrv

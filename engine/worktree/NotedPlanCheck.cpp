@@ -9,16 +9,16 @@ namespace {
 
 class Check {
 public:
-    Check(Workspace& workspace, const Plan& plan) : workspace_(workspace), plan_(plan) {}
+    Check(WorkingTree& workingTree, const Plan& plan) : workingTree_(workingTree), plan_(plan) {}
 
     Expected<void> run() {
-        if (!plan_.commit.isEmpty() && !workspace_.history().commit(plan_.commit))
+        if (!plan_.commit.isEmpty() && !workingTree_.repository().history().commit(plan_.commit))
             return ErrorMessage{
                 OdString::format(tr(L"there is no commit '%ls'"), printable(plan_.commit))};
         if (!plan_.branch.isEmpty())
-            target_ = workspace_.history().tree(plan_.commit);
+            target_ = workingTree_.repository().history().tree(plan_.commit);
         // Afterwards the files of HEAD say nothing about those that are replaced.
-        isHeadMoved_ = workspace_.history().note(headNote) == plan_.commit;
+        isHeadMoved_ = workingTree_.repository().history().note(headNote) == plan_.commit;
         for (const PlannedFile& step : plan_.files) {
             if (Expected<void> checked = checkStep(step); !checked)
                 return checked;
@@ -43,17 +43,17 @@ private:
 
     bool isPossible(const OdString& path, const OdString& wanted, const OdString& replaced) {
         if (plan_.branch.isEmpty())
-            return wanted.isEmpty() || workspace_.history().hasVersion(path, wanted);
+            return wanted.isEmpty() || workingTree_.repository().history().hasVersion(path, wanted);
         if (urlIn(target_, path) != wanted)
             return false;
-        return isHeadMoved_ || urlIn(workspace_.headFiles(), path) == replaced;
+        return isHeadMoved_ || urlIn(workingTree_.repository().headFiles(), path) == replaced;
     }
 
     Expected<void> checkKept(const OdString& path, const OdString& url) {
         if (url.isEmpty())
             return {};
         const Expected<bool> isKept =
-            workspace_.storages().ofUrl(url).contains(workspace_.root(), url);
+            workingTree_.repository().storages().ofUrl(url).contains(workingTree_.root(), url);
         if (!isKept)
             return isKept.error();
         if (*isKept)
@@ -62,7 +62,7 @@ private:
             OdString::format(tr(L"'%ls' is missing in the storage"), printable(path))};
     }
 
-    Workspace& workspace_;
+    WorkingTree& workingTree_;
     const Plan& plan_;
     Tree target_;
     bool isHeadMoved_ = false;
@@ -70,8 +70,8 @@ private:
 
 }  // namespace
 
-Expected<void> checkNotedPlan(Workspace& workspace, const Plan& plan) {
-    return Check(workspace, plan).run();
+Expected<void> checkNotedPlan(WorkingTree& workingTree, const Plan& plan) {
+    return Check(workingTree, plan).run();
 }
 
 }  // namespace qrv

@@ -2,7 +2,7 @@
 
 #include <common/base/Expected.h>
 #include <engine/history/Plan.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 namespace qrv {
 
@@ -16,6 +16,6 @@ namespace qrv {
 ///
 /// Paths, URLs and the names of references were checked when the plan was read, and the way to each
 /// file is when it is gone. Fails with a message that names the cause.
-Expected<void> checkNotedPlan(Workspace& workspace, const Plan& plan);
+Expected<void> checkNotedPlan(WorkingTree& workingTree, const Plan& plan);
 
 }  // namespace qrv

@@ -2,13 +2,13 @@
 
 namespace qrv {
 
-std::optional<OdString> lockBeside(const OdString& path, const Workspace& workspace) {
+std::optional<OdString> lockBeside(const OdString& path, const WorkingTree& workingTree) {
     const int point = path.reverseFind(L'.');
     if (point < 0 || path.mid(point).iCompare(L".dwg") != 0)
         return std::nullopt;
     for (const wchar_t* const ending : {L".dwl", L".dwl2", L".DWL", L".DWL2"}) {
         const OdString lock = path.left(point) + ending;
-        if (workspace.folder().status(lock.toNarrow()))
+        if (workingTree.folder().status(lock.toNarrow()))
             return lock;
     }
     return std::nullopt;

@@ -50,11 +50,11 @@ bool isBlocked(const OdString& path, const std::vector<OdString>& staying) {
 
 /// Whether something lies there that the scan does not count: a link, also in place of a folder, or
 /// a file that the ignore rules hide. It is in no commit.
-bool isUnknownFile(const Workspace& workspace, const OdString& path,
+bool isUnknownFile(const WorkingTree& workingTree, const OdString& path,
                    const std::vector<OdString>& present) {
     if (holds(present, path))
         return false;
-    const sys::Outcome<sys::FileStatus> status = workspace.folder().status(path.toNarrow());
+    const sys::Outcome<sys::FileStatus> status = workingTree.folder().status(path.toNarrow());
     if (!status)
         return status.error() == std::errc::too_many_symbolic_link_levels;
     return status->kind != sys::FileKind::folder;
@@ -62,15 +62,15 @@ bool isUnknownFile(const Workspace& workspace, const OdString& path,
 
 /// Whether what lies there is a file that a step removes, found under another name: a file whose
 /// name only changes its letters, on a disk that ignores these.
-bool isRemovedUnderOtherName(const Workspace& workspace, const OdString& path,
+bool isRemovedUnderOtherName(const WorkingTree& workingTree, const OdString& path,
                              const std::vector<PlannedFile>& steps) {
-    const sys::Outcome<sys::FileStamp> version = workspace.folder().stamp(path.toNarrow());
+    const sys::Outcome<sys::FileStamp> version = workingTree.folder().stamp(path.toNarrow());
     return version && std::any_of(steps.begin(), steps.end(), [&](const PlannedFile& step) {
                const bool isOther = step.path != path && folded(step.path) == folded(path);
                if (!step.after.isEmpty() || !isOther)
                    return false;
                const sys::Outcome<sys::FileStamp> removed =
-                   workspace.folder().stamp(step.path.toNarrow());
+                   workingTree.folder().stamp(step.path.toNarrow());
                return removed && removed->number == version->number;
            });
 }
@@ -81,8 +81,8 @@ ErrorMessage unreadable(const OdString& path, std::error_code cause) {
 
 /// A file that is not there is in nobody's use; nor is a link, which later is not what was
 /// expected.
-Expected<bool> isInUse(const Workspace& workspace, const OdString& path) {
-    const sys::Outcome<sys::InputFile> file = workspace.folder().openFile(path.toNarrow());
+Expected<bool> isInUse(const WorkingTree& workingTree, const OdString& path) {
+    const sys::Outcome<sys::InputFile> file = workingTree.folder().openFile(path.toNarrow());
     if (file)
         return file->isInUse();
     // Its program has a lease on it.
@@ -112,24 +112,24 @@ bool isJustChanged(const sys::FileStamp& version) {
 
 class Look {
 public:
-    Look(const Workspace& workspace, const WorkingChanges& changes)
-        : workspace_(workspace), changes_(changes) {}
+    Look(const WorkingTree& workingTree, const WorkingChanges& changes)
+        : workingTree_(workingTree), changes_(changes) {}
 
     /// The version that has the contents which the step expects; nothing when the file has others.
     Expected<std::optional<sys::FileStamp>> sightingOf(const PlannedFile& step) const {
         using Answer = Expected<std::optional<sys::FileStamp>>;
         const std::string path = step.path.toNarrow();
-        const sys::Outcome<sys::FileStamp> before = workspace_.folder().stamp(path);
+        const sys::Outcome<sys::FileStamp> before = workingTree_.folder().stamp(path);
         if (!before && sys::meansAbsent(before.error()))
             return Answer(std::nullopt);
         if (!before)
             return unreadable(step.path, before.error());
         if (isBelieved(step.path, *before))
             return Answer(*before);
-        const Expected<OdString> digest = digestOfFile(workspace_.folder(), step.path);
+        const Expected<OdString> digest = digestOfFile(workingTree_.folder(), step.path);
         if (!digest)
             return digest.error();
-        const sys::Outcome<sys::FileStamp> after = workspace_.folder().stamp(path);
+        const sys::Outcome<sys::FileStamp> after = workingTree_.folder().stamp(path);
         const bool isSame = *digest == digestOfUrl(step.before) && after && *after == *before;
         return isSame ? Answer(*before) : Answer(std::nullopt);
     }
@@ -152,21 +152,21 @@ private:
                                     .changedNs = version.changedNs});
     }
 
-    const Workspace& workspace_;
+    const WorkingTree& workingTree_;
     const WorkingChanges& changes_;
 };
 
 }  // namespace
 
-Expected<void> checkRoom(const Workspace& workspace, const std::vector<PlannedFile>& steps,
+Expected<void> checkRoom(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
                          const WorkingChanges& changes) {
     const std::vector<OdString> present = presentFiles(changes);
     const std::vector<OdString> staying = stayingFiles(steps, present);
     std::vector<OdString> blocked;
     for (const PlannedFile& step : steps) {
         const bool needsRoom = !step.after.isEmpty() && isBlocked(step.path, staying);
-        const bool isTaken = isUnknownFile(workspace, step.path, present) &&
-                             !isRemovedUnderOtherName(workspace, step.path, steps);
+        const bool isTaken = isUnknownFile(workingTree, step.path, present) &&
+                             !isRemovedUnderOtherName(workingTree, step.path, steps);
         if (needsRoom || isTaken)
             blocked.push_back(step.path);
     }
@@ -178,7 +178,7 @@ Expected<void> checkRoom(const Workspace& workspace, const std::vector<PlannedFi
         blocked);
 }
 
-Expected<void> checkUnharmed(const Workspace& workspace, const std::vector<PlannedFile>& steps,
+Expected<void> checkUnharmed(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
                              const WorkingChanges& changes) {
     std::vector<OdString> harmed;
     for (const PlannedFile& step : steps) {
@@ -187,7 +187,7 @@ Expected<void> checkUnharmed(const Workspace& workspace, const std::vector<Plann
     }
     if (!harmed.empty())
         return withPaths(tr(L"These files have changes that are not committed:"), harmed);
-    return checkRoom(workspace, steps, changes);
+    return checkRoom(workingTree, steps, changes);
 }
 
 Expected<void> checkNames(const std::vector<PlannedFile>& steps, const WorkingChanges& changes) {
@@ -209,16 +209,16 @@ Expected<void> checkNames(const std::vector<PlannedFile>& steps, const WorkingCh
                      clashes);
 }
 
-Expected<void> checkNotInUse(Workspace& workspace, const std::vector<PlannedFile>& steps) {
+Expected<void> checkNotInUse(WorkingTree& workingTree, const std::vector<PlannedFile>& steps) {
     std::vector<OdString> used;
     std::vector<OdString> locks;
     for (const PlannedFile& step : steps) {
         if (step.before.isEmpty())
             continue;
-        const std::optional<OdString> lock = lockBeside(step.path, workspace);
+        const std::optional<OdString> lock = lockBeside(step.path, workingTree);
         // One that somebody committed says nothing of today.
-        const bool isLocked = lock && !workspace.headFiles().contains(*lock);
-        const Expected<bool> inUse = isInUse(workspace, step.path);
+        const bool isLocked = lock && !workingTree.repository().headFiles().contains(*lock);
+        const Expected<bool> inUse = isInUse(workingTree, step.path);
         if (!inUse)
             return inUse.error();
         if (isLocked)
@@ -238,11 +238,11 @@ Expected<void> checkNotInUse(Workspace& workspace, const std::vector<PlannedFile
     return error;
 }
 
-Expected<Sightings> lookAgain(const Workspace& workspace, const std::vector<PlannedFile>& steps,
+Expected<Sightings> lookAgain(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
                               const WorkingChanges& changes) {
     Sightings sightings;
     std::vector<OdString> changed;
-    const Look look(workspace, changes);
+    const Look look(workingTree, changes);
     for (const PlannedFile& step : steps) {
         if (step.before.isEmpty())
             continue;

@@ -3,7 +3,7 @@
 #include <common/base/Expected.h>
 #include <engine/history/Plan.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <sys/FileStamp.h>
 
 #include <map>
@@ -15,12 +15,12 @@ namespace qrv {
 
 /// Fails, with a list of them, for files that would take the place of something that is in no
 /// commit: a link, a file that the ignore rules hide, or a file where a folder is needed.
-Expected<void> checkRoom(const Workspace& workspace, const std::vector<PlannedFile>& steps,
+Expected<void> checkRoom(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
                          const WorkingChanges& changes);
 
 /// Fails, with a list of them, when the steps touch files that are not as in HEAD, and as
 /// `checkRoom` does.
-Expected<void> checkUnharmed(const Workspace& workspace, const std::vector<PlannedFile>& steps,
+Expected<void> checkUnharmed(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
                              const WorkingChanges& changes);
 
 /// Fails, with a list of them, when the steps would give two files names that a disk which ignores
@@ -29,14 +29,14 @@ Expected<void> checkNames(const std::vector<PlannedFile>& steps, const WorkingCh
 
 /// Fails, with a list of them, when the steps change files that another program has open: a lock
 /// file lies beside a drawing, or the program writes to the file or has locked it.
-Expected<void> checkNotInUse(Workspace& workspace, const std::vector<PlannedFile>& steps);
+Expected<void> checkNotInUse(WorkingTree& workingTree, const std::vector<PlannedFile>& steps);
 
 /// Working files by path, as they were seen to have the contents that a step expects.
 using Sightings = std::map<OdString, sys::FileStamp>;
 
 /// Looks at the files that the steps change once more. Fails, with a list of them, for those that
 /// do not have the expected contents: another program has saved them since `changes` were found.
-Expected<Sightings> lookAgain(const Workspace& workspace, const std::vector<PlannedFile>& steps,
+Expected<Sightings> lookAgain(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
                               const WorkingChanges& changes);
 
 }  // namespace qrv

@@ -29,8 +29,9 @@ constexpr std::size_t filesAtOnce = 200;
 /// Does steps of one plan, and notes what became of their files.
 class Steps {
 public:
-    Steps(Workspace& workspace, const Plan& plan, const Sightings& sightings, Unexpected unexpected)
-        : workspace_(workspace), plan_(plan), sightings_(sightings), unexpected_(unexpected) {}
+    Steps(WorkingTree& workingTree, const Plan& plan, const Sightings& sightings,
+          Unexpected unexpected)
+        : workingTree_(workingTree), plan_(plan), sightings_(sightings), unexpected_(unexpected) {}
 
     Expected<PlannedTimes> apply(const std::vector<const PlannedFile*>& steps) {
         std::vector<const PlannedFile*> written;
@@ -41,7 +42,7 @@ public:
                 return removed.error();
         }
         const std::unique_ptr<Work> progress =
-            workspace_.caller().beginWork(tr(L"Writing"), written.size());
+            workingTree_.caller().beginWork(tr(L"Writing"), written.size());
         for (std::size_t begin = 0; begin < written.size(); begin += filesAtOnce) {
             const std::size_t count = std::min(filesAtOnce, written.size() - begin);
             const std::span<const PlannedFile* const> part(written.data() + begin, count);
@@ -56,9 +57,9 @@ public:
 
 private:
     Expected<void> flush() {
-        if (const std::error_code error = workspace_.folder().flushFileSystem())
+        if (const std::error_code error = workingTree_.folder().flushFileSystem())
             return systemFailure(tr(L"The files of '%ls' cannot be written: %ls"),
-                                 workspace_.root().path(), error);
+                                 workingTree_.root().path(), error);
         return {};
     }
 
@@ -78,7 +79,8 @@ private:
         const Expected<StepTarget> target = targetOf(step);
         if (!target)
             return target.error();
-        const Expected<StepEnd> end = removeFile(workspace_.folder(), *target, workspace_.caller());
+        const Expected<StepEnd> end =
+            removeFile(workingTree_.folder(), *target, workingTree_.caller());
         return end ? note(step, *end) : end.error();
     }
 
@@ -91,9 +93,10 @@ private:
             if (!target)
                 return target.error();
             Expected<sys::NewFile> file =
-                workspace_.storages()
+                workingTree_.repository()
+                    .storages()
                     .ofUrl(step->after)
-                    .prepare(workspace_.root(), step->after, target->path);
+                    .prepare(workingTree_.root(), step->after, target->path);
             if (!file)
                 return file.error();
             files.push_back(std::move(*file));
@@ -102,8 +105,8 @@ private:
         if (Expected<void> flushed = flush(); !flushed)
             return flushed;
         for (std::size_t index = 0; index < files.size(); ++index) {
-            const Expected<StepEnd> end = writeFile(workspace_.folder(), *targetOf(*steps[index]),
-                                                    std::move(files[index]), workspace_.caller());
+            const Expected<StepEnd> end = writeFile(workingTree_.folder(), *targetOf(*steps[index]),
+                                                    std::move(files[index]), workingTree_.caller());
             Expected<void> noted = end ? note(*steps[index], *end) : end.error();
             if (!noted)
                 return noted;
@@ -122,32 +125,32 @@ private:
                 tr(L"Another program changed '%ls' meanwhile; what it saved stays, and nothing "
                    L"else is changed"),
                 printable(step.path))};
-        tellLeft(step.path, workspace_.caller());
+        tellLeft(step.path, workingTree_.caller());
         return {};
     }
 
-    Workspace& workspace_;
+    WorkingTree& workingTree_;
     const Plan& plan_;
     const Sightings& sightings_;
     Unexpected unexpected_;
     PlannedTimes times_;
 };
 
-void moveHeadFiles(Workspace& workspace, const Plan& plan) {
-    History& history = workspace.history();
+void moveHeadFiles(WorkingTree& workingTree, const Plan& plan) {
+    History& history = workingTree.repository().history();
     Tree files = history.tree(plan.commit);
-    history.changeHeadFiles(deltasBetween(workspace.headFiles(), files));
+    history.changeHeadFiles(deltasBetween(workingTree.repository().headFiles(), files));
     history.setNote(headNote, plan.commit);
     if (!plan.commit.isEmpty())
         history.setReference(plan.branch, common::RefType::Branch, plan.commit);
-    workspace.setHeadFiles(std::move(files));
+    workingTree.repository().setHeadFiles(std::move(files));
 }
 
 /// The library notes the time that a file has now. When that is not the one with which the file was
 /// as planned, somebody has saved it since, and nothing is known of it.
-void noteInIndex(Workspace& workspace, const Plan& plan, const PlannedTimes& times) {
-    const Tree& head = workspace.headFiles();
-    common::Cache& cache = workspace.cache();
+void noteInIndex(WorkingTree& workingTree, const Plan& plan, const PlannedTimes& times) {
+    const Tree& head = workingTree.repository().headFiles();
+    common::Cache& cache = workingTree.repository().cache();
     for (const PlannedFile& step : plan.files) {
         const auto file = head.find(step.path);
         const auto time = times.find(step.path);
@@ -155,7 +158,7 @@ void noteInIndex(Workspace& workspace, const Plan& plan, const PlannedTimes& tim
             common::removeIndex(step.path, cache);
             continue;
         }
-        common::updateIndex(step.path, cache, workspace.root(), file->second.url != step.after);
+        common::updateIndex(step.path, cache, workingTree.root(), file->second.url != step.after);
         if (cache.read().index.at(step.path).lastChecked != time->second)
             common::removeIndex(step.path, cache);
     }
@@ -163,15 +166,16 @@ void noteInIndex(Workspace& workspace, const Plan& plan, const PlannedTimes& tim
 
 }  // namespace
 
-Expected<Sightings> lookBeforeBeginning(Workspace& workspace, const std::vector<PlannedFile>& steps,
+Expected<Sightings> lookBeforeBeginning(WorkingTree& workingTree,
+                                        const std::vector<PlannedFile>& steps,
                                         const WorkingChanges& changes) {
-    if (ignoresLetterCase(workspace.folder())) {
+    if (ignoresLetterCase(workingTree.folder())) {
         if (const Expected<void> possible = checkNames(steps, changes); !possible)
             return possible.error();
     }
-    if (const Expected<void> free = checkNotInUse(workspace, steps); !free)
+    if (const Expected<void> free = checkNotInUse(workingTree, steps); !free)
         return free.error();
-    return lookAgain(workspace, steps, changes);
+    return lookAgain(workingTree, steps, changes);
 }
 
 Plan reversed(Plan plan) {
@@ -185,82 +189,83 @@ OdString digestOfUrl(const OdString& url) {
     return checked ? checked->digest() : OdString();
 }
 
-Expected<PlannedTimes> applySteps(Workspace& workspace, const Plan& plan,
+Expected<PlannedTimes> applySteps(WorkingTree& workingTree, const Plan& plan,
                                   const std::vector<const PlannedFile*>& steps,
                                   const Sightings& sightings, Unexpected unexpected) {
-    return Steps(workspace, plan, sightings, unexpected).apply(steps);
+    return Steps(workingTree, plan, sightings, unexpected).apply(steps);
 }
 
-Expected<PlannedTimes> applyPlan(Workspace& workspace, const Plan& plan,
+Expected<PlannedTimes> applyPlan(WorkingTree& workingTree, const Plan& plan,
                                  const Sightings& sightings) {
     std::vector<const PlannedFile*> steps;
     for (const PlannedFile& step : plan.files)
         steps.push_back(&step);
-    return applySteps(workspace, plan, steps, sightings, Unexpected::fail);
+    return applySteps(workingTree, plan, steps, sightings, Unexpected::fail);
 }
 
-Expected<void> finishTakingBack(Workspace& workspace, const Plan& plan, const PlannedTimes& times) {
-    noteInIndex(workspace, plan, times);
+Expected<void> finishTakingBack(WorkingTree& workingTree, const Plan& plan,
+                                const PlannedTimes& times) {
+    noteInIndex(workingTree, plan, times);
     // Nothing of the state can be worth keeping: a merge, the one command whose plans are taken
     // back, begins without staged files and conflicts.
-    common::State& state = workspace.cache().write();
+    common::State& state = workingTree.repository().cache().write();
     state.stagedFiles.clear();
     state.renames.clear();
     state.conflicts.clear();
-    workspace.history().setNote(mergeNote, {});
-    if (Expected<void> saved = workspace.saveState(); !saved)
+    workingTree.repository().history().setNote(mergeNote, {});
+    if (Expected<void> saved = workingTree.repository().saveState(); !saved)
         return saved;
-    forgetPlan(workspace.history());
+    forgetPlan(workingTree.repository().history());
     return {};
 }
 
-Expected<void> finish(Workspace& workspace, const Plan& plan, const PlannedTimes& times) {
+Expected<void> finish(WorkingTree& workingTree, const Plan& plan, const PlannedTimes& times) {
     if (!plan.branch.isEmpty()) {
-        DatabaseTransaction transaction(workspace.history().database());
-        moveHeadFiles(workspace, plan);
+        DatabaseTransaction transaction(workingTree.repository().history().database());
+        moveHeadFiles(workingTree, plan);
         transaction.commit();
     }
-    common::Transaction transaction = workspace.cache().getTransaction();
-    noteInIndex(workspace, plan, times);
+    common::Transaction transaction = workingTree.repository().cache().getTransaction();
+    noteInIndex(workingTree, plan, times);
     if (!plan.branch.isEmpty())
-        workspace.cache().write().head.reference = plan.branch;
+        workingTree.repository().cache().write().head.reference = plan.branch;
     transaction.commit();
-    if (Expected<void> saved = workspace.saveState(); !saved)
+    if (Expected<void> saved = workingTree.repository().saveState(); !saved)
         return saved;
-    forgetPlan(workspace.history());
+    forgetPlan(workingTree.repository().history());
     return {};
 }
 
-Expected<void> carryOut(Workspace& workspace, const Plan& plan, const WorkingChanges& changes) {
-    const Expected<Sightings> sightings = lookBeforeBeginning(workspace, plan.files, changes);
+Expected<void> carryOut(WorkingTree& workingTree, const Plan& plan, const WorkingChanges& changes) {
+    const Expected<Sightings> sightings = lookBeforeBeginning(workingTree, plan.files, changes);
     if (!sightings)
         return sightings.error();
-    notePlan(workspace.history(), plan);
-    const Expected<PlannedTimes> times = applyPlan(workspace, plan, *sightings);
+    notePlan(workingTree.repository().history(), plan);
+    const Expected<PlannedTimes> times = applyPlan(workingTree, plan, *sightings);
     if (!times)
-        return takeBackAfter(workspace, plan, times.error());
-    return finish(workspace, plan, *times);
+        return takeBackAfter(workingTree, plan, times.error());
+    return finish(workingTree, plan, *times);
 }
 
-Expected<void> carryOutWithoutFiles(Workspace& workspace, const Plan& plan) {
-    notePlan(workspace.history(), plan);
-    return finish(workspace, plan, {});
+Expected<void> carryOutWithoutFiles(WorkingTree& workingTree, const Plan& plan) {
+    notePlan(workingTree.repository().history(), plan);
+    return finish(workingTree, plan, {});
 }
 
-Expected<void> takeBackMerge(Workspace& workspace, const std::vector<PlannedFile>& steps,
+Expected<void> takeBackMerge(WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
                              const WorkingChanges& changes) {
     Plan plan;
     plan.title = L"merge";
     plan.recovery = Plan::Recovery::takeBack;
     plan.files = steps;
-    const Expected<Sightings> sightings = lookBeforeBeginning(workspace, plan.files, changes);
+    const Expected<Sightings> sightings = lookBeforeBeginning(workingTree, plan.files, changes);
     if (!sightings)
         return sightings.error();
-    notePlan(workspace.history(), reversed(plan));
-    const Expected<PlannedTimes> times = applyPlan(workspace, plan, *sightings);
+    notePlan(workingTree.repository().history(), reversed(plan));
+    const Expected<PlannedTimes> times = applyPlan(workingTree, plan, *sightings);
     if (!times)
-        return takeBackAfter(workspace, plan, times.error());
-    return finishTakingBack(workspace, plan, *times);
+        return takeBackAfter(workingTree, plan, times.error());
+    return finishTakingBack(workingTree, plan, *times);
 }
 
 }  // namespace qrv

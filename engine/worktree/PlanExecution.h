@@ -3,7 +3,7 @@
 #include <common/base/Expected.h>
 #include <engine/history/Plan.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 
 #include <vector>
 
@@ -18,15 +18,15 @@ namespace qrv {
 /// step, at the latest: it is left as it is, and that is a failure like any other. What was done is
 /// taken back then, as far as possible, and the plan is forgotten; what cannot be taken back stays
 /// noted for the next command.
-Expected<void> carryOut(Workspace& workspace, const Plan& plan, const WorkingChanges& changes);
+Expected<void> carryOut(WorkingTree& workingTree, const Plan& plan, const WorkingChanges& changes);
 
 /// The same for a plan that has no files.
-Expected<void> carryOutWithoutFiles(Workspace& workspace, const Plan& plan);
+Expected<void> carryOutWithoutFiles(WorkingTree& workingTree, const Plan& plan);
 
 /// Does the steps that bring the files of a merge with conflicts back to HEAD, and ends the merge:
 /// the stage, the conflicts and the note of the other commit go. Interrupted, it is finished by the
 /// next command; on a failure everything is as before, as far as possible.
-Expected<void> takeBackMerge(Workspace& workspace, const std::vector<PlannedFile>& steps,
+Expected<void> takeBackMerge(WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
                              const WorkingChanges& changes);
 
 }  // namespace qrv

@@ -24,8 +24,8 @@ struct Found {
     bool isForeign = false;
 };
 
-Expected<Found> findFile(const Workspace& workspace, const OdString& path) {
-    const sys::Outcome<sys::InputFile> file = workspace.folder().openFile(path.toNarrow());
+Expected<Found> findFile(const WorkingTree& workingTree, const OdString& path) {
+    const sys::Outcome<sys::InputFile> file = workingTree.folder().openFile(path.toNarrow());
     if (!file) {
         const std::error_code error = file.error();
         if (sys::meansAbsent(error) || error == std::errc::is_a_directory)
@@ -36,7 +36,7 @@ Expected<Found> findFile(const Workspace& workspace, const OdString& path) {
         return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, error);
     }
     const sys::Outcome<sys::FileStamp> before = file->stamp();
-    const Expected<OdString> digest = digestOfFile(workspace.folder(), path);
+    const Expected<OdString> digest = digestOfFile(workingTree.folder(), path);
     if (!digest)
         return digest.error();
     const sys::Outcome<sys::FileStamp> after = file->stamp();
@@ -57,15 +57,15 @@ struct Rest {
 /// where two names are one, the removal of one decides what lies under the other. Removals that are
 /// done already are repeated, for they remove the folders that were made for files which did not
 /// come. Names the files that are neither as before nor as planned.
-Expected<Rest> restOf(Workspace& workspace, const Plan& plan, bool isRemoval) {
+Expected<Rest> restOf(WorkingTree& workingTree, const Plan& plan, bool isRemoval) {
     Rest rest;
     const std::unique_ptr<Work> progress =
-        workspace.caller().beginWork(tr(L"Comparing"), plan.files.size());
+        workingTree.caller().beginWork(tr(L"Comparing"), plan.files.size());
     for (const PlannedFile& step : plan.files) {
         progress->add(step.sizeBytes);
         if (step.after.isEmpty() != isRemoval)
             continue;
-        const Expected<Found> found = findFile(workspace, step.path);
+        const Expected<Found> found = findFile(workingTree, step.path);
         if (!found)
             return found.error();
         const bool isDone = !found->isForeign && found->digest == digestOfUrl(step.after);
@@ -75,22 +75,22 @@ Expected<Rest> restOf(Workspace& workspace, const Plan& plan, bool isRemoval) {
         else if (isDone || isBefore)
             rest.steps.push_back(&step);
         else
-            tellLeft(step.path, workspace.caller());
+            tellLeft(step.path, workingTree.caller());
     }
     return rest;
 }
 
 /// Does what is still to be done, whatever a process that ended, or a failure, has left.
-Expected<PlannedTimes> applyRest(Workspace& workspace, const Plan& plan) {
-    if (const Expected<void> settled = settleLeftovers(workspace, plan); !settled)
+Expected<PlannedTimes> applyRest(WorkingTree& workingTree, const Plan& plan) {
+    if (const Expected<void> settled = settleLeftovers(workingTree, plan); !settled)
         return settled.error();
     PlannedTimes times;
     for (const bool isRemoval : {true, false}) {
-        Expected<Rest> rest = restOf(workspace, plan, isRemoval);
+        Expected<Rest> rest = restOf(workingTree, plan, isRemoval);
         if (!rest)
             return rest.error();
         Expected<PlannedTimes> written =
-            applySteps(workspace, plan, rest->steps, {}, Unexpected::leave);
+            applySteps(workingTree, plan, rest->steps, {}, Unexpected::leave);
         if (!written)
             return written.error();
         times.merge(rest->times);
@@ -99,15 +99,16 @@ Expected<PlannedTimes> applyRest(Workspace& workspace, const Plan& plan) {
     return times;
 }
 
-Expected<void> finishOrTakeBack(Workspace& workspace, const Plan& plan) {
+Expected<void> finishOrTakeBack(WorkingTree& workingTree, const Plan& plan) {
     const bool finishes = plan.recovery == Plan::Recovery::finish;
     const Plan rest = finishes ? plan : reversed(plan);
-    if (Expected<void> free = checkNotInUse(workspace, rest.files); !free)
+    if (Expected<void> free = checkNotInUse(workingTree, rest.files); !free)
         return free;
-    const Expected<PlannedTimes> times = applyRest(workspace, rest);
+    const Expected<PlannedTimes> times = applyRest(workingTree, rest);
     if (!times)
         return times.error();
-    return finishes ? finish(workspace, rest, *times) : finishTakingBack(workspace, rest, *times);
+    return finishes ? finish(workingTree, rest, *times)
+                    : finishTakingBack(workingTree, rest, *times);
 }
 
 }  // namespace
@@ -118,34 +119,35 @@ void tellLeft(const OdString& path, Caller& caller) {
                          printable(path)));
 }
 
-ErrorMessage takeBackAfter(Workspace& workspace, const Plan& plan, const ErrorMessage& failure) {
-    if (const Expected<PlannedTimes> done = applyRest(workspace, reversed(plan)); !done) {
-        workspace.caller().note(done.error().message);
-        workspace.caller().note(plan.recovery == Plan::Recovery::finish
-                                    ? tr(L"Note: the next command tries again to finish this")
-                                    : tr(L"Note: the next command takes back what was done"));
+ErrorMessage takeBackAfter(WorkingTree& workingTree, const Plan& plan,
+                           const ErrorMessage& failure) {
+    if (const Expected<PlannedTimes> done = applyRest(workingTree, reversed(plan)); !done) {
+        workingTree.caller().note(done.error().message);
+        workingTree.caller().note(plan.recovery == Plan::Recovery::finish
+                                      ? tr(L"Note: the next command tries again to finish this")
+                                      : tr(L"Note: the next command takes back what was done"));
         return failure;
     }
-    forgetPlan(workspace.history());
+    forgetPlan(workingTree.repository().history());
     return failure;
 }
 
-Expected<void> recover(Workspace& workspace) {
-    const std::optional<Plan> plan = notedPlan(workspace.history());
+Expected<void> recover(WorkingTree& workingTree) {
+    const std::optional<Plan> plan = notedPlan(workingTree.repository().history());
     if (!plan)
         return {};
     const bool isFinished = plan->recovery == Plan::Recovery::finish;
     // It may take long, and is not what the person asked for now.
-    workspace.caller().note(
+    workingTree.caller().note(
         OdString::format(isFinished ? tr(L"Note: '%ls' was interrupted; it is being finished")
                                     : tr(L"Note: '%ls' was interrupted; it is being taken back"),
                          printable(plan->title)));
-    if (const Expected<void> done = finishOrTakeBack(workspace, *plan); !done)
+    if (const Expected<void> done = finishOrTakeBack(workingTree, *plan); !done)
         return ErrorMessage{OdString::format(
             tr(L"'%ls' was interrupted, and what it left cannot be put in order yet. Nothing is "
                L"lost, and the next command tries again once this is mended: %ls"),
             printable(plan->title), done.error().message)};
-    workspace.caller().note(
+    workingTree.caller().note(
         OdString::format(isFinished ? tr(L"Note: '%ls' was interrupted and is now finished")
                                     : tr(L"Note: '%ls' was interrupted and is taken back"),
                          printable(plan->title)));

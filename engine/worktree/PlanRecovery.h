@@ -1,7 +1,7 @@
 #pragma once
 
 #include <common/base/Expected.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
 
 namespace qrv {
@@ -13,7 +13,7 @@ namespace qrv {
 /// Fails, and the plan stays noted, when anything cannot be looked at, written or removed, and when
 /// a file of the plan is open in another program: nobody can tell then what was done already, and
 /// whoever forgot the plan would take the other branch's files for a person's work.
-Expected<void> recover(Workspace& workspace);
+Expected<void> recover(WorkingTree& workingTree);
 
 /// Tells that a file was left as it is.
 void tellLeft(const OdString& path, Caller& caller);

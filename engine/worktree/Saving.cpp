@@ -44,19 +44,20 @@ std::vector<OdString> possibleUrls(const Origins& origins, const OdString& path,
     return urls;
 }
 
-Expected<Present> lookAt(Workspace& workspace, const OdString& path, const WorkingChanges& changes,
-                         const Origins& origins) {
+Expected<Present> lookAt(WorkingTree& workingTree, const OdString& path,
+                         const WorkingChanges& changes, const Origins& origins) {
     const common::FileChange change = changeOf(path, changes);
     if (change == common::FileChange::removed)
         return Present();
     // In HEAD, or nowhere.
     if (change == common::FileChange::unchanged)
-        return Present{urlIn(workspace.headFiles(), path), false};
-    const Expected<OdString> digest = digestOfFile(workspace.folder(), path);
+        return Present{urlIn(workingTree.repository().headFiles(), path), false};
+    const Expected<OdString> digest = digestOfFile(workingTree.folder(), path);
     if (!digest)
         return digest.error();
     for (const OdString& url : possibleUrls(origins, path, *digest)) {
-        const Expected<bool> isKept = workspace.storages().ofUrl(url).renew(workspace.root(), url);
+        const Expected<bool> isKept =
+            workingTree.repository().storages().ofUrl(url).renew(workingTree.root(), url);
         if (!isKept)
             return isKept.error();
         if (*isKept)
@@ -65,14 +66,16 @@ Expected<Present> lookAt(Workspace& workspace, const OdString& path, const Worki
     return Present{{}, true};
 }
 
-Expected<OdString> keep(Workspace& workspace, const OdString& path) {
-    const Expected<OdString> url = workspace.storages().ofFile(path).store(workspace.root(), path);
+Expected<OdString> keep(WorkingTree& workingTree, const OdString& path) {
+    const Expected<OdString> url =
+        workingTree.repository().storages().ofFile(path).store(workingTree.root(), path);
     if (!url)
         return url.error();
-    if (const Expected<void> flushed = workspace.storages().objects().flush(workspace.root());
+    if (const Expected<void> flushed =
+            workingTree.repository().storages().objects().flush(workingTree.root());
         !flushed)
         return flushed.error();
-    workspace.caller().note(
+    workingTree.caller().note(
         OdString::format(tr(L"Note: what '%ls' held is kept as %ls"), printable(path), *url));
     return *url;
 }
@@ -84,16 +87,16 @@ ErrorMessage refusal(const std::vector<OdString>& paths) {
 
 }  // namespace
 
-Expected<std::vector<PlannedFile>> stepsToTree(Workspace& workspace, const Tree& target,
+Expected<std::vector<PlannedFile>> stepsToTree(WorkingTree& workingTree, const Tree& target,
                                                const std::vector<OdString>& paths,
                                                const WorkingChanges& changes, Unsaved unsaved) {
     std::vector<PlannedFile> steps;
     std::vector<OdString> refused;
-    const OdString other = workspace.history().note(mergeNote);
-    const Tree merged = other.isEmpty() ? Tree() : workspace.history().tree(other);
-    const Origins origins = {workspace.headFiles(), merged, target};
+    const OdString other = workingTree.repository().history().note(mergeNote);
+    const Tree merged = other.isEmpty() ? Tree() : workingTree.repository().history().tree(other);
+    const Origins origins = {workingTree.repository().headFiles(), merged, target};
     for (const OdString& path : paths) {
-        const Expected<Present> present = lookAt(workspace, path, changes, origins);
+        const Expected<Present> present = lookAt(workingTree, path, changes, origins);
         if (!present)
             return present.error();
         const TreeFile* const wanted = fileIn(target, path);
@@ -106,13 +109,13 @@ Expected<std::vector<PlannedFile>> stepsToTree(Workspace& workspace, const Tree&
     }
     if (!refused.empty() && unsaved == Unsaved::refuse)
         return refusal(refused);
-    if (const Expected<void> free = checkRoom(workspace, steps, changes); !free)
+    if (const Expected<void> free = checkRoom(workingTree, steps, changes); !free)
         return free.error();
     for (PlannedFile& step : steps) {
         if (unsaved == Unsaved::leave ||
             !std::binary_search(refused.begin(), refused.end(), step.path))
             continue;
-        Expected<OdString> url = keep(workspace, step.path);
+        Expected<OdString> url = keep(workingTree, step.path);
         if (!url)
             return url.error();
         step.before = std::move(*url);

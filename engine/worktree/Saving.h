@@ -4,7 +4,7 @@
 #include <engine/history/History.h>
 #include <engine/history/Plan.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
 
 #include <vector>
@@ -24,7 +24,7 @@ enum class Unsaved {
 ///
 /// Fails when a file cannot be read or stored, with `Unsaved::refuse` for files with unsaved
 /// changes, and when a file lies where another one needs a folder; nothing was changed then.
-Expected<std::vector<PlannedFile>> stepsToTree(Workspace& workspace, const Tree& target,
+Expected<std::vector<PlannedFile>> stepsToTree(WorkingTree& workingTree, const Tree& target,
                                                const std::vector<OdString>& paths,
                                                const WorkingChanges& changes, Unsaved unsaved);
 

@@ -33,7 +33,8 @@ OdString textOf(const KnownFile& file) {
 /// Tells what each file is.
 class Comparison {
 public:
-    Comparison(Workspace& workspace, const TreeScan& scan) : workspace_(workspace), scan_(scan) {}
+    Comparison(WorkingTree& workingTree, const TreeScan& scan)
+        : workingTree_(workingTree), scan_(scan) {}
 
     WorkingChanges compare(std::shared_ptr<const Baseline> baseline) {
         const std::vector<KnownFile>& known = baseline->files();
@@ -86,7 +87,8 @@ private:
     void add(const OdString& path, FileChange change) {
         listOf(change).emplace_back(path);
         common::StatusRef& status = result_.files.changes.emplace_back(path, change);
-        for (const common::ConflictData& conflict : workspace_.stateWithoutIndex().conflicts) {
+        for (const common::ConflictData& conflict :
+             workingTree_.repository().stateWithoutIndex().conflicts) {
             if (conflict.path == path)
                 status.conflictInfo() = std::make_shared<common::ConflictData>(conflict);
         }
@@ -104,12 +106,13 @@ private:
             return true;
         const std::int64_t ticks = toTicks(status.modifiedNs);
         const OdString path = textOf(file);
-        const sys::Outcome<OdString> digest = tryDigestOfFile(workspace_.folder(), path);
+        const sys::Outcome<OdString> digest = tryDigestOfFile(workingTree_.folder(), path);
         if (!digest) {
             result_.unseen.push_back({path, digest.error()});
             return false;
         }
-        const Expected<CheckedUrl> url = CheckedUrl::check(workspace_.history().headUrl(path));
+        const Expected<CheckedUrl> url =
+            CheckedUrl::check(workingTree_.repository().history().headUrl(path));
         const bool differs = !url || *digest != url->digest();
         if (!differs || ticks != file.modifiedTicks)
             verdicts_.push_back({path, ticks, differs});
@@ -118,13 +121,13 @@ private:
 
     Renames renames() {
         const RenameHalves removed = {std::move(removed_), [this](const OdString& path) {
-                                          const Expected<CheckedUrl> url =
-                                              CheckedUrl::check(workspace_.history().headUrl(path));
+                                          const Expected<CheckedUrl> url = CheckedUrl::check(
+                                              workingTree_.repository().history().headUrl(path));
                                           return url ? url->digest() : OdString();
                                       }};
         const RenameHalves added = {std::move(newFiles_), [this](const OdString& path) {
                                         const sys::Outcome<OdString> digest =
-                                            tryDigestOfFile(workspace_.folder(), path);
+                                            tryDigestOfFile(workingTree_.folder(), path);
                                         if (!digest)
                                             result_.unseen.push_back({path, digest.error()});
                                         return digest ? *digest : OdString();
@@ -132,7 +135,7 @@ private:
         return findRenames(removed, added);
     }
 
-    Workspace& workspace_;
+    WorkingTree& workingTree_;
     const TreeScan& scan_;
     std::vector<common::StagedFile> changes_;
     /// How many of them are of known files, which come first.
@@ -143,13 +146,13 @@ private:
     WorkingChanges result_;
 };
 
-void refreshIndex(Workspace& workspace, const std::vector<Verdict>& verdicts) {
-    if (!workspace.mayChange() || verdicts.empty())
+void refreshIndex(WorkingTree& workingTree, const std::vector<Verdict>& verdicts) {
+    if (!workingTree.repository().mayChange() || verdicts.empty())
         return;
-    common::Cache& cache = workspace.cache();
+    common::Cache& cache = workingTree.repository().cache();
     common::Transaction transaction = cache.getTransaction();
     for (const Verdict& verdict : verdicts) {
-        common::updateIndex(verdict.path, cache, workspace.root(), verdict.isModified);
+        common::updateIndex(verdict.path, cache, workingTree.root(), verdict.isModified);
         // The library notes the time that the file has now; the verdict is about the one it had.
         if (cache.read().index.at(verdict.path).lastChecked != verdict.ticks)
             common::removeIndex(verdict.path, cache);
@@ -171,8 +174,8 @@ std::size_t WorkingChanges::presentCount() const {
     return baseline->files().size() - files.removed.size() + files.added.size();
 }
 
-Expected<WorkingChanges> findChanges(Workspace& workspace) {
-    Expected<WorkingChanges> changes = findVisibleChanges(workspace);
+Expected<WorkingChanges> findChanges(WorkingTree& workingTree) {
+    Expected<WorkingChanges> changes = findVisibleChanges(workingTree);
     if (!changes || changes->unseen.empty())
         return changes;
     OdString text =
@@ -183,17 +186,17 @@ Expected<WorkingChanges> findChanges(Workspace& workspace) {
     return ErrorMessage{text};
 }
 
-Expected<WorkingChanges> findVisibleChanges(Workspace& workspace) {
-    const std::unique_ptr<TreeScan> scan = workspace.takeScan();
+Expected<WorkingChanges> findVisibleChanges(WorkingTree& workingTree) {
+    const std::unique_ptr<TreeScan> scan = workingTree.takeScan();
     // Meanwhile the tree is listed.
-    std::shared_ptr<const Baseline> baseline = workspace.baseline();
+    std::shared_ptr<const Baseline> baseline = workingTree.baseline();
     if (Expected<void> looked = scan->lookAt(baseline); !looked)
         return std::move(looked).error();
     for (const OdString& message : scan->messages())
-        workspace.caller().note(message);
-    Comparison comparison(workspace, *scan);
+        workingTree.caller().note(message);
+    Comparison comparison(workingTree, *scan);
     WorkingChanges changes = comparison.compare(std::move(baseline));
-    refreshIndex(workspace, comparison.verdicts());
+    refreshIndex(workingTree, comparison.verdicts());
     return changes;
 }
 
@@ -216,9 +219,9 @@ std::vector<OdString> presentFiles(const WorkingChanges& changes) {
 }
 
 std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,
-                                                  Workspace& workspace) {
+                                                  WorkingTree& workingTree) {
     std::vector<common::UnchangedFile> files;
-    for (const auto& [path, file] : workspace.headFiles()) {
+    for (const auto& [path, file] : workingTree.repository().headFiles()) {
         if (changeOf(path, changes) == FileChange::unchanged)
             files.push_back({path, file.url});
     }

@@ -4,7 +4,7 @@
 #include <engine/tree/Renames.h>
 #include <engine/worktree/Baseline.h>
 #include <engine/worktree/Unseen.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstddef>
@@ -37,13 +37,13 @@ struct WorkingChanges {
 /// Scans the working tree and compares it with HEAD.
 ///
 /// A file whose size is that of HEAD is only read when its time is not one that the baseline
-/// believes. What was found by reading goes back into the index, if the workspace may be changed.
+/// believes. What was found by reading goes back into the index, if the workingTree may be changed.
 /// Fails when anything cannot be looked at, and names it: who goes on from there must not take what
 /// is out of sight for removed, or for as in HEAD.
-Expected<WorkingChanges> findChanges(Workspace& workspace);
+Expected<WorkingChanges> findChanges(WorkingTree& workingTree);
 
 /// The same for whoever only shows it: what cannot be looked at is in `unseen`.
-Expected<WorkingChanges> findVisibleChanges(Workspace& workspace);
+Expected<WorkingChanges> findVisibleChanges(WorkingTree& workingTree);
 
 /// The regular files that are in the working tree: everything that the scan found, and files of
 /// HEAD that are there although a rule ignores them; ordered.
@@ -51,7 +51,7 @@ std::vector<OdString> presentFiles(const WorkingChanges& changes);
 
 /// The files of HEAD that are as they were committed, ordered by path.
 std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,
-                                                  Workspace& workspace);
+                                                  WorkingTree& workingTree);
 
 /// What a path is in `changes`; `unchanged` for everything that is in none of the lists.
 common::FileChange changeOf(const OdString& path, const WorkingChanges& changes);

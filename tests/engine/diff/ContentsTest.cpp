@@ -1,4 +1,5 @@
 #include <engine/diff/Contents.h>
+#include <engine/worktree/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
@@ -17,19 +18,20 @@ namespace {
 using namespace std::string_literals;
 using qrv::FileVersion;
 using qrv::readText;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 
-std::unique_ptr<Workspace> open(const TemporaryFolder& folder) {
+std::unique_ptr<WorkingTree> open(const TemporaryFolder& folder) {
     writeFile(folder / ".qrv/qrv.state", R"({"head": {"reference": "master"}})");
-    return Workspace::open(folder.path(), Workspace::Use::change, qrv_test::anyCaller()).value();
+    return qrv::openTree(folder.path(), qrv::Repository::Use::change, qrv_test::anyCaller())
+        .value();
 }
 
 struct Office {
     TemporaryFolder folder;
     common::RootPath root = common::RootPath::get(folder.text(), true).value();
-    std::unique_ptr<Workspace> workspace = open(folder);
+    std::unique_ptr<WorkingTree> workingTree = open(folder);
 
     /// Writes the working file and gives its version.
     FileVersion working(const std::string& name, const std::string& bytes) const {
@@ -40,13 +42,13 @@ struct Office {
     FileVersion stored(const std::string& name, const std::string& bytes) const {
         FileVersion version = working(name, bytes);
         const OdString path = OdString::fromNarrow(name);
-        version.url = workspace->storages().ofFile(path).store(root, path).value();
-        EXPECT_TRUE(workspace->storages().objects().flush(root));
+        version.url = workingTree->repository().storages().ofFile(path).store(root, path).value();
+        EXPECT_TRUE(workingTree->repository().storages().objects().flush(root));
         return version;
     }
     Expected<std::optional<std::string>> read(const wchar_t* path,
                                               const FileVersion& version) const {
-        return readText(*workspace, path, version);
+        return readText(*workingTree, path, version);
     }
 };
 

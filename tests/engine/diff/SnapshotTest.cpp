@@ -1,5 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/diff/Snapshot.h>
+#include <engine/worktree/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
@@ -20,7 +21,7 @@ using qrv::FileVersion;
 using qrv::Snapshot;
 using qrv::snapshotOf;
 using qrv::WorkingChanges;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 
@@ -28,22 +29,23 @@ OdString digest(const char* bytes) {
     return OdString(qrv::Digest::of(bytes).c_str());
 }
 
-std::unique_ptr<Workspace> open(const TemporaryFolder& folder) {
+std::unique_ptr<WorkingTree> open(const TemporaryFolder& folder) {
     writeFile(folder / ".qrv/qrv.state", R"({"head": {"reference": "master"}})");
-    return Workspace::open(folder.path(), Workspace::Use::change, qrv_test::anyCaller()).value();
+    return qrv::openTree(folder.path(), qrv::Repository::Use::change, qrv_test::anyCaller())
+        .value();
 }
 
 /// A repository whose files "kept", "gone" and "other" are those of HEAD.
 struct Office {
     TemporaryFolder folder;
     common::RootPath root = common::RootPath::get(folder.text(), true).value();
-    std::unique_ptr<Workspace> workspace = open(folder);
+    std::unique_ptr<WorkingTree> workingTree = open(folder);
 
     Office() {
         for (const char* const name : {"kept", "gone", "other"}) {
             writeFile(folder / name, name);
             const OdString url = L"po:" + digest(name);
-            workspace->history().changeHeadFiles({{name, url, {}, 4}});
+            workingTree->repository().history().changeHeadFiles({{name, url, {}, 4}});
         }
     }
 };
@@ -66,7 +68,7 @@ TEST(Snapshot, OfTheWorkingTreeHasWhatTheFilesHold) {
     changes.files.modified.emplace_back(L"other");
     changes.files.added.emplace_back(L"new");
     changes.files.removed.emplace_back(L"gone");
-    const Expected<Snapshot> files = snapshotOf(*office.workspace, changes);
+    const Expected<Snapshot> files = snapshotOf(*office.workingTree, changes);
     ASSERT_TRUE(files);
     ASSERT_EQ(files->size(), 3);
     EXPECT_EQ(files->at(L"kept").url, L"po:" + digest("kept"));
@@ -84,7 +86,7 @@ TEST(Snapshot, OfTheWorkingTreeLacksWhatWentAwaySinceTheScan) {
     WorkingChanges changes;
     changes.files.modified.emplace_back(L"other");
     changes.files.added.emplace_back(L"new");
-    const Expected<Snapshot> files = snapshotOf(*office.workspace, changes);
+    const Expected<Snapshot> files = snapshotOf(*office.workingTree, changes);
     ASSERT_TRUE(files);
     EXPECT_EQ(files->size(), 2);
     EXPECT_FALSE(files->contains(L"other"));
@@ -96,7 +98,7 @@ TEST(Snapshot, OfTheWorkingTreeNeedsEveryChangedFile) {
     std::filesystem::create_symlink("kept", office.folder / "other");
     WorkingChanges changes;
     changes.files.modified.emplace_back(L"other");
-    const Expected<Snapshot> files = snapshotOf(*office.workspace, changes);
+    const Expected<Snapshot> files = snapshotOf(*office.workingTree, changes);
     ASSERT_FALSE(files);
     EXPECT_EQ(files.error().message,
               OdString::format(L"'other' cannot be read: %ls",

@@ -3,7 +3,8 @@
 #include <engine/paths/CheckedUrl.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/PackFile.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/OpenTree.h>
+#include <engine/worktree/WorkingTree.h>
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/engine/base/RecordingCaller.h>
 
@@ -20,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using qrv::Digest;
 using qrv::PackCandidate;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using qrv_test::HistoryProject;
 
 /// Names contents of one letter by it.
@@ -48,10 +49,10 @@ std::string shown(const std::vector<PackCandidate>& candidates) {
 class Packing : public testing::Test {
 protected:
     std::vector<PackCandidate> candidates(const std::set<OdString>& needed = {}) {
-        workspace = std::move(
-            *Workspace::open(project.folder.path(), Workspace::Use::change, qrv_test::anyCaller()));
-        const auto files = qrv::listMetadata(workspace->root(), workspace->folder());
-        std::vector<PackCandidate> all = qrv::packCandidates(*workspace, files->objects, needed);
+        workingTree = std::move(*qrv::openTree(project.folder.path(), qrv::Repository::Use::change,
+                                               qrv_test::anyCaller()));
+        const auto files = qrv::listMetadata(workingTree->root(), workingTree->folder());
+        std::vector<PackCandidate> all = qrv::packCandidates(*workingTree, files->objects, needed);
         std::erase_if(all, [](const auto& candidate) { return letterOf(candidate.digest) == "?"; });
         return all;
     }
@@ -61,7 +62,7 @@ protected:
     }
 
     const HistoryProject project;
-    std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<WorkingTree> workingTree;
 };
 
 TEST_F(Packing, TakesTheEarlierVersionOfTheSameFile) {
@@ -99,10 +100,10 @@ TEST_F(Packing, GoesOnFromWhatIsPacked) {
     commit({{"x", "b"}});
     const std::vector<PackCandidate> chosen = candidates();
     std::vector<OdString> problems;
-    EXPECT_EQ(shown(qrv::packObjects(*workspace, chosen, problems)), "a b<a ");
+    EXPECT_EQ(shown(qrv::packObjects(*workingTree, chosen, problems)), "a b<a ");
     EXPECT_TRUE(problems.empty());
     EXPECT_FALSE(fs::exists(project / (".qrv/objects/" + Digest::of("a"))));
-    workspace.reset();
+    workingTree.reset();
     commit({{"x", "c"}});
     EXPECT_EQ(shown(candidates()), "c<b ");
 }

@@ -17,7 +17,7 @@ using qrv::deleteReference;
 using qrv::listReferences;
 using qrv::makeReference;
 using qrv::NamedReference;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using testing::EndsWith;
 using testing::HasSubstr;
 
@@ -29,19 +29,19 @@ protected:
         project.commit("First");
         project.write({{"a.txt", "2"}});
         project.commit("Second");
-        workspace = project.open();
+        workingTree = project.open();
     }
 
     Expected<CommitEntry> make(RefType type, const wchar_t* name, const wchar_t* commit) {
-        return makeReference(*workspace, {type, name, commit});
+        return makeReference(*workingTree, {type, name, commit});
     }
     Expected<CommitEntry> remove(RefType type, const wchar_t* name, bool force = false) {
-        return deleteReference(*workspace, {type, name, force});
+        return deleteReference(*workingTree, {type, name, force});
     }
     /// "name number, ..."
     std::string shown(RefType type) {
         std::string text;
-        for (const NamedReference& reference : listReferences(*workspace, type))
+        for (const NamedReference& reference : listReferences(*workingTree, type))
             text += reference.name.toNarrow() + " " +
                     (reference.commit ? std::to_string(reference.commit->number) : "-") + ", ";
         return text;
@@ -52,7 +52,7 @@ protected:
     std::string log() const { return qrv_test::readFile(project / ".qrv/qrv.log"); }
 
     qrv_test::Working project;
-    std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<WorkingTree> workingTree;
     qrv_test::RecordingCaller caller;
 };
 
@@ -98,12 +98,12 @@ TEST_F(NamedReferences, ThatAreNotThereAreNotDeleted) {
 
 // Symptom to keep away: work that was only on a branch is gone with it after two weeks.
 TEST_F(NamedReferences, OfBranchesThatAloneHoldCommitsAreDeletedByForceOnly) {
-    workspace.reset();
+    workingTree.reset();
     project.run({"switch", "-c", "side"});
     project.write({{"a.txt", "3"}});
     project.commit("Third");
     project.run({"switch", "master"});
-    workspace = project.open();
+    workingTree = project.open();
     EXPECT_THAT(messageOf(remove(RefType::Branch, L"side")),
                 HasSubstr("'side' has commits that are in no other branch or tag"));
     ASSERT_TRUE(make(RefType::Tag, L"held", L"side"));
@@ -114,7 +114,7 @@ TEST_F(NamedReferences, OfBranchesThatAloneHoldCommitsAreDeletedByForceOnly) {
 }
 
 TEST_F(NamedReferences, AreMadeListedAndDeletedByTheFolderOfTheirRepository) {
-    workspace.reset();
+    workingTree.reset();
     const std::string folder = project.folder.path();
     EXPECT_EQ(makeReference(folder, {RefType::Branch, L"side", L"1"}, caller)->number, 1);
     const auto branches = listReferences(folder, RefType::Branch, caller);
@@ -129,7 +129,7 @@ TEST_F(NamedReferences, AreMadeListedAndDeletedByTheFolderOfTheirRepository) {
 }
 
 TEST_F(NamedReferences, FailWithAMessageWhereThereIsNoRepositoryOrADamagedOne) {
-    workspace.reset();
+    workingTree.reset();
     const qrv_test::TemporaryFolder elsewhere;
     EXPECT_THAT(messageOf(makeReference(elsewhere.path(), {RefType::Tag, L"v1", L"HEAD"}, caller)),
                 HasSubstr("is not in a repository"));

@@ -1,5 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/history/Plan.h>
+#include <engine/worktree/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/tree/Trees.h>
 #include <tests/engine/worktree/Working.h>
@@ -17,7 +18,7 @@ namespace {
 using qrv::notedPlan;
 using qrv::Plan;
 using qrv::PlannedFile;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using qrv_test::contentsOf;
 using qrv_test::Outcome;
 using qrv_test::readFile;
@@ -41,16 +42,17 @@ protected:
     }
 
     /// Whatever plan is noted stays.
-    std::unique_ptr<Workspace> open() const {
-        return std::move(
-            *Workspace::open(project.folder.path(), Workspace::Use::repair, qrv_test::anyCaller()));
+    std::unique_ptr<WorkingTree> open() const {
+        return std::move(*qrv::openTree(project.folder.path(), qrv::Repository::Use::change,
+                                        qrv_test::anyCaller()));
     }
     Plan switching(std::vector<PlannedFile> files) const {
-        const std::unique_ptr<Workspace> workspace = open();
+        const std::unique_ptr<WorkingTree> workingTree = open();
         Plan plan;
         plan.title = L"switch side";
         plan.branch = L"side";
-        plan.commit = *workspace->history().reference(L"side", common::RefType::Branch);
+        plan.commit =
+            *workingTree->repository().history().reference(L"side", common::RefType::Branch);
         plan.files = std::move(files);
         return plan;
     }
@@ -60,7 +62,7 @@ protected:
         plan.files = std::move(files);
         return plan;
     }
-    void note(const Plan& plan) const { notePlan(open()->history(), plan); }
+    void note(const Plan& plan) const { notePlan(open()->repository().history(), plan); }
 
     /// What the commands say that would carry it out, when they agree and nothing was changed.
     std::string refusal(const Plan& plan) const {
@@ -112,7 +114,7 @@ TEST_F(PlanOfAStranger, CanBeForgotten) {
     note(restoring({{L"private.txt", urlOf("kept nowhere"), {}, 0}}));
     EXPECT_EQ(project.qrv({"recover", "--forget"}),
               (Outcome{0, "'restore' is forgotten, and its files are left as they are: 1\n", ""}));
-    EXPECT_FALSE(notedPlan(open()->history()));
+    EXPECT_FALSE(notedPlan(open()->repository().history()));
     EXPECT_EQ(readFile(project / "private.txt"), "kept nowhere");
     EXPECT_EQ(project.qrv({"verify"}).status, 0);
 }
@@ -120,18 +122,18 @@ TEST_F(PlanOfAStranger, CanBeForgotten) {
 TEST_F(PlanOfAStranger, ForgottenAfterHeadHadMovedLeavesHeadAtTheBranchOfTheState) {
     Plan plan = switching({{L"a.txt", urlOf("first"), urlOf("second"), 6}});
     {
-        const std::unique_ptr<Workspace> workspace = open();
-        notePlan(workspace->history(), plan);
-        workspace->history().changeHeadFiles({{L"a.txt", urlOf("second"), {}, 6}});
-        workspace->history().setNote(qrv::headNote, plan.commit);
+        const std::unique_ptr<WorkingTree> workingTree = open();
+        notePlan(workingTree->repository().history(), plan);
+        workingTree->repository().history().changeHeadFiles({{L"a.txt", urlOf("second"), {}, 6}});
+        workingTree->repository().history().setNote(qrv::headNote, plan.commit);
     }
     project.run({"recover", "--forget"});
     EXPECT_EQ(project.qrv({"verify"}).status, 0);
     EXPECT_EQ(project.run({"branch", "--json"}).find("\"current\" : true") != std::string::npos,
               true);
-    const std::unique_ptr<Workspace> workspace = open();
-    EXPECT_EQ(workspace->branch(), OdString(L"master"));
-    EXPECT_EQ(workspace->headFiles().at(L"a.txt").url, urlOf("first"));
+    const std::unique_ptr<WorkingTree> workingTree = open();
+    EXPECT_EQ(workingTree->repository().branch(), OdString(L"master"));
+    EXPECT_EQ(workingTree->repository().headFiles().at(L"a.txt").url, urlOf("first"));
 }
 
 TEST_F(PlanOfAStranger, IsDoneWhenACommandCouldHaveLeftIt) {

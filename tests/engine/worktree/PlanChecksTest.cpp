@@ -24,8 +24,8 @@ protected:
         project.commit("First");
     }
     PlannedFile replacing(const char* path) const {
-        const auto workspace = project.open();
-        return {OdString(path), project.url(*workspace, path), qrv_test::url('1'), 1};
+        const auto workingTree = project.open();
+        return {OdString(path), project.url(*workingTree, path), qrv_test::url('1'), 1};
     }
     static std::string answer(const Expected<void>& checked) {
         return checked ? "fine" : checked.error().message.toNarrow();
@@ -58,12 +58,12 @@ TEST_F(PlanChecks, NameFilesThatAreOpenInAnotherProgram) {
 
 TEST_F(PlanChecks, SeeWhatWasSavedSinceTheChangesWereFound) {
     const std::vector<PlannedFile> steps = {replacing("list.csv"), replacing("plan.dwg")};
-    const auto workspace = project.open();
-    const qrv::WorkingChanges changes = *findChanges(*workspace);
-    EXPECT_TRUE(lookAgain(*workspace, steps, changes));
+    const auto workingTree = project.open();
+    const qrv::WorkingChanges changes = *findChanges(*workingTree);
+    EXPECT_TRUE(lookAgain(*workingTree, steps, changes));
     project.write({{"plan.dwg", "PLAN"}});
     fs::remove(project / "list.csv");
-    EXPECT_EQ(lookAgain(*workspace, steps, changes).error().message,
+    EXPECT_EQ(lookAgain(*workingTree, steps, changes).error().message,
               OdString(L"Another program has just changed these files; try again:\n"
                        L"  list.csv\n"
                        L"  plan.dwg"));
@@ -92,13 +92,13 @@ TEST_F(PlanChecks, KnowADiskThatTellsLetterCaseApart) {
 
 // As on a disk that ignores letter case, where one file is found under both names.
 TEST_F(PlanChecks, GiveRoomToAFileWhoseNameChangesItsLettersOnly) {
-    const auto workspace = project.open();
-    const qrv::WorkingChanges changes = *findChanges(*workspace);
+    const auto workingTree = project.open();
+    const qrv::WorkingChanges changes = *findChanges(*workingTree);
     fs::create_hard_link(project / "plan.dwg", project / "PLAN.dwg");
     const std::vector<PlannedFile> steps = {{L"PLAN.dwg", L"", qrv_test::url('1'), 1},
                                             {L"plan.dwg", qrv_test::url('1'), L"", 0}};
-    EXPECT_TRUE(checkRoom(*workspace, steps, changes));
-    EXPECT_FALSE(checkRoom(*workspace, {steps[0]}, changes));
+    EXPECT_TRUE(checkRoom(*workingTree, steps, changes));
+    EXPECT_FALSE(checkRoom(*workingTree, {steps[0]}, changes));
 }
 
 }  // namespace

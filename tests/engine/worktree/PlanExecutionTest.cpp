@@ -17,29 +17,29 @@ using qrv::findChanges;
 using qrv::notePlan;
 using qrv::Plan;
 using qrv::PlannedFile;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using qrv_test::contentsOf;
 using qrv_test::Outcome;
 using qrv_test::readFile;
 
 class PlanExecution : public qrv_test::TwoBranches {
 protected:
-    static Plan planOfSwitch(Workspace& workspace) {
-        return TwoBranches::planOfSwitch(workspace, L"new");
+    static Plan planOfSwitch(WorkingTree& workingTree) {
+        return TwoBranches::planOfSwitch(workingTree, L"new");
     }
     /// As a command leaves it that was killed after it had noted its plan.
     void interrupt() const {
-        const std::unique_ptr<Workspace> workspace = project.open();
-        notePlan(workspace->history(), planOfSwitch(*workspace));
+        const std::unique_ptr<WorkingTree> workingTree = project.open();
+        notePlan(workingTree->repository().history(), planOfSwitch(*workingTree));
     }
     void interruptMerge() const {
-        const std::unique_ptr<Workspace> workspace = project.open();
-        Plan plan = planOfSwitch(*workspace);
+        const std::unique_ptr<WorkingTree> workingTree = project.open();
+        Plan plan = planOfSwitch(*workingTree);
         plan.title = L"merge of 'new'";
         plan.branch = L"";
         plan.commit = L"";
         plan.recovery = Plan::Recovery::takeBack;
-        notePlan(workspace->history(), plan);
+        notePlan(workingTree->repository().history(), plan);
     }
     bool isThere(const std::string& path) const { return fs::exists(project / path); }
 
@@ -51,28 +51,28 @@ protected:
 };
 
 TEST_F(PlanExecution, ChangesFilesHeadAndState) {
-    const std::unique_ptr<Workspace> workspace = project.open();
-    ASSERT_TRUE(carryOut(*workspace, planOfSwitch(*workspace), *findChanges(*workspace)));
+    const std::unique_ptr<WorkingTree> workingTree = project.open();
+    ASSERT_TRUE(carryOut(*workingTree, planOfSwitch(*workingTree), *findChanges(*workingTree)));
     EXPECT_EQ(readFile(project / "a.txt"), "new a");
     EXPECT_EQ(readFile(project / "fresh/c.dwg"), "new c");
     EXPECT_FALSE(isThere("gone"));
-    EXPECT_EQ(workspace->branch(), OdString(L"new"));
-    EXPECT_FALSE(notedPlan(workspace->history()));
-    EXPECT_TRUE(findChanges(*workspace)->isEmpty());
+    EXPECT_EQ(workingTree->repository().branch(), OdString(L"new"));
+    EXPECT_FALSE(notedPlan(workingTree->repository().history()));
+    EXPECT_TRUE(findChanges(*workingTree)->isEmpty());
 }
 
 TEST_F(PlanExecution, TakesEverythingBackWhenAVersionIsMissing) {
-    const std::unique_ptr<Workspace> workspace = project.open();
-    Plan plan = planOfSwitch(*workspace);
+    const std::unique_ptr<WorkingTree> workingTree = project.open();
+    Plan plan = planOfSwitch(*workingTree);
     plan.files.push_back({L"z.txt", L"", qrv_test::url('f'), 1});
-    const Expected<void> done = carryOut(*workspace, plan, *findChanges(*workspace));
+    const Expected<void> done = carryOut(*workingTree, plan, *findChanges(*workingTree));
     ASSERT_FALSE(done);
     EXPECT_EQ(readFile(project / "a.txt"), "old a");
     EXPECT_EQ(readFile(project / "gone/b.txt"), "old b");
     EXPECT_FALSE(isThere("fresh"));
-    EXPECT_EQ(workspace->branch(), OdString(L"old"));
-    EXPECT_FALSE(notedPlan(workspace->history()));
-    EXPECT_TRUE(findChanges(*workspace)->isEmpty());
+    EXPECT_EQ(workingTree->repository().branch(), OdString(L"old"));
+    EXPECT_FALSE(notedPlan(workingTree->repository().history()));
+    EXPECT_TRUE(findChanges(*workingTree)->isEmpty());
 }
 
 TEST_F(PlanExecution, IsFinishedByTheNextCommandThatChangesSomething) {
@@ -177,10 +177,10 @@ TEST_F(PlanExecution, IsOnlyToldWhileAnotherProcessIsAtWork) {
 }
 
 TEST_F(PlanExecution, FindsRoomOnlyWhereNothingUnknownLies) {
-    const std::unique_ptr<Workspace> workspace = project.open();
+    const std::unique_ptr<WorkingTree> workingTree = project.open();
     const std::vector<PlannedFile> planned = {{L"fresh/c.dwg", L"", qrv_test::url('1'), 1}};
     const auto room = [&] {
-        const Expected<void> checked = checkRoom(*workspace, planned, *findChanges(*workspace));
+        const Expected<void> checked = checkRoom(*workingTree, planned, *findChanges(*workingTree));
         return checked ? "room" : checked.error().message.toNarrow();
     };
     const std::string none =

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using qrv::findChanges;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using qrv_test::readFile;
 using testing::HasSubstr;
 
@@ -26,27 +26,27 @@ protected:
 
     /// As a command leaves it that was killed after it had noted its plan.
     void noteSwitch(const wchar_t* branch) const {
-        notePlan(workspace->history(), planOfSwitch(*workspace, branch));
+        notePlan(workingTree->repository().history(), planOfSwitch(*workingTree, branch));
     }
 
     std::string recovered() const {
         try {
-            const Expected<void> done = recover(*workspace);
+            const Expected<void> done = recover(*workingTree);
             return done ? "recovered" : done.error().message.toNarrow();
         } catch (const qrv::DatabaseError& error) {
             return error.what();
         }
     }
-    bool isNoted() const { return notedPlan(workspace->history()).has_value(); }
+    bool isNoted() const { return notedPlan(workingTree->repository().history()).has_value(); }
 
-    const std::unique_ptr<Workspace> workspace = project.open();
+    const std::unique_ptr<WorkingTree> workingTree = project.open();
 };
 
 TEST_F(PlanRecovery, FinishesTheRest) {
     EXPECT_EQ(recovered(), "recovered");
     EXPECT_FALSE(isNoted());
     EXPECT_EQ(readFile(project / "a.txt"), "new a");
-    EXPECT_TRUE(findChanges(*workspace)->isEmpty());
+    EXPECT_TRUE(findChanges(*workingTree)->isEmpty());
 }
 
 // Symptom: an error of the disk passed for a person's change, the plan was forgotten, and the next
@@ -56,7 +56,7 @@ TEST_F(PlanRecovery, StopsAndKeepsThePlanWhicheverCallFails) {
     int stops = 0;
     bool hasFired = true;
     for (int nth = 1; hasFired; nth += 5) {
-        const bool isOnNew = workspace->branch() == OdString(L"new");
+        const bool isOnNew = workingTree->repository().branch() == OdString(L"new");
         if (!isNoted())
             noteSwitch(isOnNew ? L"old" : L"new");
         std::string answer;
@@ -79,7 +79,7 @@ TEST_F(PlanRecovery, StopsAndKeepsThePlanWhicheverCallFails) {
         EXPECT_EQ(readFile(project / "a.txt"), isOnNew ? "old a" : "new a") << nth;
         EXPECT_EQ(fs::exists(project / "fresh/c.dwg"), !isOnNew) << nth;
         EXPECT_EQ(fs::exists(project / "gone/b.txt"), isOnNew) << nth;
-        EXPECT_TRUE(findChanges(*workspace)->isEmpty()) << nth;
+        EXPECT_TRUE(findChanges(*workingTree)->isEmpty()) << nth;
     }
     EXPECT_GT(stops, 5);
     qrv_test::tellTried(static_cast<std::size_t>(stops), "failing calls");
@@ -102,7 +102,7 @@ TEST_F(PlanRecovery, GivesBackWhatWasMovedAsideWhenThePowerFailed) {
     EXPECT_EQ(readFile(project / "fresh/c.dwg"), "new c");
     EXPECT_FALSE(fs::exists(project / aside));
     EXPECT_FALSE(fs::exists(project / "fresh/.1-0.qrv-aside"));
-    EXPECT_EQ(qrv_test::shown(*findChanges(*workspace)), "a.txt modified, ");
+    EXPECT_EQ(qrv_test::shown(*findChanges(*workingTree)), "a.txt modified, ");
 }
 
 TEST_F(PlanRecovery, KeepsTheSaveBeforeTheLastBesideIt) {
@@ -118,13 +118,13 @@ TEST_F(PlanRecovery, KeepsTheSaveBeforeTheLastBesideIt) {
 TEST_F(PlanRecovery, KnowsNothingOfAFileThatItLeft) {
     project.write({{"a.txt", "a day's work"}});
     EXPECT_EQ(recovered(), "recovered");
-    EXPECT_FALSE(workspace->state().index.contains(L"a.txt"));
-    EXPECT_TRUE(workspace->state().index.contains(L"fresh/c.dwg"));
+    EXPECT_FALSE(workingTree->repository().state().index.contains(L"a.txt"));
+    EXPECT_TRUE(workingTree->repository().state().index.contains(L"fresh/c.dwg"));
 }
 
 TEST_F(PlanRecovery, HidesWhatIsOnItsWayFromTheScan) {
     project.write({{".12-3.qrv-tmp", "half"}, {"fresh/.0-0.qrv-aside", "x"}, {".other", "y"}});
-    EXPECT_EQ(qrv_test::shown(*findChanges(*workspace)), ".other added, ");
+    EXPECT_EQ(qrv_test::shown(*findChanges(*workingTree)), ".other added, ");
 }
 
 }  // namespace

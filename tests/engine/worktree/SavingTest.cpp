@@ -15,7 +15,7 @@ using qrv::PlannedFile;
 using qrv::stepsToTree;
 using qrv::Tree;
 using qrv::Unsaved;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using qrv_test::Working;
 
 using Steps = Expected<std::vector<PlannedFile>>;
@@ -27,20 +27,21 @@ protected:
         project.commit("First");
         project.write({{"a.txt", "second a"}, {"d.dwg", "second d"}});
         project.commit("Second");
-        workspace = project.open();
+        workingTree = project.open();
     }
 
     Steps steps(const Tree& target, Unsaved unsaved = Unsaved::refuse) const {
-        return stepsToTree(*workspace, target, {L"a.txt", L"d.dwg"}, *findChanges(*workspace),
+        return stepsToTree(*workingTree, target, {L"a.txt", L"d.dwg"}, *findChanges(*workingTree),
                            unsaved);
     }
     Tree first() const {
-        return workspace->history().tree(workspace->history().commitByNumber(1)->hash);
+        return workingTree->repository().history().tree(
+            workingTree->repository().history().commitByNumber(1)->hash);
     }
-    const Tree& second() const { return workspace->headFiles(); }
+    const Tree& second() const { return workingTree->repository().headFiles(); }
 
     const Working project;
-    std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<WorkingTree> workingTree;
 };
 
 TEST_F(StepsToTree, AreNoneWhereTheFilesAreAsWanted) {
@@ -83,9 +84,10 @@ TEST_F(StepsToTree, StoreSuchContentsWhenAsked) {
     ASSERT_EQ(found->size(), 2);
     for (const PlannedFile& step : *found) {
         const OdString copy = project.folder.text("copy");
-        ASSERT_TRUE(workspace->storages()
+        ASSERT_TRUE(workingTree->repository()
+                        .storages()
                         .ofUrl(step.before)
-                        .exportTo(workspace->root(), step.before, copy));
+                        .exportTo(workingTree->root(), step.before, copy));
         EXPECT_EQ(qrv_test::readFile(project / "copy"),
                   qrv_test::readFile(project / step.path.toNarrow()));
     }
@@ -102,15 +104,15 @@ TEST_F(StepsToTree, OnlyLookWhenNothingIsToBeDone) {
 }
 
 TEST_F(StepsToTree, KnowADrawingThatOnlyTheWantedTreeHas) {
-    workspace.reset();
+    workingTree.reset();
     fs::remove(project / "d.dwg");
     project.commit("Third");
     project.write({{"d.dwg", "second d"}});
-    workspace = project.open();
+    workingTree = project.open();
     const Tree wanted = first();
     const OdString store = wanted.at(L"d.dwg").url.left(36);
     const Steps found =
-        stepsToTree(*workspace, wanted, {L"d.dwg"}, *findChanges(*workspace), Unsaved::refuse);
+        stepsToTree(*workingTree, wanted, {L"d.dwg"}, *findChanges(*workingTree), Unsaved::refuse);
     ASSERT_TRUE(found) << found.error().message.toNarrow();
     ASSERT_EQ(found->size(), 1);
     EXPECT_EQ(found->front().before.left(36), store);

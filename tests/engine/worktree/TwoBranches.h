@@ -26,13 +26,14 @@ protected:
     }
 
     /// The plan of `qrv switch BRANCH`.
-    static qrv::Plan planOfSwitch(qrv::Workspace& workspace, const wchar_t* branch) {
+    static qrv::Plan planOfSwitch(qrv::WorkingTree& workingTree, const wchar_t* branch) {
         qrv::Plan plan;
         plan.title = OdString(L"switch ") + branch;
         plan.branch = branch;
-        plan.commit = *workspace.history().reference(branch, common::RefType::Branch);
-        plan.files =
-            qrv::stepsBetween(workspace.headFiles(), workspace.history().tree(plan.commit));
+        plan.commit =
+            *workingTree.repository().history().reference(branch, common::RefType::Branch);
+        plan.files = qrv::stepsBetween(workingTree.repository().headFiles(),
+                                       workingTree.repository().history().tree(plan.commit));
         return plan;
     }
 

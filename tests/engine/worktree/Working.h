@@ -1,7 +1,8 @@
 #pragma once
 
+#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/Workspace.h>
+#include <engine/worktree/WorkingTree.h>
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/engine/base/RecordingCaller.h>
 
@@ -13,12 +14,11 @@ namespace qrv_test {
 /// A repository in which the parts of the program are called one by one.
 struct Working : HistoryProject {
     /// Opens it for a change. Until it ends no other process can change the repository.
-    std::unique_ptr<qrv::Workspace> open() const {
-        return std::move(
-            *qrv::Workspace::open(folder.path(), qrv::Workspace::Use::change, anyCaller()));
+    std::unique_ptr<qrv::WorkingTree> open() const {
+        return std::move(*qrv::openTree(folder.path(), qrv::Repository::Use::change, anyCaller()));
     }
-    OdString url(qrv::Workspace& workspace, const char* path) const {
-        return workspace.headFiles().at(OdString(path)).url;
+    OdString url(qrv::WorkingTree& workingTree, const char* path) const {
+        return workingTree.repository().headFiles().at(OdString(path)).url;
     }
 };
 

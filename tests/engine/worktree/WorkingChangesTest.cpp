@@ -1,3 +1,4 @@
+#include <engine/worktree/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>
 
@@ -13,13 +14,13 @@ using common::FileChange;
 using qrv::findChanges;
 using qrv::unchangedFiles;
 using qrv::WorkingChanges;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using qrv_test::shown;
 using qrv_test::Working;
 
-class WorkingTree : public testing::Test {
+class AWorkingTree : public testing::Test {
 protected:
-    WorkingTree() {
+    AWorkingTree() {
         project.write(
             {{"b.dwg", "drawing"}, {"a.txt", "text"}, {"sub/c.txt", "more"}, {"empty", ""}});
         project.commit("First");
@@ -36,7 +37,7 @@ protected:
     const Working project;
 };
 
-TEST_F(WorkingTree, HasNoChangesAfterACommit) {
+TEST_F(AWorkingTree, HasNoChangesAfterACommit) {
     const WorkingChanges found = changes();
     EXPECT_TRUE(found.isEmpty());
     EXPECT_EQ(presentFiles(found), (std::vector<OdString>{L".qrv/properties/ignore", L"a.txt",
@@ -44,7 +45,7 @@ TEST_F(WorkingTree, HasNoChangesAfterACommit) {
     EXPECT_EQ(found.presentCount(), 5U);
 }
 
-TEST_F(WorkingTree, ListsWhatIsPresentInOrder) {
+TEST_F(AWorkingTree, ListsWhatIsPresentInOrder) {
     project.write({{"sub/d.txt", "new"}, {"Z.txt", "new, too"}, {"sub/c.bak", "ignored"}});
     fs::remove(project / "a.txt");
     const WorkingChanges found = changes();
@@ -54,20 +55,20 @@ TEST_F(WorkingTree, ListsWhatIsPresentInOrder) {
     EXPECT_EQ(found.presentCount(), 6U);
 }
 
-TEST_F(WorkingTree, ListsTheUnchangedFilesWhenAsked) {
+TEST_F(AWorkingTree, ListsTheUnchangedFilesWhenAsked) {
     project.write({{"b.dwg", "DRAWING"}, {"sub/d.txt", "new"}});
     fs::remove(project / "empty");
-    const auto workspace = project.open();
-    const WorkingChanges found = *findChanges(*workspace);
+    const auto workingTree = project.open();
+    const WorkingChanges found = *findChanges(*workingTree);
     std::string shown;
-    for (const common::UnchangedFile& file : unchangedFiles(found, *workspace)) {
+    for (const common::UnchangedFile& file : unchangedFiles(found, *workingTree)) {
         shown += file.path.toNarrow() + ", ";
-        EXPECT_EQ(file.url, workspace->headFiles().at(file.path).url);
+        EXPECT_EQ(file.url, workingTree->repository().headFiles().at(file.path).url);
     }
     EXPECT_EQ(shown, ".qrv/properties/ignore, a.txt, sub/c.txt, ");
 }
 
-TEST_F(WorkingTree, ListsEachChangeInTheOrderOfThePaths) {
+TEST_F(AWorkingTree, ListsEachChangeInTheOrderOfThePaths) {
     project.write({{"b.dwg", "DRAWING"}, {"sub/d.txt", "new"}, {"Z.txt", "new, too"}});
     fs::remove(project / "a.txt");
     const WorkingChanges found = changes();
@@ -79,24 +80,24 @@ TEST_F(WorkingTree, ListsEachChangeInTheOrderOfThePaths) {
     EXPECT_EQ(changeOf(L"nowhere", found), FileChange::unchanged);
 }
 
-TEST_F(WorkingTree, FindsARenamingByTheContents) {
+TEST_F(AWorkingTree, FindsARenamingByTheContents) {
     fs::rename(project / "b.dwg", project / "sub/B.dwg");
     EXPECT_EQ(renames(), "b.dwg>sub/B.dwg, ");
     project.write({{"sub/B.dwg", "DRAWING"}});
     EXPECT_EQ(renames(), "");
 }
 
-TEST_F(WorkingTree, TakesNoCopyForARenaming) {
+TEST_F(AWorkingTree, TakesNoCopyForARenaming) {
     fs::copy(project / "b.dwg", project / "copy.dwg");
     EXPECT_EQ(renames(), "");
 }
 
-TEST_F(WorkingTree, TakesNoEmptyFileForARenamedOne) {
+TEST_F(AWorkingTree, TakesNoEmptyFileForARenamedOne) {
     fs::rename(project / "empty", project / "void");
     EXPECT_EQ(renames(), "");
 }
 
-TEST_F(WorkingTree, GivesEachLostFileOneNewName) {
+TEST_F(AWorkingTree, GivesEachLostFileOneNewName) {
     project.write({{"twin 1.txt", "twin"}, {"twin 2.txt", "twin"}});
     project.commit("Twins");
     fs::rename(project / "twin 2.txt", project / "x.txt");
@@ -105,7 +106,7 @@ TEST_F(WorkingTree, GivesEachLostFileOneNewName) {
     EXPECT_EQ(renames(), "twin 1.txt>x.txt, twin 2.txt>y.txt, ");
 }
 
-TEST_F(WorkingTree, ListsLinksApart) {
+TEST_F(AWorkingTree, ListsLinksApart) {
     fs::remove(project / "a.txt");
     fs::create_symlink("sub/c.txt", project / "a.txt");
     const WorkingChanges found = changes();
@@ -113,14 +114,14 @@ TEST_F(WorkingTree, ListsLinksApart) {
     EXPECT_EQ(found.links, (std::vector<OdString>{L"a.txt"}));
 }
 
-TEST_F(WorkingTree, DoesNotLookThroughALinkInPlaceOfAFolder) {
+TEST_F(AWorkingTree, DoesNotLookThroughALinkInPlaceOfAFolder) {
     fs::rename(project / "sub", project.folder.path().string() + "-moved");
     fs::create_directory_symlink(project.folder.path().string() + "-moved", project / "sub");
     EXPECT_EQ(shown(changes()), "sub/c.txt removed, ");
     fs::remove_all(project.folder.path().string() + "-moved");
 }
 
-TEST_F(WorkingTree, IsReadAgainWhereTheIndexSaysModified) {
+TEST_F(AWorkingTree, IsReadAgainWhereTheIndexSaysModified) {
     const fs::file_time_type longAgo = fs::file_time_type::clock::now() - std::chrono::hours(24);
     project.write({{"a.txt", "TEXT"}});
     fs::last_write_time(project / "a.txt", longAgo);
@@ -132,14 +133,14 @@ TEST_F(WorkingTree, IsReadAgainWhereTheIndexSaysModified) {
     EXPECT_EQ(shown(changes()), "");
 }
 
-TEST_F(WorkingTree, RemembersWhatItReadOnlyWithTheLock) {
+TEST_F(AWorkingTree, RemembersWhatItReadOnlyWithTheLock) {
     fs::last_write_time(project / "a.txt", fs::file_time_type::clock::now());
-    const std::unique_ptr<Workspace> holder = project.open();
+    const std::unique_ptr<WorkingTree> holder = project.open();
     const std::string before = qrv_test::readFile(project / ".qrv/qrv.state");
     {
-        const auto looker =
-            *Workspace::open(project.folder.path(), Workspace::Use::look, qrv_test::anyCaller());
-        EXPECT_FALSE(looker->mayChange());
+        const auto looker = *qrv::openTree(project.folder.path(), qrv::Repository::Use::look,
+                                           qrv_test::anyCaller());
+        EXPECT_FALSE(looker->repository().mayChange());
         EXPECT_TRUE(findChanges(*looker)->isEmpty());
     }
     EXPECT_EQ(qrv_test::readFile(project / ".qrv/qrv.state"), before);

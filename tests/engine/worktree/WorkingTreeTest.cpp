@@ -1,4 +1,5 @@
 #include <engine/worktree/KeptBaseline.h>
+#include <engine/worktree/OpenTree.h>
 #include <platform/kernel/OdError.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>
@@ -16,15 +17,15 @@ namespace {
 
 namespace fs = std::filesystem;
 using qrv::findChanges;
-using qrv::Workspace;
+using qrv::WorkingTree;
 using qrv_test::readFile;
 using qrv_test::Working;
 using qrv_test::writeFile;
 
 /// A repository with a baseline that a look has kept.
-class KeptBaselineOfAWorkspace : public testing::Test {
+class KeptBaselineOfAWorkingTree : public testing::Test {
 protected:
-    KeptBaselineOfAWorkspace() {
+    KeptBaselineOfAWorkingTree() {
         project.write({{"a.txt", "text"}, {"b.dwg", "drawing"}});
         for (const char* const name : {"a.txt", "b.dwg", ".qrv/properties/ignore"})
             makeOlder(name, std::chrono::hours(1));
@@ -40,46 +41,47 @@ protected:
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
         return project.run({"status"});
     }
-    std::unique_ptr<Workspace> open(Workspace::Use use = Workspace::Use::look) const {
-        return std::move(*Workspace::open(project.folder.path(), use, qrv_test::anyCaller(),
-                                          Workspace::Scan::ahead));
+    std::unique_ptr<WorkingTree> open(qrv::Repository::Use use = qrv::Repository::Use::look) const {
+        return std::move(*qrv::openTree(project.folder.path(), use, qrv_test::anyCaller(),
+                                        WorkingTree::Scan::ahead));
     }
-    bool isUsed() const { return open()->stateWithoutIndex().index.empty(); }
+    bool isUsed() const { return open()->repository().stateWithoutIndex().index.empty(); }
     bool isKept() const { return fs::exists(project / ".qrv/baseline"); }
 
     const Working project;
 };
 
-TEST_F(KeptBaselineOfAWorkspace, IsUsedInsteadOfTheState) {
-    const auto workspace = open();
-    EXPECT_TRUE(workspace->stateWithoutIndex().index.empty());
-    EXPECT_EQ(workspace->branch(), OdString(L"master"));
-    const auto changes = findChanges(*workspace);
+TEST_F(KeptBaselineOfAWorkingTree, IsUsedInsteadOfTheState) {
+    const auto workingTree = open();
+    EXPECT_TRUE(workingTree->repository().stateWithoutIndex().index.empty());
+    EXPECT_EQ(workingTree->repository().branch(), OdString(L"master"));
+    const auto changes = findChanges(*workingTree);
     EXPECT_TRUE(changes->isEmpty());
     EXPECT_EQ(changes->presentCount(), 3U);
     EXPECT_EQ(presentFiles(*changes),
               (std::vector<OdString>{L".qrv/properties/ignore", L"a.txt", L"b.dwg"}));
-    EXPECT_TRUE(workspace->stateWithoutIndex().index.empty());
+    EXPECT_TRUE(workingTree->repository().stateWithoutIndex().index.empty());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, GivesWayToTheStateWhenThatIsAskedFor) {
-    const auto workspace = open();
-    EXPECT_EQ(workspace->state().index.size(), 3U);
-    EXPECT_EQ(workspace->stateWithoutIndex().index.size(), 3U);
+TEST_F(KeptBaselineOfAWorkingTree, GivesWayToTheStateWhenThatIsAskedFor) {
+    const auto workingTree = open();
+    EXPECT_EQ(workingTree->repository().state().index.size(), 3U);
+    EXPECT_EQ(workingTree->repository().stateWithoutIndex().index.size(), 3U);
 }
 
-TEST_F(KeptBaselineOfAWorkspace, LeadsToAnExceptionWhenTheStateCannotBeReadAnyMore) {
-    const auto workspace = open();
+TEST_F(KeptBaselineOfAWorkingTree, LeadsToAnExceptionWhenTheStateCannotBeReadAnyMore) {
+    const auto workingTree = open();
     fs::remove(project / ".qrv/qrv.state");
-    EXPECT_THROW(workspace->state(), OdError);
-    EXPECT_EQ(workspace->branch(), OdString(L"master"));
+    EXPECT_THROW(workingTree->repository().state(), OdError);
+    EXPECT_EQ(workingTree->repository().branch(), OdString(L"master"));
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAChange) {
-    EXPECT_EQ(open(Workspace::Use::change)->stateWithoutIndex().index.size(), 3U);
+TEST_F(KeptBaselineOfAWorkingTree, IsNotUsedForAChange) {
+    EXPECT_EQ(open(qrv::Repository::Use::change)->repository().stateWithoutIndex().index.size(),
+              3U);
 }
 
-TEST_F(KeptBaselineOfAWorkspace, ShowsEachChangeAsTheStateDoes) {
+TEST_F(KeptBaselineOfAWorkingTree, ShowsEachChangeAsTheStateDoes) {
     project.write({{"a.txt", "longer text"}, {"new", "n"}, {"old.txt", "text"}});
     fs::rename(project / "b.dwg", project / "c.dwg");
     project.run({"add", "b.dwg"});
@@ -102,7 +104,7 @@ TEST_F(KeptBaselineOfAWorkspace, ShowsEachChangeAsTheStateDoes) {
               "  b.dwg -> c.dwg\n");
 }
 
-TEST_F(KeptBaselineOfAWorkspace, LetsAFileBeReadWhoseTimeIsAnotherAndNotesThat) {
+TEST_F(KeptBaselineOfAWorkingTree, LetsAFileBeReadWhoseTimeIsAnotherAndNotesThat) {
     const std::string before = readFile(project / ".qrv/qrv.state");
     project.write({{"a.txt", "TEXT"}});
     makeOlder("a.txt", std::chrono::hours(2));
@@ -113,7 +115,7 @@ TEST_F(KeptBaselineOfAWorkspace, LetsAFileBeReadWhoseTimeIsAnotherAndNotesThat) 
     EXPECT_NE(readFile(project / ".qrv/qrv.state"), before);
 }
 
-TEST_F(KeptBaselineOfAWorkspace, StaysOfUseWhileAFileIsModifiedWithoutAnotherSize) {
+TEST_F(KeptBaselineOfAWorkingTree, StaysOfUseWhileAFileIsModifiedWithoutAnotherSize) {
     project.write({{"a.txt", "TEXT"}});
     makeOlder("a.txt", std::chrono::hours(2));
     look();
@@ -127,7 +129,7 @@ TEST_F(KeptBaselineOfAWorkspace, StaysOfUseWhileAFileIsModifiedWithoutAnotherSiz
     EXPECT_TRUE(isUsed());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherStateFile) {
+TEST_F(KeptBaselineOfAWorkingTree, IsNotUsedForAnotherStateFile) {
     // The baseline is made younger than each of them.
     const auto isUsedWhenYounger = [this] {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -147,15 +149,15 @@ TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherStateFile) {
     EXPECT_FALSE(isUsedWhenYounger());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNotUsedForAnotherCommit) {
+TEST_F(KeptBaselineOfAWorkingTree, IsNotUsedForAnotherCommit) {
     {
-        const auto workspace = open(Workspace::Use::change);
-        workspace->history().setNote(qrv::headNote, L"another");
+        const auto workingTree = open(qrv::Repository::Use::change);
+        workingTree->repository().history().setNote(qrv::headNote, L"another");
     }
     EXPECT_FALSE(isUsed());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsMadeAnewAfterTheStateChanged) {
+TEST_F(KeptBaselineOfAWorkingTree, IsMadeAnewAfterTheStateChanged) {
     project.write({{"new", "n"}});
     project.run({"add", "new"});
     const std::string before = readFile(project / ".qrv/baseline");
@@ -165,7 +167,7 @@ TEST_F(KeptBaselineOfAWorkspace, IsMadeAnewAfterTheStateChanged) {
     EXPECT_TRUE(isUsed());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNotUsedWhenItIsNotYoungerThanTheState) {
+TEST_F(KeptBaselineOfAWorkingTree, IsNotUsedWhenItIsNotYoungerThanTheState) {
     const auto ofState = fs::last_write_time(project / ".qrv/qrv.state");
     fs::last_write_time(project / ".qrv/baseline", ofState + std::chrono::nanoseconds(1));
     EXPECT_TRUE(isUsed());
@@ -177,7 +179,7 @@ TEST_F(KeptBaselineOfAWorkspace, IsNotUsedWhenItIsNotYoungerThanTheState) {
     EXPECT_TRUE(isUsed());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsKeptByACommit) {
+TEST_F(KeptBaselineOfAWorkingTree, IsKeptByACommit) {
     project.write({{"new", "n"}});
     makeOlder("new", std::chrono::hours(1));
     project.run({"add", "new"});
@@ -192,7 +194,7 @@ TEST_F(KeptBaselineOfAWorkspace, IsKeptByACommit) {
     EXPECT_NE(files.back().unmodifiedTicks, qrv::KnownFile::never);
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWhenTheLookChangedTheState) {
+TEST_F(KeptBaselineOfAWorkingTree, IsNotKeptWhenTheLookChangedTheState) {
     fs::remove(project / ".qrv/baseline");
     project.write({{"a.txt", "TEXT"}});
     makeOlder("a.txt", std::chrono::hours(2));
@@ -200,31 +202,31 @@ TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWhenTheLookChangedTheState) {
     EXPECT_FALSE(isKept());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWithoutTheLock) {
+TEST_F(KeptBaselineOfAWorkingTree, IsNotKeptWithoutTheLock) {
     fs::remove(project / ".qrv/baseline");
-    const auto holder = open(Workspace::Use::change);
+    const auto holder = open(qrv::Repository::Use::change);
     look();
     EXPECT_FALSE(isKept());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNotKeptBeforeTheFirstCommit) {
+TEST_F(KeptBaselineOfAWorkingTree, IsNotKeptBeforeTheFirstCommit) {
     const Working fresh;
     fresh.run({"status"});
     EXPECT_FALSE(fs::exists(fresh / ".qrv/baseline"));
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNotKeptWithConflicts) {
+TEST_F(KeptBaselineOfAWorkingTree, IsNotKeptWithConflicts) {
     fs::remove(project / ".qrv/baseline");
     {
-        const auto workspace = open(Workspace::Use::change);
-        workspace->cache().write().conflicts.emplace_back(
+        const auto workingTree = open(qrv::Repository::Use::change);
+        workingTree->repository().cache().write().conflicts.emplace_back(
             L"a.txt", OdString(), common::FileChange::modified, common::FileChange::modified);
     }
     look();
     EXPECT_FALSE(isKept());
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsMadeAnewWhenItIsDamaged) {
+TEST_F(KeptBaselineOfAWorkingTree, IsMadeAnewWhenItIsDamaged) {
     const std::string before = readFile(project / ".qrv/baseline");
     for (const std::string& damaged : {std::string(), before.substr(1), before + "x"}) {
         writeFile(project / ".qrv/baseline", damaged);
@@ -234,24 +236,24 @@ TEST_F(KeptBaselineOfAWorkspace, IsMadeAnewWhenItIsDamaged) {
     }
 }
 
-TEST_F(KeptBaselineOfAWorkspace, ThatIsFarTooLongIsNotRead) {
+TEST_F(KeptBaselineOfAWorkingTree, ThatIsFarTooLongIsNotRead) {
     const std::string before = readFile(project / ".qrv/baseline");
     fs::resize_file(project / ".qrv/baseline", 1ULL << 40);
     look();
     EXPECT_EQ(readFile(project / ".qrv/baseline"), before);
 }
 
-TEST_F(KeptBaselineOfAWorkspace, OfALaterProgramIsPassedOver) {
+TEST_F(KeptBaselineOfAWorkingTree, OfALaterProgramIsPassedOver) {
     writeFile(project / ".qrv/baseline", "qrv baseline 2\nsomething");
     EXPECT_FALSE(isUsed());
     EXPECT_TRUE(*qrv::readBaseline(*sys::Folder::open(project.folder.path())) == std::nullopt);
 }
 
-TEST_F(KeptBaselineOfAWorkspace, IsNoFileOfTheProject) {
+TEST_F(KeptBaselineOfAWorkingTree, IsNoFileOfTheProject) {
     EXPECT_EQ(project.run({"files"}), "a.txt\nb.dwg\n.qrv/properties/ignore\n");
 }
 
-TEST_F(KeptBaselineOfAWorkspace, ThatIsAFolderOrALinkIsRefused) {
+TEST_F(KeptBaselineOfAWorkingTree, ThatIsAFolderOrALinkIsRefused) {
     const std::string outside = project.folder.path().string() + "-outside";
     const std::string kept = fs::canonical(project.folder.path()).string() + "/.qrv/baseline";
     fs::remove(kept);
