@@ -23,7 +23,7 @@ RULES = [
             "common/repository/PropertyProjectName.cpp": "the name file goes through Qt by agreement",
             "common/repository/ActivityLog.cpp": "the log is appended to, through Qt by agreement",
             "engine/maintenance/HistoryRebuild.cpp": "puts a damaged database aside, beneath the root's handle",
-            "engine/worktree/FileStep.cpp": "a NewFile takes the place of a file that was looked at",
+            "engine/journal/FileStep.cpp": "a NewFile takes the place of a file that was looked at",
             "cli/shell/Output.cpp": "occupies closed standard streams, with /dev/null",
         },
     ),

@@ -80,6 +80,15 @@ EDGES = {
         "engine/storage": "files are stored and brought back",
         "engine/tree": "is brought to another one",
     },
+    "engine/journal": {
+        "engine/base": "errors and their texts, and who is told",
+        "engine/history": "what is to be done is noted there",
+        "engine/paths": "stored versions are named from outside",
+        "engine/repository": "is opened",
+        "engine/storage": "files are brought back from there",
+        "engine/tree": "leads from one tree to another",
+        "engine/worktree": "the files that are changed",
+    },
     "engine/diff": {
         "engine/base": "errors and their texts",
         "engine/history": "compares commits",
@@ -91,6 +100,7 @@ EDGES = {
     "engine/maintenance": {
         "engine/base": "errors and their texts, and who is told",
         "engine/history": "is checked, and made anew",
+        "engine/journal": "leads from one tree to another",
         "engine/paths": "stored versions are named from outside",
         "engine/repository": "lists what lies there",
         "engine/storage": "is checked, packed and collected",
@@ -100,7 +110,10 @@ EDGES = {
     "engine/operations": {
         "engine/base": "errors and their texts, and who is told",
         "engine/history": "branches, tags and commits",
+        "engine/journal": "changes of many files are noted before they begin",
+        "engine/paths": "stored versions are named from outside",
         "engine/repository": "what was done is logged",
+        "engine/tree": "is what is merged",
         "engine/worktree": "most work on working files",
     },
     "cli/user": {},
@@ -132,6 +145,9 @@ MAIN = "cli/Main.cpp"
 
 # A header whose name ends in Internal.h belongs to its folder, but for these: who else, and why.
 SHARED_INTERNAL_HEADERS = {
+    "engine/journal/ApplicationInternal.h": ("engine/operations", "a merge ends in its own way"),
+    "engine/operations/CommitInternal.h": ("cli", "the commands work on an open tree"),
+    "engine/operations/MergeInternal.h": ("cli", "the commands work on an open tree"),
     "common/base/MessageInternal.h": ("common", "every folder makes messages"),
     "common/repository/DeferredWriteInternal.h": ("common", "writes what a host let go of"),
     "common/json/ParseObjectInternal.h": ("common", "reads a file of ours as one object"),

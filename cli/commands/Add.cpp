@@ -9,9 +9,9 @@
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/worktree/FileWord.h>
-#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/WorkingChanges.h>

@@ -7,8 +7,8 @@
 #include <cli/user/Author.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/worktree/Committing.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
+#include <engine/operations/CommitInternal.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>
 

@@ -13,7 +13,7 @@
 #include <engine/diff/Differences.h>
 #include <engine/diff/Patch.h>
 #include <engine/history/CommitName.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>

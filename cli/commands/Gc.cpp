@@ -7,9 +7,9 @@
 #include <cli/terminal/Progress.h>
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/maintenance/Collection.h>
 #include <engine/repository/LogEntry.h>
-#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/WorkingTree.h>
 
 #include <memory>

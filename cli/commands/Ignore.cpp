@@ -7,9 +7,9 @@
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/repository/FindRepository.h>
 #include <engine/worktree/IgnoreRules.h>
-#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/WorkingTree.h>
 

@@ -11,7 +11,7 @@
 #include <engine/diff/PathHistory.h>
 #include <engine/history/CommitName.h>
 #include <engine/history/ShortForms.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdTimeStamp.h>

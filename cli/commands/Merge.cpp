@@ -9,8 +9,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
-#include <engine/worktree/Merging.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
+#include <engine/operations/MergeInternal.h>
 #include <engine/worktree/WorkingTree.h>
 
 #include <memory>

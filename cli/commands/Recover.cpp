@@ -7,10 +7,10 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/Plan.h>
+#include <engine/journal/Interruption.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/maintenance/HistoryRebuild.h>
 #include <engine/repository/LogEntry.h>
-#include <engine/worktree/Interruption.h>
-#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/WorkingTree.h>
 
 #include <memory>

@@ -7,11 +7,11 @@
 #include <common/state/Transaction.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/worktree/Merging.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/Application.h>
+#include <engine/journal/OpenTree.h>
+#include <engine/journal/StepsToTree.h>
+#include <engine/operations/MergeInternal.h>
 #include <engine/worktree/PathArgument.h>
-#include <engine/worktree/PlanExecution.h>
-#include <engine/worktree/Saving.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>

@@ -8,13 +8,13 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
+#include <engine/journal/Application.h>
+#include <engine/journal/OpenTree.h>
+#include <engine/journal/StepsToTree.h>
 #include <engine/paths/Layout.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/repository/LogEntry.h>
-#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
-#include <engine/worktree/PlanExecution.h>
-#include <engine/worktree/Saving.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>
 

@@ -11,8 +11,8 @@
 #include <engine/diff/Differences.h>
 #include <engine/history/CommitName.h>
 #include <engine/history/ShortForms.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/storage/StorageMessages.h>
-#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/WorkingTree.h>
 

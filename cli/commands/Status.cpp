@@ -13,8 +13,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/ShortForms.h>
-#include <engine/worktree/Merging.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
+#include <engine/operations/MergeInternal.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>

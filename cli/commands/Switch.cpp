@@ -8,11 +8,11 @@
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/history/ReferenceName.h>
+#include <engine/journal/Application.h>
+#include <engine/journal/OpenTree.h>
+#include <engine/journal/Preconditions.h>
+#include <engine/operations/MergeInternal.h>
 #include <engine/repository/LogEntry.h>
-#include <engine/worktree/Merging.h>
-#include <engine/worktree/OpenTree.h>
-#include <engine/worktree/PlanChecks.h>
-#include <engine/worktree/PlanExecution.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>
 

@@ -6,8 +6,8 @@
 #include <cli/text/ChangeText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/worktree/FileWord.h>
-#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/WorkingTree.h>

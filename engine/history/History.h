@@ -18,6 +18,9 @@ namespace qrv {
 /// The note that holds the hash of the commit whose files the files of HEAD are; whoever changes
 /// them sets it. Empty before the first commit.
 inline constexpr const wchar_t* headNote = L"head";
+/// The note of the history that names the commit that is being merged, from its conflicts to the
+/// commit that ends it.
+inline constexpr const wchar_t* mergeNote = L"merge";
 
 /// The history of a repository, `.qrv/qrv.db`: commits, branches and tags, the files of HEAD, and
 /// what an interrupted command left to finish. docs/formats/history-database.md describes the file.

@@ -3,7 +3,7 @@
 #include <common/base/Expected.h>
 #include <engine/base/Caller.h>
 #include <engine/base/WithoutExceptions.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/worktree/WorkingTree.h>
 
 #include <memory>

@@ -1,5 +1,5 @@
 #include <engine/diff/Contents.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>

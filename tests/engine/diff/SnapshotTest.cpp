@@ -1,6 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/diff/Snapshot.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>

@@ -1,9 +1,9 @@
 #include <engine/base/Digest.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/maintenance/Packing.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/PackFile.h>
-#include <engine/worktree/OpenTree.h>
 #include <engine/worktree/WorkingTree.h>
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/engine/base/RecordingCaller.h>

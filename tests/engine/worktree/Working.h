@@ -1,6 +1,6 @@
 #pragma once
 
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>
 #include <tests/cli/commands/HistoryProject.h>

@@ -1,4 +1,4 @@
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>
 

@@ -1,5 +1,5 @@
+#include <engine/journal/OpenTree.h>
 #include <engine/worktree/KeptBaseline.h>
-#include <engine/worktree/OpenTree.h>
 #include <platform/kernel/OdError.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>

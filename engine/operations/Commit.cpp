@@ -4,11 +4,11 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/operations/CommitInternal.h>
+#include <engine/operations/MergeInternal.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/tree/Shape.h>
-#include <engine/worktree/Committing.h>
-#include <engine/worktree/Merging.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/Ticks.h>
 #include <platform/kernel/Clock.h>

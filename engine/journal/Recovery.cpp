@@ -1,9 +1,9 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
-#include <engine/worktree/Leftovers.h>
-#include <engine/worktree/PlanExecutionInternal.h>
-#include <engine/worktree/PlanRecovery.h>
+#include <engine/journal/ApplicationInternal.h>
+#include <engine/journal/Leftovers.h>
+#include <engine/journal/Recovery.h>
 #include <engine/worktree/Ticks.h>
 #include <engine/worktree/WorkingFile.h>
 

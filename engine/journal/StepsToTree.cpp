@@ -1,12 +1,11 @@
 #include <common/storage/StorageUrl.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/Preconditions.h>
+#include <engine/journal/StepsToTree.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/tree/Tree.h>
-#include <engine/worktree/Merging.h>
 #include <engine/worktree/PathList.h>
-#include <engine/worktree/PlanChecks.h>
-#include <engine/worktree/Saving.h>
 #include <engine/worktree/WorkingFile.h>
 
 #include <algorithm>

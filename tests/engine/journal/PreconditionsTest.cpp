@@ -1,5 +1,5 @@
+#include <engine/journal/Preconditions.h>
 #include <engine/worktree/FoldedName.h>
-#include <engine/worktree/PlanChecks.h>
 #include <tests/engine/tree/Trees.h>
 #include <tests/engine/worktree/Working.h>
 

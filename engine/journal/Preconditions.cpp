@@ -1,11 +1,11 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/Preconditions.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/storage/Age.h>
 #include <engine/worktree/FoldedName.h>
 #include <engine/worktree/OpenDrawings.h>
 #include <engine/worktree/PathList.h>
-#include <engine/worktree/PlanChecks.h>
 #include <engine/worktree/WorkingFile.h>
 
 #include <algorithm>

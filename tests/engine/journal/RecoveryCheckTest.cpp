@@ -1,6 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/history/Plan.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/tree/Trees.h>
 #include <tests/engine/worktree/Working.h>

@@ -1,13 +1,13 @@
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/Application.h>
+#include <engine/journal/ApplicationInternal.h>
+#include <engine/journal/Preconditions.h>
+#include <engine/journal/StepsToTree.h>
+#include <engine/operations/MergeInternal.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/tree/Shape.h>
-#include <engine/worktree/Merging.h>
-#include <engine/worktree/PlanChecks.h>
-#include <engine/worktree/PlanExecution.h>
-#include <engine/worktree/PlanExecutionInternal.h>
-#include <engine/worktree/Saving.h>
 #include <engine/worktree/Staging.h>
 #include <platform/kernel/Clock.h>
 

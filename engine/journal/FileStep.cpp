@@ -1,8 +1,8 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/FileStep.h>
 #include <engine/worktree/AsideName.h>
-#include <engine/worktree/FileStep.h>
 #include <engine/worktree/WorkingFile.h>
 
 #include <string>

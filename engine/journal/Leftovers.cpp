@@ -1,9 +1,9 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/ApplicationInternal.h>
+#include <engine/journal/FileStep.h>
+#include <engine/journal/Leftovers.h>
 #include <engine/worktree/AsideName.h>
-#include <engine/worktree/FileStep.h>
-#include <engine/worktree/Leftovers.h>
-#include <engine/worktree/PlanExecutionInternal.h>
 #include <engine/worktree/WorkingFile.h>
 #include <sys/TemporaryName.h>
 

@@ -1,7 +1,7 @@
-#include <engine/worktree/PlanExecution.h>
-#include <engine/worktree/PlanRecovery.h>
+#include <engine/journal/Application.h>
+#include <engine/journal/Recovery.h>
 #include <sys/ScopedFault.h>
-#include <tests/engine/worktree/TwoBranches.h>
+#include <tests/engine/journal/TwoBranches.h>
 #include <tests/support/Effort.h>
 
 #include <gmock/gmock.h>

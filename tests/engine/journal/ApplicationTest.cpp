@@ -1,8 +1,8 @@
 #include <engine/history/Plan.h>
-#include <engine/worktree/PlanChecks.h>
-#include <engine/worktree/PlanExecution.h>
+#include <engine/journal/Application.h>
+#include <engine/journal/Preconditions.h>
+#include <tests/engine/journal/TwoBranches.h>
 #include <tests/engine/tree/Trees.h>
-#include <tests/engine/worktree/TwoBranches.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <engine/worktree/Saving.h>
+#include <engine/journal/StepsToTree.h>
 #include <tests/engine/worktree/Working.h>
 
 #include <gtest/gtest.h>

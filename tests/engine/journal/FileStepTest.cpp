@@ -1,5 +1,5 @@
 #include <engine/base/Digest.h>
-#include <engine/worktree/FileStep.h>
+#include <engine/journal/FileStep.h>
 #include <sys/ScopedFault.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/support/Effort.h>

@@ -1,18 +1,14 @@
 #pragma once
 
 #include <common/base/Expected.h>
+#include <engine/operations/CommitInternal.h>
 #include <engine/tree/ThreeWay.h>
-#include <engine/worktree/Committing.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>
 
 #include <optional>
 
 namespace qrv {
-
-/// The note of the history that names the commit that is being merged, from its conflicts to the
-/// commit that ends it.
-inline constexpr const wchar_t* mergeNote = L"merge";
 
 /// How a merge ended.
 struct MergeOutcome {

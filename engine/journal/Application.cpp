@@ -3,15 +3,14 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/Application.h>
+#include <engine/journal/ApplicationInternal.h>
+#include <engine/journal/FileStep.h>
+#include <engine/journal/Recovery.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/tree/FileDelta.h>
-#include <engine/worktree/FileStep.h>
 #include <engine/worktree/FoldedName.h>
-#include <engine/worktree/Merging.h>
-#include <engine/worktree/PlanExecution.h>
-#include <engine/worktree/PlanExecutionInternal.h>
-#include <engine/worktree/PlanRecovery.h>
 #include <engine/worktree/Ticks.h>
 
 #include <algorithm>

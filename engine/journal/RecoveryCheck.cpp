@@ -1,7 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/RecoveryCheck.h>
 #include <engine/tree/Tree.h>
-#include <engine/worktree/NotedPlanCheck.h>
 
 namespace qrv {
 

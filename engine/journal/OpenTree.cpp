@@ -1,5 +1,5 @@
-#include <engine/worktree/Interruption.h>
-#include <engine/worktree/OpenTree.h>
+#include <engine/journal/Interruption.h>
+#include <engine/journal/OpenTree.h>
 
 namespace qrv {
 

@@ -1,9 +1,9 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/journal/Interruption.h>
+#include <engine/journal/Recovery.h>
+#include <engine/journal/RecoveryCheck.h>
 #include <engine/tree/FileDelta.h>
-#include <engine/worktree/Interruption.h>
-#include <engine/worktree/NotedPlanCheck.h>
-#include <engine/worktree/PlanRecovery.h>
 
 #include <optional>
 

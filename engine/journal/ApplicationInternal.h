@@ -2,7 +2,7 @@
 
 #include <common/base/Expected.h>
 #include <engine/history/Plan.h>
-#include <engine/worktree/PlanChecks.h>
+#include <engine/journal/Preconditions.h>
 #include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
 
