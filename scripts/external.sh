@@ -5,26 +5,32 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/install-deps.sh
-# The folder below has another name each time, which must not keep the compiler's cache from its work.
-export CCACHE_NOHASHDIR=1
+# Most of what follows is what the preset dev compiles as well. The compiler's cache knows it again where names are taken
+# from the folder of the build, and that lies as deep as the preset's.
+export CCACHE_NOHASHDIR=1 CCACHE_BASEDIR=$PWD CCACHE_SLOPPINESS=pch_defines,time_macros
+build=$PWD/build/external
+host_build=$PWD/build/external-host
 # Really outside: the run path leaves out what lies within the project.
 top=$(mktemp -d)
 trap 'rm -rf "$top"' EXIT
+rm -rf "$build" "$host_build"
 options=(-DQRV_BUILD_TESTS=OFF -DQRV_BUILD_BENCH=OFF)
 host=("-Dqrv-platform_DIR=$PWD/tests/external" "-DQRV_HOST_HEADERS=$PWD"
     "-DQRV_HOST_LIBRARY=$top/host/lib/libqrv-platform.so.0")
 
-cmake --preset dev -B "$top/host" "${options[@]}"
-cmake --build "$top/host" --target qrv_platform
+cmake --preset dev -B "$host_build" "${options[@]}"
+cmake --build "$host_build" --target qrv_platform
+mkdir "$top/host"
+mv "$host_build/lib" "$top/host/lib"
 
-cmake --preset dev -B "$top/build" "${options[@]}" -DQRV_PLATFORM=external "${host[@]}"
-cmake --build "$top/build"
-if [ -e "$top/build/lib/libqrv-platform.so" ]; then
+cmake --preset dev -B "$build" "${options[@]}" -DQRV_PLATFORM=external "${host[@]}"
+cmake --build "$build"
+if [ -e "$build/lib/libqrv-platform.so" ]; then
     echo "the bundled platform was built all the same"
     exit 1
 fi
-"$top/build/bin/qrv" --version
-cmake --install "$top/build" --prefix "$top/prefix"
+"$build/bin/qrv" --version
+cmake --install "$build" --prefix "$top/prefix"
 if [ -e "$top/prefix/include/qrv/platform" ]; then
     echo "the bundled platform was installed all the same"
     exit 1
