@@ -1,5 +1,5 @@
 #include <tests/cli/commands/HistoryProject.h>
-#include <tests/engine/history/Repository.h>
+#include <tests/cli/commands/TwoCommits.h>
 
 #include <gtest/gtest.h>
 
@@ -10,22 +10,13 @@ namespace {
 using common::RefType;
 using qrv_test::HistoryProject;
 using qrv_test::Outcome;
-using qrv_test::Repository;
-using qrv_test::runQrv;
 
-/// Two commits on "master", the current branch.
-class BranchCommand : public testing::Test {
+class BranchCommand : public qrv_test::TwoCommits {
 protected:
-    BranchCommand() {
-        runQrv(repository.folder.path(), {"init"});
-        first = repository.add({}, "First\nline");
-        second = repository.add({first}, "Second\x1B");
-        repository.history.setReference(L"master", RefType::Branch, second);
-    }
+    BranchCommand() : TwoCommits("First\nline", "Second\x1B") {}
 
     Outcome branch(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), "branch");
-        return runQrv(repository.folder.path(), std::move(arguments));
+        return qrv("branch", std::move(arguments));
     }
     Outcome refusal(std::vector<std::string> arguments) const {
         const Outcome before = branch({"--json"});
@@ -33,10 +24,6 @@ protected:
         EXPECT_EQ(branch({"--json"}), before);
         return outcome;
     }
-
-    Repository repository;
-    OdString first;
-    OdString second;
 };
 
 std::string shortOf(const OdString& hash) {

@@ -1,5 +1,5 @@
 #include <tests/cli/commands/HistoryProject.h>
-#include <tests/engine/history/Repository.h>
+#include <tests/cli/commands/TwoCommits.h>
 
 #include <gtest/gtest.h>
 
@@ -10,27 +10,14 @@ namespace {
 using common::RefType;
 using qrv_test::HistoryProject;
 using qrv_test::Outcome;
-using qrv_test::Repository;
-using qrv_test::runQrv;
 
-/// Two commits on "master".
-class TagCommand : public testing::Test {
+class TagCommand : public qrv_test::TwoCommits {
 protected:
-    TagCommand() {
-        runQrv(repository.folder.path(), {"init"});
-        first = repository.add({}, "First");
-        second = repository.add({first}, "Second");
-        repository.history.setReference(L"master", RefType::Branch, second);
-    }
+    TagCommand() : TwoCommits("First", "Second") {}
 
     Outcome tag(std::vector<std::string> arguments) const {
-        arguments.insert(arguments.begin(), "tag");
-        return runQrv(repository.folder.path(), std::move(arguments));
+        return qrv("tag", std::move(arguments));
     }
-
-    Repository repository;
-    OdString first;
-    OdString second;
 };
 
 TEST_F(TagCommand, ListsOnlyNamesForOtherPrograms) {

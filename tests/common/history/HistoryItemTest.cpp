@@ -1,13 +1,13 @@
 #include <common/history/HistoryItem.h>
 #include <platform/kernel/Clock.h>
 #include <tests/support/Catalogue.h>
+#include <tests/support/VirtualTable.h>
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -92,32 +92,25 @@ TEST(HistoryItem, GivesItsThirteenAnswers) {
     EXPECT_FALSE(row.hasChildren());
 }
 
-/// Where a virtual operation stands in the table.
 template <class Operation>
-std::ptrdiff_t slotOf(Operation operation) {
-    const auto place = [](auto member) {
-        std::ptrdiff_t offset;
-        std::memcpy(&offset, &member, sizeof offset);
-        return offset;
-    };
-    return (place(operation) - place(&IListItem::getName)) /
-           static_cast<std::ptrdiff_t>(sizeof(void*));
+std::ptrdiff_t slot(Operation operation) {
+    return qrv_test::slotOf(operation, &IListItem::getName);
 }
 
 TEST(HistoryItem, IsAskedInTheOrderOfTheInterface) {
-    EXPECT_EQ(slotOf(&IListItem::getName), 0);
-    EXPECT_EQ(slotOf(&IListItem::getLeftIconSource), 1);
-    EXPECT_EQ(slotOf(&IListItem::getRightIconSource), 2);
-    EXPECT_EQ(slotOf(&IListItem::isChecked), 3);
-    EXPECT_EQ(slotOf(&IListItem::isCheckable), 4);
-    EXPECT_EQ(slotOf(&IListItem::isEnabled), 5);
-    EXPECT_EQ(slotOf(&IListItem::getToolTip), 6);
-    EXPECT_EQ(slotOf(&IListItem::getBadge), 7);
-    EXPECT_EQ(slotOf(&IListItem::getInfo), 8);
-    EXPECT_EQ(slotOf(&IListItem::getIndent), 9);
-    EXPECT_EQ(slotOf(&IListItem::isBold), 10);
-    EXPECT_EQ(slotOf(&IListItem::isExpanded), 11);
-    EXPECT_EQ(slotOf(&IListItem::hasChildren), 12);
+    EXPECT_EQ(slot(&IListItem::getName), 0);
+    EXPECT_EQ(slot(&IListItem::getLeftIconSource), 1);
+    EXPECT_EQ(slot(&IListItem::getRightIconSource), 2);
+    EXPECT_EQ(slot(&IListItem::isChecked), 3);
+    EXPECT_EQ(slot(&IListItem::isCheckable), 4);
+    EXPECT_EQ(slot(&IListItem::isEnabled), 5);
+    EXPECT_EQ(slot(&IListItem::getToolTip), 6);
+    EXPECT_EQ(slot(&IListItem::getBadge), 7);
+    EXPECT_EQ(slot(&IListItem::getInfo), 8);
+    EXPECT_EQ(slot(&IListItem::getIndent), 9);
+    EXPECT_EQ(slot(&IListItem::isBold), 10);
+    EXPECT_EQ(slot(&IListItem::isExpanded), 11);
+    EXPECT_EQ(slot(&IListItem::hasChildren), 12);
 }
 
 TEST(HistoryItem, TellsItsAge) {

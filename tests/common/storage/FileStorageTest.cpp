@@ -4,11 +4,11 @@
 #include <tests/support/Files.h>
 #include <tests/support/RecordingIo.h>
 #include <tests/support/TemporaryFolder.h>
+#include <tests/support/VirtualTable.h>
 
 #include <gmock/gmock.h>
 
 #include <cstddef>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -216,30 +216,23 @@ TEST_F(FileStorageTest, KnowsOfNoLocalChanges) {
     EXPECT_THAT(storage.restored, IsEmpty());
 }
 
-/// Where a virtual operation stands in the table, counted from that of `store`.
 template <class Operation>
-std::ptrdiff_t slotOf(Operation operation) {
-    const auto place = [](auto member) {
-        std::ptrdiff_t offset;
-        std::memcpy(&offset, &member, sizeof offset);
-        return offset;
-    };
-    return (place(operation) - place(&FileStorage::store)) /
-           static_cast<std::ptrdiff_t>(sizeof(void*));
+std::ptrdiff_t slot(Operation operation) {
+    return qrv_test::slotOf(operation, &FileStorage::store);
 }
 
 TEST(FileStorage, KeepsTheOrderOfItsOperations) {
-    EXPECT_EQ(slotOf(&FileStorage::store), 0);
-    EXPECT_EQ(slotOf(&FileStorage::contains), 1);
-    EXPECT_EQ(slotOf(&FileStorage::exportTo), 2);
-    EXPECT_EQ(slotOf(&FileStorage::merge), 3);
-    EXPECT_EQ(slotOf(&FileStorage::compare), 4);
-    EXPECT_EQ(slotOf(&FileStorage::inFileUpdate), 5);
-    EXPECT_EQ(slotOf(&FileStorage::restore), 6);
-    EXPECT_EQ(slotOf(&FileStorage::remove), 7);
-    EXPECT_EQ(slotOf(&FileStorage::verify), 8);
-    EXPECT_EQ(slotOf(&FileStorage::revisions), 9);
-    EXPECT_EQ(slotOf(&FileStorage::getLocalChanges), 10);
+    EXPECT_EQ(slot(&FileStorage::store), 0);
+    EXPECT_EQ(slot(&FileStorage::contains), 1);
+    EXPECT_EQ(slot(&FileStorage::exportTo), 2);
+    EXPECT_EQ(slot(&FileStorage::merge), 3);
+    EXPECT_EQ(slot(&FileStorage::compare), 4);
+    EXPECT_EQ(slot(&FileStorage::inFileUpdate), 5);
+    EXPECT_EQ(slot(&FileStorage::restore), 6);
+    EXPECT_EQ(slot(&FileStorage::remove), 7);
+    EXPECT_EQ(slot(&FileStorage::verify), 8);
+    EXPECT_EQ(slot(&FileStorage::revisions), 9);
+    EXPECT_EQ(slot(&FileStorage::getLocalChanges), 10);
 }
 
 TEST(FileStorage, HoldsNothing) {
