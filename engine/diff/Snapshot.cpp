@@ -1,6 +1,6 @@
 #include <engine/diff/Snapshot.h>
 #include <engine/paths/CheckedUrl.h>
-#include <engine/worktree/WorkingFile.h>
+#include <engine/worktree/FileDigest.h>
 
 #include <utility>
 

@@ -3,7 +3,7 @@
 #include <engine/base/Translation.h>
 #include <engine/journal/FileStep.h>
 #include <engine/worktree/AsideName.h>
-#include <engine/worktree/WorkingFile.h>
+#include <engine/worktree/FileDigest.h>
 
 #include <string>
 #include <utility>

@@ -4,7 +4,7 @@
 #include <engine/journal/FileStep.h>
 #include <engine/journal/Leftovers.h>
 #include <engine/worktree/AsideName.h>
-#include <engine/worktree/WorkingFile.h>
+#include <engine/worktree/FileDigest.h>
 #include <sys/TemporaryName.h>
 
 #include <optional>

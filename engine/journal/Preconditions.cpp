@@ -3,10 +3,10 @@
 #include <engine/journal/Preconditions.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/storage/Age.h>
+#include <engine/worktree/FileDigest.h>
 #include <engine/worktree/FoldedName.h>
 #include <engine/worktree/OpenDrawings.h>
 #include <engine/worktree/PathList.h>
-#include <engine/worktree/WorkingFile.h>
 
 #include <algorithm>
 #include <chrono>

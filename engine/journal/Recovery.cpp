@@ -4,8 +4,8 @@
 #include <engine/journal/ApplicationInternal.h>
 #include <engine/journal/Leftovers.h>
 #include <engine/journal/Recovery.h>
+#include <engine/worktree/FileDigest.h>
 #include <engine/worktree/Ticks.h>
-#include <engine/worktree/WorkingFile.h>
 
 #include <optional>
 #include <utility>

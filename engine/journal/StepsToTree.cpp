@@ -5,8 +5,8 @@
 #include <engine/journal/StepsToTree.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/tree/Tree.h>
+#include <engine/worktree/FileDigest.h>
 #include <engine/worktree/PathList.h>
-#include <engine/worktree/WorkingFile.h>
 
 #include <algorithm>
 #include <utility>

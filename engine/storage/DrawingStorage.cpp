@@ -9,7 +9,7 @@
 #include <engine/storage/Age.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/FrameStore.h>
-#include <engine/storage/WorkingFile.h>
+#include <engine/storage/WorkingFileReader.h>
 #include <engine/storage/Zstd.h>
 #include <sys/Folder.h>
 
@@ -104,7 +104,7 @@ Expected<Place> placeOf(const sys::Folder& folder, const common::RootPath& root,
 }
 
 // One try to add the working file: the digest of its contents.
-Expected<std::string> addTo(FrameStore& store, WorkingFile& file, const Line& line) {
+Expected<std::string> addTo(FrameStore& store, WorkingFileReader& file, const Line& line) {
     DatabaseTransaction transaction(store.database());
     std::optional<Frame> previous;
     if (line.previous)
@@ -134,7 +134,8 @@ Expected<OdString> DrawingStorage::store(const common::RootPath& root, const OdS
     if (!line)
         return line.error();
     for (bool isRetry = false;; isRetry = true) {
-        const Expected<std::unique_ptr<WorkingFile>> file = WorkingFile::open(*folder, *checked);
+        const Expected<std::unique_ptr<WorkingFileReader>> file =
+            WorkingFileReader::open(*folder, *checked);
         if (!file)
             return file.error();
         if (Expected<void> made = makeStoresFolder(*folder); !made)

@@ -3,10 +3,10 @@
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/tree/Renames.h>
+#include <engine/worktree/FileDigest.h>
 #include <engine/worktree/Ticks.h>
 #include <engine/worktree/TreeScan.h>
 #include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/WorkingFile.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include <engine/base/Digest.h>
 #include <engine/database/Database.h>
 #include <engine/storage/DrawingStorage.h>
-#include <engine/storage/WorkingFile.h>
+#include <engine/storage/WorkingFileReader.h>
 #include <tests/engine/storage/Contents.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
@@ -277,7 +277,7 @@ TEST_F(DrawingStorageTest, AFileThatAlwaysChangesIsNotStored) {
     EXPECT_TRUE(storage_.store(root_, L"plan.dwg"));
 }
 
-TEST(WorkingFile, FailsAtTheEndWhenTheFileHasChanged) {
+TEST(WorkingFileReader, FailsAtTheEndWhenTheFileHasChanged) {
     const qrv_test::TemporaryFolder folder;
     const sys::Outcome<sys::Folder> root = sys::Folder::open(folder.path().string());
     const qrv::RelativePath path = qrv::RelativePath::check(L"plan.dwg").value();
@@ -288,7 +288,8 @@ TEST(WorkingFile, FailsAtTheEndWhenTheFileHasChanged) {
     for (const Case& each : {Case{"0123456789", false}, Case{"0123456789more", true},
                              Case{"0123", true}, Case{"01234", true}}) {
         writeFile(folder / "plan.dwg", "0123456789");
-        const std::unique_ptr<qrv::WorkingFile> file = qrv::WorkingFile::open(*root, path).value();
+        const std::unique_ptr<qrv::WorkingFileReader> file =
+            qrv::WorkingFileReader::open(*root, path).value();
         EXPECT_EQ(file->sizeBytes(), 10);
         std::string buffer(5, '\0');
         ASSERT_EQ(file->read(buffer).value(), 5);

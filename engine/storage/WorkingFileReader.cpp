@@ -1,7 +1,7 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/storage/StorageMessages.h>
-#include <engine/storage/WorkingFile.h>
+#include <engine/storage/WorkingFileReader.h>
 #include <sys/Interruption.h>
 
 #include <algorithm>
@@ -9,22 +9,24 @@
 
 namespace qrv {
 
-Expected<std::unique_ptr<WorkingFile>> WorkingFile::open(const sys::Folder& root,
-                                                         const RelativePath& path) {
+Expected<std::unique_ptr<WorkingFileReader>> WorkingFileReader::open(const sys::Folder& root,
+                                                                     const RelativePath& path) {
     sys::Outcome<sys::InputFile> file = root.openFile(path.bytes());
     if (!file)
         return cannotStore(path.text(), causeOf(file.error()));
     const sys::Outcome<sys::FileStamp> stamp = file->stamp();
     if (!stamp)
         return cannotStore(path.text(), causeOf(stamp.error()));
-    return std::unique_ptr<WorkingFile>(new WorkingFile(path.text(), std::move(*file), *stamp));
+    return std::unique_ptr<WorkingFileReader>(
+        new WorkingFileReader(path.text(), std::move(*file), *stamp));
 }
 
-WorkingFile::WorkingFile(OdString path, sys::InputFile file, const sys::FileStamp& before)
+WorkingFileReader::WorkingFileReader(OdString path, sys::InputFile file,
+                                     const sys::FileStamp& before)
     : path_(std::move(path)), file_(std::move(file)), before_(before) {
 }
 
-Expected<std::size_t> WorkingFile::read(std::span<char> buffer) {
+Expected<std::size_t> WorkingFileReader::read(std::span<char> buffer) {
     // A large file takes long, and what was written of it so far is only a temporary file.
     if (sys::Interruption::isWanted())
         return ErrorMessage{tr(L"Interrupted")};
@@ -42,7 +44,7 @@ Expected<std::size_t> WorkingFile::read(std::span<char> buffer) {
     return *count;
 }
 
-Expected<void> WorkingFile::checkUnchanged() {
+Expected<void> WorkingFileReader::checkUnchanged() {
     const sys::Outcome<sys::FileStamp> after = file_.stamp();
     if (!after)
         return cannotStore(path_, causeOf(after.error()));

@@ -15,10 +15,10 @@ namespace qrv {
 /// Reads a working file that is to be stored. At the end, size and time are compared with those
 /// before: a file that somebody writes to meanwhile is not read, as it may be half the old and half
 /// the new.
-class WorkingFile : public VersionReader {
+class WorkingFileReader : public VersionReader {
 public:
-    static Expected<std::unique_ptr<WorkingFile>> open(const sys::Folder& root,
-                                                       const RelativePath& path);
+    static Expected<std::unique_ptr<WorkingFileReader>> open(const sys::Folder& root,
+                                                             const RelativePath& path);
 
     Expected<std::size_t> read(std::span<char> buffer) override;
     std::int64_t sizeBytes() const override { return before_.sizeBytes; }
@@ -26,7 +26,7 @@ public:
     bool hasChanged() const { return hasChanged_; }
 
 private:
-    WorkingFile(OdString path, sys::InputFile file, const sys::FileStamp& before);
+    WorkingFileReader(OdString path, sys::InputFile file, const sys::FileStamp& before);
 
     Expected<void> checkUnchanged();
 

@@ -1,7 +1,7 @@
 #include <engine/base/Digest.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
-#include <engine/worktree/WorkingFile.h>
+#include <engine/worktree/FileDigest.h>
 
 #include <cstddef>
 #include <memory>
