@@ -12,12 +12,13 @@
 #include <engine/history/CommitName.h>
 #include <engine/history/ShortForms.h>
 #include <engine/journal/OpenTree.h>
+#include <engine/storage/ReadToEnd.h>
 #include <engine/storage/StorageMessages.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/WorkingTree.h>
 
-#include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,8 +26,6 @@
 namespace qrv::cli {
 
 namespace {
-
-constexpr std::size_t bufferSizeBytes = 1 << 18;
 
 struct Arguments {
     std::string object = "HEAD";
@@ -103,15 +102,11 @@ Expected<void> writeVersion(WorkingTree& workingTree, const OdString& url, Outpu
         return reader.error();
     if (*reader == nullptr)
         return notKept(url);
-    std::vector<char> buffer(bufferSizeBytes);
-    for (;;) {
-        const Expected<std::size_t> count = (*reader)->read(buffer);
-        if (!count)
-            return count.error();
-        output.write(std::string_view(buffer.data(), *count));
-        if (*count < buffer.size())
-            return {};
-    }
+    CopyBuffer buffer((*reader)->sizeBytes());
+    return readToEnd(**reader, buffer, [&](std::span<const char> bytes) {
+        output.write(std::string_view(bytes.data(), bytes.size()));
+        return Expected<void>();
+    });
 }
 
 Expected<void> showFile(WorkingTree& workingTree, const std::string& commit,

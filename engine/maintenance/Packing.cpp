@@ -2,10 +2,10 @@
 #include <engine/base/Translation.h>
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/maintenance/Packing.h>
-#include <engine/maintenance/ReadToEnd.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/paths/Layout.h>
 #include <engine/storage/PackFile.h>
+#include <engine/storage/ReadToEnd.h>
 #include <engine/storage/StorageMessages.h>
 
 #include <map>

@@ -6,7 +6,6 @@
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/Plan.h>
 #include <engine/maintenance/NamedVersions.h>
-#include <engine/maintenance/ReadToEnd.h>
 #include <engine/maintenance/StateCheck.h>
 #include <engine/maintenance/Verification.h>
 #include <engine/paths/CheckedUrl.h>
@@ -17,6 +16,7 @@
 #include <engine/repository/RepositoryLock.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/PackFile.h>
+#include <engine/storage/ReadToEnd.h>
 #include <engine/storage/StorageMessages.h>
 #include <engine/storage/Storages.h>
 #include <engine/worktree/KeptBaseline.h>

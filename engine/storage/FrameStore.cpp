@@ -1,9 +1,9 @@
 #include <engine/base/Digest.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/storage/CopyBuffer.h>
 #include <engine/storage/FrameReader.h>
 #include <engine/storage/FrameStore.h>
+#include <engine/storage/ReadToEnd.h>
 #include <engine/storage/Zstd.h>
 #include <sys/Memory.h>
 
@@ -235,16 +235,12 @@ Expected<FrameStore::Added> FrameStore::addStreamed(VersionReader& contents) {
     });
     Digest digest;
     CopyBuffer buffer(frame.sizeBytes);
-    for (std::size_t count = buffer.size(); count == buffer.size();) {
-        const Expected<std::size_t> read = contents.read(buffer.span());
-        if (!read)
-            return read.error();
-        count = *read;
-        const std::span<const char> bytes = buffer.first(count);
+    const Expected<void> read = readToEnd(contents, buffer, [&](std::span<const char> bytes) {
         digest.add(bytes);
-        if (Expected<void> written = writer.add(bytes); !written)
-            return std::move(written).error();
-    }
+        return writer.add(bytes);
+    });
+    if (!read)
+        return read.error();
     if (Expected<void> finished = writer.finish(); !finished)
         return std::move(finished).error();
     frame.digest = digest.finish();

@@ -2,8 +2,8 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
-#include <engine/storage/CopyBuffer.h>
 #include <engine/storage/HostStorage.h>
+#include <engine/storage/ReadToEnd.h>
 #include <engine/storage/StorageMessages.h>
 
 #include <optional>
@@ -13,23 +13,6 @@
 namespace qrv {
 
 namespace {
-
-/// Reads a version to its end, which says whether it is whole. `use` takes each piece and answers
-/// an error code.
-template <class Use>
-Expected<void> readWhole(VersionReader& version, const OdString& target, Use use) {
-    CopyBuffer buffer(version.sizeBytes());
-    std::size_t count = buffer.size();
-    while (count == buffer.size()) {
-        const Expected<std::size_t> read = version.read(buffer.span());
-        if (!read)
-            return read.error();
-        count = *read;
-        if (const std::error_code error = use(buffer.first(count)))
-            return cannotWrite(target, causeOf(error));
-    }
-    return {};
-}
 
 /// The file that one of this name replaces, if there is one; an error when none can have the name.
 sys::Outcome<std::optional<sys::FileStatus>> replacedFile(const sys::Folder& folder,
@@ -65,8 +48,13 @@ Expected<sys::NewFile> writeBeside(const sys::Folder& folder, const std::string&
     sys::Outcome<sys::NewFile> file = newFileLikeOld(folder, name);
     if (!file)
         return cannotWrite(target, causeOf(file.error()));
+    CopyBuffer buffer(version.sizeBytes());
     const Expected<void> written =
-        readWhole(version, target, [&](std::span<const char> bytes) { return file->write(bytes); });
+        readToEnd(version, buffer, [&](std::span<const char> bytes) -> Expected<void> {
+            if (const std::error_code error = file->write(bytes))
+                return cannotWrite(target, causeOf(error));
+            return {};
+        });
     if (!written)
         return written.error();
     if (const std::error_code error = file->close())
@@ -197,7 +185,7 @@ Expected<void> HostStorage::verify(const common::RootPath& root, const OdString&
         return version.error();
     if (*version == nullptr)
         return notKept(url);
-    return readWhole(**version, url, [](std::span<const char>) { return std::error_code(); });
+    return readToEnd(**version);
 }
 
 }  // namespace qrv

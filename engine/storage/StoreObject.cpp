@@ -1,6 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/base/SystemFailure.h>
-#include <engine/storage/CopyBuffer.h>
+#include <engine/storage/ReadToEnd.h>
 #include <engine/storage/StorageMessages.h>
 #include <engine/storage/StoreObject.h>
 
@@ -19,37 +19,32 @@ struct Hashed {
     std::int64_t sizeBytes = 0;
 };
 
-/// Hashes a file of which the first `count` bytes are in the buffer, and hands each piece to `use`,
-/// which answers an error code.
-template <class Use>
-sys::Outcome<Hashed> hashRest(sys::InputFile& file, CopyBuffer& buffer, std::size_t count,
-                              Use use) {
-    Digest digest;
-    std::int64_t total = 0;
-    for (;;) {
-        const std::span<const char> piece = buffer.first(count);
-        digest.add(piece);
-        total += std::ssize(piece);
-        if (const std::error_code error = use(piece))
-            return error;
-        if (count < buffer.size())
-            return Hashed{.digest = digest.finish(), .sizeBytes = total};
-        const sys::Outcome<std::size_t> next = file.read(buffer.span());
-        if (!next)
-            return next.error();
-        count = *next;
+/// Hashes what comes piece by piece.
+class Hashing {
+public:
+    void add(std::span<const char> piece) {
+        digest_.add(piece);
+        sizeBytes_ += std::ssize(piece);
     }
-}
+    Hashed finish() { return {.digest = digest_.finish(), .sizeBytes = sizeBytes_}; }
+
+private:
+    Digest digest_;
+    std::int64_t sizeBytes_ = 0;
+};
 
 sys::Outcome<Hashed> hashContents(const sys::NewFile& object, CopyBuffer& buffer) {
     sys::Outcome<sys::InputFile> contents = object.contents();
     if (!contents)
         return contents.error();
-    const sys::Outcome<std::size_t> count = contents->read(buffer.span());
-    if (!count)
-        return count.error();
-    return hashRest(*contents, buffer, *count,
-                    [](std::span<const char>) { return std::error_code(); });
+    Hashing hashing;
+    const std::error_code error = readToEnd(*contents, buffer, [&](std::span<const char> piece) {
+        hashing.add(piece);
+        return std::error_code();
+    });
+    if (error)
+        return error;
+    return hashing.finish();
 }
 
 /// The first bytes of the source are in the full buffer. Blocks that are shared are hashed in the
@@ -58,8 +53,17 @@ sys::Outcome<Hashed> copyAndHash(ObjectFolder& objects, sys::NewFile& object,
                                  sys::InputFile& source, CopyBuffer& buffer) {
     if (objects.sharesBlocks(object, source))
         return hashContents(object, buffer);
-    return hashRest(source, buffer, buffer.size(),
-                    [&](std::span<const char> piece) { return object.write(piece); });
+    Hashing hashing;
+    const auto take = [&](std::span<const char> piece) {
+        hashing.add(piece);
+        return object.write(piece);
+    };
+    std::error_code error = take(buffer.first(buffer.size()));
+    if (!error)
+        error = readToEnd(source, buffer, take);
+    if (error)
+        return error;
+    return hashing.finish();
 }
 
 bool isStill(const sys::FileStamp& before, const sys::InputFile& source, std::int64_t bytesRead) {

@@ -1,18 +1,15 @@
 #include <engine/base/Digest.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
+#include <engine/storage/ReadToEnd.h>
 #include <engine/worktree/FileDigest.h>
 
-#include <cstddef>
-#include <memory>
+#include <span>
 #include <system_error>
 
 namespace qrv {
 
 namespace {
-
-/// Fits the second-level cache.
-constexpr std::size_t bufferSizeBytes = 1 << 16;
 
 /// A folder of that name is no file, and below a file there is none.
 bool isAbsence(std::error_code error) {
@@ -28,16 +25,14 @@ sys::Outcome<OdString> tryDigestOfFile(const sys::Folder& root, const OdString& 
     if (!file)
         return file.error();
     Digest digest;
-    // Not cleared: most files are much smaller.
-    const auto buffer = std::make_unique_for_overwrite<char[]>(bufferSizeBytes);
-    for (;;) {
-        const sys::Outcome<std::size_t> count = file->read({buffer.get(), bufferSizeBytes});
-        if (!count)
-            return count.error();
-        digest.add({buffer.get(), *count});
-        if (*count < bufferSizeBytes)
-            return OdString(digest.finish().c_str());
-    }
+    CopyBuffer buffer;
+    const std::error_code error = readToEnd(*file, buffer, [&](std::span<const char> bytes) {
+        digest.add(bytes);
+        return std::error_code();
+    });
+    if (error)
+        return error;
+    return OdString::fromNarrow(digest.finish());
 }
 
 Expected<OdString> digestOfFile(const sys::Folder& root, const OdString& path) {
