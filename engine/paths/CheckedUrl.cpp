@@ -83,6 +83,10 @@ bool isCheckedUrl(const OdString& url) {
     return partsOf(url.toWide()).has_value();
 }
 
+bool isStoreName(const OdString& name) {
+    return isStore(name.toWide());
+}
+
 OdString objectUrl(const OdString& digest) {
     return L"po:" + digest;
 }

@@ -4,6 +4,7 @@
 #include <engine/paths/CheckedUrl.h>
 #include <engine/paths/Layout.h>
 #include <engine/repository/MetadataFiles.h>
+#include <sys/TemporaryName.h>
 
 #include <algorithm>
 #include <optional>
@@ -19,20 +20,32 @@ namespace {
 constexpr std::string_view storeEnding = layout::storeEnding;
 constexpr std::string_view journalEnding = "-journal";
 
-/// The names in the folder, ordered; none when there is no such folder.
-Expected<std::vector<std::string>> namesIn(const common::RootPath& root, const sys::Folder& folder,
-                                           const OdString& relative) {
-    sys::Outcome<std::vector<std::string>> names = folder.list(relative.toNarrow());
-    if (names)
-        return std::move(*names);
-    if (names.error() == std::errc::no_such_file_or_directory)
-        return std::vector<std::string>();
-    return systemFailure(tr(L"The folder '%ls' cannot be opened: %ls"), root.pathTo(relative),
-                         names.error());
+/// A folder below the root, and the names in it, ordered.
+struct Listing {
+    sys::Folder folder;
+    std::vector<std::string> names;
+};
+
+sys::Outcome<Listing> listing(const sys::Folder& root, const std::string& relative) {
+    sys::Outcome<sys::Folder> folder = root.openFolder(relative);
+    if (!folder)
+        return folder.error();
+    sys::Outcome<std::vector<std::string>> names = folder->list();
+    if (!names)
+        return names.error();
+    return Listing{.folder = std::move(*folder), .names = std::move(*names)};
 }
 
-bool isLeftover(std::string_view name) {
-    return name.starts_with('.') && name.ends_with(".qrv-tmp");
+/// Nothing when there is no such folder.
+Expected<std::optional<Listing>> listingIn(const common::RootPath& root, const sys::Folder& folder,
+                                           const OdString& relative) {
+    sys::Outcome<Listing> listed = listing(folder, relative.toNarrow());
+    if (listed)
+        return std::optional(std::move(*listed));
+    if (listed.error() == std::errc::no_such_file_or_directory)
+        return std::optional<Listing>();
+    return systemFailure(tr(L"The folder '%ls' cannot be opened: %ls"), root.pathTo(relative),
+                         listed.error());
 }
 
 OdString pathIn(const OdString& folder, const std::string& name) {
@@ -50,15 +63,14 @@ std::optional<MetadataFile> regularFile(const sys::FileStatus& status, const OdS
 
 std::optional<OdString> digestOf(const std::string& name) {
     const OdString digest = OdString::fromNarrow(name);
-    return CheckedUrl::check(objectUrl(digest)) ? std::optional(digest) : std::nullopt;
+    return isDigest(digest) ? std::optional(digest) : std::nullopt;
 }
 
 std::optional<OdString> storeOf(const std::string& name) {
     if (!name.ends_with(storeEnding))
         return std::nullopt;
     const OdString store = OdString::fromNarrow(name.substr(0, name.size() - storeEnding.size()));
-    const OdString anyDigest(std::wstring(digestLength, L'0'));
-    return CheckedUrl::check(drawingUrl(store, anyDigest)) ? std::optional(store) : std::nullopt;
+    return isStoreName(store) ? std::optional(store) : std::nullopt;
 }
 
 /// The journal of a store belongs to it.
@@ -74,13 +86,16 @@ template <class NameOf>
 Expected<void> listFolder(const common::RootPath& root, const sys::Folder& folder,
                           const OdString& relative, NameOf nameOf, std::vector<MetadataFile>& known,
                           MetadataFiles& all) {
-    const Expected<std::vector<std::string>> names = namesIn(root, folder, relative);
-    if (!names)
-        return names.error();
-    for (const std::string& entry : *names) {
+    const Expected<std::optional<Listing>> listed = listingIn(root, folder, relative);
+    if (!listed)
+        return listed.error();
+    if (!*listed)
+        return {};
+    const std::vector<std::string>& names = (*listed)->names;
+    for (const std::string& entry : names) {
         const OdString path = pathIn(relative, entry);
         const std::optional<OdString> name = nameOf(entry);
-        const sys::Outcome<sys::FileStatus> status = folder.status(path.toNarrow());
+        const sys::Outcome<sys::FileStatus> status = (*listed)->folder.status(entry);
         // Another process has removed it since.
         if (!status && sys::meansAbsent(status.error()))
             continue;
@@ -89,9 +104,9 @@ Expected<void> listFolder(const common::RootPath& root, const sys::Folder& folde
         const std::optional<MetadataFile> file = regularFile(*status, name.value_or(path));
         if (file && name)
             known.push_back(*file);
-        else if (file && isLeftover(entry))
+        else if (file && sys::isTemporaryName(entry))
             all.leftovers.push_back(*file);
-        else if (!isJournal(entry, *names))
+        else if (!isJournal(entry, names))
             all.strays.push_back(path);
     }
     return {};
@@ -122,14 +137,14 @@ Expected<MetadataFiles> listMetadata(const common::RootPath& root, const sys::Fo
 std::vector<MetadataFile> leftoversIn(const common::RootPath& root, const sys::Folder& folder,
                                       const OdString& relative) {
     std::vector<MetadataFile> leftovers;
-    const Expected<std::vector<std::string>> names = namesIn(root, folder, relative);
-    if (!names)
+    const Expected<std::optional<Listing>> listed = listingIn(root, folder, relative);
+    if (!listed || !*listed)
         return leftovers;
-    for (const std::string& name : *names) {
+    for (const std::string& name : (*listed)->names) {
         const OdString path = pathIn(relative, name);
-        if (!isLeftover(name))
+        if (!sys::isTemporaryName(name))
             continue;
-        const sys::Outcome<sys::FileStatus> status = folder.status(path.toNarrow());
+        const sys::Outcome<sys::FileStatus> status = (*listed)->folder.status(name);
         const std::optional<MetadataFile> file = status ? regularFile(*status, path) : std::nullopt;
         if (file)
             leftovers.push_back(*file);

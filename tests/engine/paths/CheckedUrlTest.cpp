@@ -29,6 +29,13 @@ TEST(CheckedUrl, TakesADrawingApart) {
     EXPECT_TRUE(CheckedUrl::check(L"tf:" + std::wstring(200, L's') + L"#" + digest));
 }
 
+TEST(CheckedUrl, TellsTheNamesThatAStoreCanHave) {
+    for (const wchar_t* const name : {L"a", L"Plan-1_a", L"0123"})
+        EXPECT_TRUE(qrv::isStoreName(name)) << OdString(name).toNarrow();
+    for (const wchar_t* const name : {L"", L"a/b", L"..", L"a.tf", L"a#b", L"con", L"\u00E4"})
+        EXPECT_FALSE(qrv::isStoreName(name)) << OdString(name).toNarrow();
+}
+
 TEST(CheckedUrl, RefusesEverythingElse) {
     std::wstring upper = digest;
     upper[10] = L'A';
