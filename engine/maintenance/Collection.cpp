@@ -1,4 +1,3 @@
-#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryCheck.h>
 #include <engine/history/HistoryRecords.h>
@@ -10,6 +9,7 @@
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/Age.h>
 #include <engine/storage/PackFile.h>
+#include <engine/storage/StorageMessages.h>
 
 #include <algorithm>
 #include <chrono>
@@ -26,7 +26,6 @@ namespace {
 
 constexpr std::chrono::hours unnamedAge{14 * 24};
 constexpr std::chrono::hours leftoverAge{24};
-constexpr int digestLength = 64;
 
 void add(Amount& amount, std::int64_t sizeBytes) {
     ++amount.count;
@@ -107,16 +106,28 @@ private:
 
     bool isNamed(const OdString& url) const { return named_.contains(url); }
 
-    /// A failure is told, and the file stays.
-    bool remove(const std::string& path) {
+    DrawingStorage& drawings() const { return workingTree_.repository().storages().drawings(); }
+
+    /// Makes one change, unless this is only a look. A failure is told; then nothing has changed.
+    template <class Change>
+    bool change(Change make) {
         if (mode_ == CollectionMode::look)
             return true;
-        const std::error_code error = workingTree_.folder().removeFile(path);
-        if (error)
-            addProblem(systemFailure(tr(L"'%ls' cannot be removed: %ls"),
-                                     OdString::fromNarrow(path), error)
-                           .message);
-        return !error;
+        const Expected<void> made = make();
+        if (!made)
+            addProblem(made.error().message);
+        return made.hasValue();
+    }
+
+    Expected<void> removeFile(const std::string& path) const {
+        if (const std::error_code error = workingTree_.folder().removeFile(path))
+            return cannotRemove(path, error);
+        return {};
+    }
+
+    Expected<void> removeObject(const std::string& digest) const {
+        return workingTree_.repository().storages().objects().removePlain(workingTree_.root(),
+                                                                          digest);
     }
 
     /// Working files are written beside their names as well.
@@ -137,7 +148,8 @@ private:
 
     void removeLeftovers(const MetadataFiles& files) {
         for (const MetadataFile& file : allLeftovers(files)) {
-            if (isOlder(file.modifiedNs, leftoverAge) && remove(file.name.toNarrow()))
+            if (isOlder(file.modifiedNs, leftoverAge) &&
+                change([&] { return removeFile(file.name.toNarrow()); }))
                 add(result_.leftovers, file.sizeBytes);
         }
     }
@@ -146,7 +158,7 @@ private:
         for (const MetadataFile& object : files.objects) {
             const bool isNeeded =
                 isNamed(objectUrl(object.name)) || !isOlder(object.modifiedNs, unnamedAge);
-            if (!isNeeded && remove(layout::objectPath(object.name.toNarrow())))
+            if (!isNeeded && change([&] { return removeObject(object.name.toNarrow()); }))
                 add(result_.droppedObjects, object.sizeBytes);
         }
         dropPacked();
@@ -171,56 +183,48 @@ private:
             unnamed.push_back(digest);
             sizeBytes += pack->storedBytes(digest);
         }
-        if (mode_ == CollectionMode::change && !unnamed.empty()) {
-            if (const Expected<void> removed = pack->remove(unnamed); !removed)
-                return addProblem(removed.error().message);
-        }
+        if (!unnamed.empty() && !change([&] { return pack->remove(unnamed); }))
+            return;
         result_.droppedObjects.count += static_cast<std::int64_t>(unnamed.size());
         result_.droppedObjects.sizeBytes += sizeBytes;
     }
 
     void dropVersions(const OdString& store) {
-        const OdString anyUrl = drawingUrl(store, OdString(std::wstring(digestLength, L'0')));
-        HostStorage& drawings = workingTree_.repository().storages().ofUrl(anyUrl);
-        Expected<std::vector<OdString>> urls = drawings.revisions(workingTree_.root(), anyUrl);
+        Expected<std::vector<OdString>> urls = drawings().revisionsIn(workingTree_.root(), store);
         if (!urls)
             return addProblem(urls.error().message);
         if (std::none_of(urls->begin(), urls->end(),
                          [this](const OdString& url) { return isNamed(url); }))
-            return dropStore(drawings, store, *urls);
+            return dropStore(store, *urls);
         // The newest first: nothing builds on it, so that nothing is written anew for its sake.
         std::reverse(urls->begin(), urls->end());
         for (const OdString& url : *urls) {
             if (!isNamed(url))
-                dropVersion(drawings, url);
+                dropVersion(url);
         }
     }
 
-    void dropStore(HostStorage& drawings, const OdString& store,
-                   const std::vector<OdString>& urls) {
+    void dropStore(const OdString& store, const std::vector<OdString>& urls) {
         std::vector<std::int64_t> sizes;
         sizes.reserve(urls.size());
         for (const OdString& url : urls)
-            sizes.push_back(contentsSize(drawings, url));
-        if (!remove(layout::drawingStorePath(store)))
+            sizes.push_back(contentsSize(url));
+        if (!change([&] { return drawings().removeStore(workingTree_.root(), store); }))
             return;
         for (const std::int64_t sizeBytes : sizes)
             add(result_.droppedDrawingVersions, sizeBytes);
     }
 
-    void dropVersion(HostStorage& drawings, const OdString& url) {
-        const std::int64_t sizeBytes = contentsSize(drawings, url);
-        if (mode_ == CollectionMode::change) {
-            if (const Expected<void> removed = drawings.remove(workingTree_.root(), url); !removed)
-                return addProblem(removed.error().message);
-        }
-        add(result_.droppedDrawingVersions, sizeBytes);
+    void dropVersion(const OdString& url) {
+        const std::int64_t sizeBytes = contentsSize(url);
+        if (change([&] { return drawings().remove(workingTree_.root(), url); }))
+            add(result_.droppedDrawingVersions, sizeBytes);
     }
 
     /// 0 for a version that is damaged.
-    std::int64_t contentsSize(HostStorage& storage, const OdString& url) const {
+    std::int64_t contentsSize(const OdString& url) const {
         const Expected<std::unique_ptr<VersionReader>> version =
-            storage.open(workingTree_.root(), url);
+            drawings().open(workingTree_.root(), url);
         return version && *version != nullptr ? (*version)->sizeBytes() : 0;
     }
 

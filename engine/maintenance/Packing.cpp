@@ -1,9 +1,7 @@
-#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/maintenance/Packing.h>
 #include <engine/paths/CheckedUrl.h>
-#include <engine/paths/Layout.h>
 #include <engine/storage/PackFile.h>
 #include <engine/storage/ReadToEnd.h>
 #include <engine/storage/StorageMessages.h>
@@ -11,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <span>
-#include <system_error>
 #include <utility>
 
 namespace qrv {
@@ -74,8 +71,9 @@ private:
         return base == latest_.end() ? std::nullopt : std::optional(digestOf(base->second));
     }
 
+    /// The history gives only such URLs as can be.
     static std::string digestOf(const OdString& url) {
-        return url.mid(OdString(L"po:").getLength()).toNarrow();
+        return CheckedUrl::check(url)->digest().toNarrow();
     }
 
     History& history_;
@@ -113,11 +111,8 @@ Expected<void> replacePlainFile(WorkingTree& workingTree, PackFile& pack,
                                              OdString::fromNarrow(candidate.digest))};
     if (Expected<void> whole = readToEnd(**packed); !whole)
         return whole;
-    const std::string path = layout::objectPath(candidate.digest);
-    if (const std::error_code error = workingTree.folder().removeFile(path))
-        return systemFailure(tr(L"'%ls' cannot be removed: %ls"), OdString::fromNarrow(path),
-                             error);
-    return {};
+    return workingTree.repository().storages().objects().removePlain(workingTree.root(),
+                                                                     candidate.digest);
 }
 
 /// How many candidates make the next batch: one at least.

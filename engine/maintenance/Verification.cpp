@@ -249,16 +249,20 @@ private:
 
     /// Oldest first, so that each drawing version finds what it builds on.
     void checkStore(const OdString& name) {
-        const std::unique_ptr<FrameStore> store = openDrawingStore(folder_, root_, name);
-        if (!store)
+        const Expected<std::unique_ptr<FrameStore>> opened =
+            storages_.drawings().openStore(root_, name);
+        if (!opened)
+            return addProblem(opened.error().message);
+        if (*opened == nullptr)
             return;
-        addDatabaseDamage(store->database());
-        store->keepBases();
-        for (const Frame& frame : store->frames()) {
+        FrameStore& store = **opened;
+        addDatabaseDamage(store.database());
+        store.keepBases();
+        for (const Frame& frame : store.frames()) {
             const OdString url = drawingUrl(name, OdString::fromNarrow(frame.digest));
             ++result_.drawingVersions;
             if (checked_.insert(url).second)
-                attempt([&] { checkContents(url, store->open(frame)); });
+                attempt([&] { checkContents(url, store.open(frame)); });
         }
     }
 

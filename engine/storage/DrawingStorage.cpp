@@ -9,6 +9,7 @@
 #include <engine/storage/Age.h>
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/FrameStore.h>
+#include <engine/storage/StorageMessages.h>
 #include <engine/storage/WorkingFileReader.h>
 #include <engine/storage/Zstd.h>
 #include <sys/Folder.h>
@@ -66,41 +67,47 @@ Expected<void> makeStoresFolder(const sys::Folder& folder) {
     return {};
 }
 
-FrameStore openStore(const sys::Folder& folder, const common::RootPath& root, const OdString& store,
-                     Database::Access access) {
+FrameStore openStoreFile(const sys::Folder& folder, const common::RootPath& root,
+                         const OdString& store, Database::Access access) {
     const std::string path = layout::drawingStorePath(store);
     auto database =
         std::make_shared<Database>(folder, path, root.pathTo(OdString::fromNarrow(path)), access);
     return {std::move(database), access, drawingLayout};
 }
 
-// A revision, and the store that would keep it.
-struct Place {
-    // Null when there is none.
-    std::unique_ptr<FrameStore> store;
-    CheckedUrl url;
-
-    std::optional<Frame> frame() const {
-        return store ? store->find(url.digest().toNarrow()) : std::nullopt;
-    }
-};
-
-Expected<Place> placeOf(const sys::Folder& folder, const common::RootPath& root,
-                        const OdString& url, Database::Access access) {
-    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
-    if (!checked)
-        return checked.error();
-    if (!checked->isDrawing())
-        return Place{.store = nullptr, .url = *checked};
-    const std::string path = layout::drawingStorePath(checked->store());
+// Null when there is none.
+Expected<std::unique_ptr<FrameStore>> existingStore(const sys::Folder& folder,
+                                                    const common::RootPath& root,
+                                                    const OdString& store,
+                                                    Database::Access access) {
+    const std::string path = layout::drawingStorePath(store);
     const sys::Outcome<sys::FileStatus> status = folder.status(path);
     if (!status && sys::meansAbsent(status.error()))
-        return Place{.store = nullptr, .url = *checked};
+        return std::unique_ptr<FrameStore>();
     if (!status)
         return cannotUse(path, causeOf(status.error()));
-    return Place{
-        .store = std::make_unique<FrameStore>(openStore(folder, root, checked->store(), access)),
-        .url = *checked};
+    return std::make_unique<FrameStore>(openStoreFile(folder, root, store, access));
+}
+
+std::optional<Frame> frameOf(FrameStore& store, const CheckedUrl& url) {
+    return store.find(url.digest().toNarrow());
+}
+
+std::vector<OdString> urlsOf(FrameStore& store, const OdString& name) {
+    std::vector<OdString> urls;
+    for (const Frame& frame : store.frames())
+        urls.push_back(drawingUrl(name, OdString::fromNarrow(frame.digest)));
+    return urls;
+}
+
+Expected<void> removeFrom(FrameStore& store, const CheckedUrl& url) {
+    DatabaseTransaction transaction(store.database());
+    if (const std::optional<Frame> frame = frameOf(store, url)) {
+        if (Expected<void> removed = store.remove(*frame); !removed)
+            return removed;
+    }
+    transaction.commit();
+    return {};
 }
 
 // One try to add the working file: the digest of its contents.
@@ -140,7 +147,7 @@ Expected<OdString> DrawingStorage::store(const common::RootPath& root, const OdS
             return file.error();
         if (Expected<void> made = makeStoresFolder(*folder); !made)
             return made.error();
-        FrameStore store = openStore(*folder, root, line->store, Database::Access::create);
+        FrameStore store = openStoreFile(*folder, root, line->store, Database::Access::create);
         const Expected<std::string> digest = addTo(store, **file, *line);
         if (digest) {
             // It may have been there already, in a file that nobody wrote to for long.
@@ -156,20 +163,41 @@ Expected<OdString> DrawingStorage::store(const common::RootPath& root, const OdS
     return ErrorMessage{error.description()};
 }
 
-Expected<std::unique_ptr<VersionReader>> DrawingStorage::open(const common::RootPath& root,
-                                                              const OdString& url) try {
+// What the database throws becomes the answer.
+template <class Answer, class Call>
+Answer DrawingStorage::onStore(const common::RootPath& root, const OdString& store,
+                               Database::Access access, Answer ifMissing, Call call) try {
     const Expected<sys::Folder> folder = folderOf(root);
     if (!folder)
         return folder.error();
-    const Expected<Place> place = placeOf(*folder, root, url, Database::Access::readOnly);
-    if (!place)
-        return place.error();
-    const std::optional<Frame> frame = place->frame();
-    if (!frame)
-        return std::unique_ptr<VersionReader>();
-    return place->store->open(*frame);
+    const Expected<std::unique_ptr<FrameStore>> found = existingStore(*folder, root, store, access);
+    if (!found)
+        return found.error();
+    return *found ? call(**found) : std::move(ifMissing);
 } catch (const DatabaseError& error) {
     return ErrorMessage{error.description()};
+}
+
+template <class Answer, class Call>
+Answer DrawingStorage::onRevision(const common::RootPath& root, const OdString& url,
+                                  Database::Access access, Answer ifMissing, Call call) {
+    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
+    if (!checked)
+        return checked.error();
+    if (!checked->isDrawing())
+        return ifMissing;
+    return onStore(root, checked->store(), access, std::move(ifMissing),
+                   [&](FrameStore& store) { return call(store, *checked); });
+}
+
+Expected<std::unique_ptr<VersionReader>> DrawingStorage::open(const common::RootPath& root,
+                                                              const OdString& url) {
+    using Version = Expected<std::unique_ptr<VersionReader>>;
+    return onRevision(root, url, Database::Access::readOnly, Version(nullptr),
+                      [](FrameStore& store, const CheckedUrl& checked) {
+                          const std::optional<Frame> frame = frameOf(store, checked);
+                          return frame ? store.open(*frame) : Version(nullptr);
+                      });
 }
 
 Expected<bool> DrawingStorage::renew(const common::RootPath& root, const OdString& url) {
@@ -179,67 +207,53 @@ Expected<bool> DrawingStorage::renew(const common::RootPath& root, const OdStrin
     const Expected<sys::Folder> folder = folderOf(root);
     if (!folder)
         return folder.error();
-    return !folder->refresh(layout::drawingStorePath(CheckedUrl::check(url)->store()),
-                            ageToRefresh);
+    const OdString store = CheckedUrl::check(url)->store();
+    return !folder->refresh(layout::drawingStorePath(store), ageToRefresh);
 }
 
-Expected<bool> DrawingStorage::contains(const common::RootPath& root, const OdString& url) try {
-    const Expected<sys::Folder> folder = folderOf(root);
-    if (!folder)
-        return folder.error();
-    const Expected<Place> place = placeOf(*folder, root, url, Database::Access::readOnly);
-    if (!place)
-        return place.error();
-    return place->frame().has_value();
-} catch (const DatabaseError& error) {
-    return ErrorMessage{error.description()};
+Expected<bool> DrawingStorage::contains(const common::RootPath& root, const OdString& url) {
+    return onRevision(root, url, Database::Access::readOnly, Expected<bool>(false),
+                      [](FrameStore& store, const CheckedUrl& checked) {
+                          return Expected<bool>(frameOf(store, checked).has_value());
+                      });
 }
 
-Expected<void> DrawingStorage::remove(const common::RootPath& root, const OdString& url) try {
-    const Expected<sys::Folder> folder = folderOf(root);
-    if (!folder)
-        return folder.error();
-    const Expected<Place> place = placeOf(*folder, root, url, Database::Access::readWrite);
-    if (!place)
-        return place.error();
-    if (!place->store)
-        return {};
-    DatabaseTransaction transaction(place->store->database());
-    if (const std::optional<Frame> frame = place->frame()) {
-        Expected<void> removed = place->store->remove(*frame);
-        if (!removed)
-            return removed;
-    }
-    transaction.commit();
-    return {};
-} catch (const DatabaseError& error) {
-    return ErrorMessage{error.description()};
+Expected<void> DrawingStorage::remove(const common::RootPath& root, const OdString& url) {
+    return onRevision(root, url, Database::Access::readWrite, Expected<void>(), removeFrom);
 }
 
 Expected<std::vector<OdString>> DrawingStorage::revisions(const common::RootPath& root,
-                                                          const OdString& url) try {
+                                                          const OdString& url) {
+    using Urls = Expected<std::vector<OdString>>;
+    return onRevision(root, url, Database::Access::readOnly, Urls(std::vector<OdString>()),
+                      [](FrameStore& store, const CheckedUrl& checked) {
+                          return Urls(urlsOf(store, checked.store()));
+                      });
+}
+
+Expected<std::vector<OdString>> DrawingStorage::revisionsIn(const common::RootPath& root,
+                                                            const OdString& name) {
+    using Urls = Expected<std::vector<OdString>>;
+    return onStore(root, name, Database::Access::readOnly, Urls(std::vector<OdString>()),
+                   [&](FrameStore& store) { return Urls(urlsOf(store, name)); });
+}
+
+Expected<std::unique_ptr<FrameStore>> DrawingStorage::openStore(const common::RootPath& root,
+                                                                const OdString& store) {
     const Expected<sys::Folder> folder = folderOf(root);
     if (!folder)
         return folder.error();
-    const Expected<Place> place = placeOf(*folder, root, url, Database::Access::readOnly);
-    if (!place)
-        return place.error();
-    std::vector<OdString> urls;
-    if (!place->store)
-        return urls;
-    for (const Frame& frame : place->store->frames())
-        urls.push_back(drawingUrl(place->url.store(), OdString::fromNarrow(frame.digest)));
-    return urls;
-} catch (const DatabaseError& error) {
-    return ErrorMessage{error.description()};
+    return existingStore(*folder, root, store, Database::Access::readOnly);
 }
 
-std::unique_ptr<FrameStore> openDrawingStore(const sys::Folder& folder,
-                                             const common::RootPath& root, const OdString& store) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(layout::drawingStorePath(store));
-    if (!status && sys::meansAbsent(status.error()))
-        return nullptr;
-    return std::make_unique<FrameStore>(openStore(folder, root, store, Database::Access::readOnly));
+Expected<void> DrawingStorage::removeStore(const common::RootPath& root, const OdString& store) {
+    const Expected<sys::Folder> folder = folderOf(root);
+    if (!folder)
+        return folder.error();
+    const std::string path = layout::drawingStorePath(store);
+    if (const std::error_code error = folder->removeFile(path))
+        return cannotRemove(path, error);
+    return {};
 }
 
 }  // namespace qrv

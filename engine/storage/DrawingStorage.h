@@ -39,13 +39,26 @@ public:
     Expected<std::vector<OdString>> revisions(const common::RootPath& root,
                                               const OdString& url) override;
 
+    /// The URLs of all revisions in the store of that name, oldest first; none when there is no
+    /// such store.
+    Expected<std::vector<OdString>> revisionsIn(const common::RootPath& root,
+                                                const OdString& store);
+    /// The store of that name, for reading all of it; null when there is none. Throws
+    /// `DatabaseError`.
+    Expected<std::unique_ptr<FrameStore>> openStore(const common::RootPath& root,
+                                                    const OdString& store);
+    /// Removes the store of that name with all of its revisions.
+    Expected<void> removeStore(const common::RootPath& root, const OdString& store);
+
 private:
+    template <class Answer, class Call>
+    Answer onStore(const common::RootPath& root, const OdString& store, Database::Access access,
+                   Answer ifMissing, Call call);
+    template <class Answer, class Call>
+    Answer onRevision(const common::RootPath& root, const OdString& url, Database::Access access,
+                      Answer ifMissing, Call call);
+
     PreviousUrl previousUrl_;
 };
-
-/// The store of that name beneath the open root, for reading all of it; null when there is none.
-/// Throws `DatabaseError`.
-std::unique_ptr<FrameStore> openDrawingStore(const sys::Folder& folder,
-                                             const common::RootPath& root, const OdString& store);
 
 }  // namespace qrv

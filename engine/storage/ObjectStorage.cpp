@@ -1,6 +1,7 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/paths/Layout.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/storage/ObjectFolder.h>
 #include <engine/storage/ObjectStorage.h>
@@ -128,6 +129,16 @@ Expected<void> ObjectStorage::remove(const common::RootPath& root, const OdStrin
                     [&](ObjectFolder& objects, const std::string& digest) {
                         return objects.remove(digest, url);
                     });
+}
+
+Expected<void> ObjectStorage::removePlain(const common::RootPath& root, const std::string& digest) {
+    const Expected<sys::Folder> folder = folderOf(root);
+    if (!folder)
+        return folder.error();
+    const std::string path = layout::objectPath(digest);
+    if (const std::error_code error = folder->removeFile(path))
+        return cannotRemove(path, error);
+    return {};
 }
 
 Expected<std::vector<OdString>> ObjectStorage::revisions(const common::RootPath& root,

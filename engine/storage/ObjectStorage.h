@@ -3,6 +3,7 @@
 #include <engine/storage/HostStorage.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace qrv {
@@ -44,6 +45,8 @@ public:
     /// Forgets the object, also in the pack, where a version that is kept as a difference from it
     /// is written anew first. One that is not there is no error.
     Expected<void> remove(const common::RootPath& root, const OdString& url) override;
+    /// Removes the plain file of an object; in the pack it stays.
+    Expected<void> removePlain(const common::RootPath& root, const std::string& digest);
     /// Only this one, if it is kept: equal contents are kept once, and objects do not know each
     /// other.
     Expected<std::vector<OdString>> revisions(const common::RootPath& root,

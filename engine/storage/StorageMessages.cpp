@@ -1,4 +1,5 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/storage/StorageMessages.h>
 
@@ -10,6 +11,10 @@ ErrorMessage cannotStore(const OdString& path, const OdString& cause) {
 
 ErrorMessage cannotWrite(const OdString& path, const OdString& cause) {
     return {OdString::format(tr(L"'%ls' cannot be written: %ls"), printable(path), cause)};
+}
+
+ErrorMessage cannotRemove(const std::string& path, std::error_code cause) {
+    return systemFailure(tr(L"'%ls' cannot be removed: %ls"), OdString::fromNarrow(path), cause);
 }
 
 ErrorMessage cannotRead(const OdString& url, const OdString& cause) {

@@ -20,6 +20,7 @@ public:
     /// The one that is to keep the file `path`.
     HostStorage& ofFile(const OdString& path);
     ObjectStorage& objects() { return objects_; }
+    DrawingStorage& drawings() { return drawings_; }
 
 private:
     ObjectStorage objects_;

@@ -259,6 +259,25 @@ TEST_F(DrawingStorageTest, WhatAKilledWriterLeftIsTakenBackByTheReader) {
     EXPECT_FALSE(fs::exists(folder_ / (file + "-journal")));
 }
 
+TEST_F(DrawingStorageTest, TellsAndRemovesAWholeStoreByItsName) {
+    const OdString store = OdString::fromNarrow(plan_);
+    EXPECT_THAT(storage_.revisionsIn(root_, store).value(), testing::IsEmpty());
+    EXPECT_EQ(storage_.openStore(root_, store).value(), nullptr);
+    const OdString first = this->store("plan.dwg", revision(1));
+    const OdString second = this->store("plan.dwg", revision(2));
+    this->store("other.dwg", revision(3));
+
+    EXPECT_THAT(storage_.revisionsIn(root_, store).value(), ElementsAre(first, second));
+    EXPECT_EQ(storage_.openStore(root_, store).value()->frames().size(), 2U);
+    EXPECT_TRUE(storage_.removeStore(root_, store));
+
+    EXPECT_FALSE(fs::exists(storeFile()));
+    EXPECT_EQ(read(first), "not there");
+    EXPECT_EQ(listTree(folder_ / ".qrv/tf").size(), 1U);
+    EXPECT_EQ(storage_.removeStore(root_, store).error().message.toNarrow(),
+              "'.qrv/tf/" + plan_ + ".tf' cannot be removed: No such file or directory");
+}
+
 TEST_F(DrawingStorageTest, AFileThatAlwaysChangesIsNotStored) {
     const std::string contents = qrv_test::randomBytes(4000000, 1);
     writeFile(folder_ / "plan.dwg", contents);
