@@ -151,6 +151,8 @@ SHARED_INTERNAL_HEADERS = {
     "common/base/MessageInternal.h": ("common", "every folder makes messages"),
     "common/repository/DeferredWriteInternal.h": ("common", "writes what a host let go of"),
     "common/json/ParseObjectInternal.h": ("common", "reads a file of ours as one object"),
+    "common/json/RowScannerInternal.h": ("common/state", "a state is read row by row"),
+    "common/json/RowTextInternal.h": ("common/state", "a state is written row by row"),
     "engine/history/RowsInternal.h": ("engine/maintenance", "a history is made anew row by row"),
     "engine/history/SumsInternal.h": ("engine/maintenance", "the rows that are made anew get their sums"),
     "platform/ut/RegularFileInternal.h": ("platform/qut", "opens only what ut::File opens"),

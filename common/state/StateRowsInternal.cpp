@@ -1,4 +1,4 @@
-#include <common/state/RowScannerInternal.h>
+#include <common/json/RowScannerInternal.h>
 #include <common/state/StateKeysInternal.h>
 #include <common/state/StateRowsInternal.h>
 

@@ -1,6 +1,6 @@
 #include <common/base/MessageInternal.h>
+#include <common/json/RowTextInternal.h>
 #include <common/state/PlatformInternal.h>
-#include <common/state/RowTextInternal.h>
 #include <common/state/StateFile.h>
 #include <common/state/StateKeysInternal.h>
 #include <common/state/StateWriterInternal.h>

@@ -1,6 +1,8 @@
 #include <common/state/StateFile.h>
 #include <tests/common/state/FailingAllocation.h>
+#include <tests/common/state/RandomStates.h>
 #include <tests/common/state/StateRepository.h>
+#include <tests/common/state/TreeWriter.h>
 
 #include <gmock/gmock.h>
 
@@ -16,8 +18,10 @@ using common::State;
 using common::writeState;
 using qrv_test::FailingAllocation;
 using qrv_test::fullState;
+using qrv_test::RandomStates;
 using qrv_test::StateRepository;
 using qrv_test::stateSample;
+using qrv_test::treeWritten;
 using testing::ElementsAre;
 
 constexpr auto unknownChange = static_cast<FileChange>(4);
@@ -155,6 +159,30 @@ TEST(StateWriter, ReturnsEveryExceptionAsAnErrorAndLeavesTheFile) {
     EXPECT_GT(failures, 20);
     EXPECT_EQ(repository.stateFileBytes(), complete);
     EXPECT_THAT(repository.metadata(), ElementsAre("qrv.state"));
+}
+
+TEST(StateWriter, MakesOfAStateWhatTheJsonWriterMakesOfItsTree) {
+    RandomStates states;
+    for (int run = 0; run < 200; ++run) {
+        State state = states.next();
+        if (run % 10 == 0)
+            state.head.commit = run - 100;
+        ASSERT_EQ(written(state), treeWritten(state));
+    }
+}
+
+// It goes into the file in parts, which end at different places of a row.
+TEST(StateWriter, MakesOfALargeStateWhatTheJsonWriterMakesOfItsTree) {
+    State state = qrv_test::fullState();
+    for (int file = 0; file < 3000; ++file) {
+        const std::wstring name = std::to_wstring(file) + std::wstring(file % 70, L'n');
+        state.index[OdString(name)] = {file, file % 2 == 0};
+        state.stagedFiles.emplace_back(OdString(name), common::FileChange::added);
+        state.conflicts.insert(state.conflicts.end(), state.conflicts[1]);
+        state.renames[OdString(name)] = OdString(std::wstring(file % 50, L'\u00E4'));
+    }
+    state.renames[L"long"] = OdString(std::wstring(100'000, L'l'));
+    EXPECT_TRUE(written(state) == treeWritten(state));
 }
 
 }  // namespace

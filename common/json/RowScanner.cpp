@@ -1,5 +1,5 @@
 #include <common/json/Reader.h>
-#include <common/state/RowScannerInternal.h>
+#include <common/json/RowScannerInternal.h>
 
 #include <charconv>
 #include <cstddef>
@@ -83,7 +83,7 @@ bool RowScanner::boolean() {
 }
 
 void RowScanner::skipBlanks() {
-    // Half of a state file is indentation behind line feeds.
+    // Half of a file of ours is indentation behind line feeds.
     constexpr std::string_view indentation = "        ";
     while (position_ != end_ && isBlank(*position_)) {
         ++position_;

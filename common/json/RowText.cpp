@@ -1,6 +1,6 @@
+#include <common/json/RowTextInternal.h>
 #include <common/json/Value.h>
 #include <common/json/Writer.h>
-#include <common/state/RowTextInternal.h>
 
 #include <algorithm>
 #include <array>
@@ -93,7 +93,7 @@ void RowText::lineFeed() {
 
 void RowText::addLine() {
     if (units_.size() > unitsLeft_)
-        throw std::length_error("a state of more text than can be read");
+        throw std::length_error("a document of more text than can be read");
     // With the line feed that stood for the end of this part.
     unitsLeft_ -= std::min(unitsLeft_, units_.size() + 1);
     OdString line(std::move(units_));
