@@ -41,9 +41,12 @@ def is_listed(name, cmake):
     return False
 
 
-def unlisted_sources(files, cmake):
-    return [f"{name}: in no CMakeLists.txt, so it is not built"
-            for name in files if name.endswith(".cpp") and not is_listed(name, cmake)]
+def source_problems(files, cmake):
+    """Only a header says by its name that it is internal."""
+    named = [name for name in files if name.endswith(".cpp")]
+    return ([f"{name}: in no CMakeLists.txt, so it is not built" for name in named if not is_listed(name, cmake)]
+            + [f"{name}: a source and a test go without the word Internal" for name in named
+               if name.endswith(("Internal.cpp", "InternalTest.cpp"))])
 
 
 def is_public_header(name):
@@ -106,7 +109,7 @@ def readme_problems(files, read):
 
 
 CHECKS = {
-    "sources": lambda files, read: unlisted_sources(files, cmake_texts(files, read)),
+    "sources": lambda files, read: source_problems(files, cmake_texts(files, read)),
     "headers": header_problems,
     "common.h": umbrella_problems,
     "readmes": readme_problems,

@@ -225,6 +225,16 @@ class Lists(unittest.TestCase):
             ["common/json/Writer.cpp: in no CMakeLists.txt, so it is not built",
              "common/Reader.cpp: in no CMakeLists.txt, so it is not built"])
 
+    def test_only_a_header_is_called_internal(self):
+        files = {"common/CMakeLists.txt": "add_library(c json/RowInternal.cpp)",
+                 "tests/common/CMakeLists.txt": "qrv_add_tests(t json/RowInternalTest.cpp)"}
+        names = [*files, "common/json/RowInternal.h", "common/json/RowInternal.cpp",
+                 "tests/common/json/RowInternalTest.cpp"]
+        self.assertEqual(
+            check_lists.CHECKS["sources"](names, reader(files)),
+            ["common/json/RowInternal.cpp: a source and a test go without the word Internal",
+             "tests/common/json/RowInternalTest.cpp: a source and a test go without the word Internal"])
+
     def test_public_headers_must_be_listed(self):
         good = {"common/CMakeLists.txt": self.CMAKE, "common/common.h": "", "common/json/Reader.h": "",
                 "common/json/AInternal.h": ""}
