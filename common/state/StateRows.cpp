@@ -1,244 +1,138 @@
 #include <common/json/RowScannerInternal.h>
-#include <common/state/StateKeysInternal.h>
+#include <common/state/StateMembersInternal.h>
 #include <common/state/StateRowsInternal.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <utility>
+#include <cstdint>
 
 namespace common {
 
 namespace {
 
-/// A member of the object that is being read: at most once there.
-template <class Content>
-class Member {
+/// A set of a row's members, with a bit for each.
+using MemberSet = std::uint32_t;
+
+template <class Row>
+constexpr MemberSet requiredMembers() {
+    return std::apply(
+        [](const auto&... member) {
+            MemberSet set = 0;
+            MemberSet bit = 1;
+            ((set |= member.presence == Presence::required ? bit : 0, bit <<= 1), ...);
+            return set;
+        },
+        stateMembers<Row>);
+}
+
+/// All names are ASCII, so each unit is one byte.
+bool isCalled(std::string_view nameUtf8, std::wstring_view name) {
+    return nameUtf8.size() == name.size() &&
+           std::equal(nameUtf8.begin(), nameUtf8.end(), name.begin());
+}
+
+/// Reads what comes next in the text into a part of the state, by the type of the part.
+class RowReader {
 public:
-    void set(Content content) {
-        if (content_)
+    explicit RowReader(std::string_view bytesUtf8) : scanner_(bytesUtf8) {}
+
+    template <class Row>
+    void read(Row& row) {
+        MemberSet found = 0;
+        readObject([&](std::string_view name) {
+            const MemberSet member = readMember(name, row);
+            if ((found & member) != 0)
+                throw RowScanner::NotPlain();
+            found |= member;
+        });
+        if ((requiredMembers<Row>() & ~found) != 0)
             throw RowScanner::NotPlain();
-        content_ = std::move(content);
     }
-    Content required() {
-        if (!content_)
-            throw RowScanner::NotPlain();
-        return std::move(*content_);
-    }
-    Content orEmpty() { return content_ ? std::move(*content_) : Content(); }
 
 private:
-    std::optional<Content> content_;
+    /// Calls `readMember` with the name of each member; it must read the member's content.
+    template <class ReadMember>
+    void readObject(ReadMember readMember) {
+        scanner_.expect('{');
+        do
+            readMember(scanner_.name());
+        while (scanner_.take(','));
+        scanner_.expect('}');
+    }
+
+    template <class ReadElement>
+    void readList(ReadElement readElement) {
+        scanner_.expect('[');
+        do
+            readElement();
+        while (scanner_.take(','));
+        scanner_.expect(']');
+    }
+
+    /// The member that was read, as a set.
+    template <std::size_t Index = 0, class Row>
+    MemberSet readMember(std::string_view name, Row& row) {
+        if constexpr (Index == memberCount<Row>) {
+            throw RowScanner::NotPlain();
+        } else {
+            const auto& member = std::get<Index>(stateMembers<Row>);
+            if (!isCalled(name, member.name))
+                return readMember<Index + 1>(name, row);
+            read(member.of(row));
+            return MemberSet{1} << Index;
+        }
+    }
+
+    void read(OdString& text) { text = scanner_.string(); }
+    void read(std::int64_t& number) { number = scanner_.integer(); }
+    void read(bool& isTrue) { isTrue = scanner_.boolean(); }
+
+    void read(FileChange& change) {
+        const Expected<FileChange> named = toFileChange(scanner_.string());
+        if (!named)
+            throw RowScanner::NotPlain();
+        change = *named;
+    }
+
+    void read(OdArray<OdDbHandle>& handles) {
+        readList([&] { handles.push_back(OdDbHandle(scanner_.string())); });
+    }
+
+    /// A head with a commit has another meaning than it seems, which the other reader knows.
+    void read(Head& head) {
+        bool hasReference = false;
+        readObject([&](std::string_view name) {
+            if (hasReference || !isCalled(name, headMembers::reference))
+                throw RowScanner::NotPlain();
+            read(head.reference);
+            hasReference = true;
+        });
+    }
+
+    template <class Row>
+    void read(std::vector<Row>& rows) {
+        readList([&] { read(rows.emplace_back(emptyRow<Row>())); });
+    }
+
+    template <class Value>
+    void read(std::map<OdString, Value>& rows) {
+        readList([&] {
+            std::pair<OdString, Value> row;
+            read(row);
+            // The first of equal paths stays. Files are written in the map's order, so the end is
+            // the place.
+            rows.try_emplace(rows.end(), std::move(row.first), std::move(row.second));
+        });
+    }
+
+    RowScanner scanner_;
 };
-
-/// All keys are ASCII, so each unit is one byte. `Size` counts the NUL behind the key.
-template <std::size_t Size>
-bool is(std::string_view name, const wchar_t (&key)[Size]) {
-    return name.size() == Size - 1 && std::equal(name.begin(), name.end(), key);
-}
-
-/// Calls `readMember` with the name of each member; it must read the member's value.
-template <class ReadMember>
-void readObject(RowScanner& scanner, ReadMember readMember) {
-    scanner.expect('{');
-    do
-        readMember(scanner.name());
-    while (scanner.take(','));
-    scanner.expect('}');
-}
-
-template <class ReadElement>
-void readList(RowScanner& scanner, ReadElement readElement) {
-    scanner.expect('[');
-    do
-        readElement();
-    while (scanner.take(','));
-    scanner.expect(']');
-}
-
-Head readHead(RowScanner& scanner) {
-    Member<OdString> reference;
-    readObject(scanner, [&](std::string_view name) {
-        if (!is(name, stateKeys::reference))
-            throw RowScanner::NotPlain();
-        reference.set(scanner.string());
-    });
-    return {reference.required(), std::nullopt};
-}
-
-FileChange readFileChange(RowScanner& scanner) {
-    const Expected<FileChange> change = toFileChange(scanner.string());
-    if (!change)
-        throw RowScanner::NotPlain();
-    return *change;
-}
-
-StagedFile readStagedFile(RowScanner& scanner) {
-    Member<OdString> path;
-    Member<FileChange> change;
-    readObject(scanner, [&](std::string_view name) {
-        if (is(name, stateKeys::path))
-            path.set(scanner.string());
-        else if (is(name, stateKeys::fileChange))
-            change.set(readFileChange(scanner));
-        else
-            throw RowScanner::NotPlain();
-    });
-    return {path.required(), change.required()};
-}
-
-std::vector<StagedFile> readStagedFiles(RowScanner& scanner) {
-    std::vector<StagedFile> files;
-    readList(scanner, [&] { files.push_back(readStagedFile(scanner)); });
-    return files;
-}
-
-void readRename(RowScanner& scanner, std::map<OdString, OdString>& renames) {
-    Member<OdString> newPath;
-    Member<OdString> previousPath;
-    readObject(scanner, [&](std::string_view name) {
-        if (is(name, stateKeys::newPath))
-            newPath.set(scanner.string());
-        else if (is(name, stateKeys::previousPath))
-            previousPath.set(scanner.string());
-        else
-            throw RowScanner::NotPlain();
-    });
-    // The first of equal paths stays.
-    renames.try_emplace(renames.end(), newPath.required(), previousPath.required());
-}
-
-std::map<OdString, OdString> readRenames(RowScanner& scanner) {
-    std::map<OdString, OdString> renames;
-    readList(scanner, [&] { readRename(scanner, renames); });
-    return renames;
-}
-
-IndexData readIndexData(RowScanner& scanner) {
-    Member<std::int64_t> lastChecked;
-    Member<bool> modified;
-    readObject(scanner, [&](std::string_view name) {
-        if (is(name, stateKeys::lastChecked))
-            lastChecked.set(scanner.integer());
-        else if (is(name, stateKeys::modified))
-            modified.set(scanner.boolean());
-        else
-            throw RowScanner::NotPlain();
-    });
-    return {lastChecked.required(), modified.required()};
-}
-
-void readIndexEntry(RowScanner& scanner, std::map<OdString, IndexData>& index) {
-    Member<OdString> path;
-    Member<IndexData> entry;
-    readObject(scanner, [&](std::string_view name) {
-        if (is(name, stateKeys::path))
-            path.set(scanner.string());
-        else if (is(name, stateKeys::entry))
-            entry.set(readIndexData(scanner));
-        else
-            throw RowScanner::NotPlain();
-    });
-    // The first of equal paths stays. Files are written in the map's order, so the end is the
-    // place.
-    index.try_emplace(index.end(), path.required(), entry.required());
-}
-
-std::map<OdString, IndexData> readIndex(RowScanner& scanner) {
-    std::map<OdString, IndexData> index;
-    readList(scanner, [&] { readIndexEntry(scanner, index); });
-    return index;
-}
-
-OdArray<OdDbHandle> readHandleList(RowScanner& scanner) {
-    OdArray<OdDbHandle> handles;
-    readList(scanner, [&] { handles.push_back(OdDbHandle(scanner.string())); });
-    return handles;
-}
-
-DiffHandles readHandles(RowScanner& scanner) {
-    Member<OdArray<OdDbHandle>> modified;
-    Member<OdArray<OdDbHandle>> locallyRemoved;
-    Member<OdArray<OdDbHandle>> remotelyRemoved;
-    Member<OdArray<OdDbHandle>> modifiedBlocks;
-    readObject(scanner, [&](std::string_view name) {
-        if (is(name, stateKeys::modified))
-            modified.set(readHandleList(scanner));
-        else if (is(name, stateKeys::locallyRemoved))
-            locallyRemoved.set(readHandleList(scanner));
-        else if (is(name, stateKeys::remotelyRemoved))
-            remotelyRemoved.set(readHandleList(scanner));
-        else if (is(name, stateKeys::modifiedBlocks))
-            modifiedBlocks.set(readHandleList(scanner));
-        else
-            throw RowScanner::NotPlain();
-    });
-    DiffHandles handles;
-    handles.modified = modified.orEmpty();
-    handles.locallyRemoved = locallyRemoved.orEmpty();
-    handles.remotelyRemoved = remotelyRemoved.orEmpty();
-    handles.modifiedBlocks = modifiedBlocks.orEmpty();
-    return handles;
-}
-
-ConflictData readConflict(RowScanner& scanner) {
-    Member<OdString> path;
-    Member<OdString> remoteUrl;
-    Member<FileChange> localType;
-    Member<FileChange> remoteType;
-    Member<DiffHandles> handles;
-    readObject(scanner, [&](std::string_view name) {
-        if (is(name, stateKeys::path))
-            path.set(scanner.string());
-        else if (is(name, stateKeys::remoteUrl))
-            remoteUrl.set(scanner.string());
-        else if (is(name, stateKeys::localType))
-            localType.set(readFileChange(scanner));
-        else if (is(name, stateKeys::remoteType))
-            remoteType.set(readFileChange(scanner));
-        else if (is(name, stateKeys::handles))
-            handles.set(readHandles(scanner));
-        else
-            throw RowScanner::NotPlain();
-    });
-    return {path.required(), remoteUrl.required(), localType.required(), remoteType.required(),
-            handles.orEmpty()};
-}
-
-std::vector<ConflictData> readConflicts(RowScanner& scanner) {
-    std::vector<ConflictData> conflicts;
-    readList(scanner, [&] { conflicts.push_back(readConflict(scanner)); });
-    return conflicts;
-}
-
-State readState(RowScanner& scanner) {
-    Member<Head> head;
-    Member<std::vector<StagedFile>> stagedFiles;
-    Member<std::map<OdString, OdString>> renames;
-    Member<std::map<OdString, IndexData>> index;
-    Member<std::vector<ConflictData>> conflicts;
-    readObject(scanner, [&](std::string_view name) {
-        if (is(name, stateKeys::head))
-            head.set(readHead(scanner));
-        else if (is(name, stateKeys::stagedFiles))
-            stagedFiles.set(readStagedFiles(scanner));
-        else if (is(name, stateKeys::renames))
-            renames.set(readRenames(scanner));
-        else if (is(name, stateKeys::index))
-            index.set(readIndex(scanner));
-        else if (is(name, stateKeys::conflicts))
-            conflicts.set(readConflicts(scanner));
-        else
-            throw RowScanner::NotPlain();
-    });
-    return {head.required(), stagedFiles.orEmpty(), renames.orEmpty(), index.orEmpty(),
-            conflicts.orEmpty()};
-}
 
 }  // namespace
 
 std::optional<State> readRows(std::string_view bytesUtf8) try {
-    RowScanner scanner(bytesUtf8);
-    return readState(scanner);
+    State state;
+    RowReader(bytesUtf8).read(state);
+    return state;
 } catch (const RowScanner::NotPlain&) {
     return std::nullopt;
 }

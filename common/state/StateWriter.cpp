@@ -2,144 +2,142 @@
 #include <common/json/RowTextInternal.h>
 #include <common/state/PlatformInternal.h>
 #include <common/state/StateFile.h>
-#include <common/state/StateKeysInternal.h>
+#include <common/state/StateMembersInternal.h>
 #include <common/state/StateWriterInternal.h>
 #include <platform/ut/TextFile.h>
 
-#include <string_view>
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 namespace common {
 
 namespace {
 
-void writeHead(const Head& head, RowText& text) {
-    text.openObject();
-    if (head.commit) {
-        text.name(stateKeys::commit);
-        text.integer(*head.commit);
+template <class List>
+auto isEmpty(const List& list) -> decltype(list.empty()) {
+    return list.empty();
+}
+bool isEmpty(const DiffHandles& handles) {
+    return !handles.hasHandles();
+}
+
+/// The places of a row's members in its table, in the order of their names, as the JSON writer has
+/// them.
+template <class Row>
+constexpr auto placesByName() {
+    return std::apply(
+        [](const auto&... member) {
+            const std::array names = {member.name...};
+            std::array<std::size_t, sizeof...(member)> places = {};
+            for (std::size_t place = 0; place < places.size(); ++place)
+                places[place] = place;
+            std::sort(places.begin(), places.end(), [&](std::size_t left, std::size_t right) {
+                return names[left] < names[right];
+            });
+            return places;
+        },
+        stateMembers<Row>);
+}
+
+/// Writes parts of the state, by the type of the part. Only a file change without a name fails.
+class RowWriter {
+public:
+    explicit RowWriter(RowText& text) : text_(text) {}
+
+    template <class Row>
+    Expected<void> write(const Row& row) {
+        return writeRow<Row>(row);
     }
-    text.name(stateKeys::reference);
-    text.string(head.reference);
-    text.closeObject();
-}
 
-void writeMember(std::wstring_view key, const OdString& value, RowText& text) {
-    text.name(key);
-    text.string(value);
-}
-
-Expected<void> writeMember(std::wstring_view key, FileChange change, RowText& text) {
-    const Expected<OdString> code = toString(change);
-    if (!code)
-        return code.error();
-    writeMember(key, *code, text);
-    return {};
-}
-
-Expected<void> writeStagedFile(const StagedFile& file, RowText& text) {
-    text.openObject();
-    if (Expected<void> change = writeMember(stateKeys::fileChange, file.change, text); !change)
-        return change;
-    writeMember(stateKeys::path, file.path, text);
-    text.closeObject();
-    return {};
-}
-
-Expected<void> writeRename(const std::pair<const OdString, OdString>& rename, RowText& text) {
-    text.openObject();
-    writeMember(stateKeys::newPath, rename.first, text);
-    writeMember(stateKeys::previousPath, rename.second, text);
-    text.closeObject();
-    return {};
-}
-
-Expected<void> writeIndexEntry(const std::pair<const OdString, IndexData>& entry, RowText& text) {
-    text.openObject();
-    text.name(stateKeys::entry);
-    text.openObject();
-    text.name(stateKeys::lastChecked);
-    text.integer(entry.second.lastChecked);
-    text.name(stateKeys::modified);
-    text.boolean(entry.second.modified);
-    text.closeObject();
-    writeMember(stateKeys::path, entry.first, text);
-    text.closeObject();
-    return {};
-}
-
-void writeHandleList(std::wstring_view key, const OdArray<OdDbHandle>& handles, RowText& text) {
-    if (handles.empty())
-        return;
-    text.name(key);
-    text.openArray();
-    for (const OdDbHandle& handle : handles) {
-        text.element();
-        text.string(handle.ascii());
+private:
+    /// `Row` names the table; an element of a map is a row with a constant key.
+    template <class Row>
+    Expected<void> writeRow(const auto& row) {
+        Expected<void> result;
+        const auto writeNext = [&](const auto& member) {
+            const auto& content = member.of(row);
+            if constexpr (requires { isEmpty(content); }) {
+                if (member.presence == Presence::unlessEmpty && isEmpty(content))
+                    return true;
+            }
+            text_.name(member.name);
+            result = write(content);
+            return result.hasValue();
+        };
+        text_.openObject();
+        [&]<std::size_t... Nth>(std::index_sequence<Nth...>) {
+            static constexpr auto places = placesByName<Row>();
+            static_cast<void>((writeNext(std::get<places[Nth]>(stateMembers<Row>)) && ...));
+        }
+        (std::make_index_sequence<memberCount<Row>>());
+        text_.closeObject();
+        return result;
     }
-    text.closeArray();
-}
 
-void writeHandles(const DiffHandles& handles, RowText& text) {
-    text.name(stateKeys::handles);
-    text.openObject();
-    writeHandleList(stateKeys::locallyRemoved, handles.locallyRemoved, text);
-    writeHandleList(stateKeys::modified, handles.modified, text);
-    writeHandleList(stateKeys::modifiedBlocks, handles.modifiedBlocks, text);
-    writeHandleList(stateKeys::remotelyRemoved, handles.remotelyRemoved, text);
-    text.closeObject();
-}
-
-Expected<void> writeConflict(const ConflictData& conflict, RowText& text) {
-    text.openObject();
-    if (conflict.handles.hasHandles())
-        writeHandles(conflict.handles, text);
-    if (Expected<void> local = writeMember(stateKeys::localType, conflict.localType, text); !local)
-        return local;
-    writeMember(stateKeys::path, conflict.path, text);
-    if (Expected<void> remote = writeMember(stateKeys::remoteType, conflict.remoteType, text);
-        !remote)
-        return remote;
-    writeMember(stateKeys::remoteUrl, conflict.remoteUrl, text);
-    text.closeObject();
-    return {};
-}
-
-/// A list without elements is left out of the file.
-template <class Container, class WriteElement>
-Expected<void> writeList(std::wstring_view key, const Container& container,
-                         WriteElement writeElement, RowText& text) {
-    if (container.empty())
+    Expected<void> write(const OdString& text) {
+        text_.string(text);
         return {};
-    text.name(key);
-    text.openArray();
-    for (const auto& element : container) {
-        text.element();
-        if (Expected<void> written = writeElement(element, text); !written)
-            return written;
     }
-    text.closeArray();
-    return {};
-}
+    Expected<void> write(std::int64_t number) {
+        text_.integer(number);
+        return {};
+    }
+    Expected<void> write(bool isTrue) {
+        text_.boolean(isTrue);
+        return {};
+    }
 
-/// The members of each object in the order of their names, as the JSON writer has them.
-Expected<void> writeRows(const State& state, RowText& text) {
-    text.openObject();
-    if (auto list = writeList(stateKeys::conflicts, state.conflicts, writeConflict, text); !list)
-        return list;
-    text.name(stateKeys::head);
-    writeHead(state.head, text);
-    if (auto list = writeList(stateKeys::index, state.index, writeIndexEntry, text); !list)
-        return list;
-    if (auto list = writeList(stateKeys::renames, state.renames, writeRename, text); !list)
-        return list;
-    if (auto list = writeList(stateKeys::stagedFiles, state.stagedFiles, writeStagedFile, text);
-        !list)
-        return list;
-    text.closeObject();
-    text.finish();
-    return {};
-}
+    Expected<void> write(FileChange change) {
+        const Expected<OdString> name = toString(change);
+        if (!name)
+            return name.error();
+        return write(*name);
+    }
+
+    Expected<void> write(const OdDbHandle& handle) { return write(handle.ascii()); }
+
+    Expected<void> write(const Head& head) {
+        text_.openObject();
+        if (head.commit) {
+            text_.name(headMembers::commit);
+            text_.integer(*head.commit);
+        }
+        text_.name(headMembers::reference);
+        text_.string(head.reference);
+        text_.closeObject();
+        return {};
+    }
+
+    template <class Element>
+    Expected<void> write(const std::vector<Element>& elements) {
+        return writeList(elements, [&](const Element& element) { return write(element); });
+    }
+    template <class Value>
+    Expected<void> write(const std::map<OdString, Value>& rows) {
+        return writeList(
+            rows, [&](const auto& row) { return writeRow<std::pair<OdString, Value>>(row); });
+    }
+
+    template <class List, class WriteElement>
+    Expected<void> writeList(const List& list, WriteElement writeElement) {
+        text_.openArray();
+        for (const auto& element : list) {
+            text_.element();
+            if (Expected<void> written = writeElement(element); !written)
+                return written;
+        }
+        text_.closeArray();
+        return {};
+    }
+
+    RowText& text_;
+};
 
 }  // namespace
 
@@ -154,8 +152,9 @@ Expected<void> replaceState(const State& state, const OdString& target,
     constexpr auto handOver =
         isPlatformBundled ? RowText::HandOver::inPieces : RowText::HandOver::asOneLine;
     RowText text(file, handOver);
-    if (Expected<void> written = writeRows(state, text); !written)
+    if (Expected<void> written = RowWriter(text).write(state); !written)
         return written;
+    text.finish();
     if (!file.write())
         return translatedError(L"Error writing to file '%ls'", statePath);
     return {};
