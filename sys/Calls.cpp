@@ -42,8 +42,8 @@ long openBeneathOnce(int folder, const char* path, int flags, mode_t mode) {
     return ::syscall(SYS_openat2, folder, path, &how, sizeof how);
 }
 
-/// On a network share a lease is refused in the same words when the server has not entrusted the
-/// file to this machine, which says nothing of other programs.
+// On a network share a lease is refused in the same words when the server has not entrusted the
+// file to this machine, which says nothing of other programs.
 bool isOnNetworkShare(int file) {
     struct statfs system = {};
     if (repeatedWhenInterrupted([&] { return ::fstatfs(file, &system); }) < 0)

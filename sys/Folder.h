@@ -36,8 +36,7 @@ struct NameInFolder;
 /// An open folder, and what lies below it. Every operation takes a path relative to it and never
 /// leaves it: nothing is cached, and a path that leads through a symbolic link is refused by the
 /// system itself at the moment of use, so that nothing can be exchanged between a check and the
-/// use.
-/// "." is the folder itself. Paths are bytes.
+/// use. Paths are bytes; "." is the folder itself.
 ///
 /// A path that leads through a link fails with `too_many_symbolic_link_levels`, an absolute one and
 /// one with "..", "." or an empty component with `invalid_argument`; one with a NUL names nothing.

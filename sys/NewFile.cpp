@@ -33,13 +33,13 @@ std::error_code outcomeOf(int result) {
     return result < 0 ? calls::lastError() : std::error_code();
 }
 
-// What is answered to who may not give the file away, and by a file system that keeps no owners.
+/// What is answered to who may not give the file away, and by a file system that keeps no owners.
 bool isRefusal(int errorNumber) {
     return errorNumber == EPERM || errorNumber == EACCES || errorNumber == EINVAL ||
            errorNumber == ENOTSUP;
 }
 
-// Whether the file has the group now. Nothing after a failure that is no refusal.
+/// Whether the file has the group now. Nothing after a failure that is no refusal.
 std::optional<bool> giveTo(int file, uid_t owner, gid_t group) {
     // Who may not give a file away may still give it to a group of their own.
     constexpr auto unchanged = static_cast<uid_t>(-1);

@@ -11,8 +11,8 @@ namespace {
 
 constexpr int anyKind = 0x1FFF;
 
-// The live configurations of this process. Entries stay; one whose configuration has ended is used
-// again.
+/// The live configurations of this process. Entries stay; one whose configuration has ended is used
+/// again.
 struct LiveConfigs {
     LiveConfigs() = default;
     LiveConfigs(const LiveConfigs&) = delete;
@@ -28,7 +28,7 @@ struct LiveConfigs {
 
 constinit bool LiveConfigs::hasEnded = false;
 
-// Null when they have ended.
+/// Null when they have ended.
 LiveConfigs* liveConfigs() {
     if (LiveConfigs::hasEnded)
         return nullptr;

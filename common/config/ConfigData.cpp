@@ -16,7 +16,7 @@ namespace {
 constexpr int anyKind = 0x1FFF;
 constexpr int notFound = -1;
 
-// The folder of a project, as it is registered.
+/// The folder of a project, as it is registered.
 class Folder {
 public:
     explicit Folder(const OdString& path) : path_(path) {
@@ -55,7 +55,7 @@ private:
     QFileInfo info_;
 };
 
-// Asks whether a project lies in the folder `path`.
+/// Asks whether a project lies in the folder `path`.
 class InFolder {
 public:
     explicit InFolder(const OdString& path) : folder_(path) {}

@@ -10,8 +10,8 @@ namespace {
 constexpr int anyKind = 0x1FFF;
 constexpr int allPermissions = 0777;
 
-// The directory itself, or the nearest folder above it that exists; without components when there
-// is none.
+/// The directory itself, or the nearest folder above it that exists; without components when there
+/// is none.
 ut::FileName nearestExisting(const OdString& directory) {
     ut::FileName probe(directory);
     while (probe.getDirCount() != 0 && !probe.exists(anyKind))

@@ -106,7 +106,7 @@ std::string_view RowScanner::quoted() {
     return bytes;
 }
 
-/// Escapes are rare, and there shall be one place that knows them.
+// Escapes are rare, and there shall be one place that knows them.
 OdString RowScanner::stringWithEscapes() {
     const std::size_t quote = closingQuote(rest());
     const OdString literal = OdString::fromNarrow({position_ - 1, quote + 2});

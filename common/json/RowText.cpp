@@ -81,8 +81,8 @@ void RowText::beginLine() {
     lineFeed();
 }
 
-/// Our own file joins what it is given by line feeds, so the text can be handed over at any of
-/// them.
+// Our own file joins what it is given by line feeds, so the text can be handed over at any of
+// them.
 void RowText::lineFeed() {
     if (handOver_ == HandOver::inPieces && units_.size() >= unitsAtOnce)
         addLine();

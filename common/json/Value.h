@@ -32,8 +32,8 @@ struct QRV_COMMON_EXPORT Config_map {
 ///     const std::wstring& path = entry.at(L"path").getString();
 ///
 /// A value may be nested to any depth that memory holds: copying, comparing and destroying it walk
-/// without recursion. A moved-from value is null. A text is kept as
-/// UTF-16 code units, however it came; a key should be given as such.
+/// without recursion. A moved-from value is null. A text is kept as UTF-16 code units, however it
+/// came; a key should be given as such.
 template <class Config>
 class QRV_COMMON_EXPORT Value_impl {
 public:

@@ -13,7 +13,7 @@ using jsonlib::json::Object;
 
 namespace {
 
-// A real that does not fit is cut to the nearest end of the range; one that is no number gives 0.
+/// A real that does not fit is cut to the nearest end of the range; one that is no number gives 0.
 std::int64_t truncated(double number) {
     constexpr double limit = 9223372036854775808.0;
     if (std::isnan(number))

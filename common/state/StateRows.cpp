@@ -24,7 +24,7 @@ constexpr MemberSet requiredMembers() {
         stateMembers<Row>);
 }
 
-/// All names are ASCII, so each unit is one byte.
+// All names are ASCII, so each unit is one byte.
 bool isCalled(std::string_view nameUtf8, std::wstring_view name) {
     return nameUtf8.size() == name.size() &&
            std::equal(nameUtf8.begin(), nameUtf8.end(), name.begin());

@@ -32,7 +32,7 @@ constexpr std::size_t bytesForParenthesis = 450 * instrumented;
 constexpr std::size_t bytesForState = 180 * instrumented;
 /// Left to others: what is called at the end, and the throwing of an exception.
 constexpr std::size_t reserveBytes = std::size_t{32} * 1024;
-/// So much is there in any thread, and need not be asked for.
+// So much is there in any thread, and need not be asked for.
 constexpr std::size_t alwaysThereBytes = std::size_t{64} * 1024;
 
 std::size_t usableStackBytes() {

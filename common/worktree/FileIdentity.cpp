@@ -38,8 +38,8 @@ private:
     SHA256_CTX context_ = {};
 };
 
-/// Fits the second-level cache, so that hashing finds what reading just put there, and stays below
-/// the size from which allocation means fresh pages from the system each time.
+// Fits the second-level cache, so that hashing finds what reading just put there, and stays below
+// the size from which allocation means fresh pages from the system each time.
 constexpr std::int64_t pieceSizeBytes = std::int64_t{64} * 1024;
 
 /// The digest of as many bytes as the file has when it is opened. One that shrinks meanwhile is

@@ -11,7 +11,7 @@ namespace common {
 
 namespace {
 
-/// Longer lines are not compiled: they serve nobody, and the expression compiler recurses.
+// Longer lines are not compiled: they serve nobody, and the expression compiler recurses.
 constexpr int longestRule = 2000;
 
 /// The expression that stands for one character of a glob. Brackets and everything else that means

@@ -9,8 +9,7 @@
 
 namespace common {
 
-/// An ignore rule that is a glob without characters that mean something in expressions, besides
-/// "*",
+/// An ignore rule that is a glob and has no characters that mean something in expressions but "*",
 /// "?" and ".". Gives the same answers as the case-insensitive expression it stands for, but in at
 /// most length times length steps and without recursion: as a std::regex, five stars can cost
 /// minutes.

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::uint32_t permissionsOfANewFile = 0666;
 
-// What the new file takes over, if there is an old one, and whether that may be replaced.
+/// What the new file takes over, if there is an old one, and whether that may be replaced.
 struct OldFile {
     bool isReplaceable = false;
     std::optional<sys::FileStatus> status;

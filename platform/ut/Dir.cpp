@@ -19,8 +19,8 @@ namespace calls = sys::calls;
 
 namespace {
 
-// The type of an entry, behind a link and where the folder itself does not say it. An entry that
-// vanished meanwhile has none, as a broken link.
+/// The type of an entry, behind a link and where the folder itself does not say it. An entry that
+/// vanished meanwhile has none, as a broken link.
 unsigned char typeOf(int folder, const char* name, unsigned char type) {
     if (type != DT_UNKNOWN && type != DT_LNK)
         return type;

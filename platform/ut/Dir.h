@@ -42,7 +42,7 @@ public:
     std::vector<OdString> list(const OdString& pattern, std::uint32_t attributes) const;
 
 private:
-    // Where a name stands in `names_`.
+    /// Where a name stands in `names_`.
     struct Entry {
         std::size_t begin = 0;
         std::size_t length = 0;

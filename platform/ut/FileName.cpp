@@ -19,13 +19,13 @@ namespace {
 constexpr wchar_t slash = L'/';
 constexpr const wchar_t* currentFolder = L".";
 
-// A component of a path, without separators.
+/// A component of a path, without separators.
 struct Component {
     int begin = 0;
     int end = 0;
 };
 
-// The last component that ends at or before `limit`; empty when there is none.
+/// The last component that ends at or before `limit`; empty when there is none.
 Component lastComponent(const OdString& path, int limit) {
     int end = limit;
     while (end > 0 && path[end - 1] == slash)
@@ -36,7 +36,7 @@ Component lastComponent(const OdString& path, int limit) {
     return {.begin = begin, .end = end};
 }
 
-// An absolute path without what names nothing: ".", and separators beside others.
+/// An absolute path without what names nothing: ".", and separators beside others.
 OdString tidied(const OdString& path) {
     OdString tidy;
     for (int begin = 0; begin < path.getLength();) {
@@ -66,7 +66,7 @@ bool makeParents(const std::string& path, mode_t mode) {
     return true;
 }
 
-// Whether a look that failed for this reason says that nothing is there, or could be.
+/// Whether a look that failed for this reason says that nothing is there, or could be.
 bool meansAbsent(int errorNumber) {
     return errorNumber == ENOENT || errorNumber == ENOTDIR || errorNumber == ENAMETOOLONG;
 }

@@ -41,12 +41,12 @@ OdString decodeUtf16(std::string_view bytes, std::size_t highByte) {
     return OdString(std::move(units));
 }
 
-// The contents of a file, in a buffer that is not zeroed before it is filled: clearing a large one
-// costs as much as decoding it.
+/// The contents of a file, in a buffer that is not zeroed before it is filled: clearing a large one
+/// costs as much as decoding it.
 class Contents {
 public:
-    // Reads to the file's end, also when the file has grown or shrunk since its size was asked.
-    // Gives the cause of a failure, or 0.
+    /// Reads to the file's end, also when the file has grown or shrunk since its size was asked.
+    /// Gives the cause of a failure, or 0.
     int readAll(const OpenedFile& file) {
         // One byte more than expected, so that the read which fills the buffer also meets the end.
         enlarge(static_cast<std::size_t>(file.sizeBytes) + 1);
