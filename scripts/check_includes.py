@@ -53,7 +53,10 @@ EDGES = {
     },
     "engine/base": {},
     "engine/paths": {"engine/base": "errors and their texts"},
-    "engine/tree": {"engine/base": "errors and their texts"},
+    "engine/tree": {
+        "engine/base": "errors and their texts",
+        "engine/paths": "files are named by checked paths",
+    },
     "engine/database": {"engine/base": "errors and their texts"},
     "engine/storage": {
         "engine/base": "digests, errors and their texts",

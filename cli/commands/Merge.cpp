@@ -48,7 +48,7 @@ const wchar_t* codeOf(MergeOutcome::Kind kind) {
 jsonlib::json::Value documentOf(const MergeOutcome& outcome, const common::State& state) {
     jsonlib::json::Array files;
     for (const TreeStep& file : outcome.files.taken)
-        files.emplace_back(file.path.toWide());
+        files.emplace_back(file.path.text().toWide());
     jsonlib::json::Object object;
     object[L"result"] = codeOf(outcome.kind);
     object[L"files"] = std::move(files);

@@ -49,7 +49,7 @@ jsonlib::json::Value documentOf(const std::optional<Plan>& plan, const Arguments
     object[L"outcome"] = plan ? outcomeOf(*plan, arguments) : L"nothing";
     if (plan) {
         for (const PlannedFile& step : plan->files)
-            files.emplace_back(step.path.toWide());
+            files.emplace_back(step.path.text().toWide());
     }
     object[L"files"] = std::move(files);
     return object;

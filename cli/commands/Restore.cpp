@@ -171,7 +171,7 @@ Expected<std::vector<OdString>> exportFiles(WorkingTree& workingTree, const Tree
         return target.error();
     for (const OdString& path : *exported) {
         const Expected<void> done =
-            exportFile(workingTree, path, tree.at(path).url, *target, arguments.force);
+            exportFile(workingTree, path, urlIn(tree, path), *target, arguments.force);
         if (!done)
             return done.error();
     }

@@ -47,19 +47,18 @@ private:
         bool isChanged = false;
         for (const FileDelta& delta : deltas) {
             const bool isHere = isAmong(delta.path, names);
-            isChanged = isChanged || isHere || isAmong(delta.previousPath, names);
-            if (!isHere || isFolder_ || delta.previousPath.isEmpty())
+            isChanged =
+                isChanged || isHere || (delta.previousPath && isAmong(*delta.previousPath, names));
+            if (!isHere || isFolder_ || !delta.previousPath)
                 continue;
             namesBefore.erase(delta.path);
-            namesBefore.insert(delta.previousPath);
-            learn(delta.previousPath);
+            namesBefore.insert(*delta.previousPath);
+            learn(*delta.previousPath);
         }
         return isChanged;
     }
 
     bool isAmong(const OdString& path, const Names& names) const {
-        if (path.isEmpty())
-            return false;
         return isFolder_ ? isChosen(path, {*names.begin()}) : names.contains(path);
     }
 

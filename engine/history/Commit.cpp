@@ -24,9 +24,9 @@ OdString asStored(const OdString& text) {
 }
 
 common::RepoFile toRecord(const FileDelta& delta) {
-    if (delta.previousPath.isEmpty())
+    if (!delta.previousPath)
         return {delta.path, delta.url};
-    return {delta.path, delta.url, std::make_unique<common::File>(delta.previousPath)};
+    return {delta.path, delta.url, std::make_unique<common::File>(*delta.previousPath)};
 }
 
 std::vector<common::RepoFile> filesOf(const NewCommit& commit) {

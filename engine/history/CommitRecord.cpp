@@ -2,6 +2,7 @@
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitRecord.h>
+#include <engine/paths/RelativePath.h>
 
 #include <charconv>
 #include <chrono>
@@ -51,19 +52,39 @@ std::int64_t secondsOf(const std::string& date) {
     return chrono::duration_cast<chrono::seconds>(time.time_since_epoch()).count();
 }
 
-std::vector<FileDelta> deltasOf(const Array& files) {
+Expected<FileDelta> deltaOf(const Object& file) {
+    Expected<RelativePath> path = RelativePath::check(textOf(file, L"path"));
+    if (!path)
+        return path.error();
+    FileDelta delta = {std::move(*path), textOf(file, L"storagePath"), std::nullopt, 0};
+    const OdString previous = textOf(file, L"previousPath");
+    if (previous.isEmpty())
+        return delta;
+    Expected<RelativePath> previousPath = RelativePath::check(previous);
+    if (!previousPath)
+        return previousPath.error();
+    delta.previousPath = std::move(*previousPath);
+    return delta;
+}
+
+Expected<std::vector<FileDelta>> deltasOf(const Array& files) {
     std::vector<FileDelta> deltas;
     for (const Value& file : files) {
         if (file.type() != Value_type::object)
             continue;
-        const Object& object = file.getObject();
-        deltas.push_back({textOf(object, L"path"), textOf(object, L"storagePath"),
-                          textOf(object, L"previousPath"), 0});
+        Expected<FileDelta> delta = deltaOf(file.getObject());
+        if (!delta)
+            return delta.error();
+        deltas.push_back(std::move(*delta));
     }
     return deltas;
 }
 
-NewCommit commitOf(const Object& record) {
+ErrorMessage noRecord() {
+    return {tr(L"it is no record of a commit")};
+}
+
+Expected<NewCommit> commitOf(const Object& record) {
     NewCommit commit;
     if (const Value* const note = member(record, L"annotation", Value_type::object)) {
         commit.author = textOf(note->getObject(), L"author");
@@ -76,30 +97,34 @@ NewCommit commitOf(const Object& record) {
                 commit.parents.emplace_back(parent.getString());
         }
     }
-    if (const Value* const files = member(record, L"files", Value_type::array))
-        commit.deltas = deltasOf(files->getArray());
+    if (const Value* const files = member(record, L"files", Value_type::array)) {
+        Expected<std::vector<FileDelta>> deltas = deltasOf(files->getArray());
+        if (!deltas)
+            return deltas.error();
+        commit.deltas = std::move(*deltas);
+    }
     return commit;
 }
 
-std::optional<NewCommit> parsed(std::string_view bytes) try {
+Expected<NewCommit> parsed(std::string_view bytes) try {
     const OdString text = OdString::fromNarrow(bytes);
     Value document;
     if (!jsonlib::json::read(text.c_str(), text.c_str() + text.getLength(), document) ||
         document.type() != Value_type::object)
-        return std::nullopt;
+        return noRecord();
     return commitOf(document.getObject());
 } catch (const std::length_error&) {
-    return std::nullopt;
+    return noRecord();
 }
 
 }  // namespace
 
 Expected<NewCommit> commitOfRecord(std::string_view bytes) {
-    std::optional<NewCommit> commit = parsed(bytes);
+    Expected<NewCommit> commit = parsed(bytes);
     // What was passed over above is missed here.
-    if (commit && recordOf(*commit) == bytes)
-        return std::move(*commit);
-    return ErrorMessage{tr(L"it is no record of a commit")};
+    if (commit && recordOf(*commit) != bytes)
+        return noRecord();
+    return commit;
 }
 
 }  // namespace qrv

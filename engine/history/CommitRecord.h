@@ -13,7 +13,7 @@ namespace qrv {
 std::string recordOf(const NewCommit& commit);
 
 /// The commit of such a record, with sizes of 0, which are no part of it. Fails for bytes that
-/// `recordOf` does not write.
+/// `recordOf` does not write, and for paths that are not safe.
 Expected<NewCommit> commitOfRecord(std::string_view bytes);
 
 }  // namespace qrv

@@ -68,7 +68,9 @@ void insertParents(Database& database, std::int64_t number, const NewCommit& com
 void insertChanges(Database& database, std::int64_t number, const NewCommit& commit) {
     Statement insertion = database.prepare("INSERT INTO changes VALUES (?, ?, ?, ?, ?)");
     for (const FileDelta& delta : commit.deltas)
-        insertion.run(number, delta.path, delta.url, delta.previousPath, delta.sizeBytes);
+        insertion.run(number, delta.path.text(), delta.url,
+                      delta.previousPath ? delta.previousPath->text() : OdString(),
+                      delta.sizeBytes);
 }
 
 }  // namespace

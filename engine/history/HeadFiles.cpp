@@ -20,7 +20,7 @@ std::vector<SizedFile> History::headSizes() {
     const CheckedRow row(*database_, query);
     std::vector<SizedFile> files;
     while (query.step())
-        files.push_back({row.path(0), row.sizeBytes(1)});
+        files.push_back({row.path(0).text(), row.sizeBytes(1)});
     // The order of the bytes is not always that of the texts.
     const auto isBefore = [](const SizedFile& one, const SizedFile& other) {
         return one.path < other.path;
@@ -44,14 +44,14 @@ void History::changeHeadFiles(const std::vector<FileDelta>& deltas) {
     Statement removal = database_->prepare("DELETE FROM head_files WHERE path = ?");
     for (const FileDelta& delta : deltas) {
         if (delta.url.isEmpty())
-            removal.run(delta.path);
-        if (!delta.previousPath.isEmpty())
-            removal.run(delta.previousPath);
+            removal.run(delta.path.text());
+        if (delta.previousPath)
+            removal.run(delta.previousPath->text());
     }
     Statement insertion = database_->prepare("INSERT OR REPLACE INTO head_files VALUES (?, ?, ?)");
     for (const FileDelta& delta : deltas) {
         if (!delta.url.isEmpty())
-            insertion.run(delta.path, delta.url, delta.sizeBytes);
+            insertion.run(delta.path.text(), delta.url, delta.sizeBytes);
     }
     transaction.commit();
 }

@@ -21,7 +21,7 @@ std::vector<PlannedFile> plannedFiles(Database& database) {
 
 void requireStorable(const Database& database, const PlannedFile& file) {
     for (const OdString& url : {file.before, file.after})
-        requireStorable(database, FileDelta{file.path, url, OdString(), file.sizeBytes});
+        requireStorable(database, FileDelta{file.path, url, std::nullopt, file.sizeBytes});
 }
 
 Plan::Recovery recoveryIn(const Database& database, const Statement& row, int column) {
@@ -77,7 +77,7 @@ void notePlan(History& history, const Plan& plan) {
     Statement insertion = database.prepare("INSERT INTO plan_files VALUES (?, ?, ?, ?, ?)");
     int position = 0;
     for (const PlannedFile& file : plan.files)
-        insertion.run(position++, file.path, file.before, file.after, file.sizeBytes);
+        insertion.run(position++, file.path.text(), file.before, file.after, file.sizeBytes);
     transaction.commit();
 }
 

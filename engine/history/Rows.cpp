@@ -6,6 +6,7 @@
 #include <engine/paths/RelativePath.h>
 
 #include <string>
+#include <utility>
 
 namespace qrv {
 
@@ -24,11 +25,11 @@ void failBuildsOn(const Database& database, std::int64_t number, std::int64_t pa
                 OdString::format(tr(L"commit %i cannot build on commit %i"), number, parent));
 }
 
-OdString CheckedRow::path(int column) const {
-    // On the bytes: a history has many paths, and nearly all are good.
-    if (refusalOfPath(row_.bytes(column)) == nullptr)
-        return row_.text(column);
-    failDamaged(database_, RelativePath::check(row_.text(column)).error().message);
+RelativePath CheckedRow::path(int column) const {
+    Expected<RelativePath> path = RelativePath::checkBytes(row_.bytes(column));
+    if (!path)
+        failDamaged(database_, path.error().message);
+    return std::move(*path);
 }
 
 OdString CheckedRow::url(int column) const {
@@ -68,8 +69,8 @@ std::int64_t CheckedRow::timeSeconds(int column) const {
     return time;
 }
 
-OdString CheckedRow::pathOrEmpty(int column) const {
-    return isEmpty(column) ? OdString() : path(column);
+std::optional<RelativePath> CheckedRow::pathIfAny(int column) const {
+    return isEmpty(column) ? std::nullopt : std::optional(path(column));
 }
 
 OdString CheckedRow::urlOrEmpty(int column) const {
@@ -87,18 +88,10 @@ CommitEntry entryWithoutParents(const CheckedRow& row) {
 }
 
 FileDelta toDelta(const CheckedRow& row) {
-    return {row.path(0), row.urlOrEmpty(1), row.pathOrEmpty(2), row.sizeBytes(3)};
+    return {row.path(0), row.urlOrEmpty(1), row.pathIfAny(2), row.sizeBytes(3)};
 }
 
 void requireStorable(const Database& database, const FileDelta& delta) {
-    const Expected<RelativePath> path = RelativePath::check(delta.path);
-    if (!path)
-        failToKeep(database, path.error().message);
-    if (!delta.previousPath.isEmpty()) {
-        const Expected<RelativePath> previous = RelativePath::check(delta.previousPath);
-        if (!previous)
-            failToKeep(database, previous.error().message);
-    }
     if (!delta.url.isEmpty()) {
         const Expected<CheckedUrl> url = CheckedUrl::check(delta.url);
         if (!url)

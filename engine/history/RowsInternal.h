@@ -2,9 +2,11 @@
 
 #include <engine/database/Database.h>
 #include <engine/history/Commit.h>
+#include <engine/paths/RelativePath.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
+#include <optional>
 
 namespace qrv {
 
@@ -23,7 +25,7 @@ class CheckedRow {
 public:
     CheckedRow(const Database& database, const Statement& row) : database_(database), row_(row) {}
 
-    OdString path(int column) const;
+    RelativePath path(int column) const;
     /// A storage URL.
     OdString url(int column) const;
     /// A digest.
@@ -36,7 +38,7 @@ public:
     /// Any text.
     OdString text(int column) const { return row_.text(column); }
 
-    OdString pathOrEmpty(int column) const;
+    std::optional<RelativePath> pathIfAny(int column) const;
     OdString urlOrEmpty(int column) const;
 
 private:

@@ -99,7 +99,7 @@ OdString continuedSizes(const OdString& sum, const OdString& commit,
     addText(digest, sum.toNarrow());
     addText(digest, commit.toNarrow());
     for (const FileDelta& delta : deltas) {
-        addText(digest, delta.path.toNarrow());
+        addText(digest, delta.path.bytes());
         addText(digest, std::to_string(delta.sizeBytes));
     }
     return OdString::fromNarrow(digest.finish());

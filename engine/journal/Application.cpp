@@ -8,7 +8,6 @@
 #include <engine/journal/FileStep.h>
 #include <engine/journal/Recovery.h>
 #include <engine/paths/CheckedUrl.h>
-#include <engine/paths/RelativePath.h>
 #include <engine/tree/FileDelta.h>
 #include <engine/worktree/FoldedName.h>
 #include <engine/worktree/Ticks.h>
@@ -62,24 +61,18 @@ private:
         return {};
     }
 
-    Expected<StepTarget> targetOf(const PlannedFile& step) const {
-        const Expected<RelativePath> path = RelativePath::check(step.path);
-        if (!path)
-            return path.error();
+    StepTarget targetOf(const PlannedFile& step) const {
         const auto seen = sightings_.find(step.path);
         return StepTarget{
-            .path = *path,
+            .path = step.path,
             .digest = digestOfUrl(step.before),
             .seen = seen == sightings_.end() ? std::nullopt : std::optional(seen->second),
             .position = static_cast<std::size_t>(&step - plan_.files.data())};
     }
 
     Expected<void> remove(const PlannedFile& step) {
-        const Expected<StepTarget> target = targetOf(step);
-        if (!target)
-            return target.error();
         const Expected<StepEnd> end =
-            removeFile(workingTree_.folder(), *target, workingTree_.caller());
+            removeFile(workingTree_.folder(), targetOf(step), workingTree_.caller());
         return end ? note(step, *end) : end.error();
     }
 
@@ -88,14 +81,11 @@ private:
         std::vector<sys::NewFile> files;
         files.reserve(steps.size());
         for (const PlannedFile* step : steps) {
-            const Expected<StepTarget> target = targetOf(*step);
-            if (!target)
-                return target.error();
             Expected<sys::NewFile> file =
                 workingTree_.repository()
                     .storages()
                     .ofUrl(step->after)
-                    .prepare(workingTree_.root(), step->after, target->path);
+                    .prepare(workingTree_.root(), step->after, step->path);
             if (!file)
                 return file.error();
             files.push_back(std::move(*file));
@@ -104,7 +94,7 @@ private:
         if (Expected<void> flushed = flush(); !flushed)
             return flushed;
         for (std::size_t index = 0; index < files.size(); ++index) {
-            const Expected<StepEnd> end = writeFile(workingTree_.folder(), *targetOf(*steps[index]),
+            const Expected<StepEnd> end = writeFile(workingTree_.folder(), targetOf(*steps[index]),
                                                     std::move(files[index]), workingTree_.caller());
             Expected<void> noted = end ? note(*steps[index], *end) : end.error();
             if (!noted)

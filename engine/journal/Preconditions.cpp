@@ -70,7 +70,7 @@ bool isRemovedUnderOtherName(const WorkingTree& workingTree, const OdString& pat
                if (!step.after.isEmpty() || !isOther)
                    return false;
                const sys::Outcome<sys::FileStamp> removed =
-                   workingTree.folder().stamp(step.path.toNarrow());
+                   workingTree.folder().stamp(step.path.bytes());
                return removed && removed->number == version->number;
            });
 }
@@ -118,7 +118,7 @@ public:
     /// The version that has the contents which the step expects; nothing when the file has others.
     Expected<std::optional<sys::FileStamp>> sightingOf(const PlannedFile& step) const {
         using Answer = Expected<std::optional<sys::FileStamp>>;
-        const std::string path = step.path.toNarrow();
+        const std::string path = step.path.bytes();
         const sys::Outcome<sys::FileStamp> before = workingTree_.folder().stamp(path);
         if (!before && sys::meansAbsent(before.error()))
             return Answer(std::nullopt);

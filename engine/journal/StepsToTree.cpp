@@ -104,7 +104,10 @@ Expected<std::vector<PlannedFile>> stepsToTree(WorkingTree& workingTree, const T
             continue;
         if (present->isUnsaved)
             refused.push_back(path);
-        steps.push_back({path, present->url, file.url, file.sizeBytes});
+        Expected<RelativePath> safe = RelativePath::check(path);
+        if (!safe)
+            return safe.error();
+        steps.push_back({std::move(*safe), present->url, file.url, file.sizeBytes});
     }
     if (!refused.empty() && unsaved == Unsaved::refuse)
         return refusal(refused);

@@ -51,9 +51,10 @@ private:
     void consider(const FileDelta& delta) {
         if (delta.url.isEmpty())
             return;
-        const auto renamed = latest_.find(delta.previousPath);
-        if (renamed != latest_.end())
-            latest_.insert_or_assign(delta.path, renamed->second);
+        if (delta.previousPath) {
+            if (const auto renamed = latest_.find(*delta.previousPath); renamed != latest_.end())
+                latest_.insert_or_assign(delta.path, renamed->second);
+        }
         const auto waiting = waiting_.find(delta.url);
         if (waiting != waiting_.end()) {
             candidates_.push_back({.digest = digestOf(delta.url),

@@ -57,7 +57,8 @@ Expected<sys::FileStatus> look(const WorkingTree& workingTree, const OdString& p
 }
 
 Expected<void> storeFile(WorkingTree& workingTree, const OdString& path, StoredFiles& stored) {
-    if (const Expected<RelativePath> safe = RelativePath::check(path); !safe)
+    const Expected<RelativePath> safe = RelativePath::check(path);
+    if (!safe)
         return safe.error();
     const Expected<sys::FileStatus> before = look(workingTree, path);
     if (!before)
@@ -78,18 +79,19 @@ Expected<void> storeFile(WorkingTree& workingTree, const OdString& path, StoredF
     const Tree& head = workingTree.repository().headFiles();
     const auto old = head.find(path);
     if (old == head.end() || old->second.url != *url)
-        stored.deltas.push_back({path, *url, {}, after->sizeBytes});
+        stored.deltas.push_back({*safe, *url, std::nullopt, after->sizeBytes});
     return {};
 }
 
-OdString previousPath(const OdString& path, const std::vector<StagedFile>& staged,
-                      const common::State& state) {
+std::optional<RelativePath> previousPath(const OdString& path, const std::vector<FileDelta>& deltas,
+                                         const common::State& state) {
     const auto rename = state.renames.find(path);
     if (rename == state.renames.end())
-        return {};
-    const StagedFile removal(rename->second, FileChange::removed);
-    const bool isGone = std::find(staged.begin(), staged.end(), removal) != staged.end();
-    return isGone ? rename->second : OdString();
+        return std::nullopt;
+    const auto removal = std::find_if(deltas.begin(), deltas.end(), [&](const FileDelta& delta) {
+        return delta.url.isEmpty() && delta.path == rename->second;
+    });
+    return removal == deltas.end() ? std::nullopt : std::optional(removal->path);
 }
 
 Expected<StoredFiles> storeAll(WorkingTree& workingTree, const std::vector<StagedFile>& staged) {
@@ -100,7 +102,10 @@ Expected<StoredFiles> storeAll(WorkingTree& workingTree, const std::vector<Stage
         if (sys::Interruption::isWanted())
             return ErrorMessage{tr(L"Interrupted; nothing was committed")};
         if (file.change == FileChange::removed) {
-            stored.deltas.push_back({file.path, {}, {}, 0});
+            Expected<RelativePath> path = RelativePath::check(file.path);
+            if (!path)
+                return path.error();
+            stored.deltas.push_back({std::move(*path), {}, std::nullopt, 0});
             continue;
         }
         if (const Expected<void> done = storeFile(workingTree, file.path, stored); !done)
@@ -111,7 +116,8 @@ Expected<StoredFiles> storeAll(WorkingTree& workingTree, const std::vector<Stage
     if (sys::Interruption::isWanted())
         return ErrorMessage{tr(L"Interrupted; nothing was committed")};
     for (FileDelta& delta : stored.deltas)
-        delta.previousPath = previousPath(delta.path, staged, workingTree.repository().state());
+        delta.previousPath =
+            previousPath(delta.path, stored.deltas, workingTree.repository().state());
     if (const Expected<void> flushed =
             workingTree.repository().storages().objects().flush(workingTree.root());
         !flushed)

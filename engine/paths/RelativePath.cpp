@@ -52,23 +52,30 @@ std::string_view withoutPropertiesFolder(std::string_view path) {
 
 }  // namespace
 
-RelativePath::RelativePath(OdString text, std::string bytes)
-    : text_(std::move(text)), bytes_(std::move(bytes)) {
+RelativePath::RelativePath(OdString text) : text_(std::move(text)) {
 }
 
 Expected<RelativePath> RelativePath::check(const OdString& path) {
-    std::string bytes = path.toNarrow();
+    const std::string bytes = path.toNarrow();
     const wchar_t* refusal = refusalOfPath(bytes);
     if (refusal == nullptr && !(OdString::fromNarrow(bytes) == path))
         refusal = translatable(L"it has a character that no name has");
     if (refusal != nullptr)
         return ErrorMessage{OdString::format(tr(L"'%ls' cannot be used as a path: %ls"),
                                              printable(path), tr(refusal))};
-    return RelativePath(path, std::move(bytes));
+    return RelativePath(path);
+}
+
+Expected<RelativePath> RelativePath::checkBytes(std::string_view path) {
+    OdString text = OdString::fromNarrow(path);
+    // Bytes are read as a text that has these bytes.
+    if (refusalOfPath(path) == nullptr)
+        return RelativePath(std::move(text));
+    return check(text);
 }
 
 bool RelativePath::isProperties() const {
-    return isBelowProperties(bytes_);
+    return isBelowProperties(bytes());
 }
 
 const wchar_t* refusalOfPath(std::string_view path) {

@@ -3,13 +3,15 @@
 #include <common/base/Expected.h>
 #include <platform/kernel/OdString.h>
 
+#include <compare>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qrv {
 
 /// A path below the root of a repository that is safe to read and to write there, whoever gave it.
-/// Only `check` makes one.
+/// Only `check` and `checkBytes` make one, so that who is given one need not ask again.
 ///
 /// Refused on every system, since records travel between systems: what is absolute or has an empty
 /// component, "." or ".."; a NUL, a backslash or a colon; a component over 255 bytes and a path
@@ -22,20 +24,34 @@ class RelativePath {
 public:
     /// Fails with a message that names the path and the reason.
     static Expected<RelativePath> check(const OdString& path);
+    /// The same for a path in bytes.
+    static Expected<RelativePath> checkBytes(std::string_view path);
 
-    const OdString& text() const { return text_; }
+    const OdString& text() const& { return text_; }
+    OdString text() && { return std::move(text_); }
+    /// It is a text like any other, but not the other way round.
+    operator const OdString&() const { return text_; }  // NOLINT(*-explicit-*)
     /// The bytes for the file system.
-    const std::string& bytes() const { return bytes_; }
+    std::string bytes() const { return text_.toNarrow(); }
     /// Whether it is a file of the properties folder.
     bool isProperties() const;
 
+    /// The order of texts.
     friend bool operator==(const RelativePath&, const RelativePath&) = default;
+    friend std::strong_ordering operator<=>(const RelativePath&, const RelativePath&) = default;
+    // So that a map of paths can be asked for a text.
+    friend bool operator==(const RelativePath& path, const OdString& text) {
+        return path.text_ == text;
+    }
+    friend std::strong_ordering operator<=>(const RelativePath& path, const OdString& text) {
+        return path.text_ <=> text;
+    }
 
 private:
-    RelativePath(OdString text, std::string bytes);
+    explicit RelativePath(OdString text);
 
+    // Without the bytes: a tree has a great many paths.
     OdString text_;
-    std::string bytes_;
 };
 
 /// Why the path cannot be used in a repository, in a few words that are not translated yet (see

@@ -21,8 +21,8 @@ void apply(std::vector<FileDelta> deltas, Tree& tree) {
     for (const FileDelta& delta : deltas) {
         if (delta.url.isEmpty())
             tree.erase(delta.path);
-        if (!delta.previousPath.isEmpty())
-            tree.erase(delta.previousPath);
+        if (delta.previousPath)
+            tree.erase(*delta.previousPath);
     }
     for (FileDelta& delta : deltas) {
         if (!delta.url.isEmpty())

@@ -1,20 +1,22 @@
 #pragma once
 
+#include <engine/paths/RelativePath.h>
 #include <engine/tree/Tree.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace qrv {
 
 /// What a commit did to one file, compared with its first parent.
 struct FileDelta {
-    OdString path;
+    RelativePath path;
     /// The storage URL of the contents; empty when the file was removed.
     OdString url;
-    /// The file's path before, when it was renamed; otherwise empty.
-    OdString previousPath;
+    /// The file's path before, when it was renamed.
+    std::optional<RelativePath> previousPath;
     /// Of the contents; 0 when the file was removed.
     std::int64_t sizeBytes = 0;
 

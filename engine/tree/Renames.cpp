@@ -53,8 +53,8 @@ Renames possibleOf(const Renames& noted, const RenameHalves& removed, const Rena
 Renames renamesOf(const std::vector<FileDelta>& deltas) {
     Renames renames;
     for (const FileDelta& delta : deltas) {
-        if (!delta.previousPath.isEmpty())
-            renames.emplace(delta.path, delta.previousPath);
+        if (delta.previousPath)
+            renames.emplace(delta.path, *delta.previousPath);
     }
     return renames;
 }

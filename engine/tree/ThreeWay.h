@@ -1,6 +1,7 @@
 #pragma once
 
 #include <common/worktree/FileChange.h>
+#include <engine/paths/RelativePath.h>
 #include <engine/tree/Tree.h>
 #include <engine/tree/TreeStep.h>
 #include <platform/kernel/OdString.h>
@@ -11,7 +12,7 @@ namespace qrv {
 
 /// A file that both sides changed, each in its own way.
 struct MergeConflict {
-    OdString path;
+    RelativePath path;
     common::FileChange local = common::FileChange::modified;
     common::FileChange remote = common::FileChange::modified;
     /// The storage URLs of the two versions; empty where the file was removed.

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <engine/paths/RelativePath.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 
 namespace qrv {
@@ -15,14 +17,14 @@ struct TreeFile {
     friend bool operator==(const TreeFile&, const TreeFile&) = default;
 };
 
-/// A file without its contents.
+/// A file without its contents, in a tree or on a disk, where names are not checked.
 struct SizedFile {
     OdString path;
     std::int64_t sizeBytes = 0;
 };
 
-/// Files by their paths: those of a commit, or of HEAD.
-using Tree = std::map<OdString, TreeFile>;
+/// Files by their paths: those of a commit, or of HEAD. It can be asked for a text, too.
+using Tree = std::map<RelativePath, TreeFile, std::less<>>;
 
 /// The file of that path; null when there is none.
 const TreeFile* fileIn(const Tree& tree, const OdString& path);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <engine/paths/RelativePath.h>
 #include <engine/tree/Tree.h>
 #include <platform/kernel/OdString.h>
 
@@ -10,7 +11,7 @@ namespace qrv {
 
 /// One step from a tree to another one: a file goes from one version to another.
 struct TreeStep {
-    OdString path;
+    RelativePath path;
     /// The storage URL of what lies there before; empty when nothing does.
     OdString before;
     /// Of what is to lie there; empty when the file is to go.

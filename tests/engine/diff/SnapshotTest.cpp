@@ -2,6 +2,7 @@
 #include <engine/diff/Snapshot.h>
 #include <engine/journal/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
+#include <tests/engine/paths/Paths.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 
@@ -22,6 +23,7 @@ using qrv::Snapshot;
 using qrv::snapshotOf;
 using qrv::WorkingChanges;
 using qrv::WorkingTree;
+using qrv_test::relative;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
 
@@ -45,14 +47,14 @@ struct Office {
         for (const char* const name : {"kept", "gone", "other"}) {
             writeFile(folder / name, name);
             const OdString url = L"po:" + digest(name);
-            workingTree->repository().history().changeHeadFiles({{name, url, {}, 4}});
+            workingTree->repository().history().changeHeadFiles({{relative(name), url, {}, 4}});
         }
     }
 };
 
 TEST(Snapshot, OfATreeHasItsVersions) {
     const OdString url = L"po:" + digest("x");
-    const Snapshot files = snapshotOf({{L"a", {url, 7}}});
+    const Snapshot files = snapshotOf({{relative(L"a"), {url, 7}}});
     ASSERT_EQ(files.size(), 1);
     EXPECT_EQ(files.at(L"a").url, url);
     EXPECT_EQ(files.at(L"a").sizeBytes, 7);

@@ -63,6 +63,18 @@ TEST(CommitRecord, ThatNobodyWroteIsRefused) {
     }
 }
 
+TEST(CommitRecord, WithAPathThatIsNotSafeIsRefused) {
+    for (const char* const name : {"notes.txt", "readme.txt", "old.dwg"}) {
+        std::string record = recordOf(example());
+        record.replace(record.find(name), 3, "../");
+        const Expected<NewCommit> read = commitOfRecord(record);
+        ASSERT_FALSE(read) << name;
+        EXPECT_EQ(read.error().message.toNarrow(),
+                  "'../" + std::string(name).substr(3) +
+                      "' cannot be used as a path: it has a component of dots or blanks only");
+    }
+}
+
 TEST(CommitRecord, OfEachCommitLiesUnderItsHash) {
     Repository repository;
     const sys::Folder folder = *sys::Folder::open(repository.folder.path());

@@ -14,6 +14,7 @@ namespace {
 using qrv::FileDelta;
 using qrv::NewCommit;
 using qrv_test::file;
+using qrv_test::relative;
 using qrv_test::removal;
 
 NewCommit sample() {
@@ -22,9 +23,10 @@ NewCommit sample() {
     commit.author = L"Ada";
     commit.message = OdString::fromNarrow("Turn the Gehäuse\nby 90\u00B0");
     commit.timeSeconds = 1709647629;
-    commit.deltas = {file("notes.txt", '2', 20, "readme.txt"),
-                     removal("old.dwg"),
-                     {L"plan.dwg", L"tf:plan#" + qrv_test::url('3').mid(3), OdString(), 30}};
+    commit.deltas = {
+        file("notes.txt", '2', 20, "readme.txt"),
+        removal("old.dwg"),
+        {relative(L"plan.dwg"), L"tf:plan#" + qrv_test::url('3').mid(3), std::nullopt, 30}};
     return commit;
 }
 
@@ -53,9 +55,9 @@ TEST(CommitHash, ChangesWithEachPartButTheSize) {
     commits[3].author = L"Bob";
     commits[4].message = OdString();
     commits[5].timeSeconds += 1;
-    commits[6].deltas[0].path = L"notes.TXT";
+    commits[6].deltas[0].path = relative(L"notes.TXT");
     commits[7].deltas[0].url = qrv_test::url('4');
-    commits[8].deltas[0].previousPath = OdString();
+    commits[8].deltas[0].previousPath.reset();
     commits[9].deltas.pop_back();
     std::set<OdString> hashes;
     for (const NewCommit& commit : commits)

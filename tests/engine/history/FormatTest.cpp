@@ -55,8 +55,8 @@ TEST(HistoryFormat, IsThatOfTheSample) {
     plan.title = L"switch to 'side'";
     plan.branch = L"side";
     plan.commit = one;
-    plan.files = {{L"b.txt", qrv_test::url('1'), OdString(), 0},
-                  {L"c.txt", qrv_test::url('2'), OdString(), 0}};
+    plan.files = {{qrv_test::relative(L"b.txt"), qrv_test::url('1'), OdString(), 0},
+                  {qrv_test::relative(L"c.txt"), qrv_test::url('2'), OdString(), 0}};
     notePlan(history, plan);
 
     Database database(repository.root.dbPath(), Database::Access::readOnly);

@@ -44,7 +44,7 @@ TEST(HeadFiles, AreGivenWithoutTheirContentsInTheSameOrder) {
     std::string sizes;
     for (const qrv::SizedFile& head : history.headSizes()) {
         sizes += head.path.toNarrow() + ' ' + std::to_string(head.sizeBytes) + ", ";
-        EXPECT_EQ(history.headUrl(head.path), history.headFiles().at(head.path).url);
+        EXPECT_EQ(history.headUrl(head.path), urlIn(history.headFiles(), head.path));
     }
     EXPECT_EQ(sizes, "a\xFF 30, \U0001F600 20, \uFF21 10, ");
     EXPECT_EQ(history.headUrl(L"none"), OdString());
@@ -54,11 +54,12 @@ TEST(HeadFiles, StayWhenADeltaIsRefused) {
     Repository repository;
     auto& history = repository.history;
     history.changeHeadFiles({file("a", '1')});
+    FileDelta unsafe = file("b", '1');
+    unsafe.url = L"po:../x";
     EXPECT_EQ(repository.complaint([&] {
-        history.changeHeadFiles({removal("a"), file(".qrv/qrv.db", '1')});
+        history.changeHeadFiles({removal("a"), unsafe});
     }),
-              "The history 'DB' cannot keep this: '.qrv/qrv.db' cannot be used as a path: it "
-              "could lead into the repository's own folder");
+              "The history 'DB' cannot keep this: 'po:../x' does not name a stored version");
     EXPECT_EQ(shown(history.headFiles()), "a 1 1, ");
 }
 

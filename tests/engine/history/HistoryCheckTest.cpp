@@ -31,7 +31,7 @@ struct Sound : Repository {
         history.setNote(qrv::headNote, three);
         history.setReference(L"master", common::RefType::Branch, three);
         history.setReference(L"v1", common::RefType::Tag, one);
-        notePlan(history, {L"restore", {}, {}, {}, {{L"a", url('1'), {}, 0}}});
+        notePlan(history, {L"restore", {}, {}, {}, {{qrv_test::relative(L"a"), url('1'), {}, 0}}});
     }
 
     std::vector<std::string> problems() { return problems(history); }

@@ -11,6 +11,7 @@ using qrv::forgetPlan;
 using qrv::notedPlan;
 using qrv::notePlan;
 using qrv::Plan;
+using qrv_test::relative;
 using qrv_test::Repository;
 using qrv_test::url;
 
@@ -20,9 +21,9 @@ Plan examplePlan() {
     plan.recovery = Plan::Recovery::takeBack;
     plan.branch = L"side";
     plan.commit = OdString(std::wstring(64, L'a'));
-    plan.files = {{L"z", url('1'), url('2'), 20},
-                  {L"a", OdString(), url('3'), 30},
-                  {L"b", url('4'), OdString(), 0}};
+    plan.files = {{relative(L"z"), url('1'), url('2'), 20},
+                  {relative(L"a"), OdString(), url('3'), 30},
+                  {relative(L"b"), url('4'), OdString(), 0}};
     return plan;
 }
 
@@ -39,7 +40,7 @@ TEST(Plan, IsReplacedByAnotherOne) {
     notePlan(repository.history, examplePlan());
     Plan other;
     other.title = L"restore";
-    other.files = {{L"c", url('5'), url('6'), 7}};
+    other.files = {{relative(L"c"), url('5'), url('6'), 7}};
     notePlan(repository.history, other);
     EXPECT_EQ(notedPlan(repository.history), other);
     notePlan(repository.history, Plan());
@@ -70,11 +71,6 @@ TEST(Plan, ThatCouldNotBeReadBackIsRefusedAndTheOldOneStays) {
     plan = examplePlan();
     plan.commit = L"abc";
     EXPECT_EQ(complaint(plan), "The history 'DB' cannot keep this: 'abc' is no hash");
-    plan = examplePlan();
-    plan.files[1].path = L"/a";
-    EXPECT_EQ(complaint(plan),
-              "The history 'DB' cannot keep this: '/a' cannot be used as a path: it is not "
-              "relative");
     plan = examplePlan();
     plan.files[1].before = L"x";
     EXPECT_EQ(complaint(plan),

@@ -53,7 +53,8 @@ std::string everythingOf(History& history) {
         for (const OdString& parent : entry.parents)
             text += parent.toNarrow() + "\n";
         for (const qrv::FileDelta& delta : history.deltas(entry.hash))
-            text += delta.path.toNarrow() + delta.previousPath.toNarrow() + "\n";
+            text +=
+                delta.path.bytes() + (delta.previousPath ? delta.previousPath->bytes() : "") + "\n";
         text += qrv_test::shown(history.tree(entry.hash)) + "\n";
     }
     for (const char* const path : {"a", "b", "c"}) {

@@ -64,7 +64,7 @@ TEST_F(PlanExecution, ChangesFilesHeadAndState) {
 TEST_F(PlanExecution, TakesEverythingBackWhenAVersionIsMissing) {
     const std::unique_ptr<WorkingTree> workingTree = project.open();
     Plan plan = planOfSwitch(*workingTree);
-    plan.files.push_back({L"z.txt", L"", qrv_test::url('f'), 1});
+    plan.files.push_back({qrv_test::relative(L"z.txt"), L"", qrv_test::url('f'), 1});
     const Expected<void> done = carryOut(*workingTree, plan, *findChanges(*workingTree));
     ASSERT_FALSE(done);
     EXPECT_EQ(readFile(project / "a.txt"), "old a");
@@ -178,7 +178,8 @@ TEST_F(PlanExecution, IsOnlyToldWhileAnotherProcessIsAtWork) {
 
 TEST_F(PlanExecution, FindsRoomOnlyWhereNothingUnknownLies) {
     const std::unique_ptr<WorkingTree> workingTree = project.open();
-    const std::vector<PlannedFile> planned = {{L"fresh/c.dwg", L"", qrv_test::url('1'), 1}};
+    const std::vector<PlannedFile> planned = {
+        {qrv_test::relative(L"fresh/c.dwg"), L"", qrv_test::url('1'), 1}};
     const auto room = [&] {
         const Expected<void> checked = checkRoom(*workingTree, planned, *findChanges(*workingTree));
         return checked ? "room" : checked.error().message.toNarrow();

@@ -15,6 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 using qrv::findChanges;
 using qrv::PlannedFile;
+using qrv_test::relative;
 using qrv_test::Working;
 
 class PlanChecks : public testing::Test {
@@ -25,7 +26,7 @@ protected:
     }
     PlannedFile replacing(const char* path) const {
         const auto workingTree = project.open();
-        return {OdString(path), project.url(*workingTree, path), qrv_test::url('1'), 1};
+        return {relative(path), project.url(*workingTree, path), qrv_test::url('1'), 1};
     }
     static std::string answer(const Expected<void>& checked) {
         return checked ? "fine" : checked.error().message.toNarrow();
@@ -70,16 +71,16 @@ TEST_F(PlanChecks, SeeWhatWasSavedSinceTheChangesWereFound) {
 }
 
 TEST_F(PlanChecks, FindNamesThatWouldBeOne) {
-    const PlannedFile capitals = {L"PLAN.dwg", L"", qrv_test::url('1'), 1};
-    const PlannedFile gone = {L"plan.dwg", qrv_test::url('2'), L"", 0};
+    const PlannedFile capitals = {relative(L"PLAN.dwg"), L"", qrv_test::url('1'), 1};
+    const PlannedFile gone = {relative(L"plan.dwg"), qrv_test::url('2'), L"", 0};
     const std::string both =
         "This disk takes these names for one, so that the second file would "
         "take the place of the first:\n  ";
     EXPECT_EQ(names({capitals}), both + "plan.dwg, PLAN.dwg");
     EXPECT_EQ(names({capitals, gone}), "fine");
     EXPECT_EQ(names({replacing("plan.dwg")}), "fine");
-    EXPECT_EQ(names({{L"\u00E4.txt", L"", qrv_test::url('1'), 1},
-                     {L"A\u0308.txt", L"", qrv_test::url('2'), 1}}),
+    EXPECT_EQ(names({{relative(L"\u00E4.txt"), L"", qrv_test::url('1'), 1},
+                     {relative(L"A\u0308.txt"), L"", qrv_test::url('2'), 1}}),
               both + "\u00E4.txt, A\u0308.txt");
 }
 
@@ -95,8 +96,8 @@ TEST_F(PlanChecks, GiveRoomToAFileWhoseNameChangesItsLettersOnly) {
     const auto workingTree = project.open();
     const qrv::WorkingChanges changes = *findChanges(*workingTree);
     fs::create_hard_link(project / "plan.dwg", project / "PLAN.dwg");
-    const std::vector<PlannedFile> steps = {{L"PLAN.dwg", L"", qrv_test::url('1'), 1},
-                                            {L"plan.dwg", qrv_test::url('1'), L"", 0}};
+    const std::vector<PlannedFile> steps = {{relative(L"PLAN.dwg"), L"", qrv_test::url('1'), 1},
+                                            {relative(L"plan.dwg"), qrv_test::url('1'), L"", 0}};
     EXPECT_TRUE(checkRoom(*workingTree, steps, changes));
     EXPECT_FALSE(checkRoom(*workingTree, {steps[0]}, changes));
 }

@@ -22,6 +22,7 @@ using qrv::WorkingTree;
 using qrv_test::contentsOf;
 using qrv_test::Outcome;
 using qrv_test::readFile;
+using qrv_test::relative;
 using qrv_test::Working;
 
 OdString urlOf(const std::string& contents) {
@@ -86,19 +87,19 @@ protected:
 // Cause: the steps of a noted plan were believed, whether or not any command could have left them.
 TEST_F(PlanOfAStranger, IsRefusedWhenItsFilesAreNotThoseOfItsCommit) {
     const std::string cause = "'a.txt' would become a file that no commit has there";
-    EXPECT_EQ(refusal(switching({{L"a.txt", urlOf("first"), urlOf("b"), 1}})),
+    EXPECT_EQ(refusal(switching({{relative(L"a.txt"), urlOf("first"), urlOf("b"), 1}})),
               refused("switch side", cause));
-    EXPECT_EQ(refusal(switching({{L"a.txt", urlOf("b"), urlOf("second"), 6}})),
+    EXPECT_EQ(refusal(switching({{relative(L"a.txt"), urlOf("b"), urlOf("second"), 6}})),
               refused("switch side", cause));
-    EXPECT_EQ(refusal(switching({{L"a.txt", urlOf("first"), {}, 0}})),
+    EXPECT_EQ(refusal(switching({{relative(L"a.txt"), urlOf("first"), {}, 0}})),
               refused("switch side", cause));
-    EXPECT_EQ(refusal(restoring({{L"a.txt", urlOf("first"), urlOf("b"), 1}})),
+    EXPECT_EQ(refusal(restoring({{relative(L"a.txt"), urlOf("first"), urlOf("b"), 1}})),
               refused("restore", cause));
 }
 
 TEST_F(PlanOfAStranger, IsRefusedWhenItReplacesOrRemovesWhatIsKeptNowhere) {
     const std::string cause = "'private.txt' is missing in the storage";
-    EXPECT_EQ(refusal(restoring({{L"private.txt", urlOf("kept nowhere"), {}, 0}})),
+    EXPECT_EQ(refusal(restoring({{relative(L"private.txt"), urlOf("kept nowhere"), {}, 0}})),
               refused("restore", cause));
     EXPECT_EQ(readFile(project / "private.txt"), "kept nowhere");
 }
@@ -111,7 +112,7 @@ TEST_F(PlanOfAStranger, IsRefusedWithoutItsCommit) {
 }
 
 TEST_F(PlanOfAStranger, CanBeForgotten) {
-    note(restoring({{L"private.txt", urlOf("kept nowhere"), {}, 0}}));
+    note(restoring({{relative(L"private.txt"), urlOf("kept nowhere"), {}, 0}}));
     EXPECT_EQ(project.qrv({"recover", "--forget"}),
               (Outcome{0, "'restore' is forgotten, and its files are left as they are: 1\n", ""}));
     EXPECT_FALSE(notedPlan(open()->repository().history()));
@@ -120,11 +121,12 @@ TEST_F(PlanOfAStranger, CanBeForgotten) {
 }
 
 TEST_F(PlanOfAStranger, ForgottenAfterHeadHadMovedLeavesHeadAtTheBranchOfTheState) {
-    Plan plan = switching({{L"a.txt", urlOf("first"), urlOf("second"), 6}});
+    Plan plan = switching({{relative(L"a.txt"), urlOf("first"), urlOf("second"), 6}});
     {
         const std::unique_ptr<WorkingTree> workingTree = open();
         notePlan(workingTree->repository().history(), plan);
-        workingTree->repository().history().changeHeadFiles({{L"a.txt", urlOf("second"), {}, 6}});
+        workingTree->repository().history().changeHeadFiles(
+            {{relative(L"a.txt"), urlOf("second"), {}, 6}});
         workingTree->repository().history().setNote(qrv::headNote, plan.commit);
     }
     project.run({"recover", "--forget"});
@@ -133,14 +135,14 @@ TEST_F(PlanOfAStranger, ForgottenAfterHeadHadMovedLeavesHeadAtTheBranchOfTheStat
               true);
     const std::unique_ptr<WorkingTree> workingTree = open();
     EXPECT_EQ(workingTree->repository().branch(), OdString(L"master"));
-    EXPECT_EQ(workingTree->repository().headFiles().at(L"a.txt").url, urlOf("first"));
+    EXPECT_EQ(urlIn(workingTree->repository().headFiles(), L"a.txt"), urlOf("first"));
 }
 
 TEST_F(PlanOfAStranger, IsDoneWhenACommandCouldHaveLeftIt) {
-    note(switching({{L"a.txt", urlOf("first"), urlOf("second"), 6}}));
+    note(switching({{relative(L"a.txt"), urlOf("first"), urlOf("second"), 6}}));
     project.run({"recover"});
     EXPECT_EQ(readFile(project / "a.txt"), "second");
-    note(restoring({{L"a.txt", urlOf("second"), urlOf("first"), 5}}));
+    note(restoring({{relative(L"a.txt"), urlOf("second"), urlOf("first"), 5}}));
     project.run({"recover"});
     EXPECT_EQ(readFile(project / "a.txt"), "first");
 }

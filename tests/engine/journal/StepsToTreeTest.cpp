@@ -1,4 +1,5 @@
 #include <engine/journal/StepsToTree.h>
+#include <tests/engine/paths/Paths.h>
 #include <tests/engine/worktree/Working.h>
 
 #include <gtest/gtest.h>
@@ -16,6 +17,7 @@ using qrv::stepsToTree;
 using qrv::Tree;
 using qrv::Unsaved;
 using qrv::WorkingTree;
+using qrv_test::relative;
 using qrv_test::Working;
 
 using Steps = Expected<std::vector<PlannedFile>>;
@@ -52,22 +54,22 @@ TEST_F(StepsToTree, AreNoneWhereTheFilesAreAsWanted) {
 
 TEST_F(StepsToTree, LeadFromAnyStoredVersion) {
     const std::vector<PlannedFile> back = {
-        {L"a.txt", first().at(L"a.txt").url, second().at(L"a.txt").url, 8},
-        {L"d.dwg", first().at(L"d.dwg").url, second().at(L"d.dwg").url, 8}};
+        {relative(L"a.txt"), urlIn(first(), L"a.txt"), urlIn(second(), L"a.txt"), 8},
+        {relative(L"d.dwg"), urlIn(first(), L"d.dwg"), urlIn(second(), L"d.dwg"), 8}};
     project.write({{"a.txt", "first a"}, {"d.dwg", "first d"}});
     EXPECT_EQ(*steps(second()), back);
 }
 
 TEST_F(StepsToTree, RemoveWhatIsNotWanted) {
     EXPECT_EQ(*steps(Tree()),
-              (std::vector<PlannedFile>{{L"a.txt", second().at(L"a.txt").url, L"", 0},
-                                        {L"d.dwg", second().at(L"d.dwg").url, L"", 0}}));
+              (std::vector<PlannedFile>{{relative(L"a.txt"), urlIn(second(), L"a.txt"), L"", 0},
+                                        {relative(L"d.dwg"), urlIn(second(), L"d.dwg"), L"", 0}}));
 }
 
 TEST_F(StepsToTree, BringBackWhatIsGone) {
     fs::remove(project / "a.txt");
     EXPECT_EQ(*steps(second()),
-              (std::vector<PlannedFile>{{L"a.txt", L"", second().at(L"a.txt").url, 8}}));
+              (std::vector<PlannedFile>{{relative(L"a.txt"), L"", urlIn(second(), L"a.txt"), 8}}));
 }
 
 TEST_F(StepsToTree, AreRefusedForContentsThatAreKeptNowhere) {
@@ -89,7 +91,7 @@ TEST_F(StepsToTree, StoreSuchContentsWhenAsked) {
                         .ofUrl(step.before)
                         .exportTo(workingTree->root(), step.before, copy));
         EXPECT_EQ(qrv_test::readFile(project / "copy"),
-                  qrv_test::readFile(project / step.path.toNarrow()));
+                  qrv_test::readFile(project / step.path.bytes()));
     }
     // From now on they may be replaced.
     EXPECT_TRUE(steps(second()));
@@ -99,7 +101,8 @@ TEST_F(StepsToTree, OnlyLookWhenNothingIsToBeDone) {
     project.write({{"a.txt", "unsaved"}});
     const auto before = qrv_test::contentsOf(project / ".qrv/objects");
     const Steps found = steps(second(), Unsaved::leave);
-    EXPECT_EQ(*found, (std::vector<PlannedFile>{{L"a.txt", L"", second().at(L"a.txt").url, 8}}));
+    EXPECT_EQ(*found,
+              (std::vector<PlannedFile>{{relative(L"a.txt"), L"", urlIn(second(), L"a.txt"), 8}}));
     EXPECT_EQ(qrv_test::contentsOf(project / ".qrv/objects"), before);
 }
 
@@ -110,7 +113,7 @@ TEST_F(StepsToTree, KnowADrawingThatOnlyTheWantedTreeHas) {
     project.write({{"d.dwg", "second d"}});
     workingTree = project.open();
     const Tree wanted = first();
-    const OdString store = wanted.at(L"d.dwg").url.left(36);
+    const OdString store = urlIn(wanted, L"d.dwg").left(36);
     const Steps found =
         stepsToTree(*workingTree, wanted, {L"d.dwg"}, *findChanges(*workingTree), Unsaved::refuse);
     ASSERT_TRUE(found) << found.error().message.toNarrow();

@@ -212,6 +212,25 @@ TEST(RelativePath, KeepsTheTextAndItsBytes) {
     EXPECT_TRUE(RelativePath::check(L".qrv/properties/ignore")->isProperties());
 }
 
+TEST(RelativePath, IsMadeOfBytesAsOfTexts) {
+    for (const std::string_view bytes : {"pl\xC3\xA4ne/a.dwg"sv, "a\xFF\xC3"sv, "\xED\xA0\x80"sv}) {
+        const Expected<RelativePath> path = RelativePath::checkBytes(bytes);
+        ASSERT_TRUE(path);
+        EXPECT_EQ(path->bytes(), bytes);
+        EXPECT_EQ(*path, *RelativePath::check(OdString::fromNarrow(bytes)));
+    }
+    EXPECT_EQ(RelativePath::checkBytes("../plan.dwg").error().message,
+              RelativePath::check(L"../plan.dwg").error().message);
+}
+
+TEST(RelativePath, HasTheOrderOfTexts) {
+    const RelativePath path = RelativePath::check(L"b").value();
+    EXPECT_EQ(path, OdString(L"b"));
+    EXPECT_LT(path, OdString(L"c"));
+    EXPECT_GT(path, OdString(L"a"));
+    EXPECT_LT(RelativePath::check(L"B").value(), path);
+}
+
 TEST(RelativePath, KeepsNamesThatAreNotUtf8) {
     const Expected<RelativePath> path = RelativePath::check(OdString::fromNarrow("a\xFF\xC3"));
     ASSERT_TRUE(path);

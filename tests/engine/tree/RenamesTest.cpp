@@ -13,6 +13,7 @@ using qrv::findRenames;
 using qrv::RenameHalves;
 using qrv::Renames;
 using qrv::Tree;
+using qrv_test::relative;
 using qrv_test::treeOf;
 
 /// The files of the tree, whose digests are their letters; each one that is asked for is noted.
@@ -23,7 +24,7 @@ RenameHalves halvesOf(const Tree& tree, std::string* asked = nullptr) {
     halves.digestOf = [tree, asked](const OdString& path) {
         if (asked != nullptr)
             *asked += path.toNarrow() + ' ';
-        return tree.at(path).url;
+        return urlIn(tree, path);
     };
     return halves;
 }
@@ -63,7 +64,7 @@ TEST(FindRenames, IgnoresWhatIsNotedOfOtherFiles) {
 TEST(FindRenames, JoinsNoEmptyFiles) {
     Tree removed = treeOf("a=1");
     Tree added = treeOf("b=1");
-    removed[L"a"].sizeBytes = added[L"b"].sizeBytes = 0;
+    removed[relative(L"a")].sizeBytes = added[relative(L"b")].sizeBytes = 0;
     EXPECT_EQ(shown(findRenames(halvesOf(removed), halvesOf(added))), "");
 }
 
@@ -78,7 +79,7 @@ TEST(FindRenames, JoinsNoFileOfWhichNothingIsKnown) {
 TEST(FindRenames, ReadsOnlyWhatMayBeEqual) {
     std::string asked;
     Tree added = treeOf("b=1 c=1 d=1");
-    added[L"b"].sizeBytes = 2;
+    added[relative(L"b")].sizeBytes = 2;
     EXPECT_EQ(shown(findRenames(halvesOf(treeOf("a=1")), halvesOf(added, &asked))), "a>c ");
     EXPECT_EQ(asked, "c ");
 }
@@ -89,7 +90,7 @@ TEST(FindRenames, JoinsEachHalfOfAnyTreesOnceAndLeavesNoPair) {
         const Tree removed = qrv_test::randomTree(random);
         Tree added;
         for (const auto& [path, file] : qrv_test::randomTree(random))
-            added[L"new/" + path] = file;
+            added[relative(L"new/" + path.text())] = file;
         std::multiset<OdString> left;
         for (const auto& [path, file] : removed)
             left.insert(file.url);
@@ -97,8 +98,8 @@ TEST(FindRenames, JoinsEachHalfOfAnyTreesOnceAndLeavesNoPair) {
         const Renames renames = findRenames(halvesOf(removed), halvesOf(added));
         for (const auto& [path, old] : renames) {
             ASSERT_TRUE(previous.insert(old).second);
-            ASSERT_EQ(removed.at(old).url, added.at(path).url);
-            left.erase(left.find(removed.at(old).url));
+            ASSERT_EQ(urlIn(removed, old), urlIn(added, path));
+            left.erase(left.find(urlIn(removed, old)));
         }
         for (const auto& [path, file] : added)
             ASSERT_TRUE(renames.contains(path) || !left.contains(file.url));

@@ -17,13 +17,11 @@ std::string compared(const std::string& base, const std::string& ours, const std
     const qrv::ThreeWayResult result = compareThreeWays(treeOf(base), treeOf(ours), treeOf(theirs));
     std::string text;
     for (const qrv::TreeStep& step : result.taken)
-        text +=
-            step.path.toNarrow() + " " + letterOf(step.before) + ">" + letterOf(step.after) + ", ";
+        text += step.path.bytes() + " " + letterOf(step.before) + ">" + letterOf(step.after) + ", ";
     for (const qrv::MergeConflict& conflict : result.conflicts)
-        text += conflict.path.toNarrow() + " " + common::toString(conflict.local)->toNarrow() +
-                " " + letterOf(conflict.localUrl) + "/" +
-                common::toString(conflict.remote)->toNarrow() + " " + letterOf(conflict.remoteUrl) +
-                ", ";
+        text += conflict.path.bytes() + " " + common::toString(conflict.local)->toNarrow() + " " +
+                letterOf(conflict.localUrl) + "/" + common::toString(conflict.remote)->toNarrow() +
+                " " + letterOf(conflict.remoteUrl) + ", ";
     return text;
 }
 

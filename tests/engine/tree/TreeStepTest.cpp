@@ -15,8 +15,7 @@ using qrv_test::treeOf;
 std::string steps(const std::string& before, const std::string& after) {
     std::string text;
     for (const TreeStep& step : stepsBetween(treeOf(before), treeOf(after)))
-        text +=
-            step.path.toNarrow() + " " + letterOf(step.before) + ">" + letterOf(step.after) + ", ";
+        text += step.path.bytes() + " " + letterOf(step.before) + ">" + letterOf(step.after) + ", ";
     return text;
 }
 

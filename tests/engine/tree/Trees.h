@@ -2,8 +2,10 @@
 
 #include <engine/tree/FileDelta.h>
 #include <engine/tree/Tree.h>
+#include <tests/engine/paths/Paths.h>
 
 #include <cstdint>
+#include <optional>
 #include <random>
 #include <sstream>
 #include <string>
@@ -22,11 +24,14 @@ inline std::string letterOf(const OdString& url) {
 
 inline qrv::FileDelta file(const char* path, char letter, std::int64_t sizeBytes = 1,
                            const char* previousPath = "") {
-    return {OdString(path), url(letter), OdString(previousPath), sizeBytes};
+    qrv::FileDelta delta = {relative(path), url(letter), std::nullopt, sizeBytes};
+    if (*previousPath != '\0')
+        delta.previousPath = relative(previousPath);
+    return delta;
 }
 
 inline qrv::FileDelta removal(const char* path) {
-    return {OdString(path), OdString(), OdString(), 0};
+    return {relative(path), OdString(), std::nullopt, 0};
 }
 
 /// The tree that a text such as "a.txt=1 sub/b.txt=2" stands for; equal letters are equal contents.
@@ -35,7 +40,7 @@ inline qrv::Tree treeOf(const std::string& text) {
     std::istringstream words(text);
     for (std::string word; words >> word;) {
         const std::size_t mark = word.find('=');
-        tree[OdString::fromNarrow(word.substr(0, mark))] = {url(word[mark + 1]), 1};
+        tree[relative(OdString::fromNarrow(word.substr(0, mark)))] = {url(word[mark + 1]), 1};
     }
     return tree;
 }
@@ -44,7 +49,7 @@ inline qrv::Tree treeOf(const std::string& text) {
 inline std::string shown(const qrv::Tree& tree) {
     std::string text;
     for (const auto& [path, treeFile] : tree)
-        text += path.toNarrow() + " " + letterOf(treeFile.url) + " " +
+        text += path.bytes() + " " + letterOf(treeFile.url) + " " +
                 std::to_string(treeFile.sizeBytes) + ", ";
     return text;
 }

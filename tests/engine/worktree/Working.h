@@ -18,7 +18,7 @@ struct Working : HistoryProject {
         return std::move(*qrv::openTree(folder.path(), qrv::Repository::Use::change, anyCaller()));
     }
     OdString url(qrv::WorkingTree& workingTree, const char* path) const {
-        return workingTree.repository().headFiles().at(OdString(path)).url;
+        return urlIn(workingTree.repository().headFiles(), OdString(path));
     }
 };
 

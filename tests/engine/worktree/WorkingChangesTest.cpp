@@ -63,7 +63,7 @@ TEST_F(AWorkingTree, ListsTheUnchangedFilesWhenAsked) {
     std::string shown;
     for (const common::UnchangedFile& file : unchangedFiles(found, *workingTree)) {
         shown += file.path.toNarrow() + ", ";
-        EXPECT_EQ(file.url, workingTree->repository().headFiles().at(file.path).url);
+        EXPECT_EQ(file.url, urlIn(workingTree->repository().headFiles(), file.path));
     }
     EXPECT_EQ(shown, ".qrv/properties/ignore, a.txt, sub/c.txt, ");
 }
