@@ -131,8 +131,10 @@ Expected<void> rebuild(const Arguments& arguments, Output& output) {
 Expected<void> run(const Arguments& arguments, Output& output) {
     if (arguments.rebuilds)
         return rebuild(arguments, output);
-    const Expected<std::unique_ptr<WorkingTree>> workingTree = openTree(
-        ".", arguments.onlyLook ? Repository::Use::look : Repository::Use::change, person());
+    // What was interrupted is settled below.
+    const Expected<std::unique_ptr<WorkingTree>> workingTree =
+        arguments.onlyLook ? openTree(".", Repository::Use::look, person())
+                           : WorkingTree::open(".", Repository::Use::change, person());
     if (!workingTree)
         return workingTree.error();
     const std::optional<Plan> plan = notedPlan((*workingTree)->repository().history());

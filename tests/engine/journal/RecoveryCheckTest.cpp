@@ -44,8 +44,8 @@ protected:
 
     /// Whatever plan is noted stays.
     std::unique_ptr<WorkingTree> open() const {
-        return std::move(*qrv::openTree(project.folder.path(), qrv::Repository::Use::change,
-                                        qrv_test::anyCaller()));
+        return std::move(*WorkingTree::open(project.folder.path(), qrv::Repository::Use::change,
+                                            qrv_test::anyCaller()));
     }
     Plan switching(std::vector<PlannedFile> files) const {
         const std::unique_ptr<WorkingTree> workingTree = open();
