@@ -12,16 +12,14 @@
 
 namespace qrv {
 
-/// Opens the repository that holds `folder`, does `action` with its working tree, and closes it.
-/// Fails as `openTree`, the action and `WorkingTree::close` do, and with the message of an
-/// exception in its place. When the action failed, nobody is told whether a state that it changed
-/// was written.
-template <class Action>
-auto withRepository(const std::string& folder, Repository::Use use, Caller& caller,
-                    const Action& action) {
+/// Does `action` with the working tree that `open` gives, and closes it. Fails as these and
+/// `WorkingTree::close` do, and with the message of an exception in its place. When the action
+/// failed, nobody is told whether a state that it changed was written.
+template <class Open, class Action>
+auto withOpened(const Open& open, const Action& action) {
     using Result = decltype(action(std::declval<WorkingTree&>()));
     return withoutExceptions([&]() -> Result {
-        const Expected<std::unique_ptr<WorkingTree>> workingTree = openTree(folder, use, caller);
+        const Expected<std::unique_ptr<WorkingTree>> workingTree = open();
         if (!workingTree)
             return workingTree.error();
         Result result = action(**workingTree);
@@ -31,6 +29,13 @@ auto withRepository(const std::string& folder, Repository::Use use, Caller& call
             return closed.error();
         return result;
     });
+}
+
+/// The same with the repository that holds `folder`, opened by `openTree`.
+template <class Action>
+auto withRepository(const std::string& folder, Repository::Use use, Caller& caller,
+                    const Action& action, WorkingTree::Scan scan = WorkingTree::Scan::later) {
+    return withOpened([&] { return openTree(folder, use, caller, scan); }, action);
 }
 
 }  // namespace qrv
