@@ -56,19 +56,18 @@ bool isHeldElsewhere(History& history, const OdString& branch, const OdString& c
     });
 }
 
-ErrorMessage notThere(History& history, RefType type, const OdString& name) {
-    OdString text = OdString::format(tr(wordsOf(type).isNotThere), printable(name));
-    if (const auto meant = closest(name, namesOf(history, type)))
-        text += OdString::format(tr(L"; did you mean '%ls'?"), printable(*meant));
-    return {text};
-}
-
 void logReference(const wchar_t* what, const OdString& name, WorkingTree& workingTree) {
     logEvent(OdString(what) + quotedName(name), workingTree.root(), workingTree.folder(),
              workingTree.caller());
 }
 
 }  // namespace
+
+ErrorMessage withNearName(OdString text, History& history, RefType type, const OdString& name) {
+    if (const auto meant = closest(name, namesOf(history, type)))
+        text += OdString::format(tr(L"; did you mean '%ls'?"), printable(*meant));
+    return {std::move(text)};
+}
 
 std::vector<NamedReference> listReferences(WorkingTree& workingTree, RefType type) {
     History& history = workingTree.repository().history();
@@ -113,7 +112,9 @@ Expected<CommitEntry> deleteReference(WorkingTree& workingTree, const DeleteRefe
                              printable(wish.name))};
     const std::optional<OdString> commit = history.reference(wish.name, wish.type);
     if (!commit)
-        return notThere(history, wish.type, wish.name);
+        return withNearName(
+            OdString::format(tr(wordsOf(wish.type).isNotThere), printable(wish.name)), history,
+            wish.type, wish.name);
     if (wish.type == RefType::Branch && !wish.force &&
         !isHeldElsewhere(history, wish.name, *commit))
         return ErrorMessage{OdString::format(

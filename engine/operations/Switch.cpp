@@ -1,0 +1,90 @@
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
+#include <engine/history/ReferenceName.h>
+#include <engine/journal/Application.h>
+#include <engine/journal/Preconditions.h>
+#include <engine/operations/MergeInternal.h>
+#include <engine/operations/NamedReferencesInternal.h>
+#include <engine/operations/Switch.h>
+#include <engine/operations/WithRepositoryInternal.h>
+#include <engine/repository/LogEntry.h>
+#include <engine/tree/TreeStep.h>
+
+namespace qrv {
+
+namespace {
+
+/// The commit of a branch that is there.
+Expected<OdString> existingBranch(Repository& repository, const OdString& name) {
+    if (const std::optional<OdString> commit =
+            repository.history().reference(name, common::RefType::Branch))
+        return *commit;
+    if (name == repository.branch())
+        return OdString();
+    return withNearName(
+        OdString::format(tr(L"There is no branch '%ls' (qrv switch --create makes one)"),
+                         printable(name)),
+        repository.history(), common::RefType::Branch, name);
+}
+
+/// The commit that a new branch begins with; empty before the first commit.
+Expected<OdString> newBranch(Repository& repository, const SwitchRequest& request) {
+    const OdString& name = request.branch;
+    if (const Expected<OdString> valid = checkedReferenceName(name); !valid)
+        return valid.error();
+    if (repository.history().reference(name, common::RefType::Branch) ||
+        name == repository.branch())
+        return ErrorMessage{
+            OdString::format(tr(L"There is a branch '%ls' already"), printable(name))};
+    if (!request.start)
+        return repository.headCommit();
+    return findCommit(repository.history(), *request.start, repository.branch());
+}
+
+Expected<Plan> planOf(Repository& repository, const SwitchRequest& request) {
+    Plan plan;
+    plan.branch = request.branch;
+    plan.title = OdString::format(L"switch %ls", plan.branch);
+    const Expected<OdString> commit =
+        request.create ? newBranch(repository, request) : existingBranch(repository, plan.branch);
+    if (!commit)
+        return commit.error();
+    plan.commit = *commit;
+    if (plan.commit != repository.headCommit())
+        plan.files = stepsBetween(repository.headFiles(), repository.history().tree(plan.commit));
+    return plan;
+}
+
+Expected<void> bringFiles(WorkingTree& workingTree, const Plan& plan) {
+    if (plan.files.empty())
+        return carryOutWithoutFiles(workingTree, plan);
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
+    if (!changes)
+        return changes.error();
+    if (Expected<void> unharmed = checkUnharmed(workingTree, plan.files, *changes); !unharmed)
+        return unharmed;
+    return carryOut(workingTree, plan, *changes);
+}
+
+}  // namespace
+
+Expected<Switched> switchBranch(const std::string& folder, const SwitchRequest& request,
+                                Caller& caller) {
+    const auto action = [&](WorkingTree& workingTree) -> Expected<Switched> {
+        if (const Expected<void> none = checkNoMerge(workingTree); !none)
+            return none.error();
+        const Expected<Plan> plan = planOf(workingTree.repository(), request);
+        if (!plan)
+            return plan.error();
+        if (const Expected<void> done = bringFiles(workingTree, *plan); !done)
+            return done.error();
+        logEvent(L"switch " + quotedName(plan->branch), workingTree.root(), workingTree.folder(),
+                 caller);
+        return Switched{
+            .branch = plan->branch, .commit = plan->commit, .fileCount = plan->files.size()};
+    };
+    return withRepository(folder, Repository::Use::change, caller, action);
+}
+
+}  // namespace qrv
