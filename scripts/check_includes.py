@@ -150,7 +150,6 @@ MAIN = "cli/Main.cpp"
 SHARED_INTERNAL_HEADERS = {
     "engine/journal/ApplicationInternal.h": ("engine/operations", "a merge ends in its own way"),
     "engine/operations/CommitInternal.h": ("cli", "the commands work on an open tree"),
-    "engine/operations/MergeInternal.h": ("cli", "the commands work on an open tree"),
     "common/base/MessageInternal.h": ("common", "every folder makes messages"),
     "common/repository/DeferredWriteInternal.h": ("common", "writes what a host let go of"),
     "common/json/ParseObjectInternal.h": ("common", "reads a file of ours as one object"),

@@ -8,10 +8,7 @@
 #include <cli/user/Author.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/history/CommitName.h>
-#include <engine/journal/OpenTree.h>
-#include <engine/operations/MergeInternal.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/operations/Merge.h>
 
 #include <memory>
 #include <optional>
@@ -31,60 +28,60 @@ struct Arguments {
     bool asJson = false;
 };
 
-const wchar_t* codeOf(MergeOutcome::Kind kind) {
+const wchar_t* codeOf(Merged::Kind kind) {
     switch (kind) {
-        case MergeOutcome::Kind::upToDate:
+        case Merged::Kind::upToDate:
             return L"upToDate";
-        case MergeOutcome::Kind::forward:
+        case Merged::Kind::fastForward:
             return L"forward";
-        case MergeOutcome::Kind::committed:
+        case Merged::Kind::committed:
             return L"committed";
-        case MergeOutcome::Kind::conflicts:
+        case Merged::Kind::conflicts:
             break;
     }
     return L"conflicts";
 }
 
-jsonlib::json::Value documentOf(const MergeOutcome& outcome, const common::State& state) {
+jsonlib::json::Value documentOf(const Merged& merged) {
     jsonlib::json::Array files;
-    for (const TreeStep& file : outcome.files.taken)
-        files.emplace_back(file.path.text().toWide());
+    for (const OdString& path : merged.files)
+        files.emplace_back(path.toWide());
     jsonlib::json::Object object;
-    object[L"result"] = codeOf(outcome.kind);
+    object[L"result"] = codeOf(merged.kind);
     object[L"files"] = std::move(files);
-    object[L"conflicts"] = toJson(state.conflicts);
-    if (outcome.commit)
-        object[L"commit"] = toJson(*outcome.commit);
+    object[L"conflicts"] = toJson(merged.conflicts);
+    if (merged.commit)
+        object[L"commit"] = toJson(*merged.commit);
     return object;
 }
 
-OdString text(const MergeOutcome& outcome, const OdString& name) {
-    const std::size_t count = outcome.files.taken.size();
-    switch (outcome.kind) {
-        case MergeOutcome::Kind::upToDate:
+OdString text(const Merged& merged, const OdString& name) {
+    const std::size_t count = merged.files.size();
+    switch (merged.kind) {
+        case Merged::Kind::upToDate:
             return OdString::format(tr(L"'%ls' is merged already\n"), name);
-        case MergeOutcome::Kind::forward:
+        case Merged::Kind::fastForward:
             return OdString::format(tr(L"Went forward to '%ls'; files changed: %i\n"), name, count);
-        case MergeOutcome::Kind::committed:
+        case Merged::Kind::committed:
             return OdString::format(tr(L"Merged '%ls' as commit %i; files changed: %i\n"), name,
-                                    outcome.commit->number, count);
-        case MergeOutcome::Kind::conflicts:
+                                    merged.commit->number, count);
+        case Merged::Kind::conflicts:
             break;
     }
     return OdString::format(tr(L"Merging '%ls'; files changed: %i\n"), name, count);
 }
 
 /// Open conflicts are no success, so that a script notices.
-Expected<void> answer(const MergeOutcome& outcome) {
-    if (outcome.kind != MergeOutcome::Kind::conflicts)
+Expected<void> answer(const Merged& merged) {
+    if (merged.kind != Merged::Kind::conflicts)
         return {};
     return ErrorMessage{OdString::format(
         tr(L"Conflicts to resolve with qrv resolve, before qrv commit ends the merge: %i"),
-        outcome.files.conflicts.size())};
+        merged.conflicts.size())};
 }
 
-Expected<void> abort(WorkingTree& workingTree, const Arguments& arguments, Output& output) {
-    if (const Expected<void> done = abortMerge(workingTree, arguments.force); !done)
+Expected<void> abort(const Arguments& arguments, Output& output) {
+    if (const Expected<void> done = abortMerge(".", arguments.force, person()); !done)
         return done.error();
     if (!arguments.asJson)
         output.write(tr(L"The merge is taken back\n").toNarrow());
@@ -97,31 +94,20 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<OdString> author = authorOf(arguments.author);
     if (!author)
         return author.error();
-    const Expected<std::unique_ptr<WorkingTree>> workingTree =
-        openTree(".", Repository::Use::change, person());
-    if (!workingTree)
-        return workingTree.error();
     if (arguments.aborts)
-        return abort(**workingTree, arguments, output);
-    const OdString name = OdString::fromNarrow(arguments.name);
-    const Expected<OdString> commit = findCommit((*workingTree)->repository().history(), name,
-                                                 (*workingTree)->repository().branch());
-    if (!commit)
-        return commit.error();
-    const CommitText words = {
-        *author, arguments.message ? OdString::fromNarrow(*arguments.message)
-                                   : OdString::format(L"Merge '%ls' into '%ls'", name,
-                                                      (*workingTree)->repository().branch())};
-    const Expected<MergeOutcome> outcome = merge(**workingTree, *commit, name, words);
-    if (!outcome)
-        return outcome.error();
+        return abort(arguments, output);
+    MergeRequest request = {OdString::fromNarrow(arguments.name), *author, std::nullopt};
+    if (arguments.message)
+        request.message = OdString::fromNarrow(*arguments.message);
+    const Expected<Merged> merged = merge(".", request, person());
+    if (!merged)
+        return merged.error();
     if (arguments.asJson)
-        writeJson(documentOf(*outcome, (*workingTree)->repository().state()), output);
+        writeJson(documentOf(*merged), output);
     else
-        output.write((text(*outcome, printable(name)) +
-                      conflictLines((*workingTree)->repository().state().conflicts))
+        output.write((text(*merged, printable(request.commit)) + conflictLines(merged->conflicts))
                          .toNarrow());
-    return answer(*outcome);
+    return answer(*merged);
 }
 
 }  // namespace

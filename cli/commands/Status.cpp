@@ -14,7 +14,6 @@
 #include <engine/base/Translation.h>
 #include <engine/history/ShortForms.h>
 #include <engine/journal/OpenTree.h>
-#include <engine/operations/MergeInternal.h>
 #include <engine/worktree/Staging.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>

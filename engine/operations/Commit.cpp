@@ -5,7 +5,6 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/operations/CommitInternal.h>
-#include <engine/operations/MergeInternal.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/tree/Shape.h>

@@ -1,13 +1,16 @@
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <engine/base/Translation.h>
+#include <engine/history/CommitName.h>
 #include <engine/journal/Application.h>
 #include <engine/journal/ApplicationInternal.h>
 #include <engine/journal/Preconditions.h>
 #include <engine/journal/StepsToTree.h>
 #include <engine/operations/MergeInternal.h>
+#include <engine/operations/WithRepositoryInternal.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/tree/Shape.h>
+#include <engine/tree/ThreeWay.h>
 #include <engine/worktree/Staging.h>
 #include <platform/kernel/Clock.h>
 
@@ -24,8 +27,8 @@ using common::FileChange;
 
 constexpr std::int64_t millisecondsPerSecond = 1000;
 
-Expected<void> checkNothingStaged(const WorkingTree& workingTree, const WorkingChanges& changes) {
-    if (stagedChanges(workingTree.repository().stateWithoutIndex(), changes).empty())
+Expected<void> checkNothingStaged(const Repository& repository, const WorkingChanges& changes) {
+    if (stagedChanges(repository.stateWithoutIndex(), changes).empty())
         return {};
     return ErrorMessage{
         tr(L"Commit the staged files first (qrv commit), or take them off the "
@@ -49,32 +52,32 @@ Expected<void> noteConflict(WorkingTree& workingTree, const MergeConflict& confl
 
 Expected<void> recordConflicts(WorkingTree& workingTree, const ThreeWayResult& files,
                                const OdString& hash) {
-    common::Transaction transaction = workingTree.repository().cache().getTransaction();
+    Repository& repository = workingTree.repository();
+    common::Transaction transaction = repository.cache().getTransaction();
     for (const MergeConflict& conflict : files.conflicts) {
         if (const Expected<void> noted = noteConflict(workingTree, conflict); !noted)
             return noted.error();
-        common::updateConflictData(workingTree.repository().cache(),
+        common::updateConflictData(repository.cache(),
                                    common::ConflictData(conflict.path, conflict.remoteUrl,
                                                         conflict.local, conflict.remote));
     }
-    common::State& state = workingTree.repository().cache().write();
+    common::State& state = repository.cache().write();
     for (const PlannedFile& step : files.taken) {
         const FileChange change = step.after.isEmpty()    ? FileChange::removed
                                   : step.before.isEmpty() ? FileChange::added
                                                           : FileChange::modified;
         state.stagedFiles.emplace_back(step.path, change);
         if (change == FileChange::modified)
-            common::updateIndex(step.path, workingTree.repository().cache(), workingTree.root(),
-                                true);
+            common::updateIndex(step.path, repository.cache(), workingTree.root(), true);
         else
-            common::removeIndex(step.path, workingTree.repository().cache());
+            common::removeIndex(step.path, repository.cache());
     }
     transaction.commit();
-    if (const Expected<void> saved = workingTree.repository().saveState(); !saved)
+    if (const Expected<void> saved = repository.saveState(); !saved)
         return saved.error();
-    DatabaseTransaction change(workingTree.repository().history().database());
-    workingTree.repository().history().setNote(mergeNote, hash);
-    forgetPlan(workingTree.repository().history());
+    DatabaseTransaction change(repository.history().database());
+    repository.history().setNote(mergeNote, hash);
+    forgetPlan(repository.history());
     change.commit();
     return {};
 }
@@ -86,16 +89,17 @@ std::vector<FileDelta> deltasOf(const ThreeWayResult& files) {
     return deltas;
 }
 
-CommitEntry addMergeCommit(WorkingTree& workingTree, const OdString& hash,
-                           const ThreeWayResult& files, const CommitText& text) {
+CommitEntry addMergeCommit(Repository& repository, const OdString& hash,
+                           const ThreeWayResult& files, const MergeRequest& request) {
     NewCommit commit;
-    commit.parents = {workingTree.repository().headCommit(), hash};
-    commit.author = text.author;
-    commit.message = text.message;
+    commit.parents = {repository.headCommit(), hash};
+    commit.author = request.author;
+    commit.message = request.message.value_or(
+        OdString::format(L"Merge '%ls' into '%ls'", request.commit, repository.branch()));
     commit.timeSeconds = kernel::now() / millisecondsPerSecond;
     commit.deltas = deltasOf(files);
-    DatabaseTransaction transaction(workingTree.repository().history().database());
-    CommitEntry entry = workingTree.repository().history().add(commit);
+    DatabaseTransaction transaction(repository.history().database());
+    CommitEntry entry = repository.history().add(commit);
     transaction.commit();
     return entry;
 }
@@ -112,136 +116,160 @@ std::vector<PlannedFile> touchedFiles(const ThreeWayResult& files) {
 }
 
 /// What was staged and is again as in HEAD must not become part of the merge.
-void forgetStage(WorkingTree& workingTree) {
-    if (workingTree.repository().state().stagedFiles.empty() &&
-        workingTree.repository().state().renames.empty())
+void forgetStage(Repository& repository) {
+    if (repository.state().stagedFiles.empty() && repository.state().renames.empty())
         return;
-    common::State& state = workingTree.repository().cache().write();
+    common::State& state = repository.cache().write();
     state.stagedFiles.clear();
     state.renames.clear();
 }
 
-Plan planOf(const OdString& name, const ThreeWayResult& files) {
+Plan planOf(const OdString& name, std::vector<PlannedFile> steps) {
     Plan plan;
     plan.title = OdString::format(tr(L"merge of '%ls'"), name);
-    plan.files = files.taken;
+    plan.files = std::move(steps);
     return plan;
 }
 
-Expected<MergeOutcome> goForward(WorkingTree& workingTree, const OdString& hash,
-                                 const OdString& name, const WorkingChanges& changes) {
-    MergeOutcome outcome;
-    outcome.kind = MergeOutcome::Kind::forward;
-    const std::vector<PlannedFile> steps = stepsBetween(
-        workingTree.repository().headFiles(), workingTree.repository().history().tree(hash));
-    outcome.files.taken = steps;
-    if (const Expected<void> unharmed = checkUnharmed(workingTree, steps, changes); !unharmed)
-        return unharmed.error();
-    Plan plan = planOf(name, outcome.files);
-    plan.branch = workingTree.repository().branch();
-    plan.commit = hash;
-    forgetStage(workingTree);
-    if (const Expected<void> done = carryOut(workingTree, plan, changes); !done)
-        return done.error();
-    outcome.commit = workingTree.repository().history().commit(hash);
-    return outcome;
+std::vector<OdString> pathsOf(const std::vector<PlannedFile>& steps) {
+    std::vector<OdString> paths;
+    paths.reserve(steps.size());
+    for (const PlannedFile& step : steps)
+        paths.push_back(step.path);
+    return paths;
 }
 
-Expected<MergeOutcome> mergeThreeWays(WorkingTree& workingTree, const OdString& hash,
-                                      const OdString& name, const WorkingChanges& changes,
-                                      const CommitText& text) {
-    History& history = workingTree.repository().history();
-    const std::optional<OdString> base =
-        history.mergeBase(workingTree.repository().headCommit(), hash);
-    MergeOutcome outcome;
-    outcome.files = compareThreeWays(history.tree(base.value_or(OdString())),
-                                     workingTree.repository().headFiles(), history.tree(hash));
-    if (const Expected<void> unharmed =
-            checkUnharmed(workingTree, touchedFiles(outcome.files), changes);
+Expected<Merged> fastForward(WorkingTree& workingTree, const OdString& hash, const OdString& name,
+                             const WorkingChanges& changes) {
+    Repository& repository = workingTree.repository();
+    Plan plan = planOf(name, stepsBetween(repository.headFiles(), repository.history().tree(hash)));
+    plan.branch = repository.branch();
+    plan.commit = hash;
+    if (const Expected<void> unharmed = checkUnharmed(workingTree, plan.files, changes); !unharmed)
+        return unharmed.error();
+    forgetStage(repository);
+    if (const Expected<void> done = carryOut(workingTree, plan, changes); !done)
+        return done.error();
+    return Merged{.kind = Merged::Kind::fastForward,
+                  .files = pathsOf(plan.files),
+                  .conflicts = {},
+                  .commit = repository.history().commit(hash)};
+}
+
+/// What speaks against merging these files, before anything is done.
+Expected<Sightings> checkMerge(WorkingTree& workingTree, const ThreeWayResult& files,
+                               const WorkingChanges& changes) {
+    if (const Expected<void> unharmed = checkUnharmed(workingTree, touchedFiles(files), changes);
         !unharmed)
         return unharmed.error();
-
     if (const Expected<void> possible =
-            checkShape(workingTree.repository().headFiles(), deltasOf(outcome.files));
+            checkShape(workingTree.repository().headFiles(), deltasOf(files));
         !possible)
         return possible.error();
+    return lookBeforeBeginning(workingTree, files.taken, changes);
+}
 
-    const Expected<Sightings> sightings =
-        lookBeforeBeginning(workingTree, outcome.files.taken, changes);
+Expected<Merged> mergeThreeWays(WorkingTree& workingTree, const OdString& hash,
+                                const OdString& name, const WorkingChanges& changes,
+                                const MergeRequest& request) {
+    Repository& repository = workingTree.repository();
+    History& history = repository.history();
+    const std::optional<OdString> base = history.mergeBase(repository.headCommit(), hash);
+    const ThreeWayResult files = compareThreeWays(history.tree(base.value_or(OdString())),
+                                                  repository.headFiles(), history.tree(hash));
+    const Expected<Sightings> sightings = checkMerge(workingTree, files, changes);
     if (!sightings)
         return sightings.error();
 
-    const bool isClean = outcome.files.conflicts.empty();
-    outcome.kind = isClean ? MergeOutcome::Kind::committed : MergeOutcome::Kind::conflicts;
-    Plan plan = planOf(name, outcome.files);
+    const bool isClean = files.conflicts.empty();
+    Merged merged;
+    merged.kind = isClean ? Merged::Kind::committed : Merged::Kind::conflicts;
+    merged.files = pathsOf(files.taken);
+    Plan plan = planOf(name, files.taken);
     if (isClean) {
-        outcome.commit = addMergeCommit(workingTree, hash, outcome.files, text);
-        plan.branch = workingTree.repository().branch();
-        plan.commit = outcome.commit->hash;
+        merged.commit = addMergeCommit(repository, hash, files, request);
+        plan.branch = repository.branch();
+        plan.commit = merged.commit->hash;
     } else {
         plan.recovery = Plan::Recovery::takeBack;
     }
-    forgetStage(workingTree);
+    forgetStage(repository);
     notePlan(history, plan);
     const Expected<PlannedTimes> times = applyPlan(workingTree, plan, *sightings);
     if (!times)
         return takeBackAfter(workingTree, plan, times.error());
-    const Expected<void> finished = isClean ? finish(workingTree, plan, *times)
-                                            : recordConflicts(workingTree, outcome.files, hash);
+    const Expected<void> finished =
+        isClean ? finish(workingTree, plan, *times) : recordConflicts(workingTree, files, hash);
     if (!finished)
         return finished.error();
-    return outcome;
+    merged.conflicts = repository.state().conflicts;
+    return merged;
 }
 
 }  // namespace
 
-Expected<void> checkNoMerge(WorkingTree& workingTree) {
-    if (workingTree.repository().history().note(mergeNote).isEmpty() &&
-        workingTree.repository().state().conflicts.empty())
+Expected<void> checkNoMerge(Repository& repository) {
+    if (repository.history().note(mergeNote).isEmpty() && repository.state().conflicts.empty())
         return {};
     return ErrorMessage{
         tr(L"A merge is going on: resolve its conflicts and commit it, or take it "
            L"back with qrv merge --abort")};
 }
 
-Expected<MergeOutcome> merge(WorkingTree& workingTree, const OdString& hash, const OdString& name,
-                             const CommitText& text) {
-    if (const Expected<void> none = checkNoMerge(workingTree); !none)
+Expected<Merged> merge(WorkingTree& workingTree, const MergeRequest& request) {
+    Repository& repository = workingTree.repository();
+    const Expected<OdString> hash =
+        findCommit(repository.history(), request.commit, repository.branch());
+    if (!hash)
+        return hash.error();
+    if (const Expected<void> none = checkNoMerge(repository); !none)
         return none.error();
-    const OdString head = workingTree.repository().headCommit();
-    if (!head.isEmpty() && workingTree.repository().history().buildsOn(head, hash))
-        return MergeOutcome();
+    const OdString head = repository.headCommit();
+    if (!head.isEmpty() && repository.history().buildsOn(head, *hash))
+        return Merged();
     const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
-    if (const Expected<void> none = checkNothingStaged(workingTree, *changes); !none)
+    if (const Expected<void> none = checkNothingStaged(repository, *changes); !none)
         return none.error();
-    logEvent(OdString::format(L"merge of %ls into %ls", hash,
-                              quotedName(workingTree.repository().branch())),
+    logEvent(OdString::format(L"merge of %ls into %ls", *hash, quotedName(repository.branch())),
              workingTree.root(), workingTree.folder(), workingTree.caller());
-    if (head.isEmpty() || workingTree.repository().history().buildsOn(hash, head))
-        return goForward(workingTree, hash, name, *changes);
-    return mergeThreeWays(workingTree, hash, name, *changes, text);
+    if (head.isEmpty() || repository.history().buildsOn(*hash, head))
+        return fastForward(workingTree, *hash, request.commit, *changes);
+    return mergeThreeWays(workingTree, *hash, request.commit, *changes, request);
 }
 
 Expected<void> abortMerge(WorkingTree& workingTree, bool force) {
-    if (const Expected<void> none = checkNoMerge(workingTree); none)
+    Repository& repository = workingTree.repository();
+    if (const Expected<void> none = checkNoMerge(repository); none)
         return ErrorMessage{tr(L"No merge is going on")};
     const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
     // A file may be in both, and the steps are to be ordered.
     std::set<OdString> paths;
-    for (const common::StagedFile& file : workingTree.repository().state().stagedFiles)
+    for (const common::StagedFile& file : repository.state().stagedFiles)
         paths.insert(file.path);
-    for (const common::ConflictData& conflict : workingTree.repository().state().conflicts)
+    for (const common::ConflictData& conflict : repository.state().conflicts)
         paths.insert(conflict.path);
     const Expected<std::vector<PlannedFile>> steps =
-        stepsToTree(workingTree, workingTree.repository().headFiles(), {paths.begin(), paths.end()},
-                    *changes, force ? Unsaved::store : Unsaved::refuse);
+        stepsToTree(workingTree, repository.headFiles(), {paths.begin(), paths.end()}, *changes,
+                    force ? Unsaved::store : Unsaved::refuse);
     if (!steps)
         return steps.error();
     return takeBackMerge(workingTree, *steps, *changes);
+}
+
+Expected<Merged> merge(const std::string& folder, const MergeRequest& request, Caller& caller) {
+    return withRepository(
+        folder, Repository::Use::change, caller,
+        [&request](WorkingTree& workingTree) { return merge(workingTree, request); });
+}
+
+Expected<void> abortMerge(const std::string& folder, bool force, Caller& caller) {
+    return withRepository(
+        folder, Repository::Use::change, caller,
+        [force](WorkingTree& workingTree) { return abortMerge(workingTree, force); });
 }
 
 }  // namespace qrv

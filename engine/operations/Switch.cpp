@@ -72,7 +72,7 @@ Expected<void> bringFiles(WorkingTree& workingTree, const Plan& plan) {
 Expected<Switched> switchBranch(const std::string& folder, const SwitchRequest& request,
                                 Caller& caller) {
     const auto action = [&](WorkingTree& workingTree) -> Expected<Switched> {
-        if (const Expected<void> none = checkNoMerge(workingTree); !none)
+        if (const Expected<void> none = checkNoMerge(workingTree.repository()); !none)
             return none.error();
         const Expected<Plan> plan = planOf(workingTree.repository(), request);
         if (!plan)
