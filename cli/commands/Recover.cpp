@@ -6,12 +6,8 @@
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/history/Plan.h>
-#include <engine/journal/Interruption.h>
-#include <engine/journal/OpenTree.h>
 #include <engine/maintenance/HistoryRebuild.h>
-#include <engine/repository/LogEntry.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/operations/Recover.h>
 
 #include <memory>
 #include <optional>
@@ -29,64 +25,50 @@ struct Arguments {
     bool asJson = false;
 };
 
-bool finishes(const Plan& plan) {
-    return plan.recovery == Plan::Recovery::finish;
-}
-
-const wchar_t* outcomeOf(const Plan& plan, const Arguments& arguments) {
+const wchar_t* outcomeOf(const InterruptedOperation& operation, const Arguments& arguments) {
     if (arguments.onlyLook)
-        return finishes(plan) ? L"to-finish" : L"to-take-back";
+        return operation.isFinished ? L"to-finish" : L"to-take-back";
     if (arguments.forgets)
         return L"forgotten";
-    return finishes(plan) ? L"finished" : L"taken-back";
+    return operation.isFinished ? L"finished" : L"taken-back";
 }
 
-jsonlib::json::Value documentOf(const std::optional<Plan>& plan, const Arguments& arguments) {
+jsonlib::json::Value documentOf(const std::optional<InterruptedOperation>& operation,
+                                const Arguments& arguments) {
     jsonlib::json::Array files;
     jsonlib::json::Object object;
     object[L"interrupted"] =
-        plan ? jsonlib::json::Value(plan->title.toWide()) : jsonlib::json::Value();
-    object[L"outcome"] = plan ? outcomeOf(*plan, arguments) : L"nothing";
-    if (plan) {
-        for (const PlannedFile& step : plan->files)
-            files.emplace_back(step.path.text().toWide());
+        operation ? jsonlib::json::Value(operation->title.toWide()) : jsonlib::json::Value();
+    object[L"outcome"] = operation ? outcomeOf(*operation, arguments) : L"nothing";
+    if (operation) {
+        for (const OdString& path : operation->files)
+            files.emplace_back(path.toWide());
     }
     object[L"files"] = std::move(files);
     return object;
 }
 
-OdString patternOf(const Plan& plan, const Arguments& arguments) {
+OdString patternOf(const InterruptedOperation& operation, const Arguments& arguments) {
     if (arguments.onlyLook)
-        return finishes(plan) ? tr(L"'%ls' is to be finished; files: %i\n")
-                              : tr(L"'%ls' is to be taken back; files: %i\n");
+        return operation.isFinished ? tr(L"'%ls' is to be finished; files: %i\n")
+                                    : tr(L"'%ls' is to be taken back; files: %i\n");
     if (arguments.forgets)
         return tr(L"'%ls' is forgotten, and its files are left as they are: %i\n");
-    return finishes(plan) ? tr(L"'%ls' is finished; files: %i\n")
-                          : tr(L"'%ls' is taken back; files: %i\n");
+    return operation.isFinished ? tr(L"'%ls' is finished; files: %i\n")
+                                : tr(L"'%ls' is taken back; files: %i\n");
 }
 
-std::string plainText(const std::optional<Plan>& plan, const Arguments& arguments) {
-    if (!plan)
+std::string plainText(const std::optional<InterruptedOperation>& operation,
+                      const Arguments& arguments) {
+    if (!operation)
         return trUtf8(L"Nothing was interrupted\n");
-    OdString text =
-        OdString::format(patternOf(*plan, arguments), printable(plan->title), plan->files.size());
+    OdString text = OdString::format(patternOf(*operation, arguments), printable(operation->title),
+                                     operation->files.size());
     if (arguments.onlyLook) {
-        for (const PlannedFile& step : plan->files)
-            text += L"  " + printable(step.path) + L"\n";
+        for (const OdString& path : operation->files)
+            text += L"  " + printable(path) + L"\n";
     }
     return text.toNarrow();
-}
-
-Expected<void> settle(WorkingTree& workingTree, const Plan& plan, const Arguments& arguments) {
-    if (arguments.onlyLook)
-        return {};
-    if (arguments.forgets)
-        forgetInterruption(workingTree);
-    else if (Expected<void> settled = settleInterruption(workingTree); !settled)
-        return settled;
-    logEvent(OdString::format(L"recover: %ls %ls", plan.title, outcomeOf(plan, arguments)),
-             workingTree.root(), workingTree.folder(), person());
-    return workingTree.close();
 }
 
 jsonlib::json::Value documentOf(const Rebuilt& rebuilt) {
@@ -131,21 +113,16 @@ Expected<void> rebuild(const Arguments& arguments, Output& output) {
 Expected<void> run(const Arguments& arguments, Output& output) {
     if (arguments.rebuilds)
         return rebuild(arguments, output);
-    // What was interrupted is settled below.
-    const Expected<std::unique_ptr<WorkingTree>> workingTree =
-        arguments.onlyLook ? openTree(".", Repository::Use::look, person())
-                           : WorkingTree::open(".", Repository::Use::change, person());
-    if (!workingTree)
-        return workingTree.error();
-    const std::optional<Plan> plan = notedPlan((*workingTree)->repository().history());
-    if (plan) {
-        if (Expected<void> settled = settle(**workingTree, *plan, arguments); !settled)
-            return settled;
-    }
+    const Recover what = arguments.onlyLook  ? Recover::look
+                         : arguments.forgets ? Recover::forget
+                                             : Recover::settle;
+    const Expected<std::optional<InterruptedOperation>> operation = recover(".", what, person());
+    if (!operation)
+        return operation.error();
     if (arguments.asJson)
-        writeJson(documentOf(plan, arguments), output);
+        writeJson(documentOf(*operation, arguments), output);
     else
-        output.write(plainText(plan, arguments));
+        output.write(plainText(*operation, arguments));
     return {};
 }
 
