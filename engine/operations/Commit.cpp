@@ -1,8 +1,6 @@
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <common/worktree/RepoFileExplorer.h>
-#include <engine/base/Printable.h>
-#include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/operations/CommitInternal.h>
 #include <engine/paths/RelativePath.h>
@@ -48,40 +46,6 @@ Expected<void> checkStage(const WorkingChanges& changes, const std::vector<Stage
     return files->empty() ? Expected<void>(nothingStaged()) : Expected<void>();
 }
 
-Expected<sys::FileStatus> look(const WorkingTree& workingTree, const OdString& path) {
-    const sys::Outcome<sys::FileStatus> status = workingTree.folder().status(path.toNarrow());
-    if (!status)
-        return systemFailure(tr(L"'%ls' cannot be read: %ls"), path, status.error());
-    return *status;
-}
-
-Expected<void> storeFile(WorkingTree& workingTree, const OdString& path, StoredFiles& stored) {
-    const Expected<RelativePath> safe = RelativePath::check(path);
-    if (!safe)
-        return safe.error();
-    const Expected<sys::FileStatus> before = look(workingTree, path);
-    if (!before)
-        return before.error();
-    const Expected<OdString> url =
-        workingTree.repository().storages().ofFile(path).store(workingTree.root(), path);
-    if (!url)
-        return url.error();
-    const Expected<sys::FileStatus> after = look(workingTree, path);
-    if (!after)
-        return after.error();
-    if (after->sizeBytes != before->sizeBytes || after->modifiedNs != before->modifiedNs)
-        return ErrorMessage{
-            OdString::format(tr(L"'%ls' was changed while it was stored; try again when its "
-                                L"program has finished writing"),
-                             printable(path))};
-    stored.ticksByPath.emplace(path, toTicks(after->modifiedNs));
-    const Tree& head = workingTree.repository().headFiles();
-    const auto old = head.find(path);
-    if (old == head.end() || old->second.url != *url)
-        stored.deltas.push_back({*safe, *url, std::nullopt, after->sizeBytes});
-    return {};
-}
-
 std::optional<RelativePath> previousPath(const OdString& path, const std::vector<FileDelta>& deltas,
                                          const common::State& state) {
     const auto rename = state.renames.find(path);
@@ -93,32 +57,37 @@ std::optional<RelativePath> previousPath(const OdString& path, const std::vector
     return removal == deltas.end() ? std::nullopt : std::optional(removal->path);
 }
 
-Expected<StoredFiles> storeAll(WorkingTree& workingTree, const std::vector<StagedFile>& staged) {
+Expected<StoredFiles> storeAll(Repository& repository, const std::vector<StagedFile>& staged) {
     StoredFiles stored;
+    const Tree& head = repository.headFiles();
     const std::unique_ptr<Work> progress =
-        workingTree.caller().beginWork(tr(L"Storing"), staged.size());
+        repository.caller().beginWork(tr(L"Storing"), staged.size());
     for (const StagedFile& file : staged) {
         if (sys::Interruption::isWanted())
             return ErrorMessage{tr(L"Interrupted; nothing was committed")};
+        const Expected<RelativePath> path = RelativePath::check(file.path);
+        if (!path)
+            return path.error();
         if (file.change == FileChange::removed) {
-            Expected<RelativePath> path = RelativePath::check(file.path);
-            if (!path)
-                return path.error();
-            stored.deltas.push_back({std::move(*path), {}, std::nullopt, 0});
+            stored.deltas.push_back({*path, {}, std::nullopt, 0});
             continue;
         }
-        if (const Expected<void> done = storeFile(workingTree, file.path, stored); !done)
+        const Expected<StoredFile> done =
+            repository.storages().ofFile(file.path).storeFile(repository.root(), *path);
+        if (!done)
             return done.error();
-        progress->add(stored.deltas.empty() ? 0 : stored.deltas.back().sizeBytes);
+        stored.ticksByPath.emplace(file.path, toTicks(done->stamp.modifiedNs));
+        const auto old = head.find(file.path);
+        if (old == head.end() || old->second.url != done->url)
+            stored.deltas.push_back({*path, done->url, std::nullopt, done->stamp.sizeBytes});
+        progress->add(done->stamp.sizeBytes);
     }
     // The last moment: from here on it is quicker to end than to take back.
     if (sys::Interruption::isWanted())
         return ErrorMessage{tr(L"Interrupted; nothing was committed")};
     for (FileDelta& delta : stored.deltas)
-        delta.previousPath =
-            previousPath(delta.path, stored.deltas, workingTree.repository().state());
-    if (const Expected<void> flushed =
-            workingTree.repository().storages().objects().flush(workingTree.root());
+        delta.previousPath = previousPath(delta.path, stored.deltas, repository.state());
+    if (const Expected<void> flushed = repository.storages().objects().flush(repository.root());
         !flushed)
         return flushed.error();
     return stored;
@@ -151,15 +120,15 @@ CommitEntry addToHistory(WorkingTree& workingTree, std::vector<FileDelta> deltas
 void clearStage(WorkingTree& workingTree, const std::map<OdString, std::int64_t>& ticksByPath) {
     common::Cache& cache = workingTree.repository().cache();
     common::Transaction transaction = cache.getTransaction();
-    common::updateIndex(cache, workingTree.root());
-    // The library notes the times that the files have now; what is committed is what they held when
-    // they were stored.
+    // What is committed is what the files held when they were stored. One that somebody has changed
+    // since has another time by now.
     for (const StagedFile& file : cache.read().stagedFiles) {
-        const auto entry = cache.read().index.find(file.path);
         const auto ticks = ticksByPath.find(file.path);
-        if (entry != cache.read().index.end() &&
-            (ticks == ticksByPath.end() || ticks->second != entry->second.lastChecked))
+        if (ticks == ticksByPath.end())
             common::removeIndex(file.path, cache);
+        else
+            cache.write().index.insert_or_assign(
+                file.path, common::IndexData{.lastChecked = ticks->second, .modified = false});
     }
     cache.write().stagedFiles.clear();
     cache.write().renames.clear();
@@ -180,7 +149,7 @@ Expected<CommitEntry> commitStaged(WorkingTree& workingTree, const WorkingChange
     if (const Expected<void> checked = checkStage(changes, staged, workingTree);
         !checked && !isMerge)
         return checked.error();
-    Expected<StoredFiles> stored = storeAll(workingTree, staged);
+    Expected<StoredFiles> stored = storeAll(workingTree.repository(), staged);
     if (!stored)
         return stored.error();
     if (stored->deltas.empty() && !isMerge)

@@ -130,19 +130,17 @@ Expected<std::string> addTo(FrameStore& store, WorkingFileReader& file, const Li
 DrawingStorage::DrawingStorage(PreviousUrl previousUrl) : previousUrl_(std::move(previousUrl)) {
 }
 
-Expected<OdString> DrawingStorage::store(const common::RootPath& root, const OdString& path) try {
-    const Expected<RelativePath> checked = RelativePath::check(path);
-    if (!checked)
-        return checked.error();
+Expected<StoredFile> DrawingStorage::storeFile(const common::RootPath& root,
+                                               const RelativePath& path) try {
     const Expected<sys::Folder> folder = folderOf(root);
     if (!folder)
         return folder.error();
-    const Expected<Line> line = lineOf(*checked, previousUrl_(path));
+    const Expected<Line> line = lineOf(path, previousUrl_(path.text()));
     if (!line)
         return line.error();
     for (bool isRetry = false;; isRetry = true) {
         const Expected<std::unique_ptr<WorkingFileReader>> file =
-            WorkingFileReader::open(*folder, *checked);
+            WorkingFileReader::open(*folder, path);
         if (!file)
             return file.error();
         if (Expected<void> made = makeStoresFolder(*folder); !made)
@@ -154,7 +152,8 @@ Expected<OdString> DrawingStorage::store(const common::RootPath& root, const OdS
             if (const std::error_code error =
                     folder->refresh(layout::drawingStorePath(line->store), ageToRefresh))
                 return cannotUse(layout::drawingStorePath(line->store), causeOf(error));
-            return drawingUrl(line->store, OdString::fromNarrow(*digest));
+            return StoredFile{.url = drawingUrl(line->store, OdString::fromNarrow(*digest)),
+                              .stamp = (**file).stamp()};
         }
         if (isRetry || !(**file).hasChanged())
             return digest.error();

@@ -15,7 +15,7 @@ namespace qrv {
 /// is restored from at most 16 frames. A revision is named by the digest of its contents, so equal
 /// contents in one store are kept once. docs/formats/drawing-store.md describes the file.
 ///
-/// A revision is safe on the disk when `store` returns.
+/// A revision is safe on the disk when `storeFile` returns.
 class DrawingStorage : public HostStorage {
 public:
     /// Gives the storage URL of the version that a working file continues (its own in HEAD, or the
@@ -26,9 +26,8 @@ public:
     explicit DrawingStorage(PreviousUrl previousUrl);
 
     /// A drawing without a previous version goes on in the store that is named after its path, and
-    /// is kept against the newest revision there. When the file changes while it is read, which its
-    /// size and time before and after tell, it is tried once more, and then fails.
-    Expected<OdString> store(const common::RootPath& root, const OdString& path) override;
+    /// is kept against the newest revision there.
+    Expected<StoredFile> storeFile(const common::RootPath& root, const RelativePath& path) override;
     Expected<std::unique_ptr<VersionReader>> open(const common::RootPath& root,
                                                   const OdString& url) override;
     Expected<bool> renew(const common::RootPath& root, const OdString& url) override;

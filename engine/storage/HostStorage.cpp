@@ -92,6 +92,16 @@ Expected<sys::Folder> HostStorage::folderOf(const common::RootPath& root) {
     return folders_.emplace(root.path(), std::move(*folder)).first->second;
 }
 
+Expected<OdString> HostStorage::store(const common::RootPath& root, const OdString& path) {
+    const Expected<RelativePath> checked = RelativePath::check(path);
+    if (!checked)
+        return checked.error();
+    Expected<StoredFile> stored = storeFile(root, *checked);
+    if (!stored)
+        return stored.error();
+    return std::move(stored->url);
+}
+
 Expected<sys::NewFile> HostStorage::prepare(const common::RootPath& root, const OdString& url,
                                             const RelativePath& path) {
     const Expected<std::unique_ptr<VersionReader>> version = open(root, url);

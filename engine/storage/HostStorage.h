@@ -3,6 +3,7 @@
 #include <common/storage/FileStorage.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/storage/VersionReader.h>
+#include <sys/FileStamp.h>
 #include <sys/Folder.h>
 #include <sys/NewFile.h>
 
@@ -11,6 +12,13 @@
 #include <memory>
 
 namespace qrv {
+
+/// A working file as it was stored.
+struct StoredFile {
+    OdString url;
+    /// What told the file from later ones while it was read; nobody wrote to it meanwhile.
+    sys::FileStamp stamp;
+};
 
 /// What the storages of this program have in common: everything that reads a version out. Each
 /// contents is checked against its digest before it gets a name anywhere, and appears there as a
@@ -25,6 +33,12 @@ public:
     void use(const common::RootPath& root, const sys::Folder& folder) {
         folders_.insert_or_assign(root.path(), folder);
     }
+    /// Stores a working file. When it changes while it is read, which its stamps before and after
+    /// tell, it is tried once more, and then fails.
+    virtual Expected<StoredFile> storeFile(const common::RootPath& root,
+                                           const RelativePath& path) = 0;
+    /// The same by the text of the path, for whoever wants to know the URL alone.
+    Expected<OdString> store(const common::RootPath& root, const OdString& path) override;
     /// Opens a version for reading; null when it is not kept here.
     virtual Expected<std::unique_ptr<VersionReader>> open(const common::RootPath& root,
                                                           const OdString& url) = 0;

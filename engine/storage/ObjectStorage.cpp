@@ -26,19 +26,20 @@ auto withoutException(Call call) -> decltype(call()) {
     }
 }
 
-Expected<OdString> storeFrom(ObjectFolder& objects, const sys::Folder& root,
-                             const RelativePath& path) {
+Expected<StoredFile> storeFrom(ObjectFolder& objects, const sys::Folder& root,
+                               const RelativePath& path) {
     constexpr int attempts = 2;
     for (int attempt = 0; attempt < attempts; ++attempt) {
         sys::Outcome<sys::InputFile> source = root.openFile(path.bytes());
-        if (!source)
-            return cannotStore(path.text(), causeOf(source.error()));
+        const sys::Outcome<sys::FileStamp> stamp = source ? source->stamp() : source.error();
+        if (!stamp)
+            return cannotStore(path.text(), causeOf(stamp.error()));
         const Expected<std::optional<std::string>> digest =
-            storeObject(objects, *source, path.text());
+            storeObject(objects, *source, *stamp, path.text());
         if (!digest)
             return digest.error();
         if (*digest)
-            return objectUrl(OdString::fromNarrow(**digest));
+            return StoredFile{.url = objectUrl(OdString::fromNarrow(**digest)), .stamp = *stamp};
     }
     return cannotStore(path.text(), tr(L"it changes while it is read"));
 }
@@ -65,10 +66,8 @@ Expected<ObjectFolder*> ObjectStorage::objectsOf(const common::RootPath& root) {
     return &folders.try_emplace(root.path(), root, *rootFolder).first->second;
 }
 
-Expected<OdString> ObjectStorage::store(const common::RootPath& root, const OdString& path) {
-    const Expected<RelativePath> checked = RelativePath::check(path);
-    if (!checked)
-        return checked.error();
+Expected<StoredFile> ObjectStorage::storeFile(const common::RootPath& root,
+                                              const RelativePath& path) {
     const Expected<sys::Folder> folder = folderOf(root);
     if (!folder)
         return folder.error();
@@ -77,7 +76,7 @@ Expected<OdString> ObjectStorage::store(const common::RootPath& root, const OdSt
         return objects.error();
     if (const Expected<void> opened = (*objects)->openForChange(); !opened)
         return opened.error();
-    return withoutException([&] { return storeFrom(**objects, *folder, *checked); });
+    return withoutException([&] { return storeFrom(**objects, *folder, path); });
 }
 
 Expected<void> ObjectStorage::flush(const common::RootPath& root) {

@@ -25,14 +25,13 @@ public:
     /// What was stored and not flushed is gone.
     ~ObjectStorage() override;
 
-    /// The file is read once: hashed while it is copied. When it changes meanwhile, which its size
-    /// and time before and after tell, it is tried once more, and then fails. The object is found
-    /// at once, but has its name, and is safe on the disk, only after `flush`.
+    /// The file is read once: hashed while it is copied. The object is found at once, but has its
+    /// name, and is safe on the disk, only after `flush`.
     ///
     /// An object of that digest whose size is another is damaged, and replaced. The first call
     /// removes what processes that were killed more than a day ago left among the objects; by age,
     /// for on a network share another machine's processes write there as well.
-    Expected<OdString> store(const common::RootPath& root, const OdString& path) override;
+    Expected<StoredFile> storeFile(const common::RootPath& root, const RelativePath& path) override;
     /// Hands all objects stored since the last call over to the disk, in one step, and gives them
     /// their names. After a failure each of them is there as a whole or not at all, and those that
     /// are not are forgotten.

@@ -110,17 +110,14 @@ sys::Outcome<MaybeDigest> storeLarge(ObjectFolder& objects, sys::InputFile& sour
 }
 
 sys::Outcome<MaybeDigest> store(ObjectFolder& objects, sys::InputFile& source,
-                                const OdString& path) {
-    const sys::Outcome<sys::FileStamp> before = source.stamp();
-    if (!before)
-        return before.error();
-    CopyBuffer buffer(before->sizeBytes);
+                                const sys::FileStamp& before, const OdString& path) {
+    CopyBuffer buffer(before.sizeBytes);
     const sys::Outcome<std::size_t> count = source.read(buffer.span());
     if (!count)
         return count.error();
     if (*count == buffer.size() && buffer.size() == CopyBuffer::largest)
-        return storeLarge(objects, source, buffer, *before, path);
-    if (!isStill(*before, source, static_cast<std::int64_t>(*count)))
+        return storeLarge(objects, source, buffer, before, path);
+    if (!isStill(before, source, static_cast<std::int64_t>(*count)))
         return MaybeDigest();
     return storeSmall(objects, buffer.first(*count), path);
 }
@@ -128,8 +125,9 @@ sys::Outcome<MaybeDigest> store(ObjectFolder& objects, sys::InputFile& source,
 }  // namespace
 
 Expected<std::optional<std::string>> storeObject(ObjectFolder& objects, sys::InputFile& source,
+                                                 const sys::FileStamp& before,
                                                  const OdString& path) {
-    const sys::Outcome<MaybeDigest> digest = store(objects, source, path);
+    const sys::Outcome<MaybeDigest> digest = store(objects, source, before, path);
     if (!digest)
         return cannotStore(path, causeOf(digest.error()));
     return *digest;

@@ -11,9 +11,10 @@
 namespace qrv {
 
 /// Reads a working file once, and makes an object of it that waits among `objects` for its name,
-/// unless there is one already. Gives its digest, or nothing when the file changed meanwhile.
-/// `path` is for the messages.
+/// unless there is one already. Gives its digest, or nothing when its stamp is not `before` any
+/// more at the end. `path` is for the messages.
 Expected<std::optional<std::string>> storeObject(ObjectFolder& objects, sys::InputFile& source,
+                                                 const sys::FileStamp& before,
                                                  const OdString& path);
 
 }  // namespace qrv

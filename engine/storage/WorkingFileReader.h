@@ -22,6 +22,8 @@ public:
 
     Expected<std::size_t> read(std::span<char> buffer) override;
     std::int64_t sizeBytes() const override { return before_.sizeBytes; }
+    /// Of the file when it was opened.
+    const sys::FileStamp& stamp() const { return before_; }
     /// Whether that is why reading failed.
     bool hasChanged() const { return hasChanged_; }
 

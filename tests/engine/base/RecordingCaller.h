@@ -13,10 +13,15 @@ class RecordingCaller : public qrv::Caller {
 public:
     void note(const OdString& text) override { notes.push_back(text.toNarrow()); }
     std::unique_ptr<qrv::Work> beginWork(const OdString&, std::size_t) override {
-        struct Unseen : qrv::Work {
-            void add(std::int64_t) override {}
+        class Recording : public qrv::Work {
+        public:
+            explicit Recording(std::vector<std::int64_t>& done) : done_(done) {}
+            void add(std::int64_t sizeBytes) override { done_.push_back(sizeBytes); }
+
+        private:
+            std::vector<std::int64_t>& done_;
         };
-        return std::make_unique<Unseen>();
+        return std::make_unique<Recording>(sizes);
     }
     std::string action() const override { return "test"; }
     bool isPerson(std::uint32_t) const override { return false; }
@@ -24,6 +29,8 @@ public:
     bool followsSharedFolders() const override { return followsShared; }
 
     std::vector<std::string> notes;
+    /// Of the files that were done, in the order of all work.
+    std::vector<std::int64_t> sizes;
     std::vector<OdString> trusted;
     bool followsShared = true;
 };
