@@ -102,6 +102,7 @@ EDGES = {
     },
     "engine/maintenance": {
         "engine/base": "errors and their texts, and who is told",
+        "engine/database": "is asked for damage, and a failure of it ends one step",
         "engine/history": "is checked, and made anew",
         "engine/journal": "leads from one tree to another",
         "engine/paths": "stored versions are named from outside",
@@ -114,6 +115,7 @@ EDGES = {
         "engine/base": "errors and their texts, and who is told",
         "engine/history": "branches, tags and commits",
         "engine/journal": "changes of many files are noted before they begin",
+        "engine/maintenance": "a repository is checked, made smaller and made anew",
         "engine/paths": "stored versions are named from outside",
         "engine/repository": "what was done is logged",
         "engine/tree": "is what is merged",

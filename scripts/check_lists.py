@@ -15,7 +15,8 @@ UMBRELLA = "common/common.h"
 # The libraries whose headers are installed.
 LIBRARIES = ("common", "platform", "engine")
 # Of the engine, beside all of its operations, what these name.
-OF_OPERATIONS = ("engine/base/Caller.h", "engine/base/Export.h", "engine/history/CommitEntry.h")
+OF_OPERATIONS = ("engine/base/Caller.h", "engine/base/Export.h", "engine/history/CommitEntry.h",
+                 "engine/maintenance/Verification.h")
 # A README of a folder of tests would only repeat that of the folder that it tests.
 README_FOLDERS = ("bench", "cli", "common", "engine", "fuzz", "platform", "scripts", "sys")
 

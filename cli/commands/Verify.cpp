@@ -6,8 +6,7 @@
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/maintenance/Verification.h>
-#include <engine/repository/FindRepository.h>
+#include <engine/operations/Verify.h>
 
 #include <memory>
 #include <string>
@@ -71,12 +70,12 @@ std::string plainText(const Verification& found) {
 }
 
 Expected<void> run(bool asJson, Output& output) {
-    const Expected<common::RootPath> root = findRepository(".", person());
-    if (!root)
-        return root.error();
-    const Verification found = verifyRepository(*root, person());
+    const Expected<Verified> verified = verify(".", person());
+    if (!verified)
+        return verified.error();
+    const Verification& found = verified->found;
     if (asJson)
-        writeJson(documentOf(found, root->path()), output);
+        writeJson(documentOf(found, verified->root), output);
     else
         output.write(plainText(found));
     if (found.problems.empty())

@@ -1,0 +1,71 @@
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/history/Plan.h>
+#include <engine/maintenance/StateCheck.h>
+#include <engine/maintenance/StateVerification.h>
+#include <engine/paths/Layout.h>
+#include <engine/repository/OpenState.h>
+#include <engine/worktree/KeptBaseline.h>
+
+#include <memory>
+#include <optional>
+
+namespace qrv {
+
+namespace {
+
+/// Nothing is lost with it, but a disk that damaged it damages other files, too.
+void checkBaseline(const common::State& state, const sys::FileStamp& stateFile,
+                   const sys::Folder& folder, History& history, bool isBusy, Findings& findings) {
+    const Expected<std::optional<KeptBaseline>> kept = readBaseline(folder);
+    if (!kept)
+        return findings.addProblem(kept.error().message);
+    const OdString head = history.note(headNote);
+    // An old one is not used.
+    if (isBusy || !*kept || (*kept)->stateFile != stateFile || (*kept)->headCommit != head)
+        return;
+    const auto expected = std::make_shared<const Baseline>(
+        Baseline::of(history.headSizes(), state.index, stateFile.modifiedNs));
+    if (toBytes(**kept) != toBytes(toKept(state, stateFile, head, expected)))
+        findings.addProblem(damagedBaseline().message);
+}
+
+void compareWithHistory(const common::State& state, History& history, bool isBusy,
+                        Findings& findings) {
+    const std::optional<Plan> plan = notedPlan(history);
+    if (plan)
+        findings.addNote(
+            OdString::format(tr(L"'%ls' was interrupted, or is being done now by another process"),
+                             printable(plan->title)));
+    else if (!isBusy && !isStateOfHistory(state, history))
+        findings.addProblem(
+            OdString::format(tr(L"The state is damaged: it names the branch '%ls', but "
+                                L"the files of HEAD are not those of that branch"),
+                             printable(state.head.reference)));
+}
+
+}  // namespace
+
+void verifyState(const RepositoryPlace& place, History* history, bool isBusy, Findings& findings) {
+    const sys::Outcome<sys::FileStatus> status = place.folder.status(layout::statePath);
+    const bool isMissing = !status && status.error() == std::errc::no_such_file_or_directory;
+    if (isMissing && history != nullptr && findings.counts().commits == 0)
+        return findings.addNote(tr(L"There is no state file yet (qrv init makes it)"));
+    const Host host;
+    const sys::Outcome<sys::FileStamp> stamp = place.folder.stamp(layout::statePath);
+    const Expected<std::shared_ptr<common::Cache>> cache =
+        openState(place.root, place.folder, host);
+    if (!cache)
+        return findings.addProblem(cache.error().message);
+    const common::State& state = (*cache)->read();
+    for (const OdString& problem : problemsOf(state))
+        findings.addProblem(problem);
+    if (history == nullptr)
+        return;
+    findings.attempt([&] { compareWithHistory(state, *history, isBusy, findings); });
+    if (stamp)
+        findings.attempt(
+            [&] { checkBaseline(state, *stamp, place.folder, *history, isBusy, findings); });
+}
+
+}  // namespace qrv

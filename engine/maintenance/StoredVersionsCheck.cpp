@@ -1,0 +1,116 @@
+#include <engine/base/Printable.h>
+#include <engine/base/Translation.h>
+#include <engine/maintenance/StoredVersionsCheck.h>
+#include <engine/paths/CheckedUrl.h>
+#include <engine/storage/ReadToEnd.h>
+#include <engine/storage/StorageMessages.h>
+#include <platform/ut/Paths.h>
+
+#include <cstdint>
+#include <optional>
+
+namespace qrv {
+
+StoredVersionsCheck::StoredVersionsCheck(const RepositoryPlace& place, const NamedVersions& named,
+                                         Work& progress, Findings& findings)
+    : place_(place),
+      named_(named),
+      progress_(progress),
+      findings_(findings),
+      storages_([](const OdString&) { return OdString(); }) {
+    storages_.use(place.root, place.folder);
+}
+
+void StoredVersionsCheck::checkAll(const MetadataFiles& files) {
+    checkObjects(files);
+    findings_.attempt([this] { checkPack(); });
+    for (const MetadataFile& store : files.stores)
+        findings_.attempt([this, &store] { checkStore(store.name); });
+    for (const auto& [url, name] : named_)
+        checkVersion(url);
+}
+
+void StoredVersionsCheck::checkVersion(const OdString& url) {
+    if (!checked_.insert(url).second)
+        return;
+    const Expected<std::unique_ptr<VersionReader>> version =
+        storages_.ofUrl(url).open(place_.root, url);
+    if (version && *version == nullptr)
+        addDamage(url, notKept(url).message);
+    else
+        checkContents(url, version);
+}
+
+void StoredVersionsCheck::checkContents(const OdString& url,
+                                        const Expected<std::unique_ptr<VersionReader>>& version) {
+    const Expected<void> whole = version ? readToEnd(**version) : version.error();
+    if (!whole)
+        addDamage(url, whole.error().message);
+    progress_.add(version ? (*version)->sizeBytes() : 0);
+}
+
+// Tells also which file it is, if that is known.
+void StoredVersionsCheck::addDamage(const OdString& url, const OdString& problem) {
+    const auto name = named_.find(url);
+    if (name == named_.end())
+        findings_.addProblem(problem);
+    else if (name->second.commit == 0)
+        findings_.addProblem(OdString::format(tr(L"%ls (it is '%ls' of an interrupted command)"),
+                                              problem, printable(name->second.path)));
+    else
+        findings_.addProblem(OdString::format(tr(L"%ls (it is '%ls' in commit %i)"), problem,
+                                              printable(name->second.path), name->second.commit));
+}
+
+void StoredVersionsCheck::checkObjects(const MetadataFiles& files) {
+    for (const MetadataFile& object : files.objects)
+        checkVersion(objectUrl(object.name));
+    findings_.counts().objects = static_cast<std::int64_t>(files.objects.size());
+}
+
+void StoredVersionsCheck::addDatabaseDamage(Database& database) {
+    for (const OdString& line : ut::splitByChar(database.damage(), L"\n", false))
+        findings_.addProblem(OdString::format(tr(L"'%ls' is damaged: %ls"),
+                                              printable(database.path()), printable(line)));
+}
+
+void StoredVersionsCheck::checkPack() {
+    std::optional<PackFile> pack = PackFile::open(place_.folder, place_.root);
+    if (!pack)
+        return;
+    addDatabaseDamage(pack->database());
+    for (const std::string& digest : pack->digests()) {
+        const OdString url = objectUrl(OdString::fromNarrow(digest));
+        checked_.insert(url);
+        ++findings_.counts().packedObjects;
+        findings_.attempt([this, &pack, &digest, &url] { checkPacked(*pack, digest, url); });
+    }
+}
+
+void StoredVersionsCheck::checkPacked(PackFile& pack, const std::string& digest,
+                                      const OdString& url) {
+    const Expected<std::unique_ptr<VersionReader>> version = pack.read(digest);
+    if (!version || *version != nullptr)
+        checkContents(url, version);
+}
+
+// Oldest first, so that each drawing version finds what it builds on.
+void StoredVersionsCheck::checkStore(const OdString& name) {
+    const Expected<std::unique_ptr<FrameStore>> opened =
+        storages_.drawings().openStore(place_.root, name);
+    if (!opened)
+        return findings_.addProblem(opened.error().message);
+    if (*opened == nullptr)
+        return;
+    FrameStore& store = **opened;
+    addDatabaseDamage(store.database());
+    store.keepBases();
+    for (const Frame& frame : store.frames()) {
+        const OdString url = drawingUrl(name, OdString::fromNarrow(frame.digest));
+        ++findings_.counts().drawingVersions;
+        if (checked_.insert(url).second)
+            findings_.attempt([&] { checkContents(url, store.open(frame)); });
+    }
+}
+
+}  // namespace qrv

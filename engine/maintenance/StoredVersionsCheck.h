@@ -1,0 +1,51 @@
+#pragma once
+
+#include <common/base/Expected.h>
+#include <engine/base/Caller.h>
+#include <engine/database/Database.h>
+#include <engine/maintenance/Findings.h>
+#include <engine/maintenance/NamedVersions.h>
+#include <engine/repository/FindRepository.h>
+#include <engine/repository/MetadataFiles.h>
+#include <engine/storage/PackFile.h>
+#include <engine/storage/Storages.h>
+#include <engine/storage/VersionReader.h>
+#include <platform/kernel/OdString.h>
+
+#include <memory>
+#include <set>
+#include <string>
+
+namespace qrv {
+
+/// Reads every version that the storages keep, each once, and tells which of those that somebody
+/// names are lost or damaged.
+class StoredVersionsCheck {
+public:
+    /// What is `named` is told with its name. All of these must outlive this.
+    StoredVersionsCheck(const RepositoryPlace& place, const NamedVersions& named, Work& progress,
+                        Findings& findings);
+
+    void checkAll(const MetadataFiles& files);
+
+private:
+    void checkVersion(const OdString& url);
+    void checkContents(const OdString& url,
+                       const Expected<std::unique_ptr<VersionReader>>& version);
+    void checkObjects(const MetadataFiles& files);
+    void checkPack();
+    void checkPacked(PackFile& pack, const std::string& digest, const OdString& url);
+    void checkStore(const OdString& name);
+    void addDamage(const OdString& url, const OdString& problem);
+    void addDatabaseDamage(Database& database);
+
+    const RepositoryPlace& place_;
+    const NamedVersions& named_;
+    Work& progress_;
+    Findings& findings_;
+    Storages storages_;
+    /// URLs of what was read.
+    std::set<OdString> checked_;
+};
+
+}  // namespace qrv
