@@ -7,10 +7,7 @@
 #include <cli/terminal/Progress.h>
 #include <common/json/Value.h>
 #include <engine/base/Translation.h>
-#include <engine/journal/OpenTree.h>
-#include <engine/maintenance/Collection.h>
-#include <engine/repository/LogEntry.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/operations/CollectGarbage.h>
 
 #include <memory>
 #include <string>
@@ -81,19 +78,13 @@ void print(const Collected& collected, const Arguments& arguments, Output& outpu
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<WorkingTree>> workingTree = openTree(
-        ".", arguments.onlyLook ? Repository::Use::look : Repository::Use::change, person());
-    if (!workingTree)
-        return workingTree.error();
-    const Expected<Collected> collected = collectGarbage(
-        **workingTree, arguments.onlyLook ? CollectionMode::look : CollectionMode::change);
+    const Expected<Collected> collected =
+        collectGarbage(".", {.onlyLook = arguments.onlyLook}, person());
     if (!collected)
         return collected.error();
-    if (!arguments.onlyLook)
-        logEvent(L"gc", (*workingTree)->root(), (*workingTree)->folder(), person());
     print(*collected, arguments, output);
     if (collected->problems.empty())
-        return (*workingTree)->close();
+        return {};
     return ErrorMessage{
         OdString::format(tr(L"Not all could be collected; problems: %i (qrv verify tells more)"),
                          collected->problems.size())};

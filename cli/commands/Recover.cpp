@@ -6,7 +6,7 @@
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/maintenance/HistoryRebuild.h>
+#include <engine/operations/RebuildHistory.h>
 #include <engine/operations/Recover.h>
 
 #include <memory>

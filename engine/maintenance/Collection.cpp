@@ -39,14 +39,14 @@ OdString parentOf(const OdString& path) {
 
 class Run {
 public:
-    Run(WorkingTree& workingTree, CollectionMode mode) : workingTree_(workingTree), mode_(mode) {}
+    Run(Repository& repository, CollectionMode mode) : repository_(repository), mode_(mode) {}
 
     Expected<Collected> collect() {
-        if (!problemsOf(workingTree_.repository().history()).empty())
+        if (!problemsOf(repository_.history()).empty())
             return ErrorMessage{
                 tr(L"The history is damaged, so that nobody can say what is still "
                    L"needed; nothing was changed (qrv verify tells more)")};
-        Expected<MetadataFiles> files = listMetadata(workingTree_.root(), workingTree_.folder());
+        Expected<MetadataFiles> files = listMetadata(repository_.root(), repository_.folder());
         if (!files)
             return files.error();
         result_.sizeBefore = sizeOf(*files);
@@ -56,7 +56,7 @@ public:
             dropAllUnnamed(*files);
         pack(*files);
         if (mode_ == CollectionMode::change)
-            files = listMetadata(workingTree_.root(), workingTree_.folder());
+            files = listMetadata(repository_.root(), repository_.folder());
         if (!files)
             return files.error();
         result_.sizeAfter = sizeOf(*files);
@@ -72,15 +72,15 @@ private:
             for (const MetadataFile& file : list)
                 sizeBytes += file.sizeBytes;
         }
-        const sys::Outcome<sys::FileStatus> pack = workingTree_.folder().status(layout::packPath);
+        const sys::Outcome<sys::FileStatus> pack = repository_.folder().status(layout::packPath);
         return sizeBytes + (pack ? pack->sizeBytes : 0);
     }
 
     void findNeeded() {
-        History& history = workingTree_.repository().history();
+        History& history = repository_.history();
         named_ = namedVersions(history, [](const OdString& error) { throw DatabaseError(error); });
         keepRecorded();
-        for (const auto& [path, file] : workingTree_.repository().headFiles())
+        for (const auto& [path, file] : repository_.headFiles())
             plain_.insert(file.url);
         for (const common::Reference& reference : history.references()) {
             if (reference.type != common::RefType::Branch)
@@ -92,13 +92,13 @@ private:
 
     /// What the history has lost and the records have not may be wanted back.
     void keepRecorded() {
-        const Expected<std::set<OdString>> hashes = recordedCommits(workingTree_.folder());
+        const Expected<std::set<OdString>> hashes = recordedCommits(repository_.folder());
         if (!hashes)
             throw DatabaseError(hashes.error().message);
         for (const OdString& hash : *hashes) {
-            if (workingTree_.repository().history().commit(hash))
+            if (repository_.history().commit(hash))
                 continue;
-            const Expected<NewCommit> commit = recordedCommit(hash, workingTree_.folder());
+            const Expected<NewCommit> commit = recordedCommit(hash, repository_.folder());
             for (const FileDelta& delta : commit ? commit->deltas : std::vector<FileDelta>())
                 named_.emplace(delta.url, VersionName{.path = delta.path});
         }
@@ -106,7 +106,7 @@ private:
 
     bool isNamed(const OdString& url) const { return named_.contains(url); }
 
-    DrawingStorage& drawings() const { return workingTree_.repository().storages().drawings(); }
+    DrawingStorage& drawings() const { return repository_.storages().drawings(); }
 
     /// Makes one change, unless this is only a look. A failure is told; then nothing has changed.
     template <class Change>
@@ -120,27 +120,26 @@ private:
     }
 
     Expected<void> removeFile(const std::string& path) const {
-        if (const std::error_code error = workingTree_.folder().removeFile(path))
+        if (const std::error_code error = repository_.folder().removeFile(path))
             return cannotRemove(path, error);
         return {};
     }
 
     Expected<void> removeObject(const std::string& digest) const {
-        return workingTree_.repository().storages().objects().removePlain(workingTree_.root(),
-                                                                          digest);
+        return repository_.storages().objects().removePlain(repository_.root(), digest);
     }
 
     /// Working files are written beside their names as well.
     std::vector<MetadataFile> allLeftovers(const MetadataFiles& files) const {
         std::set<OdString> folders = {OdString(L".")};
-        for (const auto& [path, file] : workingTree_.repository().headFiles())
+        for (const auto& [path, file] : repository_.headFiles())
             folders.insert(parentOf(path));
         std::vector<MetadataFile> all = files.leftovers;
         for (const OdString& folder : folders) {
             if (folder == OdString(layout::propertiesFolder))
                 continue;
             for (const MetadataFile& file :
-                 leftoversIn(workingTree_.root(), workingTree_.folder(), folder))
+                 leftoversIn(repository_.root(), repository_.folder(), folder))
                 all.push_back(file);
         }
         return all;
@@ -169,10 +168,10 @@ private:
     }
 
     void dropPacked() {
-        const sys::Outcome<sys::FileStatus> status = workingTree_.folder().status(layout::packPath);
+        const sys::Outcome<sys::FileStatus> status = repository_.folder().status(layout::packPath);
         if (!status || !isOlder(status->modifiedNs, unnamedAge))
             return;
-        std::optional<PackFile> pack = PackFile::open(workingTree_.folder(), workingTree_.root());
+        std::optional<PackFile> pack = PackFile::open(repository_.folder(), repository_.root());
         if (!pack)
             return;
         std::vector<std::string> unnamed;
@@ -190,7 +189,7 @@ private:
     }
 
     void dropVersions(const OdString& store) {
-        Expected<std::vector<OdString>> urls = drawings().revisionsIn(workingTree_.root(), store);
+        Expected<std::vector<OdString>> urls = drawings().revisionsIn(repository_.root(), store);
         if (!urls)
             return addProblem(urls.error().message);
         if (std::none_of(urls->begin(), urls->end(),
@@ -209,7 +208,7 @@ private:
         sizes.reserve(urls.size());
         for (const OdString& url : urls)
             sizes.push_back(contentsSize(url));
-        if (!change([&] { return drawings().removeStore(workingTree_.root(), store); }))
+        if (!change([&] { return drawings().removeStore(repository_.root(), store); }))
             return;
         for (const std::int64_t sizeBytes : sizes)
             add(result_.droppedDrawingVersions, sizeBytes);
@@ -217,26 +216,26 @@ private:
 
     void dropVersion(const OdString& url) {
         const std::int64_t sizeBytes = contentsSize(url);
-        if (change([&] { return drawings().remove(workingTree_.root(), url); }))
+        if (change([&] { return drawings().remove(repository_.root(), url); }))
             add(result_.droppedDrawingVersions, sizeBytes);
     }
 
     /// 0 for a version that is damaged.
     std::int64_t contentsSize(const OdString& url) const {
         const Expected<std::unique_ptr<VersionReader>> version =
-            drawings().open(workingTree_.root(), url);
+            drawings().open(repository_.root(), url);
         return version && *version != nullptr ? (*version)->sizeBytes() : 0;
     }
 
     void pack(const MetadataFiles& files) {
-        std::vector<PackCandidate> candidates = packCandidates(workingTree_, files.objects, plain_);
+        std::vector<PackCandidate> candidates = packCandidates(repository_, files.objects, plain_);
         if (mode_ == CollectionMode::change)
-            candidates = packObjects(workingTree_, candidates, result_.problems);
+            candidates = packObjects(repository_, candidates, result_.problems);
         for (const PackCandidate& packed : candidates)
             add(result_.packed, packed.sizeBytes);
     }
 
-    WorkingTree& workingTree_;
+    Repository& repository_;
     CollectionMode mode_;
     NamedVersions named_;
     /// URLs of what stays as it is.
@@ -246,8 +245,8 @@ private:
 
 }  // namespace
 
-Expected<Collected> collectGarbage(WorkingTree& workingTree, CollectionMode mode) {
-    return Run(workingTree, mode).collect();
+Expected<Collected> collectGarbage(Repository& repository, CollectionMode mode) {
+    return Run(repository, mode).collect();
 }
 
 }  // namespace qrv

@@ -1,42 +1,14 @@
 #pragma once
 
 #include <common/base/Expected.h>
-#include <engine/worktree/WorkingTree.h>
-#include <platform/kernel/OdString.h>
-
-#include <cstdint>
-#include <vector>
+#include <engine/maintenance/Collected.h>
+#include <engine/repository/Repository.h>
 
 namespace qrv {
 
-/// Files or stored versions, and how many bytes they hold.
-struct Amount {
-    std::int64_t count = 0;
-    std::int64_t sizeBytes = 0;
-
-    friend bool operator==(const Amount&, const Amount&) = default;
-};
-
-/// What was collected, or would be.
-struct Collected {
-    /// Objects that moved into the pack; their contents' bytes.
-    Amount packed;
-    /// Objects that were forgotten.
-    Amount droppedObjects;
-    /// Drawing versions that were forgotten; their contents' bytes.
-    Amount droppedDrawingVersions;
-    /// Unfinished files of killed processes.
-    Amount leftovers;
-    /// What objects, pack and drawing stores take on the disk.
-    std::int64_t sizeBefore = 0;
-    std::int64_t sizeAfter = 0;
-    /// What could not be collected because it is damaged or cannot be changed; it stays as it is.
-    std::vector<OdString> problems;
-};
-
 enum class CollectionMode {
     look,    ///< only counts; `sizeAfter` is `sizeBefore`, as nobody knows how small the pack gets
-    change,  ///< needs a workingTree that holds the lock
+    change,  ///< needs a repository that holds the lock
 };
 
 /// Makes the repository smaller without losing anything that a commit names.
@@ -54,6 +26,6 @@ enum class CollectionMode {
 ///
 /// Fails, with nothing changed, when the history is damaged: then nobody knows what is needed. May
 /// throw `DatabaseError`.
-Expected<Collected> collectGarbage(WorkingTree& workingTree, CollectionMode mode);
+Expected<Collected> collectGarbage(Repository& repository, CollectionMode mode);
 
 }  // namespace qrv

@@ -9,10 +9,7 @@
 #include <engine/maintenance/HistoryRebuild.h>
 #include <engine/maintenance/NamedVersions.h>
 #include <engine/paths/Layout.h>
-#include <engine/repository/FindRepository.h>
 #include <engine/repository/OpenState.h>
-#include <engine/repository/RepositoryLock.h>
-#include <engine/repository/SharedMode.h>
 #include <engine/storage/Storages.h>
 #include <engine/tree/FileDelta.h>
 
@@ -291,17 +288,6 @@ private:
 Expected<Rebuilt> rebuildHistory(const common::RootPath& root, const sys::Folder& folder,
                                  const std::string& command) {
     return Rebuild(root, folder, command).run();
-}
-
-Expected<Rebuilt> rebuildHistory(const std::string& folder, Caller& caller) {
-    Expected<RepositoryPlace> repository = openRepository(folder, caller);
-    if (!repository)
-        return repository.error();
-    const SharedMode shared(repository->folder, caller);
-    const Expected<sys::Lock> lock = lockForChange(repository->folder, repository->root);
-    if (!lock)
-        return lock.error();
-    return rebuildHistory(repository->root, repository->folder, caller.action());
 }
 
 }  // namespace qrv

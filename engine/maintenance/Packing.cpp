@@ -21,16 +21,15 @@ constexpr std::int64_t mostBytesOfBatch = std::int64_t{64} << 20;
 
 class Choice {
 public:
-    Choice(WorkingTree& workingTree, const std::vector<MetadataFile>& objects,
+    Choice(Repository& repository, const std::vector<MetadataFile>& objects,
            const std::set<OdString>& needed)
-        : history_(workingTree.repository().history()) {
+        : history_(repository.history()) {
         for (const MetadataFile& object : objects) {
             const OdString url = objectUrl(object.name);
             if (!needed.contains(url))
                 waiting_.emplace(url, object.sizeBytes);
         }
-        if (std::optional<PackFile> pack =
-                PackFile::open(workingTree.folder(), workingTree.root())) {
+        if (std::optional<PackFile> pack = PackFile::open(repository.folder(), repository.root())) {
             for (const std::string& digest : pack->digests())
                 packed_.insert(objectUrl(OdString::fromNarrow(digest)));
         }
@@ -87,10 +86,10 @@ private:
     std::vector<PackCandidate> candidates_;
 };
 
-Expected<void> addToPack(WorkingTree& workingTree, PackFile& pack, const PackCandidate& candidate) {
+Expected<void> addToPack(Repository& repository, PackFile& pack, const PackCandidate& candidate) {
     const OdString url = objectUrl(OdString::fromNarrow(candidate.digest));
     const Expected<std::unique_ptr<VersionReader>> contents =
-        workingTree.repository().storages().objects().open(workingTree.root(), url);
+        repository.storages().objects().open(repository.root(), url);
     if (!contents)
         return contents.error();
     if (*contents == nullptr)
@@ -102,7 +101,7 @@ Expected<void> addToPack(WorkingTree& workingTree, PackFile& pack, const PackCan
     return {};
 }
 
-Expected<void> replacePlainFile(WorkingTree& workingTree, PackFile& pack,
+Expected<void> replacePlainFile(Repository& repository, PackFile& pack,
                                 const PackCandidate& candidate) {
     const Expected<std::unique_ptr<VersionReader>> packed = pack.read(candidate.digest);
     if (!packed)
@@ -112,8 +111,7 @@ Expected<void> replacePlainFile(WorkingTree& workingTree, PackFile& pack,
                                              OdString::fromNarrow(candidate.digest))};
     if (Expected<void> whole = readToEnd(**packed); !whole)
         return whole;
-    return workingTree.repository().storages().objects().removePlain(workingTree.root(),
-                                                                     candidate.digest);
+    return repository.storages().objects().removePlain(repository.root(), candidate.digest);
 }
 
 /// How many candidates make the next batch: one at least.
@@ -127,21 +125,21 @@ std::size_t batchSize(std::span<const PackCandidate> candidates) {
 
 }  // namespace
 
-std::vector<PackCandidate> packCandidates(WorkingTree& workingTree,
+std::vector<PackCandidate> packCandidates(Repository& repository,
                                           const std::vector<MetadataFile>& objects,
                                           const std::set<OdString>& needed) {
-    return Choice(workingTree, objects, needed).run();
+    return Choice(repository, objects, needed).run();
 }
 
-std::vector<PackCandidate> packObjects(WorkingTree& workingTree,
+std::vector<PackCandidate> packObjects(Repository& repository,
                                        const std::vector<PackCandidate>& candidates,
                                        std::vector<OdString>& problems) {
     std::vector<PackCandidate> replaced;
     if (candidates.empty())
         return replaced;
-    PackFile pack = PackFile::openForChange(workingTree.folder(), workingTree.root());
+    PackFile pack = PackFile::openForChange(repository.folder(), repository.root());
     const std::unique_ptr<Work> progress =
-        workingTree.caller().beginWork(tr(L"Packing"), candidates.size());
+        repository.caller().beginWork(tr(L"Packing"), candidates.size());
     std::span<const PackCandidate> rest = candidates;
     while (!rest.empty()) {
         const std::span<const PackCandidate> batch = rest.first(batchSize(rest));
@@ -149,7 +147,7 @@ std::vector<PackCandidate> packObjects(WorkingTree& workingTree,
         std::vector<const PackCandidate*> added;
         DatabaseTransaction transaction(pack.database());
         for (const PackCandidate& candidate : batch) {
-            if (const Expected<void> done = addToPack(workingTree, pack, candidate); done)
+            if (const Expected<void> done = addToPack(repository, pack, candidate); done)
                 added.push_back(&candidate);
             else
                 problems.push_back(done.error().message);
@@ -157,7 +155,7 @@ std::vector<PackCandidate> packObjects(WorkingTree& workingTree,
         }
         transaction.commit();
         for (const PackCandidate* candidate : added) {
-            if (const Expected<void> done = replacePlainFile(workingTree, pack, *candidate); done)
+            if (const Expected<void> done = replacePlainFile(repository, pack, *candidate); done)
                 replaced.push_back(*candidate);
             else
                 problems.push_back(done.error().message);

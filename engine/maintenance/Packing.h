@@ -1,7 +1,7 @@
 #pragma once
 
 #include <engine/repository/MetadataFiles.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/repository/Repository.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
@@ -23,7 +23,7 @@ struct PackCandidate {
 
 /// The objects that a commit names and that are in no tree of `needed`, in the order in which they
 /// came into the history. `needed` holds storage URLs. May throw `DatabaseError`.
-std::vector<PackCandidate> packCandidates(WorkingTree& workingTree,
+std::vector<PackCandidate> packCandidates(Repository& repository,
                                           const std::vector<MetadataFile>& objects,
                                           const std::set<OdString>& needed);
 
@@ -31,7 +31,7 @@ std::vector<PackCandidate> packCandidates(WorkingTree& workingTree,
 /// when the pack with it is on the disk and each object was read back. One that cannot be packed
 /// stays plain, and `problems` tells why. Gives those that were packed. May throw `DatabaseError`;
 /// what was packed until then stays so.
-std::vector<PackCandidate> packObjects(WorkingTree& workingTree,
+std::vector<PackCandidate> packObjects(Repository& repository,
                                        const std::vector<PackCandidate>& candidates,
                                        std::vector<OdString>& problems);
 

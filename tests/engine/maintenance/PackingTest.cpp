@@ -52,7 +52,8 @@ protected:
         workingTree = std::move(*qrv::openTree(project.folder.path(), qrv::Repository::Use::change,
                                                qrv_test::anyCaller()));
         const auto files = qrv::listMetadata(workingTree->root(), workingTree->folder());
-        std::vector<PackCandidate> all = qrv::packCandidates(*workingTree, files->objects, needed);
+        std::vector<PackCandidate> all =
+            qrv::packCandidates(workingTree->repository(), files->objects, needed);
         std::erase_if(all, [](const auto& candidate) { return letterOf(candidate.digest) == "?"; });
         return all;
     }
@@ -100,7 +101,7 @@ TEST_F(Packing, GoesOnFromWhatIsPacked) {
     commit({{"x", "b"}});
     const std::vector<PackCandidate> chosen = candidates();
     std::vector<OdString> problems;
-    EXPECT_EQ(shown(qrv::packObjects(*workingTree, chosen, problems)), "a b<a ");
+    EXPECT_EQ(shown(qrv::packObjects(workingTree->repository(), chosen, problems)), "a b<a ");
     EXPECT_TRUE(problems.empty());
     EXPECT_FALSE(fs::exists(project / (".qrv/objects/" + Digest::of("a"))));
     workingTree.reset();
