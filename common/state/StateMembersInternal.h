@@ -22,7 +22,7 @@ enum class Presence { required, unlessEmpty };
 template <class Content>
 struct StateMember {
     std::wstring_view name;
-    Presence presence;
+    Presence presence = Presence::required;
     Content content;
 
     template <class Row>
@@ -30,6 +30,9 @@ struct StateMember {
         return std::invoke(content, row);
     }
 };
+// clang 14 does not find it by itself.
+template <class Content>
+StateMember(std::wstring_view, Presence, Content) -> StateMember<Content>;
 
 /// Renames and the index are maps, whose rows are their elements.
 struct KeyOfRow {
