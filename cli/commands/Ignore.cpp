@@ -3,20 +3,14 @@
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
 #include <cli/shell/PersonAtTerminal.h>
-#include <cli/terminal/Message.h>
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/journal/OpenTree.h>
-#include <engine/repository/FindRepository.h>
-#include <engine/worktree/IgnoreRules.h>
-#include <engine/worktree/PathArgument.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/operations/Ignore.h>
 
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace qrv::cli {
@@ -37,12 +31,12 @@ jsonlib::json::Object toJson(int line, const OdString& rule) {
 }
 
 Expected<void> list(const Arguments& arguments, Output& output) {
-    const Expected<common::RootPath> root = findRepository(".", person());
-    if (!root)
-        return root.error();
+    const Expected<std::vector<IgnoreRule>> rules = listIgnoreRules(".", person());
+    if (!rules)
+        return rules.error();
     jsonlib::json::Array document;
     OdString text;
-    for (const IgnoreRule& rule : IgnoreRules(*root, printMessage).list()) {
+    for (const IgnoreRule& rule : *rules) {
         document.emplace_back(toJson(rule.line, rule.text));
         text += OdString::format(L"%i: %ls\n", rule.line, printable(rule.text));
     }
@@ -82,42 +76,30 @@ std::string plainText(const OdString& path, const IgnoreReason& reason) {
 }
 
 Expected<void> check(const Arguments& arguments, Output& output) {
-    const Expected<common::RootPath> root = findRepository(".", person());
-    if (!root)
-        return root.error();
-    const Expected<OdString> path = pathInRepository(*root, arguments.path);
-    if (!path)
-        return path.error();
-    IgnoreRules rules(*root, printMessage);
-    const std::optional<IgnoreReason> reason = reasonToIgnore(*path, rules);
+    const Expected<IgnoreAnswer> answer = checkIgnored(".", arguments.path, person());
+    if (!answer)
+        return answer.error();
     if (arguments.asJson)
-        writeJson(documentOf(*path, reason), output);
-    else if (reason)
-        output.write(plainText(*path, *reason));
-    if (reason)
+        writeJson(documentOf(answer->path, answer->reason), output);
+    else if (answer->reason)
+        output.write(plainText(answer->path, *answer->reason));
+    if (answer->reason)
         return {};
-    return ErrorMessage{OdString::format(tr(L"No rule ignores '%ls'"), printable(*path))};
+    return ErrorMessage{OdString::format(tr(L"No rule ignores '%ls'"), printable(answer->path))};
 }
 
 Expected<void> add(const Arguments& arguments, Output& output) {
-    const OdString rule = OdString::fromNarrow(arguments.rule);
-    const Expected<std::unique_ptr<WorkingTree>> workingTree =
-        openTree(".", Repository::Use::change, person());
-    if (!workingTree)
-        return workingTree.error();
-    const Expected<int> line = addIgnoreRule(rule, (*workingTree)->root());
-    if (!line)
-        return line.error();
-    if (rule[0] != L'^' && rule.find(L'/') >= 0)
-        printMessage(
-            tr(L"Note: rules are compared with the names of files and folders, so that one "
-               L"with a slash matches nothing"));
+    const Expected<IgnoreRule> added =
+        addIgnoreRule(".", OdString::fromNarrow(arguments.rule), person());
+    if (!added)
+        return added.error();
     if (arguments.asJson)
-        writeJson(toJson(*line, rule), output);
+        writeJson(toJson(added->line, added->text), output);
     else
         output.write(
-            OdString::format(tr(L"Added as line %i: %ls\n"), *line, printable(rule)).toNarrow());
-    return (*workingTree)->close();
+            OdString::format(tr(L"Added as line %i: %ls\n"), added->line, printable(added->text))
+                .toNarrow());
+    return {};
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <common/repository/RootPath.h>
 #include <common/worktree/IgnoreLine.h>
 #include <engine/worktree/BoundedExpression.h>
+#include <engine/worktree/IgnoreRule.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
@@ -15,13 +16,6 @@
 #include <vector>
 
 namespace qrv {
-
-/// A rule in force.
-struct IgnoreRule {
-    /// Counted from 1.
-    int line = 0;
-    OdString text;
-};
 
 /// The ignore rules of a repository, for one scan or one question. They answer as the library's do,
 /// but may come from anybody: a rule that would take too much memory is left out at once, and one
@@ -64,15 +58,6 @@ private:
     std::size_t totalSize_ = 0;
     std::size_t expressionCount_ = 0;
     std::int64_t stepsForName_ = 0;
-};
-
-/// Why a path is left out.
-struct IgnoreReason {
-    /// What a rule matches: the path itself, or a folder above it.
-    OdString path;
-    /// The first rule that does; 0 and empty for the metadata folder, which needs none.
-    int line = 0;
-    OdString rule;
 };
 
 /// Why the scan leaves out `path`, which is relative to the root and need not exist; nothing when
