@@ -3,16 +3,11 @@
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
 #include <cli/shell/PersonAtTerminal.h>
-#include <cli/terminal/Message.h>
 #include <cli/text/Names.h>
 #include <common/json/Value.h>
-#include <common/worktree/VisitRepoFiles.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/paths/Layout.h>
-#include <engine/repository/FindRepository.h>
-#include <engine/repository/MetadataCheck.h>
-#include <engine/worktree/IgnoreRules.h>
+#include <engine/operations/Files.h>
 
 #include <memory>
 #include <string>
@@ -45,33 +40,24 @@ void writePathsAsJson(const std::vector<OdString>& files, Output& output) {
     writeJson(std::move(paths), output);
 }
 
-Expected<void> listFiles(const Arguments& arguments, Output& output) {
-    const Expected<RepositoryPlace> repository = openRepository(arguments.folder, person());
-    if (!repository)
-        return repository.error();
-    IgnoreRules rules(repository->root, printMessage);
-    std::vector<OdString> files;
-    OdString unread;
-    const auto addUnread = [&unread](const OdString& path) {
-        unread += L"\n  " + (path.isEmpty() ? OdString(L".") : printable(path));
-    };
-    Expected<void> visited = common::visitRepoFiles(
-        repository->root, [&rules](const OdString& name) { return rules.match(name) != nullptr; },
-        [&files](OdString path) { files.push_back(std::move(path)); }, addUnread);
-    if (!visited)
-        return visited;
-    if (!rules.isRead())
-        addUnread(OdString(layout::ignoreRulesPath));
-    // The folders and the rules were read by their paths.
-    if (Expected<void> checked = checkMetadata(repository->folder, repository->root.path());
-        !checked)
-        return checked;
+/// What is below these is missing in the list.
+ErrorMessage notLookedAt(const std::vector<OdString>& unread) {
+    OdString text = tr(L"Not everything can be looked at:");
+    for (const OdString& path : unread)
+        text += L"\n  " + (path.isEmpty() ? OdString(L".") : printable(path));
+    return {text};
+}
+
+Expected<void> run(const Arguments& arguments, Output& output) {
+    const Expected<ListedFiles> listed = listFiles(arguments.folder, person());
+    if (!listed)
+        return listed.error();
     if (arguments.asJson)
-        writePathsAsJson(files, output);
+        writePathsAsJson(listed->files, output);
     else
-        writePaths(files, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
-    if (!unread.isEmpty())
-        return ErrorMessage{tr(L"Not everything can be looked at:") + unread};
+        writePaths(listed->files, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
+    if (!listed->unread.empty())
+        return notLookedAt(listed->unread);
     return {};
 }
 
@@ -86,7 +72,7 @@ Action declareFiles(const ArgumentParser& parser) {
     parser
         .addFlag("-0", arguments->endWithNul, trUtf8(L"End each path with a NUL, not a line feed"))
         .excludes(json);
-    return [arguments](Output& output) { return listFiles(*arguments, output); };
+    return [arguments](Output& output) { return run(*arguments, output); };
 }
 
 }  // namespace qrv::cli
