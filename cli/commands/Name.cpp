@@ -8,8 +8,7 @@
 #include <common/json/Value.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/repository/FindRepository.h>
-#include <engine/repository/MetadataCheck.h>
+#include <engine/operations/Name.h>
 #include <engine/repository/ProjectName.h>
 
 #include <memory>
@@ -26,23 +25,23 @@ struct Arguments {
     bool asJson = false;
 };
 
-Expected<void> renameInRegistry(const common::RootPath& root) {
-    const Expected<std::vector<RegisteredProject>> known = projectsIn(root.path());
+Expected<void> renameInRegistry(const NamedProject& project) {
+    const Expected<std::vector<RegisteredProject>> known = projectsIn(project.root.path());
     if (!known)
         return known.error();
     if (known->empty())
         return {};
-    const Expected<RegisteredProject> project = registerProject(root, displayName(root));
-    return project ? Expected<void>() : project.error();
+    const Expected<RegisteredProject> renamed = registerProject(project.root, project.displayName);
+    return renamed ? Expected<void>() : renamed.error();
 }
 
 /// The name is the project's own, so that a registry out of reach is no reason to fail.
-Expected<void> setName(const std::string& newName, const RepositoryPlace& repository) {
-    if (Expected<void> named =
-            setProjectName(newName, repository.root, repository.folder, person());
-        !named)
-        return named;
-    if (const Expected<void> renamed = renameInRegistry(repository.root); !renamed)
+Expected<void> setName(const std::string& newName) {
+    const Expected<NamedProject> project =
+        renameProject(".", OdString::fromNarrow(newName), person());
+    if (!project)
+        return project.error();
+    if (const Expected<void> renamed = renameInRegistry(*project); !renamed)
         printMessage(OdString::format(tr(L"Note: your registry of projects stays as it was: %ls"),
                                       renamed.error().message));
     return {};
@@ -56,25 +55,20 @@ jsonlib::json::Value toJson(const OdString& name, const OdString& root) {
 }
 
 Expected<void> showOrSetName(const Arguments& arguments, Output& output) {
-    const Expected<RepositoryPlace> repository = openRepository(".", person());
-    if (!repository)
-        return repository.error();
-    const common::RootPath& root = repository->root;
     if (arguments.newName)
-        if (Expected<void> named = setName(*arguments.newName, *repository); !named)
+        if (Expected<void> named = setName(*arguments.newName); !named)
             return named;
-    const OdString name = projectName(root);
-    // The library read it by its path.
-    if (Expected<void> checked = checkMetadata(repository->folder, root.path()); !checked)
-        return checked;
-    if (name.isEmpty())
+    const Expected<NamedProject> project = projectIn(".", person());
+    if (!project)
+        return project.error();
+    if (project->name.isEmpty())
         return ErrorMessage{
             OdString::format(tr(L"The project '%ls' has no name (qrv name NEW gives it one)"),
-                             printable(root.path()))};
+                             printable(project->root.path()))};
     if (arguments.asJson)
-        writeJson(toJson(name, root.path()), output);
+        writeJson(toJson(project->name, project->root.path()), output);
     else
-        output.write(printable(name).toNarrow() + "\n");
+        output.write(printable(project->name).toNarrow() + "\n");
     return {};
 }
 
