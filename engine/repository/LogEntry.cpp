@@ -32,6 +32,15 @@ OdString quotedName(const OdString& name) {
     return quoted + L"'";
 }
 
+std::string refusalOfNote(const std::string& note) {
+    const OdString text = OdString::fromNarrow(note);
+    if (text.isEmpty())
+        return trUtf8(L"A note cannot be empty");
+    if (!(printable(text) == text))
+        return trUtf8(L"A note must be one line of plain text");
+    return {};
+}
+
 Expected<void> addToLog(const OdString& event, const common::RootPath& root,
                         const sys::Folder& folder) {
     if (Expected<void> checked = checkMetadata(folder, root.path()); !checked)
