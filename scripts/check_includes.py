@@ -150,7 +150,6 @@ MAIN = "cli/Main.cpp"
 
 # A header whose name ends in Internal.h belongs to its folder, but for these: who else, and why.
 SHARED_INTERNAL_HEADERS = {
-    "engine/journal/ApplicationInternal.h": ("engine/operations", "a merge ends in its own way"),
     "engine/operations/CommitInternal.h": ("cli", "the commands work on an open tree"),
     "common/base/MessageInternal.h": ("common", "every folder makes messages"),
     "common/repository/DeferredWriteInternal.h": ("common", "writes what a host let go of"),

@@ -8,8 +8,8 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
-#include <engine/journal/Application.h>
 #include <engine/journal/OpenTree.h>
+#include <engine/journal/Perform.h>
 #include <engine/journal/StepsToTree.h>
 #include <engine/paths/Layout.h>
 #include <engine/paths/RelativePath.h>

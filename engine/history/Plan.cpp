@@ -5,6 +5,8 @@
 #include <engine/history/ReferenceName.h>
 #include <engine/history/RowsInternal.h>
 
+#include <utility>
+
 namespace qrv {
 
 namespace {
@@ -47,6 +49,12 @@ std::optional<OdString> refusalOf(const Plan& plan) {
 }
 
 }  // namespace
+
+Plan reversed(Plan plan) {
+    for (PlannedFile& step : plan.files)
+        std::swap(step.before, step.after);
+    return plan;
+}
 
 std::optional<Plan> notedPlan(History& history) {
     Database& database = history.database();

@@ -34,6 +34,9 @@ struct Plan {
     friend bool operator==(const Plan&, const Plan&) = default;
 };
 
+/// The way back.
+Plan reversed(Plan plan);
+
 /// All three throw `DatabaseError`, like all of the history. There is at most one plan; noting
 /// another one replaces it.
 std::optional<Plan> notedPlan(History& history);

@@ -1,15 +1,9 @@
-#include <common/state/Index.h>
-#include <common/state/Transaction.h>
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/journal/Application.h>
-#include <engine/journal/ApplicationInternal.h>
 #include <engine/journal/FileStep.h>
-#include <engine/journal/Recovery.h>
 #include <engine/paths/CheckedUrl.h>
-#include <engine/tree/FileDelta.h>
-#include <engine/worktree/FoldedName.h>
 #include <engine/worktree/Ticks.h>
 
 #include <algorithm>
@@ -125,57 +119,12 @@ private:
     PlannedTimes times_;
 };
 
-void moveHeadFiles(WorkingTree& workingTree, const Plan& plan) {
-    History& history = workingTree.repository().history();
-    Tree files = history.tree(plan.commit);
-    history.changeHeadFiles(deltasBetween(workingTree.repository().headFiles(), files));
-    history.setNote(headNote, plan.commit);
-    if (!plan.commit.isEmpty())
-        history.setReference(plan.branch, common::RefType::Branch, plan.commit);
-    workingTree.repository().setHeadFiles(std::move(files));
-}
-
-/// The library notes the time that a file has now. When that is not the one with which the file was
-/// as planned, somebody has saved it since, and nothing is known of it.
-void noteInIndex(WorkingTree& workingTree, const Plan& plan, const PlannedTimes& times) {
-    const Tree& head = workingTree.repository().headFiles();
-    common::Cache& cache = workingTree.repository().cache();
-    for (const PlannedFile& step : plan.files) {
-        const auto file = head.find(step.path);
-        const auto time = times.find(step.path);
-        if (step.after.isEmpty() || file == head.end() || time == times.end()) {
-            common::removeIndex(step.path, cache);
-            continue;
-        }
-        common::updateIndex(step.path, cache, workingTree.root(), file->second.url != step.after);
-        if (cache.read().index.at(step.path).lastChecked != time->second)
-            common::removeIndex(step.path, cache);
-    }
-}
-
 }  // namespace
 
-Expected<Sightings> lookBeforeBeginning(WorkingTree& workingTree,
-                                        const std::vector<PlannedFile>& steps,
-                                        const WorkingChanges& changes) {
-    if (ignoresLetterCase(workingTree.folder())) {
-        if (const Expected<void> possible = checkNames(steps, changes); !possible)
-            return possible.error();
-    }
-    if (const Expected<void> free = checkNotInUse(workingTree, steps); !free)
-        return free.error();
-    return lookAgain(workingTree, steps, changes);
-}
-
-Plan reversed(Plan plan) {
-    for (PlannedFile& step : plan.files)
-        std::swap(step.before, step.after);
-    return plan;
-}
-
-OdString digestOfUrl(const OdString& url) {
-    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
-    return checked ? checked->digest() : OdString();
+void tellLeft(const OdString& path, Caller& caller) {
+    caller.note(
+        OdString::format(tr(L"Note: '%ls' was changed by somebody meanwhile and is left as it is"),
+                         printable(path)));
 }
 
 Expected<PlannedTimes> applySteps(WorkingTree& workingTree, const Plan& plan,
@@ -190,71 +139,6 @@ Expected<PlannedTimes> applyPlan(WorkingTree& workingTree, const Plan& plan,
     for (const PlannedFile& step : plan.files)
         steps.push_back(&step);
     return applySteps(workingTree, plan, steps, sightings, Unexpected::fail);
-}
-
-Expected<void> finishTakingBack(WorkingTree& workingTree, const Plan& plan,
-                                const PlannedTimes& times) {
-    noteInIndex(workingTree, plan, times);
-    // Nothing of the state can be worth keeping: a merge, the one command whose plans are taken
-    // back, begins without staged files and conflicts.
-    common::State& state = workingTree.repository().cache().write();
-    state.stagedFiles.clear();
-    state.renames.clear();
-    state.conflicts.clear();
-    workingTree.repository().history().setNote(mergeNote, {});
-    if (Expected<void> saved = workingTree.repository().saveState(); !saved)
-        return saved;
-    forgetPlan(workingTree.repository().history());
-    return {};
-}
-
-Expected<void> finish(WorkingTree& workingTree, const Plan& plan, const PlannedTimes& times) {
-    if (!plan.branch.isEmpty()) {
-        DatabaseTransaction transaction(workingTree.repository().history().database());
-        moveHeadFiles(workingTree, plan);
-        transaction.commit();
-    }
-    common::Transaction transaction = workingTree.repository().cache().getTransaction();
-    noteInIndex(workingTree, plan, times);
-    if (!plan.branch.isEmpty())
-        workingTree.repository().cache().write().head.reference = plan.branch;
-    transaction.commit();
-    if (Expected<void> saved = workingTree.repository().saveState(); !saved)
-        return saved;
-    forgetPlan(workingTree.repository().history());
-    return {};
-}
-
-Expected<void> carryOut(WorkingTree& workingTree, const Plan& plan, const WorkingChanges& changes) {
-    const Expected<Sightings> sightings = lookBeforeBeginning(workingTree, plan.files, changes);
-    if (!sightings)
-        return sightings.error();
-    notePlan(workingTree.repository().history(), plan);
-    const Expected<PlannedTimes> times = applyPlan(workingTree, plan, *sightings);
-    if (!times)
-        return takeBackAfter(workingTree, plan, times.error());
-    return finish(workingTree, plan, *times);
-}
-
-Expected<void> carryOutWithoutFiles(WorkingTree& workingTree, const Plan& plan) {
-    notePlan(workingTree.repository().history(), plan);
-    return finish(workingTree, plan, {});
-}
-
-Expected<void> takeBackMerge(WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
-                             const WorkingChanges& changes) {
-    Plan plan;
-    plan.title = L"merge";
-    plan.recovery = Plan::Recovery::takeBack;
-    plan.files = steps;
-    const Expected<Sightings> sightings = lookBeforeBeginning(workingTree, plan.files, changes);
-    if (!sightings)
-        return sightings.error();
-    notePlan(workingTree.repository().history(), reversed(plan));
-    const Expected<PlannedTimes> times = applyPlan(workingTree, plan, *sightings);
-    if (!times)
-        return takeBackAfter(workingTree, plan, times.error());
-    return finishTakingBack(workingTree, plan, *times);
 }
 
 }  // namespace qrv

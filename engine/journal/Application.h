@@ -2,31 +2,38 @@
 
 #include <common/base/Expected.h>
 #include <engine/history/Plan.h>
-#include <engine/worktree/WorkingChanges.h>
+#include <engine/journal/Preconditions.h>
 #include <engine/worktree/WorkingTree.h>
+#include <platform/kernel/OdString.h>
 
+#include <cstdint>
+#include <map>
 #include <vector>
 
 namespace qrv {
 
-/// Notes the plan, does it, and forgets it: brings the working files to their new versions, then
-/// HEAD's files and reference in one transaction, then the state with its index. Files that are
-/// not in the plan are left alone. `changes` are those that the plan was made of.
-///
-/// Fails with nothing touched when a file of the plan is open in another program, or was saved
-/// since the changes were found. A file that is saved after that is found at the moment of its own
-/// step, at the latest: it is left as it is, and that is a failure like any other. What was done is
-/// taken back then, as far as possible, and the plan is forgotten; what cannot be taken back stays
-/// noted for the next command.
-Expected<void> carryOut(WorkingTree& workingTree, const Plan& plan, const WorkingChanges& changes);
+/// What is done with a file that holds something unexpected when its step comes.
+enum class Unexpected {
+    fail,   ///< the steps end there
+    leave,  ///< it is told, and left as it is
+};
 
-/// The same for a plan that has no files.
-Expected<void> carryOutWithoutFiles(WorkingTree& workingTree, const Plan& plan);
+/// The times of modification, in ticks, of working files that are as planned. Of others nothing is
+/// known.
+using PlannedTimes = std::map<OdString, std::int64_t>;
 
-/// Does the steps that bring the files of a merge with conflicts back to HEAD, and ends the merge:
-/// the stage, the conflicts and the note of the other commit go. Interrupted, it is finished by the
-/// next command; on a failure everything is as before, as far as possible.
-Expected<void> takeBackMerge(WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
-                             const WorkingChanges& changes);
+/// Does steps of the plan, each at most once: first the removals, so that a file can take the place
+/// of a folder and the other way round, then the rest. Then all of it is on the disk. What is
+/// replaced or removed is in the storage.
+Expected<PlannedTimes> applySteps(WorkingTree& workingTree, const Plan& plan,
+                                  const std::vector<const PlannedFile*>& steps,
+                                  const Sightings& sightings, Unexpected unexpected);
+
+/// All steps of the plan, from the beginning, where an unexpected file is a failure.
+Expected<PlannedTimes> applyPlan(WorkingTree& workingTree, const Plan& plan,
+                                 const Sightings& sightings);
+
+/// Tells that a file was left as it is.
+void tellLeft(const OdString& path, Caller& caller);
 
 }  // namespace qrv

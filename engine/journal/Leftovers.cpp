@@ -1,8 +1,8 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
-#include <engine/journal/ApplicationInternal.h>
 #include <engine/journal/FileStep.h>
 #include <engine/journal/Leftovers.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/worktree/AsideName.h>
 #include <engine/worktree/FileDigest.h>
 #include <sys/TemporaryName.h>

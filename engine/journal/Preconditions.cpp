@@ -97,11 +97,6 @@ Expected<bool> isInUse(const WorkingTree& workingTree, const OdString& path) {
     return false;
 }
 
-OdString digestOfUrl(const OdString& url) {
-    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
-    return checked ? checked->digest() : OdString();
-}
-
 /// Some file systems count their times in steps of this: a file may change again without another
 /// time.
 constexpr std::chrono::seconds coarsestTimeStep{2};
@@ -257,6 +252,18 @@ Expected<Sightings> lookAgain(const WorkingTree& workingTree, const std::vector<
     if (!changed.empty())
         return withPaths(tr(L"Another program has just changed these files; try again:"), changed);
     return sightings;
+}
+
+Expected<Sightings> lookBeforeBeginning(WorkingTree& workingTree,
+                                        const std::vector<PlannedFile>& steps,
+                                        const WorkingChanges& changes) {
+    if (ignoresLetterCase(workingTree.folder())) {
+        if (const Expected<void> possible = checkNames(steps, changes); !possible)
+            return possible.error();
+    }
+    if (const Expected<void> free = checkNotInUse(workingTree, steps); !free)
+        return free.error();
+    return lookAgain(workingTree, steps, changes);
 }
 
 }  // namespace qrv

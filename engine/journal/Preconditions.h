@@ -39,4 +39,10 @@ using Sightings = std::map<OdString, sys::FileStamp>;
 Expected<Sightings> lookAgain(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
                               const WorkingChanges& changes);
 
+/// All that comes before the first file is touched: `checkNames` where it matters, `checkNotInUse`
+/// and `lookAgain`.
+Expected<Sightings> lookBeforeBeginning(WorkingTree& workingTree,
+                                        const std::vector<PlannedFile>& steps,
+                                        const WorkingChanges& changes);
+
 }  // namespace qrv

@@ -1,9 +1,11 @@
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
-#include <engine/journal/ApplicationInternal.h>
+#include <engine/journal/Application.h>
+#include <engine/journal/Completion.h>
 #include <engine/journal/Leftovers.h>
 #include <engine/journal/Recovery.h>
+#include <engine/paths/CheckedUrl.h>
 #include <engine/worktree/FileDigest.h>
 #include <engine/worktree/Ticks.h>
 
@@ -112,12 +114,6 @@ Expected<void> finishOrTakeBack(WorkingTree& workingTree, const Plan& plan) {
 }
 
 }  // namespace
-
-void tellLeft(const OdString& path, Caller& caller) {
-    caller.note(
-        OdString::format(tr(L"Note: '%ls' was changed by somebody meanwhile and is left as it is"),
-                         printable(path)));
-}
 
 ErrorMessage takeBackAfter(WorkingTree& workingTree, const Plan& plan,
                            const ErrorMessage& failure) {

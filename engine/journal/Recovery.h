@@ -1,8 +1,8 @@
 #pragma once
 
 #include <common/base/Expected.h>
+#include <engine/history/Plan.h>
 #include <engine/worktree/WorkingTree.h>
-#include <platform/kernel/OdString.h>
 
 namespace qrv {
 
@@ -15,7 +15,8 @@ namespace qrv {
 /// whoever forgot the plan would take the other branch's files for a person's work.
 Expected<void> recover(WorkingTree& workingTree);
 
-/// Tells that a file was left as it is.
-void tellLeft(const OdString& path, Caller& caller);
+/// Takes back what was done of the plan before it failed, and forgets it; gives the failure. What
+/// cannot be taken back stays noted, for the next command, which is told.
+ErrorMessage takeBackAfter(WorkingTree& workingTree, const Plan& plan, const ErrorMessage& failure);
 
 }  // namespace qrv

@@ -3,8 +3,10 @@
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/journal/Application.h>
-#include <engine/journal/ApplicationInternal.h>
+#include <engine/journal/Completion.h>
+#include <engine/journal/Perform.h>
 #include <engine/journal/Preconditions.h>
+#include <engine/journal/Recovery.h>
 #include <engine/journal/StepsToTree.h>
 #include <engine/operations/MergeInternal.h>
 #include <engine/operations/WithRepositoryInternal.h>

@@ -1,7 +1,7 @@
 #include <common/state/Transaction.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/journal/Application.h>
+#include <engine/journal/Perform.h>
 #include <engine/journal/StepsToTree.h>
 #include <engine/operations/Resolve.h>
 #include <engine/operations/WithRepositoryInternal.h>

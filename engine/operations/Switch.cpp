@@ -2,7 +2,7 @@
 #include <engine/base/Translation.h>
 #include <engine/history/CommitName.h>
 #include <engine/history/ReferenceName.h>
-#include <engine/journal/Application.h>
+#include <engine/journal/Perform.h>
 #include <engine/journal/Preconditions.h>
 #include <engine/operations/MergeInternal.h>
 #include <engine/operations/NamedReferencesInternal.h>

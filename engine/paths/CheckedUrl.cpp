@@ -83,6 +83,11 @@ bool isCheckedUrl(const OdString& url) {
     return partsOf(url.toWide()).has_value();
 }
 
+OdString digestOfUrl(const OdString& url) {
+    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
+    return checked ? checked->digest() : OdString();
+}
+
 bool isStoreName(const OdString& name) {
     return isStore(name.toWide());
 }

@@ -31,6 +31,9 @@ private:
 /// Whether `check` would take the URL; quicker, for tens of thousands of them.
 bool isCheckedUrl(const OdString& url);
 
+/// The digest in a URL; empty for a text that is none.
+OdString digestOfUrl(const OdString& url);
+
 /// Whether a drawing store can have the name.
 bool isStoreName(const OdString& name);
 

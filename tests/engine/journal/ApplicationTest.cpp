@@ -1,5 +1,5 @@
 #include <engine/history/Plan.h>
-#include <engine/journal/Application.h>
+#include <engine/journal/Perform.h>
 #include <engine/journal/Preconditions.h>
 #include <tests/engine/journal/TwoBranches.h>
 #include <tests/engine/tree/Trees.h>

@@ -1,4 +1,4 @@
-#include <engine/journal/Application.h>
+#include <engine/journal/Perform.h>
 #include <engine/journal/Recovery.h>
 #include <sys/ScopedFault.h>
 #include <tests/engine/journal/TwoBranches.h>

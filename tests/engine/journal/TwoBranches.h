@@ -1,7 +1,7 @@
 #pragma once
 
 #include <engine/history/Plan.h>
-#include <engine/journal/Application.h>
+#include <engine/journal/Perform.h>
 #include <tests/engine/worktree/Working.h>
 
 #include <gtest/gtest.h>
