@@ -187,19 +187,19 @@ Expected<std::vector<OdString>> restoreFiles(WorkingTree& workingTree, const Tre
     Unsaved unsaved = arguments.force ? Unsaved::store : Unsaved::refuse;
     if (arguments.force && arguments.dryRun)
         unsaved = Unsaved::leave;
-    const Expected<std::vector<PlannedFile>> steps =
+    const Expected<std::vector<TreeStep>> steps =
         stepsToTree(workingTree, tree, paths, *changes, unsaved);
     if (!steps)
         return steps.error();
     std::vector<OdString> touched;
-    for (const PlannedFile& step : *steps)
+    for (const TreeStep& step : *steps)
         touched.push_back(step.path);
     if (arguments.dryRun || touched.empty())
         return touched;
-    Plan plan;
-    plan.title = L"restore";
-    plan.files = *steps;
-    if (const Expected<void> done = carryOut(workingTree, plan, *changes); !done)
+    JournalEntry entry;
+    entry.title = L"restore";
+    entry.steps = *steps;
+    if (const Expected<void> done = perform(workingTree, entry, *changes); !done)
         return done.error();
     logEvent(OdString::format(L"restored files: %i", touched.size()), workingTree.root(),
              workingTree.folder(), person());

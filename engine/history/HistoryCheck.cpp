@@ -1,7 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryCheck.h>
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/history/SchemaInternal.h>
 #include <engine/history/SumsInternal.h>
 #include <platform/ut/Paths.h>
@@ -27,7 +27,7 @@ public:
         attempt([this] { history_.references(); });
         attempt([this] { checkSum(history_.database()); });
         attempt([this] { checkHeadFiles(); });
-        attempt([this] { notedPlan(history_); });
+        attempt([this] { notedEntry(history_); });
         return std::move(problems_);
     }
 

@@ -18,16 +18,19 @@ namespace {
 /// New files that are open at the same time; the system allows a process some hundreds.
 constexpr std::size_t filesAtOnce = 200;
 
-/// Does steps of one plan, and notes what became of their files.
+/// Does steps of one entry, and notes what became of their files.
 class Steps {
 public:
-    Steps(WorkingTree& workingTree, const Plan& plan, const Sightings& sightings,
+    Steps(WorkingTree& workingTree, const JournalEntry& entry, const Sightings& sightings,
           Unexpected unexpected)
-        : workingTree_(workingTree), plan_(plan), sightings_(sightings), unexpected_(unexpected) {}
+        : workingTree_(workingTree),
+          entry_(entry),
+          sightings_(sightings),
+          unexpected_(unexpected) {}
 
-    Expected<PlannedTimes> apply(const std::vector<const PlannedFile*>& steps) {
-        std::vector<const PlannedFile*> written;
-        for (const PlannedFile* step : steps) {
+    Expected<AppliedTimes> apply(const std::vector<const TreeStep*>& steps) {
+        std::vector<const TreeStep*> written;
+        for (const TreeStep* step : steps) {
             if (!step->after.isEmpty())
                 written.push_back(step);
             else if (const Expected<void> removed = remove(*step); !removed)
@@ -37,11 +40,11 @@ public:
             workingTree_.caller().beginWork(tr(L"Writing"), written.size());
         for (std::size_t begin = 0; begin < written.size(); begin += filesAtOnce) {
             const std::size_t count = std::min(filesAtOnce, written.size() - begin);
-            const std::span<const PlannedFile* const> part(written.data() + begin, count);
+            const std::span<const TreeStep* const> part(written.data() + begin, count);
             if (const Expected<void> done = write(part, *progress); !done)
                 return done.error();
         }
-        // The names, too: whoever forgets the plan next cannot do it again after a power cut.
+        // The names, too: whoever forgets the entry next cannot do it again after a power cut.
         if (const Expected<void> flushed = flush(); !flushed)
             return flushed.error();
         return std::move(times_);
@@ -55,26 +58,26 @@ private:
         return {};
     }
 
-    StepTarget targetOf(const PlannedFile& step) const {
+    StepTarget targetOf(const TreeStep& step) const {
         const auto seen = sightings_.find(step.path);
         return StepTarget{
             .path = step.path,
             .digest = digestOfUrl(step.before),
             .seen = seen == sightings_.end() ? std::nullopt : std::optional(seen->second),
-            .position = static_cast<std::size_t>(&step - plan_.files.data())};
+            .position = static_cast<std::size_t>(&step - entry_.steps.data())};
     }
 
-    Expected<void> remove(const PlannedFile& step) {
+    Expected<void> remove(const TreeStep& step) {
         const Expected<StepEnd> end =
             removeFile(workingTree_.folder(), targetOf(step), workingTree_.caller());
         return end ? note(step, *end) : end.error();
     }
 
     /// All contents are on the disk before the first file changes.
-    Expected<void> write(std::span<const PlannedFile* const> steps, Work& progress) {
+    Expected<void> write(std::span<const TreeStep* const> steps, Work& progress) {
         std::vector<sys::NewFile> files;
         files.reserve(steps.size());
-        for (const PlannedFile* step : steps) {
+        for (const TreeStep* step : steps) {
             Expected<sys::NewFile> file =
                 workingTree_.repository()
                     .storages()
@@ -97,7 +100,7 @@ private:
         return {};
     }
 
-    Expected<void> note(const PlannedFile& step, const StepEnd& end) {
+    Expected<void> note(const TreeStep& step, const StepEnd& end) {
         if (end.kind == StepEnd::Kind::done) {
             if (end.written)
                 times_.emplace(step.path, toTicks(end.written->modifiedNs));
@@ -113,10 +116,10 @@ private:
     }
 
     WorkingTree& workingTree_;
-    const Plan& plan_;
+    const JournalEntry& entry_;
     const Sightings& sightings_;
     Unexpected unexpected_;
-    PlannedTimes times_;
+    AppliedTimes times_;
 };
 
 }  // namespace
@@ -127,18 +130,18 @@ void tellLeft(const OdString& path, Caller& caller) {
                          printable(path)));
 }
 
-Expected<PlannedTimes> applySteps(WorkingTree& workingTree, const Plan& plan,
-                                  const std::vector<const PlannedFile*>& steps,
+Expected<AppliedTimes> applySteps(WorkingTree& workingTree, const JournalEntry& entry,
+                                  const std::vector<const TreeStep*>& steps,
                                   const Sightings& sightings, Unexpected unexpected) {
-    return Steps(workingTree, plan, sightings, unexpected).apply(steps);
+    return Steps(workingTree, entry, sightings, unexpected).apply(steps);
 }
 
-Expected<PlannedTimes> applyPlan(WorkingTree& workingTree, const Plan& plan,
-                                 const Sightings& sightings) {
-    std::vector<const PlannedFile*> steps;
-    for (const PlannedFile& step : plan.files)
+Expected<AppliedTimes> applyAll(WorkingTree& workingTree, const JournalEntry& entry,
+                                const Sightings& sightings) {
+    std::vector<const TreeStep*> steps;
+    for (const TreeStep& step : entry.steps)
         steps.push_back(&step);
-    return applySteps(workingTree, plan, steps, sightings, Unexpected::fail);
+    return applySteps(workingTree, entry, steps, sightings, Unexpected::fail);
 }
 
 }  // namespace qrv

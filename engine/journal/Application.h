@@ -1,7 +1,7 @@
 #pragma once
 
 #include <common/base/Expected.h>
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/journal/Preconditions.h>
 #include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
@@ -20,18 +20,18 @@ enum class Unexpected {
 
 /// The times of modification, in ticks, of working files that are as planned. Of others nothing is
 /// known.
-using PlannedTimes = std::map<OdString, std::int64_t>;
+using AppliedTimes = std::map<OdString, std::int64_t>;
 
-/// Does steps of the plan, each at most once: first the removals, so that a file can take the place
-/// of a folder and the other way round, then the rest. Then all of it is on the disk. What is
+/// Does steps of the entry, each at most once: first the removals, so that a file can take the
+/// place of a folder and the other way round, then the rest. Then all of it is on the disk. What is
 /// replaced or removed is in the storage.
-Expected<PlannedTimes> applySteps(WorkingTree& workingTree, const Plan& plan,
-                                  const std::vector<const PlannedFile*>& steps,
+Expected<AppliedTimes> applySteps(WorkingTree& workingTree, const JournalEntry& entry,
+                                  const std::vector<const TreeStep*>& steps,
                                   const Sightings& sightings, Unexpected unexpected);
 
-/// All steps of the plan, from the beginning, where an unexpected file is a failure.
-Expected<PlannedTimes> applyPlan(WorkingTree& workingTree, const Plan& plan,
-                                 const Sightings& sightings);
+/// All steps of the entry, from the beginning, where an unexpected file is a failure.
+Expected<AppliedTimes> applyAll(WorkingTree& workingTree, const JournalEntry& entry,
+                                const Sightings& sightings);
 
 /// Tells that a file was left as it is.
 void tellLeft(const OdString& path, Caller& caller);

@@ -9,22 +9,22 @@ namespace qrv {
 
 namespace {
 
-void moveHeadFiles(WorkingTree& workingTree, const Plan& plan) {
+void moveHeadFiles(WorkingTree& workingTree, const JournalEntry& entry) {
     History& history = workingTree.repository().history();
-    Tree files = history.tree(plan.commit);
+    Tree files = history.tree(entry.commit);
     history.changeHeadFiles(deltasBetween(workingTree.repository().headFiles(), files));
-    history.setNote(headNote, plan.commit);
-    if (!plan.commit.isEmpty())
-        history.setReference(plan.branch, common::RefType::Branch, plan.commit);
+    history.setNote(headNote, entry.commit);
+    if (!entry.commit.isEmpty())
+        history.setReference(entry.branch, common::RefType::Branch, entry.commit);
     workingTree.repository().setHeadFiles(std::move(files));
 }
 
 /// The library notes the time that a file has now. When that is not the one with which the file was
 /// as planned, somebody has saved it since, and nothing is known of it.
-void noteInIndex(WorkingTree& workingTree, const Plan& plan, const PlannedTimes& times) {
+void noteInIndex(WorkingTree& workingTree, const JournalEntry& entry, const AppliedTimes& times) {
     const Tree& head = workingTree.repository().headFiles();
     common::Cache& cache = workingTree.repository().cache();
-    for (const PlannedFile& step : plan.files) {
+    for (const TreeStep& step : entry.steps) {
         const auto file = head.find(step.path);
         const auto time = times.find(step.path);
         if (step.after.isEmpty() || file == head.end() || time == times.end()) {
@@ -39,10 +39,10 @@ void noteInIndex(WorkingTree& workingTree, const Plan& plan, const PlannedTimes&
 
 }  // namespace
 
-Expected<void> finishTakingBack(WorkingTree& workingTree, const Plan& plan,
-                                const PlannedTimes& times) {
-    noteInIndex(workingTree, plan, times);
-    // Nothing of the state can be worth keeping: a merge, the one command whose plans are taken
+Expected<void> completeRollBack(WorkingTree& workingTree, const JournalEntry& entry,
+                                const AppliedTimes& times) {
+    noteInIndex(workingTree, entry, times);
+    // Nothing of the state can be worth keeping: a merge, the one command whose entries are taken
     // back, begins without staged files and conflicts.
     common::State& state = workingTree.repository().cache().write();
     state.stagedFiles.clear();
@@ -51,24 +51,25 @@ Expected<void> finishTakingBack(WorkingTree& workingTree, const Plan& plan,
     workingTree.repository().history().setNote(mergeNote, {});
     if (Expected<void> saved = workingTree.repository().saveState(); !saved)
         return saved;
-    forgetPlan(workingTree.repository().history());
+    forgetEntry(workingTree.repository().history());
     return {};
 }
 
-Expected<void> finish(WorkingTree& workingTree, const Plan& plan, const PlannedTimes& times) {
-    if (!plan.branch.isEmpty()) {
+Expected<void> finish(WorkingTree& workingTree, const JournalEntry& entry,
+                      const AppliedTimes& times) {
+    if (!entry.branch.isEmpty()) {
         DatabaseTransaction transaction(workingTree.repository().history().database());
-        moveHeadFiles(workingTree, plan);
+        moveHeadFiles(workingTree, entry);
         transaction.commit();
     }
     common::Transaction transaction = workingTree.repository().cache().getTransaction();
-    noteInIndex(workingTree, plan, times);
-    if (!plan.branch.isEmpty())
-        workingTree.repository().cache().write().head.reference = plan.branch;
+    noteInIndex(workingTree, entry, times);
+    if (!entry.branch.isEmpty())
+        workingTree.repository().cache().write().head.reference = entry.branch;
     transaction.commit();
     if (Expected<void> saved = workingTree.repository().saveState(); !saved)
         return saved;
-    forgetPlan(workingTree.repository().history());
+    forgetEntry(workingTree.repository().history());
     return {};
 }
 

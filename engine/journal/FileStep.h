@@ -23,7 +23,7 @@ struct StepTarget {
     OdString digest;
     /// The version that was seen to have these contents; without it, they are read.
     std::optional<sys::FileStamp> seen;
-    /// The place of the step in its plan.
+    /// The place of the step in its entry.
     std::size_t position = 0;
 };
 

@@ -11,12 +11,12 @@ namespace qrv {
 
 namespace {
 
-OdString noteOf(const Plan& plan, bool isBusy) {
-    const OdString title = printable(plan.title);
+OdString noteOf(const JournalEntry& entry, bool isBusy) {
+    const OdString title = printable(entry.title);
     if (isBusy)
         return OdString::format(
             tr(L"Note: '%ls' was interrupted, or is being done now by another process"), title);
-    const bool finishes = plan.recovery == Plan::Recovery::finish;
+    const bool finishes = entry.recovery == JournalEntry::Recovery::finish;
     return OdString::format(
         finishes ? tr(L"Note: '%ls' was interrupted; qrv recover finishes it, and so does the next "
                       L"command that changes something")
@@ -28,30 +28,30 @@ OdString noteOf(const Plan& plan, bool isBusy) {
 }  // namespace
 
 void tellInterruption(WorkingTree& workingTree) {
-    if (!notedPlan(workingTree.repository().history()))
+    if (!notedEntry(workingTree.repository().history()))
         return;
     // Whoever is at work holds the lock, and may have finished meanwhile.
     const bool isBusy = workingTree.repository().isLockedByOther();
-    if (const std::optional<Plan> plan = notedPlan(workingTree.repository().history()))
-        workingTree.caller().note(noteOf(*plan, isBusy));
+    if (const std::optional<JournalEntry> entry = notedEntry(workingTree.repository().history()))
+        workingTree.caller().note(noteOf(*entry, isBusy));
 }
 
 Expected<void> settleInterruption(WorkingTree& workingTree) {
-    const std::optional<Plan> plan = notedPlan(workingTree.repository().history());
-    if (!plan)
+    const std::optional<JournalEntry> entry = notedEntry(workingTree.repository().history());
+    if (!entry)
         return {};
-    if (const Expected<void> checked = checkNotedPlan(workingTree, *plan); !checked)
+    if (const Expected<void> checked = checkNotedEntry(workingTree, *entry); !checked)
         return ErrorMessage{OdString::format(
             tr(L"'%ls' was interrupted, and what it left to do cannot be: %ls (qrv recover "
                L"--forget leaves the files as they are)"),
-            printable(plan->title), checked.error().message)};
+            printable(entry->title), checked.error().message)};
     return recover(workingTree);
 }
 
 void forgetInterruption(WorkingTree& workingTree) {
     History& history = workingTree.repository().history();
     DatabaseTransaction transaction(history.database());
-    forgetPlan(history);
+    forgetEntry(history);
     const OdString head = workingTree.repository().headCommit();
     if (history.note(headNote) != head) {
         history.changeHeadFiles(deltasBetween(history.headFiles(), history.tree(head)));

@@ -16,7 +16,7 @@ namespace qrv {
 
 namespace {
 
-/// For what lies aside and belongs to no step of the plan.
+/// For what lies aside and belongs to no step of the entry.
 constexpr const char* nameWithoutStep = "found";
 
 std::string folderOf(const OdString& path) {
@@ -28,12 +28,12 @@ std::string nameOf(const OdString& path) {
     return path.mid(path.reverseFind(L'/') + 1).toNarrow();
 }
 
-/// One folder of a plan.
+/// One folder of an entry.
 class Cleaning {
 public:
-    Cleaning(sys::Folder folder, std::string path, const Plan& plan, Caller& caller)
-        : folder_(std::move(folder)), path_(std::move(path)), plan_(plan), caller_(caller) {
-        for (const PlannedFile& step : plan.files) {
+    Cleaning(sys::Folder folder, std::string path, const JournalEntry& entry, Caller& caller)
+        : folder_(std::move(folder)), path_(std::move(path)), entry_(entry), caller_(caller) {
+        for (const TreeStep& step : entry.steps) {
             for (const OdString& url : {step.before, step.after})
                 stored_.insert(digestOfUrl(url));
         }
@@ -89,7 +89,7 @@ private:
         return takePlaceOf(*name, aside);
     }
 
-    /// What was saved takes the place of what the plan had put there, but not of what was saved
+    /// What was saved takes the place of what the entry had put there, but not of what was saved
     /// after it.
     Expected<void> takePlaceOf(const std::string& name, const std::string& aside) const {
         const Expected<bool> isOurs = isStored(name);
@@ -108,7 +108,7 @@ private:
         return *isKept ? remove(aside) : keepBeside(folder_, aside, name, caller_);
     }
 
-    /// Whether what has the name is a version that the plan knows, so that it is in the storage.
+    /// Whether what has the name is a version that the entry knows, so that it is in the storage.
     Expected<bool> isStored(const std::string& name) const {
         const sys::Outcome<sys::FileStatus> status = folder_.status(name);
         if (!status && !sys::meansAbsent(status.error()))
@@ -121,27 +121,27 @@ private:
         return stored_.contains(*digest);
     }
 
-    /// The name of the file that was moved aside; nothing when it is of another plan.
+    /// The name of the file that was moved aside; nothing when it is of another entry.
     std::optional<std::string> nameOfStep(const std::string& aside) const {
         const std::optional<std::size_t> position = positionOfAside(aside);
-        if (!position || *position >= plan_.files.size() ||
-            folderOf(plan_.files[*position].path) != path_)
+        if (!position || *position >= entry_.steps.size() ||
+            folderOf(entry_.steps[*position].path) != path_)
             return std::nullopt;
-        return nameOf(plan_.files[*position].path);
+        return nameOf(entry_.steps[*position].path);
     }
 
     sys::Folder folder_;
     std::string path_;
-    const Plan& plan_;
+    const JournalEntry& entry_;
     Caller& caller_;
     std::set<OdString> stored_;
 };
 
 }  // namespace
 
-Expected<void> settleLeftovers(WorkingTree& workingTree, const Plan& plan) {
+Expected<void> settleLeftovers(WorkingTree& workingTree, const JournalEntry& entry) {
     std::set<std::string> paths;
-    for (const PlannedFile& step : plan.files)
+    for (const TreeStep& step : entry.steps)
         paths.insert(folderOf(step.path));
     for (const std::string& path : paths) {
         sys::Outcome<sys::Folder> folder = workingTree.folder().openFolder(path);
@@ -153,7 +153,7 @@ Expected<void> settleLeftovers(WorkingTree& workingTree, const Plan& plan) {
             return systemFailure(tr(L"The folder '%ls' cannot be opened: %ls"),
                                  OdString::fromNarrow(path), folder.error());
         Expected<void> settled =
-            Cleaning(std::move(*folder), path, plan, workingTree.caller()).settle();
+            Cleaning(std::move(*folder), path, entry, workingTree.caller()).settle();
         if (!settled)
             return settled;
     }

@@ -6,36 +6,37 @@
 
 namespace qrv {
 
-Expected<void> carryOut(WorkingTree& workingTree, const Plan& plan, const WorkingChanges& changes) {
-    const Expected<Sightings> sightings = lookBeforeBeginning(workingTree, plan.files, changes);
+Expected<void> perform(WorkingTree& workingTree, const JournalEntry& entry,
+                       const WorkingChanges& changes) {
+    const Expected<Sightings> sightings = checkPreconditions(workingTree, entry.steps, changes);
     if (!sightings)
         return sightings.error();
-    notePlan(workingTree.repository().history(), plan);
-    const Expected<PlannedTimes> times = applyPlan(workingTree, plan, *sightings);
+    noteEntry(workingTree.repository().history(), entry);
+    const Expected<AppliedTimes> times = applyAll(workingTree, entry, *sightings);
     if (!times)
-        return takeBackAfter(workingTree, plan, times.error());
-    return finish(workingTree, plan, *times);
+        return rollBackAfter(workingTree, entry, times.error());
+    return finish(workingTree, entry, *times);
 }
 
-Expected<void> carryOutWithoutFiles(WorkingTree& workingTree, const Plan& plan) {
-    notePlan(workingTree.repository().history(), plan);
-    return finish(workingTree, plan, {});
+Expected<void> performWithoutFiles(WorkingTree& workingTree, const JournalEntry& entry) {
+    noteEntry(workingTree.repository().history(), entry);
+    return finish(workingTree, entry, {});
 }
 
-Expected<void> takeBackMerge(WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
+Expected<void> rollBackMerge(WorkingTree& workingTree, const std::vector<TreeStep>& steps,
                              const WorkingChanges& changes) {
-    Plan plan;
-    plan.title = L"merge";
-    plan.recovery = Plan::Recovery::takeBack;
-    plan.files = steps;
-    const Expected<Sightings> sightings = lookBeforeBeginning(workingTree, plan.files, changes);
+    JournalEntry entry;
+    entry.title = L"merge";
+    entry.recovery = JournalEntry::Recovery::rollBack;
+    entry.steps = steps;
+    const Expected<Sightings> sightings = checkPreconditions(workingTree, entry.steps, changes);
     if (!sightings)
         return sightings.error();
-    notePlan(workingTree.repository().history(), reversed(plan));
-    const Expected<PlannedTimes> times = applyPlan(workingTree, plan, *sightings);
+    noteEntry(workingTree.repository().history(), reversed(entry));
+    const Expected<AppliedTimes> times = applyAll(workingTree, entry, *sightings);
     if (!times)
-        return takeBackAfter(workingTree, plan, times.error());
-    return finishTakingBack(workingTree, plan, *times);
+        return rollBackAfter(workingTree, entry, times.error());
+    return completeRollBack(workingTree, entry, *times);
 }
 
 }  // namespace qrv

@@ -24,10 +24,10 @@ bool holds(const std::vector<OdString>& sorted, const OdString& path) {
 }
 
 /// What stays where it is: present, and removed by no step.
-std::vector<OdString> stayingFiles(const std::vector<PlannedFile>& steps,
+std::vector<OdString> stayingFiles(const std::vector<TreeStep>& steps,
                                    const std::vector<OdString>& present) {
     std::vector<OdString> removed;
-    for (const PlannedFile& step : steps) {
+    for (const TreeStep& step : steps) {
         if (step.after.isEmpty())
             removed.push_back(step.path);
     }
@@ -63,9 +63,9 @@ bool isUnknownFile(const WorkingTree& workingTree, const OdString& path,
 /// Whether what lies there is a file that a step removes, found under another name: a file whose
 /// name only changes its letters, on a disk that ignores these.
 bool isRemovedUnderOtherName(const WorkingTree& workingTree, const OdString& path,
-                             const std::vector<PlannedFile>& steps) {
+                             const std::vector<TreeStep>& steps) {
     const sys::Outcome<sys::FileStamp> version = workingTree.folder().stamp(path.toNarrow());
-    return version && std::any_of(steps.begin(), steps.end(), [&](const PlannedFile& step) {
+    return version && std::any_of(steps.begin(), steps.end(), [&](const TreeStep& step) {
                const bool isOther = step.path != path && folded(step.path) == folded(path);
                if (!step.after.isEmpty() || !isOther)
                    return false;
@@ -111,7 +111,7 @@ public:
         : workingTree_(workingTree), changes_(changes) {}
 
     /// The version that has the contents which the step expects; nothing when the file has others.
-    Expected<std::optional<sys::FileStamp>> sightingOf(const PlannedFile& step) const {
+    Expected<std::optional<sys::FileStamp>> sightingOf(const TreeStep& step) const {
         using Answer = Expected<std::optional<sys::FileStamp>>;
         const std::string path = step.path.bytes();
         const sys::Outcome<sys::FileStamp> before = workingTree_.folder().stamp(path);
@@ -153,12 +153,13 @@ private:
 
 }  // namespace
 
-Expected<void> checkRoom(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
-                         const WorkingChanges& changes) {
+Expected<void> checkNothingInTheWay(const WorkingTree& workingTree,
+                                    const std::vector<TreeStep>& steps,
+                                    const WorkingChanges& changes) {
     const std::vector<OdString> present = presentFiles(changes);
     const std::vector<OdString> staying = stayingFiles(steps, present);
     std::vector<OdString> blocked;
-    for (const PlannedFile& step : steps) {
+    for (const TreeStep& step : steps) {
         const bool needsRoom = !step.after.isEmpty() && isBlocked(step.path, staying);
         const bool isTaken = isUnknownFile(workingTree, step.path, present) &&
                              !isRemovedUnderOtherName(workingTree, step.path, steps);
@@ -173,24 +174,25 @@ Expected<void> checkRoom(const WorkingTree& workingTree, const std::vector<Plann
         blocked);
 }
 
-Expected<void> checkUnharmed(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
-                             const WorkingChanges& changes) {
+Expected<void> checkNoLocalChanges(const WorkingTree& workingTree,
+                                   const std::vector<TreeStep>& steps,
+                                   const WorkingChanges& changes) {
     std::vector<OdString> harmed;
-    for (const PlannedFile& step : steps) {
+    for (const TreeStep& step : steps) {
         if (changeOf(step.path, changes) != common::FileChange::unchanged)
             harmed.push_back(step.path);
     }
     if (!harmed.empty())
         return withPaths(tr(L"These files have changes that are not committed:"), harmed);
-    return checkRoom(workingTree, steps, changes);
+    return checkNothingInTheWay(workingTree, steps, changes);
 }
 
-Expected<void> checkNames(const std::vector<PlannedFile>& steps, const WorkingChanges& changes) {
+Expected<void> checkNames(const std::vector<TreeStep>& steps, const WorkingChanges& changes) {
     std::map<std::u16string, OdString> known;
     for (const OdString& path : stayingFiles(steps, presentFiles(changes)))
         known.emplace(folded(path), path);
     std::vector<OdString> clashes;
-    for (const PlannedFile& step : steps) {
+    for (const TreeStep& step : steps) {
         if (step.after.isEmpty())
             continue;
         const auto [other, isNew] = known.emplace(folded(step.path), step.path);
@@ -204,10 +206,10 @@ Expected<void> checkNames(const std::vector<PlannedFile>& steps, const WorkingCh
                      clashes);
 }
 
-Expected<void> checkNotInUse(WorkingTree& workingTree, const std::vector<PlannedFile>& steps) {
+Expected<void> checkNotInUse(WorkingTree& workingTree, const std::vector<TreeStep>& steps) {
     std::vector<OdString> used;
     std::vector<OdString> locks;
-    for (const PlannedFile& step : steps) {
+    for (const TreeStep& step : steps) {
         if (step.before.isEmpty())
             continue;
         const std::optional<OdString> lock = lockBeside(step.path, workingTree);
@@ -233,12 +235,12 @@ Expected<void> checkNotInUse(WorkingTree& workingTree, const std::vector<Planned
     return error;
 }
 
-Expected<Sightings> lookAgain(const WorkingTree& workingTree, const std::vector<PlannedFile>& steps,
+Expected<Sightings> lookAgain(const WorkingTree& workingTree, const std::vector<TreeStep>& steps,
                               const WorkingChanges& changes) {
     Sightings sightings;
     std::vector<OdString> changed;
     const Look look(workingTree, changes);
-    for (const PlannedFile& step : steps) {
+    for (const TreeStep& step : steps) {
         if (step.before.isEmpty())
             continue;
         const Expected<std::optional<sys::FileStamp>> sighting = look.sightingOf(step);
@@ -254,9 +256,8 @@ Expected<Sightings> lookAgain(const WorkingTree& workingTree, const std::vector<
     return sightings;
 }
 
-Expected<Sightings> lookBeforeBeginning(WorkingTree& workingTree,
-                                        const std::vector<PlannedFile>& steps,
-                                        const WorkingChanges& changes) {
+Expected<Sightings> checkPreconditions(WorkingTree& workingTree, const std::vector<TreeStep>& steps,
+                                       const WorkingChanges& changes) {
     if (ignoresLetterCase(workingTree.folder())) {
         if (const Expected<void> possible = checkNames(steps, changes); !possible)
             return possible.error();

@@ -17,12 +17,12 @@ namespace qrv {
 
 namespace {
 
-/// What lies under a path while a plan is half done.
+/// What lies under a path while an entry is half done.
 struct Found {
     /// Empty when nothing lies there, or a folder.
     OdString digest;
     std::optional<sys::FileStamp> version;
-    /// A link, a pipe, or a file that changes at this moment: nothing that a plan makes.
+    /// A link, a pipe, or a file that changes at this moment: nothing that an entry makes.
     bool isForeign = false;
 };
 
@@ -48,22 +48,22 @@ Expected<Found> findFile(const WorkingTree& workingTree, const OdString& path) {
     return Found{.digest = *digest, .version = *before, .isForeign = *before != *after};
 }
 
-/// What is still to be done of a plan.
+/// What is still to be done of an entry.
 struct Rest {
-    std::vector<const PlannedFile*> steps;
+    std::vector<const TreeStep*> steps;
     /// Of files that are as planned already.
-    PlannedTimes times;
+    AppliedTimes times;
 };
 
-/// Of a plan the removals, or what is to be written; both in their order, one after the other:
+/// Of an entry the removals, or what is to be written; both in their order, one after the other:
 /// where two names are one, the removal of one decides what lies under the other. Removals that are
 /// done already are repeated, for they remove the folders that were made for files which did not
 /// come. Names the files that are neither as before nor as planned.
-Expected<Rest> restOf(WorkingTree& workingTree, const Plan& plan, bool isRemoval) {
+Expected<Rest> restOf(WorkingTree& workingTree, const JournalEntry& entry, bool isRemoval) {
     Rest rest;
     const std::unique_ptr<Work> progress =
-        workingTree.caller().beginWork(tr(L"Comparing"), plan.files.size());
-    for (const PlannedFile& step : plan.files) {
+        workingTree.caller().beginWork(tr(L"Comparing"), entry.steps.size());
+    for (const TreeStep& step : entry.steps) {
         progress->add(step.sizeBytes);
         if (step.after.isEmpty() != isRemoval)
             continue;
@@ -83,16 +83,16 @@ Expected<Rest> restOf(WorkingTree& workingTree, const Plan& plan, bool isRemoval
 }
 
 /// Does what is still to be done, whatever a process that ended, or a failure, has left.
-Expected<PlannedTimes> applyRest(WorkingTree& workingTree, const Plan& plan) {
-    if (const Expected<void> settled = settleLeftovers(workingTree, plan); !settled)
+Expected<AppliedTimes> applyRest(WorkingTree& workingTree, const JournalEntry& entry) {
+    if (const Expected<void> settled = settleLeftovers(workingTree, entry); !settled)
         return settled.error();
-    PlannedTimes times;
+    AppliedTimes times;
     for (const bool isRemoval : {true, false}) {
-        Expected<Rest> rest = restOf(workingTree, plan, isRemoval);
+        Expected<Rest> rest = restOf(workingTree, entry, isRemoval);
         if (!rest)
             return rest.error();
-        Expected<PlannedTimes> written =
-            applySteps(workingTree, plan, rest->steps, {}, Unexpected::leave);
+        Expected<AppliedTimes> written =
+            applySteps(workingTree, entry, rest->steps, {}, Unexpected::leave);
         if (!written)
             return written.error();
         times.merge(rest->times);
@@ -101,52 +101,52 @@ Expected<PlannedTimes> applyRest(WorkingTree& workingTree, const Plan& plan) {
     return times;
 }
 
-Expected<void> finishOrTakeBack(WorkingTree& workingTree, const Plan& plan) {
-    const bool finishes = plan.recovery == Plan::Recovery::finish;
-    const Plan rest = finishes ? plan : reversed(plan);
-    if (Expected<void> free = checkNotInUse(workingTree, rest.files); !free)
+Expected<void> finishOrRollBack(WorkingTree& workingTree, const JournalEntry& entry) {
+    const bool finishes = entry.recovery == JournalEntry::Recovery::finish;
+    const JournalEntry rest = finishes ? entry : reversed(entry);
+    if (Expected<void> free = checkNotInUse(workingTree, rest.steps); !free)
         return free;
-    const Expected<PlannedTimes> times = applyRest(workingTree, rest);
+    const Expected<AppliedTimes> times = applyRest(workingTree, rest);
     if (!times)
         return times.error();
     return finishes ? finish(workingTree, rest, *times)
-                    : finishTakingBack(workingTree, rest, *times);
+                    : completeRollBack(workingTree, rest, *times);
 }
 
 }  // namespace
 
-ErrorMessage takeBackAfter(WorkingTree& workingTree, const Plan& plan,
+ErrorMessage rollBackAfter(WorkingTree& workingTree, const JournalEntry& entry,
                            const ErrorMessage& failure) {
-    if (const Expected<PlannedTimes> done = applyRest(workingTree, reversed(plan)); !done) {
+    if (const Expected<AppliedTimes> done = applyRest(workingTree, reversed(entry)); !done) {
         workingTree.caller().note(done.error().message);
-        workingTree.caller().note(plan.recovery == Plan::Recovery::finish
+        workingTree.caller().note(entry.recovery == JournalEntry::Recovery::finish
                                       ? tr(L"Note: the next command tries again to finish this")
                                       : tr(L"Note: the next command takes back what was done"));
         return failure;
     }
-    forgetPlan(workingTree.repository().history());
+    forgetEntry(workingTree.repository().history());
     return failure;
 }
 
 Expected<void> recover(WorkingTree& workingTree) {
-    const std::optional<Plan> plan = notedPlan(workingTree.repository().history());
-    if (!plan)
+    const std::optional<JournalEntry> entry = notedEntry(workingTree.repository().history());
+    if (!entry)
         return {};
-    const bool isFinished = plan->recovery == Plan::Recovery::finish;
+    const bool isFinished = entry->recovery == JournalEntry::Recovery::finish;
     // It may take long, and is not what the person asked for now.
     workingTree.caller().note(
         OdString::format(isFinished ? tr(L"Note: '%ls' was interrupted; it is being finished")
                                     : tr(L"Note: '%ls' was interrupted; it is being taken back"),
-                         printable(plan->title)));
-    if (const Expected<void> done = finishOrTakeBack(workingTree, *plan); !done)
+                         printable(entry->title)));
+    if (const Expected<void> done = finishOrRollBack(workingTree, *entry); !done)
         return ErrorMessage{OdString::format(
             tr(L"'%ls' was interrupted, and what it left cannot be put in order yet. Nothing is "
                L"lost, and the next command tries again once this is mended: %ls"),
-            printable(plan->title), done.error().message)};
+            printable(entry->title), done.error().message)};
     workingTree.caller().note(
         OdString::format(isFinished ? tr(L"Note: '%ls' was interrupted and is now finished")
                                     : tr(L"Note: '%ls' was interrupted and is taken back"),
-                         printable(plan->title)));
+                         printable(entry->title)));
     return {};
 }
 

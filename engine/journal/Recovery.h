@@ -1,7 +1,7 @@
 #pragma once
 
 #include <common/base/Expected.h>
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/worktree/WorkingTree.h>
 
 namespace qrv {
@@ -10,13 +10,14 @@ namespace qrv {
 /// neither as before nor as planned was changed by somebody meanwhile: it is left alone, and named.
 /// Needs the lock.
 ///
-/// Fails, and the plan stays noted, when anything cannot be looked at, written or removed, and when
-/// a file of the plan is open in another program: nobody can tell then what was done already, and
-/// whoever forgot the plan would take the other branch's files for a person's work.
+/// Fails, and the entry stays noted, when anything cannot be looked at, written or removed, and
+/// when a file of the entry is open in another program: nobody can tell then what was done already,
+/// and whoever forgot the entry would take the other branch's files for a person's work.
 Expected<void> recover(WorkingTree& workingTree);
 
-/// Takes back what was done of the plan before it failed, and forgets it; gives the failure. What
+/// Takes back what was done of the entry before it failed, and forgets it; gives the failure. What
 /// cannot be taken back stays noted, for the next command, which is told.
-ErrorMessage takeBackAfter(WorkingTree& workingTree, const Plan& plan, const ErrorMessage& failure);
+ErrorMessage rollBackAfter(WorkingTree& workingTree, const JournalEntry& entry,
+                           const ErrorMessage& failure);
 
 }  // namespace qrv

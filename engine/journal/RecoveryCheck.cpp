@@ -9,17 +9,18 @@ namespace {
 
 class Check {
 public:
-    Check(WorkingTree& workingTree, const Plan& plan) : workingTree_(workingTree), plan_(plan) {}
+    Check(WorkingTree& workingTree, const JournalEntry& entry)
+        : workingTree_(workingTree), entry_(entry) {}
 
     Expected<void> run() {
-        if (!plan_.commit.isEmpty() && !workingTree_.repository().history().commit(plan_.commit))
+        if (!entry_.commit.isEmpty() && !workingTree_.repository().history().commit(entry_.commit))
             return ErrorMessage{
-                OdString::format(tr(L"there is no commit '%ls'"), printable(plan_.commit))};
-        if (!plan_.branch.isEmpty())
-            target_ = workingTree_.repository().history().tree(plan_.commit);
+                OdString::format(tr(L"there is no commit '%ls'"), printable(entry_.commit))};
+        if (!entry_.branch.isEmpty())
+            target_ = workingTree_.repository().history().tree(entry_.commit);
         // Afterwards the files of HEAD say nothing about those that are replaced.
-        isHeadMoved_ = workingTree_.repository().history().note(headNote) == plan_.commit;
-        for (const PlannedFile& step : plan_.files) {
+        isHeadMoved_ = workingTree_.repository().history().note(headNote) == entry_.commit;
+        for (const TreeStep& step : entry_.steps) {
             if (Expected<void> checked = checkStep(step); !checked)
                 return checked;
         }
@@ -27,8 +28,8 @@ public:
     }
 
 private:
-    Expected<void> checkStep(const PlannedFile& step) {
-        const bool finishes = plan_.recovery == Plan::Recovery::finish;
+    Expected<void> checkStep(const TreeStep& step) {
+        const bool finishes = entry_.recovery == JournalEntry::Recovery::finish;
         const OdString& wanted = finishes ? step.after : step.before;
         const OdString& replaced = finishes ? step.before : step.after;
         if (!isPossible(step.path, wanted, replaced))
@@ -42,7 +43,7 @@ private:
     }
 
     bool isPossible(const OdString& path, const OdString& wanted, const OdString& replaced) {
-        if (plan_.branch.isEmpty())
+        if (entry_.branch.isEmpty())
             return wanted.isEmpty() || workingTree_.repository().history().hasVersion(path, wanted);
         if (urlIn(target_, path) != wanted)
             return false;
@@ -63,15 +64,15 @@ private:
     }
 
     WorkingTree& workingTree_;
-    const Plan& plan_;
+    const JournalEntry& entry_;
     Tree target_;
     bool isHeadMoved_ = false;
 };
 
 }  // namespace
 
-Expected<void> checkNotedPlan(WorkingTree& workingTree, const Plan& plan) {
-    return Check(workingTree, plan).run();
+Expected<void> checkNotedEntry(WorkingTree& workingTree, const JournalEntry& entry) {
+    return Check(workingTree, entry).run();
 }
 
 }  // namespace qrv

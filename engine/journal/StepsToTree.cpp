@@ -86,10 +86,10 @@ ErrorMessage refusal(const std::vector<OdString>& paths) {
 
 }  // namespace
 
-Expected<std::vector<PlannedFile>> stepsToTree(WorkingTree& workingTree, const Tree& target,
-                                               const std::vector<OdString>& paths,
-                                               const WorkingChanges& changes, Unsaved unsaved) {
-    std::vector<PlannedFile> steps;
+Expected<std::vector<TreeStep>> stepsToTree(WorkingTree& workingTree, const Tree& target,
+                                            const std::vector<OdString>& paths,
+                                            const WorkingChanges& changes, Unsaved unsaved) {
+    std::vector<TreeStep> steps;
     std::vector<OdString> refused;
     const OdString other = workingTree.repository().history().note(mergeNote);
     const Tree merged = other.isEmpty() ? Tree() : workingTree.repository().history().tree(other);
@@ -111,9 +111,9 @@ Expected<std::vector<PlannedFile>> stepsToTree(WorkingTree& workingTree, const T
     }
     if (!refused.empty() && unsaved == Unsaved::refuse)
         return refusal(refused);
-    if (const Expected<void> free = checkRoom(workingTree, steps, changes); !free)
+    if (const Expected<void> free = checkNothingInTheWay(workingTree, steps, changes); !free)
         return free.error();
-    for (PlannedFile& step : steps) {
+    for (TreeStep& step : steps) {
         if (unsaved == Unsaved::leave ||
             !std::binary_search(refused.begin(), refused.end(), step.path))
             continue;

@@ -2,7 +2,7 @@
 
 #include <common/base/Expected.h>
 #include <engine/history/History.h>
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
@@ -24,8 +24,8 @@ enum class Unsaved {
 ///
 /// Fails when a file cannot be read or stored, with `Unsaved::refuse` for files with unsaved
 /// changes, and when a file lies where another one needs a folder; nothing was changed then.
-Expected<std::vector<PlannedFile>> stepsToTree(WorkingTree& workingTree, const Tree& target,
-                                               const std::vector<OdString>& paths,
-                                               const WorkingChanges& changes, Unsaved unsaved);
+Expected<std::vector<TreeStep>> stepsToTree(WorkingTree& workingTree, const Tree& target,
+                                            const std::vector<OdString>& paths,
+                                            const WorkingChanges& changes, Unsaved unsaved);
 
 }  // namespace qrv

@@ -1,4 +1,4 @@
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/maintenance/NamedVersions.h>
 
 #include <optional>
@@ -17,7 +17,7 @@ public:
         attempt([this, &numbers] { numbers = commitNumbers(history_); });
         for (const std::int64_t number : numbers)
             attempt([this, number] { addCommit(number); });
-        attempt([this] { addPlan(); });
+        attempt([this] { addNotedEntry(); });
         return std::move(named_);
     }
 
@@ -43,11 +43,11 @@ private:
             add(delta.url, {.path = delta.path, .commit = number});
     }
 
-    void addPlan() {
-        const std::optional<Plan> plan = notedPlan(history_);
-        if (!plan)
+    void addNotedEntry() {
+        const std::optional<JournalEntry> entry = notedEntry(history_);
+        if (!entry)
             return;
-        for (const PlannedFile& file : plan->files) {
+        for (const TreeStep& file : entry->steps) {
             add(file.before, {.path = file.path});
             add(file.after, {.path = file.path});
         }

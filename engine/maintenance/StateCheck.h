@@ -13,7 +13,7 @@ namespace qrv {
 std::vector<OdString> problemsOf(const common::State& state);
 
 /// Whether the branch that the state names stands for the commit whose files those of HEAD are. An
-/// interrupted command may have changed the one and not the other, as long as its plan is noted.
+/// interrupted command may have changed the one and not the other, as long as its entry is noted.
 /// May throw `DatabaseError`.
 bool isStateOfHistory(const common::State& state, History& history);
 

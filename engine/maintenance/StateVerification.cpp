@@ -1,6 +1,6 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/maintenance/StateCheck.h>
 #include <engine/maintenance/StateVerification.h>
 #include <engine/paths/Layout.h>
@@ -32,11 +32,11 @@ void checkBaseline(const common::State& state, const sys::FileStamp& stateFile,
 
 void compareWithHistory(const common::State& state, History& history, bool isBusy,
                         Findings& findings) {
-    const std::optional<Plan> plan = notedPlan(history);
-    if (plan)
+    const std::optional<JournalEntry> entry = notedEntry(history);
+    if (entry)
         findings.addNote(
             OdString::format(tr(L"'%ls' was interrupted, or is being done now by another process"),
-                             printable(plan->title)));
+                             printable(entry->title)));
     else if (!isBusy && !isStateOfHistory(state, history))
         findings.addProblem(
             OdString::format(tr(L"The state is damaged: it names the branch '%ls', but "

@@ -64,7 +64,7 @@ Expected<void> recordConflicts(WorkingTree& workingTree, const ThreeWayResult& f
                                                         conflict.local, conflict.remote));
     }
     common::State& state = repository.cache().write();
-    for (const PlannedFile& step : files.taken) {
+    for (const TreeStep& step : files.taken) {
         const FileChange change = step.after.isEmpty()    ? FileChange::removed
                                   : step.before.isEmpty() ? FileChange::added
                                                           : FileChange::modified;
@@ -79,14 +79,14 @@ Expected<void> recordConflicts(WorkingTree& workingTree, const ThreeWayResult& f
         return saved.error();
     DatabaseTransaction change(repository.history().database());
     repository.history().setNote(mergeNote, hash);
-    forgetPlan(repository.history());
+    forgetEntry(repository.history());
     change.commit();
     return {};
 }
 
 std::vector<FileDelta> deltasOf(const ThreeWayResult& files) {
     std::vector<FileDelta> deltas;
-    for (const PlannedFile& step : files.taken)
+    for (const TreeStep& step : files.taken)
         deltas.push_back({step.path, step.after, {}, step.sizeBytes});
     return deltas;
 }
@@ -107,13 +107,12 @@ CommitEntry addMergeCommit(Repository& repository, const OdString& hash,
 }
 
 /// Ordered by path.
-std::vector<PlannedFile> touchedFiles(const ThreeWayResult& files) {
-    std::vector<PlannedFile> touched = files.taken;
+std::vector<TreeStep> touchedFiles(const ThreeWayResult& files) {
+    std::vector<TreeStep> touched = files.taken;
     for (const MergeConflict& conflict : files.conflicts)
         touched.push_back({conflict.path, conflict.localUrl, conflict.localUrl, 0});
-    std::sort(touched.begin(), touched.end(), [](const PlannedFile& one, const PlannedFile& other) {
-        return one.path < other.path;
-    });
+    std::sort(touched.begin(), touched.end(),
+              [](const TreeStep& one, const TreeStep& other) { return one.path < other.path; });
     return touched;
 }
 
@@ -126,17 +125,17 @@ void forgetStage(Repository& repository) {
     state.renames.clear();
 }
 
-Plan planOf(const OdString& name, std::vector<PlannedFile> steps) {
-    Plan plan;
-    plan.title = OdString::format(tr(L"merge of '%ls'"), name);
-    plan.files = std::move(steps);
-    return plan;
+JournalEntry entryOf(const OdString& name, std::vector<TreeStep> steps) {
+    JournalEntry entry;
+    entry.title = OdString::format(tr(L"merge of '%ls'"), name);
+    entry.steps = std::move(steps);
+    return entry;
 }
 
-std::vector<OdString> pathsOf(const std::vector<PlannedFile>& steps) {
+std::vector<OdString> pathsOf(const std::vector<TreeStep>& steps) {
     std::vector<OdString> paths;
     paths.reserve(steps.size());
-    for (const PlannedFile& step : steps)
+    for (const TreeStep& step : steps)
         paths.push_back(step.path);
     return paths;
 }
@@ -144,16 +143,18 @@ std::vector<OdString> pathsOf(const std::vector<PlannedFile>& steps) {
 Expected<Merged> fastForward(WorkingTree& workingTree, const OdString& hash, const OdString& name,
                              const WorkingChanges& changes) {
     Repository& repository = workingTree.repository();
-    Plan plan = planOf(name, stepsBetween(repository.headFiles(), repository.history().tree(hash)));
-    plan.branch = repository.branch();
-    plan.commit = hash;
-    if (const Expected<void> unharmed = checkUnharmed(workingTree, plan.files, changes); !unharmed)
+    JournalEntry entry =
+        entryOf(name, stepsBetween(repository.headFiles(), repository.history().tree(hash)));
+    entry.branch = repository.branch();
+    entry.commit = hash;
+    if (const Expected<void> unharmed = checkNoLocalChanges(workingTree, entry.steps, changes);
+        !unharmed)
         return unharmed.error();
     forgetStage(repository);
-    if (const Expected<void> done = carryOut(workingTree, plan, changes); !done)
+    if (const Expected<void> done = perform(workingTree, entry, changes); !done)
         return done.error();
     return Merged{.kind = Merged::Kind::fastForward,
-                  .files = pathsOf(plan.files),
+                  .files = pathsOf(entry.steps),
                   .conflicts = {},
                   .commit = repository.history().commit(hash)};
 }
@@ -161,14 +162,15 @@ Expected<Merged> fastForward(WorkingTree& workingTree, const OdString& hash, con
 /// What speaks against merging these files, before anything is done.
 Expected<Sightings> checkMerge(WorkingTree& workingTree, const ThreeWayResult& files,
                                const WorkingChanges& changes) {
-    if (const Expected<void> unharmed = checkUnharmed(workingTree, touchedFiles(files), changes);
+    if (const Expected<void> unharmed =
+            checkNoLocalChanges(workingTree, touchedFiles(files), changes);
         !unharmed)
         return unharmed.error();
     if (const Expected<void> possible =
             checkShape(workingTree.repository().headFiles(), deltasOf(files));
         !possible)
         return possible.error();
-    return lookBeforeBeginning(workingTree, files.taken, changes);
+    return checkPreconditions(workingTree, files.taken, changes);
 }
 
 Expected<Merged> mergeThreeWays(WorkingTree& workingTree, const OdString& hash,
@@ -187,21 +189,21 @@ Expected<Merged> mergeThreeWays(WorkingTree& workingTree, const OdString& hash,
     Merged merged;
     merged.kind = isClean ? Merged::Kind::committed : Merged::Kind::conflicts;
     merged.files = pathsOf(files.taken);
-    Plan plan = planOf(name, files.taken);
+    JournalEntry entry = entryOf(name, files.taken);
     if (isClean) {
         merged.commit = addMergeCommit(repository, hash, files, request);
-        plan.branch = repository.branch();
-        plan.commit = merged.commit->hash;
+        entry.branch = repository.branch();
+        entry.commit = merged.commit->hash;
     } else {
-        plan.recovery = Plan::Recovery::takeBack;
+        entry.recovery = JournalEntry::Recovery::rollBack;
     }
     forgetStage(repository);
-    notePlan(history, plan);
-    const Expected<PlannedTimes> times = applyPlan(workingTree, plan, *sightings);
+    noteEntry(history, entry);
+    const Expected<AppliedTimes> times = applyAll(workingTree, entry, *sightings);
     if (!times)
-        return takeBackAfter(workingTree, plan, times.error());
+        return rollBackAfter(workingTree, entry, times.error());
     const Expected<void> finished =
-        isClean ? finish(workingTree, plan, *times) : recordConflicts(workingTree, files, hash);
+        isClean ? finish(workingTree, entry, *times) : recordConflicts(workingTree, files, hash);
     if (!finished)
         return finished.error();
     merged.conflicts = repository.state().conflicts;
@@ -254,12 +256,12 @@ Expected<void> abortMerge(WorkingTree& workingTree, bool force) {
         paths.insert(file.path);
     for (const common::ConflictData& conflict : repository.state().conflicts)
         paths.insert(conflict.path);
-    const Expected<std::vector<PlannedFile>> steps =
+    const Expected<std::vector<TreeStep>> steps =
         stepsToTree(workingTree, repository.headFiles(), {paths.begin(), paths.end()}, *changes,
                     force ? Unsaved::store : Unsaved::refuse);
     if (!steps)
         return steps.error();
-    return takeBackMerge(workingTree, *steps, *changes);
+    return rollBackMerge(workingTree, *steps, *changes);
 }
 
 Expected<Merged> merge(const std::string& folder, const MergeRequest& request, Caller& caller) {

@@ -1,4 +1,4 @@
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/journal/Interruption.h>
 #include <engine/operations/Recover.h>
 #include <engine/operations/WithRepositoryInternal.h>
@@ -8,29 +8,29 @@ namespace qrv {
 
 namespace {
 
-InterruptedOperation described(const Plan& plan) {
-    InterruptedOperation operation = {plan.title, plan.recovery == Plan::Recovery::finish,
+InterruptedOperation described(const JournalEntry& entry) {
+    InterruptedOperation operation = {entry.title, entry.recovery == JournalEntry::Recovery::finish,
                                       std::vector<OdString>()};
-    operation.files.reserve(plan.files.size());
-    for (const TreeStep& step : plan.files)
+    operation.files.reserve(entry.steps.size());
+    for (const TreeStep& step : entry.steps)
         operation.files.push_back(step.path);
     return operation;
 }
 
-const wchar_t* outcomeOf(const Plan& plan, Recover what) {
+const wchar_t* outcomeOf(const JournalEntry& entry, Recover what) {
     if (what == Recover::forget)
         return L"forgotten";
-    return plan.recovery == Plan::Recovery::finish ? L"finished" : L"taken-back";
+    return entry.recovery == JournalEntry::Recovery::finish ? L"finished" : L"taken-back";
 }
 
-Expected<void> settle(WorkingTree& workingTree, const Plan& plan, Recover what) {
+Expected<void> settle(WorkingTree& workingTree, const JournalEntry& entry, Recover what) {
     if (what == Recover::look)
         return {};
     if (what == Recover::forget)
         forgetInterruption(workingTree);
     else if (Expected<void> settled = settleInterruption(workingTree); !settled)
         return settled;
-    logEvent(OdString::format(L"recover: %ls %ls", plan.title, outcomeOf(plan, what)),
+    logEvent(OdString::format(L"recover: %ls %ls", entry.title, outcomeOf(entry, what)),
              workingTree.root(), workingTree.folder(), workingTree.caller());
     return {};
 }
@@ -46,12 +46,12 @@ Expected<std::optional<InterruptedOperation>> recover(const std::string& folder,
                                      : WorkingTree::open(folder, Repository::Use::change, caller);
     };
     return withOpened(open, [what](WorkingTree& workingTree) -> Answer {
-        const std::optional<Plan> plan = notedPlan(workingTree.repository().history());
-        if (!plan)
+        const std::optional<JournalEntry> entry = notedEntry(workingTree.repository().history());
+        if (!entry)
             return Answer(std::nullopt);
-        if (const Expected<void> settled = settle(workingTree, *plan, what); !settled)
+        if (const Expected<void> settled = settle(workingTree, *entry, what); !settled)
             return settled.error();
-        return Answer(described(*plan));
+        return Answer(described(*entry));
     });
 }
 

@@ -48,10 +48,10 @@ Expected<void> bringVersion(WorkingTree& workingTree, const ConflictData& confli
         return steps.error();
     if (steps->empty())
         return {};
-    Plan plan;
-    plan.title = OdString::format(L"resolve %ls", conflict.path);
-    plan.files = std::move(*steps);
-    return carryOut(workingTree, plan, *changes);
+    JournalEntry entry;
+    entry.title = OdString::format(L"resolve %ls", conflict.path);
+    entry.steps = std::move(*steps);
+    return perform(workingTree, entry, *changes);
 }
 
 Expected<void> settle(WorkingTree& workingTree, const OdString& path) {

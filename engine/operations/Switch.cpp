@@ -42,29 +42,30 @@ Expected<OdString> newBranch(Repository& repository, const SwitchRequest& reques
     return findCommit(repository.history(), *request.start, repository.branch());
 }
 
-Expected<Plan> planOf(Repository& repository, const SwitchRequest& request) {
-    Plan plan;
-    plan.branch = request.branch;
-    plan.title = OdString::format(L"switch %ls", plan.branch);
+Expected<JournalEntry> entryOf(Repository& repository, const SwitchRequest& request) {
+    JournalEntry entry;
+    entry.branch = request.branch;
+    entry.title = OdString::format(L"switch %ls", entry.branch);
     const Expected<OdString> commit =
-        request.create ? newBranch(repository, request) : existingBranch(repository, plan.branch);
+        request.create ? newBranch(repository, request) : existingBranch(repository, entry.branch);
     if (!commit)
         return commit.error();
-    plan.commit = *commit;
-    if (plan.commit != repository.headCommit())
-        plan.files = stepsBetween(repository.headFiles(), repository.history().tree(plan.commit));
-    return plan;
+    entry.commit = *commit;
+    if (entry.commit != repository.headCommit())
+        entry.steps = stepsBetween(repository.headFiles(), repository.history().tree(entry.commit));
+    return entry;
 }
 
-Expected<void> bringFiles(WorkingTree& workingTree, const Plan& plan) {
-    if (plan.files.empty())
-        return carryOutWithoutFiles(workingTree, plan);
+Expected<void> bringFiles(WorkingTree& workingTree, const JournalEntry& entry) {
+    if (entry.steps.empty())
+        return performWithoutFiles(workingTree, entry);
     const Expected<WorkingChanges> changes = findChanges(workingTree);
     if (!changes)
         return changes.error();
-    if (Expected<void> unharmed = checkUnharmed(workingTree, plan.files, *changes); !unharmed)
+    if (Expected<void> unharmed = checkNoLocalChanges(workingTree, entry.steps, *changes);
+        !unharmed)
         return unharmed;
-    return carryOut(workingTree, plan, *changes);
+    return perform(workingTree, entry, *changes);
 }
 
 }  // namespace
@@ -74,15 +75,15 @@ Expected<Switched> switchBranch(const std::string& folder, const SwitchRequest& 
     const auto action = [&](WorkingTree& workingTree) -> Expected<Switched> {
         if (const Expected<void> none = checkNoMerge(workingTree.repository()); !none)
             return none.error();
-        const Expected<Plan> plan = planOf(workingTree.repository(), request);
-        if (!plan)
-            return plan.error();
-        if (const Expected<void> done = bringFiles(workingTree, *plan); !done)
+        const Expected<JournalEntry> entry = entryOf(workingTree.repository(), request);
+        if (!entry)
+            return entry.error();
+        if (const Expected<void> done = bringFiles(workingTree, *entry); !done)
             return done.error();
-        logEvent(L"switch " + quotedName(plan->branch), workingTree.root(), workingTree.folder(),
+        logEvent(L"switch " + quotedName(entry->branch), workingTree.root(), workingTree.folder(),
                  caller);
         return Switched{
-            .branch = plan->branch, .commit = plan->commit, .fileCount = plan->files.size()};
+            .branch = entry->branch, .commit = entry->commit, .fileCount = entry->steps.size()};
     };
     return withRepository(folder, Repository::Use::change, caller, action);
 }

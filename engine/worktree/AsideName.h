@@ -9,14 +9,14 @@ namespace qrv {
 
 /// The name that a working file has in its folder while it is looked at before it is deleted, or
 /// while a new file is about to change names with it: whatever it holds then may be kept nowhere
-/// else. Whoever finds it after a crash knows by the step's place in its plan which file it was.
+/// else. Whoever finds it after a crash knows by the step's place in its entry which file it was.
 ///
 /// `attempt` tells apart what a killed process left from what comes later.
 std::string asideName(std::size_t position, int attempt);
 
 bool isAsideName(std::string_view name);
 
-/// The place in the plan; nothing for another name.
+/// The place in the entry; nothing for another name.
 std::optional<std::size_t> positionOfAside(std::string_view name);
 
 }  // namespace qrv

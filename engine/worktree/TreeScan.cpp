@@ -187,7 +187,7 @@ Expected<void> TreeScan::lookAt(std::shared_ptr<const Baseline> baseline) {
         return listed;
     lookAtOthers();
     looked_.get();
-    std::sort(striking_.begin(), striking_.end(),
+    std::sort(candidates_.begin(), candidates_.end(),
               [](const Known& one, const Known& other) { return one.place < other.place; });
     unseen_ = sortedUnseen(std::move(unseen_));
     return {};
@@ -233,14 +233,14 @@ void TreeScan::lookAtKnown() {
     if (!baseline)
         return;
     StatusByFolder folders(folder_);
-    std::vector<Known> striking;
+    std::vector<Known> candidates;
     forEachPortion(nextKnown_, baseline->files().size(), [&](std::size_t place) {
         const KnownFile& file = baseline->files()[place];
         const std::optional<sys::FileStatus> status = folders.status(file.path);
         if (status && !isUnmodified(file, *status))
-            striking.push_back({place, *status});
+            candidates.push_back({place, *status});
     });
-    keep(striking, folders.unseen());
+    keep(candidates, folders.unseen());
 }
 
 void TreeScan::lookAtOthers() {
@@ -256,9 +256,9 @@ void TreeScan::lookAtOthers() {
     keep({}, folders.unseen());
 }
 
-void TreeScan::keep(const std::vector<Known>& striking, const std::vector<Unseen>& unseen) {
+void TreeScan::keep(const std::vector<Known>& candidates, const std::vector<Unseen>& unseen) {
     const std::scoped_lock lock(foundMutex_);
-    striking_.insert(striking_.end(), striking.begin(), striking.end());
+    candidates_.insert(candidates_.end(), candidates.begin(), candidates.end());
     unseen_.insert(unseen_.end(), unseen.begin(), unseen.end());
 }
 

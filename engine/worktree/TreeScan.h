@@ -44,7 +44,7 @@ public:
     };
     /// Of the files of the baseline, by their places there, those that are seen not to be as in
     /// HEAD, or may not be, with what lies there now; what is gone is `other`. In order.
-    const std::vector<Known>& striking() const { return striking_; }
+    const std::vector<Known>& candidates() const { return candidates_; }
     struct Other {
         OdString path;
         sys::FileStatus status;
@@ -52,7 +52,7 @@ public:
     /// What is listed and not in the baseline, ordered by path.
     const std::vector<Other>& others() const { return others_; }
     /// What could not be listed or asked for (see `sortedUnseen`). Files of the baseline there are
-    /// not among the striking ones.
+    /// not among the candidates ones.
     const std::vector<Unseen>& unseen() const { return unseen_; }
     /// What is wrong with the ignore rules.
     const std::vector<OdString>& messages() const { return messages_; }
@@ -62,7 +62,7 @@ private:
     void noteUnread(const OdString& path);
     void lookAtKnown();
     void lookAtOthers();
-    void keep(const std::vector<Known>& striking, const std::vector<Unseen>& unseen);
+    void keep(const std::vector<Known>& candidates, const std::vector<Unseen>& unseen);
 
     const common::RootPath root_;
     const sys::Folder& folder_;
@@ -73,7 +73,7 @@ private:
     std::vector<OdString> messages_;
     /// Guards the two that follow.
     std::mutex foundMutex_;
-    std::vector<Known> striking_;
+    std::vector<Known> candidates_;
     std::vector<Unseen> unseen_;
     // Each element is written by one thread only.
     std::vector<Other> others_;

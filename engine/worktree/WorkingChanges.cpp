@@ -38,8 +38,8 @@ public:
 
     WorkingChanges compare(std::shared_ptr<const Baseline> baseline) {
         const std::vector<KnownFile>& known = baseline->files();
-        for (const TreeScan::Known& striking : scan_.striking())
-            addKnown(known[striking.place], striking.status);
+        for (const TreeScan::Known& candidates : scan_.candidates())
+            addKnown(known[candidates.place], candidates.status);
         for (const TreeScan::Other& other : scan_.others())
             addOther(other);
         // Both were found in the order of the paths.

@@ -1,4 +1,4 @@
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/paths/Layout.h>
 #include <engine/worktree/KeptBaseline.h>
 #include <engine/worktree/TreeScan.h>
@@ -47,7 +47,7 @@ WorkingTree::~WorkingTree() = default;
 /// A scan makes the ignore file when there is none, and a command that fails is to make nothing.
 /// What was interrupted changes files before they are looked at.
 void WorkingTree::scanAhead() {
-    if (folder().status(layout::ignoreRulesPath) && !notedPlan(repository_->history()))
+    if (folder().status(layout::ignoreRulesPath) && !notedEntry(repository_->history()))
         scan_ = std::make_unique<TreeScan>(root(), folder());
 }
 

@@ -1,8 +1,9 @@
 #include <common/repository/RootPath.h>
 #include <engine/base/Digest.h>
 #include <engine/history/History.h>
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <tests/cli/commands/HistoryProject.h>
+#include <tests/engine/paths/Paths.h>
 
 #include <gmock/gmock.h>
 
@@ -14,6 +15,7 @@ using qrv_test::contentsOf;
 using qrv_test::HistoryProject;
 using qrv_test::Outcome;
 using qrv_test::readFile;
+using qrv_test::relative;
 
 OdString urlOf(const std::string& contents) {
     return OdString::fromNarrow("po:" + qrv::Digest::of(contents));
@@ -31,10 +33,10 @@ protected:
     void interruptRestore() const {
         const auto root = common::RootPath::get(project.folder.text(), false).value();
         qrv::History history = qrv::History::open(root, qrv::Database::Access::readWrite);
-        qrv::Plan plan;
-        plan.title = L"restore";
-        plan.files = {{L"a.txt", urlOf("second"), urlOf("first"), 5}};
-        notePlan(history, plan);
+        qrv::JournalEntry entry;
+        entry.title = L"restore";
+        entry.steps = {{relative(L"a.txt"), urlOf("second"), urlOf("first"), 5}};
+        noteEntry(history, entry);
     }
 
     const HistoryProject project;

@@ -2,8 +2,9 @@
 #include <engine/base/Digest.h>
 #include <engine/database/Database.h>
 #include <engine/history/History.h>
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <tests/cli/commands/HistoryProject.h>
+#include <tests/engine/paths/Paths.h>
 
 #include <gmock/gmock.h>
 
@@ -22,6 +23,7 @@ using qrv_test::contentsOf;
 using qrv_test::HistoryProject;
 using qrv_test::Outcome;
 using qrv_test::readFile;
+using qrv_test::relative;
 using qrv_test::runQrv;
 using qrv_test::runShell;
 using qrv_test::writeFile;
@@ -75,11 +77,11 @@ protected:
     void noteInterrupted(const std::string& path, const std::string& digest) const {
         const auto rootPath = common::RootPath::get(project.folder.text(), false).value();
         qrv::History history = qrv::History::open(rootPath, qrv::Database::Access::readWrite);
-        qrv::Plan plan;
-        plan.title = L"restore";
-        plan.files.push_back(
-            {OdString::fromNarrow(path), OdString(), OdString::fromNarrow("po:" + digest), 7});
-        notePlan(history, plan);
+        qrv::JournalEntry entry;
+        entry.title = L"restore";
+        entry.steps.push_back({relative(OdString::fromNarrow(path)), OdString(),
+                               OdString::fromNarrow("po:" + digest), 7});
+        noteEntry(history, entry);
     }
 
     /// What is printed for one problem.

@@ -1,4 +1,4 @@
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <tests/engine/history/Repository.h>
 #include <tests/support/Files.h>
 
@@ -51,13 +51,13 @@ TEST(HistoryFormat, IsThatOfTheSample) {
     history.setNote(qrv::headNote, two);
     history.setReference(L"master", common::RefType::Branch, two);
     history.setReference(L"v1", common::RefType::Tag, one);
-    qrv::Plan plan;
-    plan.title = L"switch to 'side'";
-    plan.branch = L"side";
-    plan.commit = one;
-    plan.files = {{qrv_test::relative(L"b.txt"), qrv_test::url('1'), OdString(), 0},
-                  {qrv_test::relative(L"c.txt"), qrv_test::url('2'), OdString(), 0}};
-    notePlan(history, plan);
+    qrv::JournalEntry entry;
+    entry.title = L"switch to 'side'";
+    entry.branch = L"side";
+    entry.commit = one;
+    entry.steps = {{qrv_test::relative(L"b.txt"), qrv_test::url('1'), OdString(), 0},
+                   {qrv_test::relative(L"c.txt"), qrv_test::url('2'), OdString(), 0}};
+    noteEntry(history, entry);
 
     Database database(repository.root.dbPath(), Database::Access::readOnly);
     const std::string text =

@@ -1,5 +1,5 @@
 #include <engine/history/HistoryCheck.h>
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <tests/engine/history/Repository.h>
 #include <tests/support/Effort.h>
 #include <tests/support/Files.h>
@@ -21,7 +21,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-/// A repository with three commits, a branch, a tag and a plan.
+/// A repository with three commits, a branch, a tag and an entry.
 struct Sound : Repository {
     Sound() {
         const OdString one = add({}, "one", {file("a", '1', 10)});
@@ -31,7 +31,7 @@ struct Sound : Repository {
         history.setNote(qrv::headNote, three);
         history.setReference(L"master", common::RefType::Branch, three);
         history.setReference(L"v1", common::RefType::Tag, one);
-        notePlan(history, {L"restore", {}, {}, {}, {{qrv_test::relative(L"a"), url('1'), {}, 0}}});
+        noteEntry(history, {L"restore", {}, {}, {}, {{qrv_test::relative(L"a"), url('1'), {}, 0}}});
     }
 
     std::vector<std::string> problems() { return problems(history); }

@@ -153,16 +153,16 @@ TEST_F(FileStep, RemovesAFileAndTheFoldersThatAreEmptyThen) {
 TEST_F(FileStep, KeepsWhatTwoSavesLeaveUnderNamesOfTheirOwn) {
     writeFile(temporary / "plans/.7-0.qrv-aside", "first save");
     writeFile(temporary / "plans/plan.kept-1.dwg", "from before");
-    const sys::Folder plans = *folder.openFolder("plans");
+    const sys::Folder entries = *folder.openFolder("plans");
     RecordingCaller caller;
-    EXPECT_TRUE(keepBeside(plans, ".7-0.qrv-aside", "plan.dwg", caller));
+    EXPECT_TRUE(keepBeside(entries, ".7-0.qrv-aside", "plan.dwg", caller));
     EXPECT_EQ(readFile(temporary / "plans/plan.kept-2.dwg"), "first save");
     EXPECT_THAT(
         caller.notes,
         ElementsAre("Note: another program saved 'plan.dwg' meanwhile; what it saved first is kept "
                     "beside it as 'plan.kept-2.dwg'"));
     writeFile(temporary / "plans/.7-0.qrv-aside", "x");
-    EXPECT_TRUE(keepBeside(plans, ".7-0.qrv-aside", ".hidden", caller));
+    EXPECT_TRUE(keepBeside(entries, ".7-0.qrv-aside", ".hidden", caller));
     EXPECT_THAT(tree(), ElementsAre("plans/", "plans/.hidden.kept-1", "plans/plan.kept-1.dwg",
                                     "plans/plan.kept-2.dwg"));
 }

@@ -14,35 +14,35 @@ namespace {
 
 namespace fs = std::filesystem;
 using qrv::findChanges;
-using qrv::PlannedFile;
+using qrv::TreeStep;
 using qrv_test::relative;
 using qrv_test::Working;
 
-class PlanChecks : public testing::Test {
+class Preconditions : public testing::Test {
 protected:
-    PlanChecks() {
+    Preconditions() {
         project.write({{"plan.dwg", "plan"}, {"list.csv", "3"}});
         project.commit("First");
     }
-    PlannedFile replacing(const char* path) const {
+    TreeStep replacing(const char* path) const {
         const auto workingTree = project.open();
         return {relative(path), project.url(*workingTree, path), qrv_test::url('1'), 1};
     }
     static std::string answer(const Expected<void>& checked) {
         return checked ? "fine" : checked.error().message.toNarrow();
     }
-    std::string names(const std::vector<PlannedFile>& steps) const {
+    std::string names(const std::vector<TreeStep>& steps) const {
         return answer(checkNames(steps, *findChanges(*project.open())));
     }
-    std::string inUse(const std::vector<PlannedFile>& steps) const {
+    std::string inUse(const std::vector<TreeStep>& steps) const {
         return answer(checkNotInUse(*project.open(), steps));
     }
 
     const Working project;
 };
 
-TEST_F(PlanChecks, NameFilesThatAreOpenInAnotherProgram) {
-    const std::vector<PlannedFile> steps = {replacing("list.csv"), replacing("plan.dwg")};
+TEST_F(Preconditions, NameFilesThatAreOpenInAnotherProgram) {
+    const std::vector<TreeStep> steps = {replacing("list.csv"), replacing("plan.dwg")};
     EXPECT_EQ(inUse(steps), "fine");
     project.write({{"plan.dwl2", "ada"}});
     std::ofstream writer(project / "list.csv", std::ios::app);
@@ -57,8 +57,8 @@ TEST_F(PlanChecks, NameFilesThatAreOpenInAnotherProgram) {
     EXPECT_EQ(inUse(steps), "fine");
 }
 
-TEST_F(PlanChecks, SeeWhatWasSavedSinceTheChangesWereFound) {
-    const std::vector<PlannedFile> steps = {replacing("list.csv"), replacing("plan.dwg")};
+TEST_F(Preconditions, SeeWhatWasSavedSinceTheChangesWereFound) {
+    const std::vector<TreeStep> steps = {replacing("list.csv"), replacing("plan.dwg")};
     const auto workingTree = project.open();
     const qrv::WorkingChanges changes = *findChanges(*workingTree);
     EXPECT_TRUE(lookAgain(*workingTree, steps, changes));
@@ -70,9 +70,9 @@ TEST_F(PlanChecks, SeeWhatWasSavedSinceTheChangesWereFound) {
                        L"  plan.dwg"));
 }
 
-TEST_F(PlanChecks, FindNamesThatWouldBeOne) {
-    const PlannedFile capitals = {relative(L"PLAN.dwg"), L"", qrv_test::url('1'), 1};
-    const PlannedFile gone = {relative(L"plan.dwg"), qrv_test::url('2'), L"", 0};
+TEST_F(Preconditions, FindNamesThatWouldBeOne) {
+    const TreeStep capitals = {relative(L"PLAN.dwg"), L"", qrv_test::url('1'), 1};
+    const TreeStep gone = {relative(L"plan.dwg"), qrv_test::url('2'), L"", 0};
     const std::string both =
         "This disk takes these names for one, so that the second file would "
         "take the place of the first:\n  ";
@@ -84,7 +84,7 @@ TEST_F(PlanChecks, FindNamesThatWouldBeOne) {
               both + "\u00E4.txt, A\u0308.txt");
 }
 
-TEST_F(PlanChecks, KnowADiskThatTellsLetterCaseApart) {
+TEST_F(Preconditions, KnowADiskThatTellsLetterCaseApart) {
     const sys::Folder root = *sys::Folder::open(project.folder.path());
     EXPECT_FALSE(qrv::ignoresLetterCase(root));
     fs::create_directory(project / ".QRV");
@@ -92,14 +92,14 @@ TEST_F(PlanChecks, KnowADiskThatTellsLetterCaseApart) {
 }
 
 // As on a disk that ignores letter case, where one file is found under both names.
-TEST_F(PlanChecks, GiveRoomToAFileWhoseNameChangesItsLettersOnly) {
+TEST_F(Preconditions, GiveRoomToAFileWhoseNameChangesItsLettersOnly) {
     const auto workingTree = project.open();
     const qrv::WorkingChanges changes = *findChanges(*workingTree);
     fs::create_hard_link(project / "plan.dwg", project / "PLAN.dwg");
-    const std::vector<PlannedFile> steps = {{relative(L"PLAN.dwg"), L"", qrv_test::url('1'), 1},
-                                            {relative(L"plan.dwg"), qrv_test::url('1'), L"", 0}};
-    EXPECT_TRUE(checkRoom(*workingTree, steps, changes));
-    EXPECT_FALSE(checkRoom(*workingTree, {steps[0]}, changes));
+    const std::vector<TreeStep> steps = {{relative(L"PLAN.dwg"), L"", qrv_test::url('1'), 1},
+                                         {relative(L"plan.dwg"), qrv_test::url('1'), L"", 0}};
+    EXPECT_TRUE(checkNothingInTheWay(*workingTree, steps, changes));
+    EXPECT_FALSE(checkNothingInTheWay(*workingTree, {steps[0]}, changes));
 }
 
 }  // namespace

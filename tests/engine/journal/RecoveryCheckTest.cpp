@@ -1,5 +1,5 @@
 #include <engine/base/Digest.h>
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/journal/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/tree/Trees.h>
@@ -15,9 +15,9 @@
 
 namespace {
 
-using qrv::notedPlan;
-using qrv::Plan;
-using qrv::PlannedFile;
+using qrv::JournalEntry;
+using qrv::notedEntry;
+using qrv::TreeStep;
 using qrv::WorkingTree;
 using qrv_test::contentsOf;
 using qrv_test::Outcome;
@@ -29,7 +29,7 @@ OdString urlOf(const std::string& contents) {
     return OdString::fromNarrow("po:" + qrv::Digest::of(contents));
 }
 
-/// Plans as a stranger may put them into a repository. "side" is another branch than the current.
+/// Entries as a stranger may put them into a repository. "side" is another branch than the current.
 class PlanOfAStranger : public testing::Test {
 protected:
     PlanOfAStranger() {
@@ -42,32 +42,32 @@ protected:
         project.write({{"private.txt", "kept nowhere"}});
     }
 
-    /// Whatever plan is noted stays.
+    /// Whatever entry is noted stays.
     std::unique_ptr<WorkingTree> open() const {
         return std::move(*WorkingTree::open(project.folder.path(), qrv::Repository::Use::change,
                                             qrv_test::anyCaller()));
     }
-    Plan switching(std::vector<PlannedFile> files) const {
+    JournalEntry switching(std::vector<TreeStep> files) const {
         const std::unique_ptr<WorkingTree> workingTree = open();
-        Plan plan;
-        plan.title = L"switch side";
-        plan.branch = L"side";
-        plan.commit =
+        JournalEntry entry;
+        entry.title = L"switch side";
+        entry.branch = L"side";
+        entry.commit =
             *workingTree->repository().history().reference(L"side", common::RefType::Branch);
-        plan.files = std::move(files);
-        return plan;
+        entry.steps = std::move(files);
+        return entry;
     }
-    static Plan restoring(std::vector<PlannedFile> files) {
-        Plan plan;
-        plan.title = L"restore";
-        plan.files = std::move(files);
-        return plan;
+    static JournalEntry restoring(std::vector<TreeStep> files) {
+        JournalEntry entry;
+        entry.title = L"restore";
+        entry.steps = std::move(files);
+        return entry;
     }
-    void note(const Plan& plan) const { notePlan(open()->repository().history(), plan); }
+    void note(const JournalEntry& entry) const { noteEntry(open()->repository().history(), entry); }
 
     /// What the commands say that would carry it out, when they agree and nothing was changed.
-    std::string refusal(const Plan& plan) const {
-        note(plan);
+    std::string refusal(const JournalEntry& entry) const {
+        note(entry);
         const auto before = contentsOf(project.folder.path());
         const Outcome outcome = project.qrv({"recover"});
         EXPECT_EQ(project.qrv({"tag", "v1"}), outcome);
@@ -84,7 +84,7 @@ protected:
 };
 
 // Symptom: a file of the victim was replaced by one that the owner of the repository had chosen.
-// Cause: the steps of a noted plan were believed, whether or not any command could have left them.
+// Cause: the steps of a noted entry were believed, whether or not any command could have left them.
 TEST_F(PlanOfAStranger, IsRefusedWhenItsFilesAreNotThoseOfItsCommit) {
     const std::string cause = "'a.txt' would become a file that no commit has there";
     EXPECT_EQ(refusal(switching({{relative(L"a.txt"), urlOf("first"), urlOf("b"), 1}})),
@@ -105,9 +105,9 @@ TEST_F(PlanOfAStranger, IsRefusedWhenItReplacesOrRemovesWhatIsKeptNowhere) {
 }
 
 TEST_F(PlanOfAStranger, IsRefusedWithoutItsCommit) {
-    Plan plan = switching({});
-    plan.commit = OdString(std::wstring(64, L'a'));
-    EXPECT_EQ(refusal(plan),
+    JournalEntry entry = switching({});
+    entry.commit = OdString(std::wstring(64, L'a'));
+    EXPECT_EQ(refusal(entry),
               refused("switch side", "there is no commit '" + std::string(64, 'a') + "'"));
 }
 
@@ -115,19 +115,19 @@ TEST_F(PlanOfAStranger, CanBeForgotten) {
     note(restoring({{relative(L"private.txt"), urlOf("kept nowhere"), {}, 0}}));
     EXPECT_EQ(project.qrv({"recover", "--forget"}),
               (Outcome{0, "'restore' is forgotten, and its files are left as they are: 1\n", ""}));
-    EXPECT_FALSE(notedPlan(open()->repository().history()));
+    EXPECT_FALSE(notedEntry(open()->repository().history()));
     EXPECT_EQ(readFile(project / "private.txt"), "kept nowhere");
     EXPECT_EQ(project.qrv({"verify"}).status, 0);
 }
 
 TEST_F(PlanOfAStranger, ForgottenAfterHeadHadMovedLeavesHeadAtTheBranchOfTheState) {
-    Plan plan = switching({{relative(L"a.txt"), urlOf("first"), urlOf("second"), 6}});
+    JournalEntry entry = switching({{relative(L"a.txt"), urlOf("first"), urlOf("second"), 6}});
     {
         const std::unique_ptr<WorkingTree> workingTree = open();
-        notePlan(workingTree->repository().history(), plan);
+        noteEntry(workingTree->repository().history(), entry);
         workingTree->repository().history().changeHeadFiles(
             {{relative(L"a.txt"), urlOf("second"), {}, 6}});
-        workingTree->repository().history().setNote(qrv::headNote, plan.commit);
+        workingTree->repository().history().setNote(qrv::headNote, entry.commit);
     }
     project.run({"recover", "--forget"});
     EXPECT_EQ(project.qrv({"verify"}).status, 0);

@@ -20,13 +20,13 @@ using qrv_test::readFile;
 using testing::HasSubstr;
 
 /// A switch from "old" to "new" that was noted, and interrupted before it did anything.
-class PlanRecovery : public qrv_test::TwoBranches {
+class Recovery : public qrv_test::TwoBranches {
 protected:
-    PlanRecovery() { noteSwitch(L"new"); }
+    Recovery() { noteSwitch(L"new"); }
 
-    /// As a command leaves it that was killed after it had noted its plan.
+    /// As a command leaves it that was killed after it had noted its entry.
     void noteSwitch(const wchar_t* branch) const {
-        notePlan(workingTree->repository().history(), planOfSwitch(*workingTree, branch));
+        noteEntry(workingTree->repository().history(), planOfSwitch(*workingTree, branch));
     }
 
     std::string recovered() const {
@@ -37,22 +37,22 @@ protected:
             return error.what();
         }
     }
-    bool isNoted() const { return notedPlan(workingTree->repository().history()).has_value(); }
+    bool isNoted() const { return notedEntry(workingTree->repository().history()).has_value(); }
 
     const std::unique_ptr<WorkingTree> workingTree = project.open();
 };
 
-TEST_F(PlanRecovery, FinishesTheRest) {
+TEST_F(Recovery, FinishesTheRest) {
     EXPECT_EQ(recovered(), "recovered");
     EXPECT_FALSE(isNoted());
     EXPECT_EQ(readFile(project / "a.txt"), "new a");
     EXPECT_TRUE(findChanges(*workingTree)->isEmpty());
 }
 
-// Symptom: an error of the disk passed for a person's change, the plan was forgotten, and the next
+// Symptom: an error of the disk passed for a person's change, the entry was forgotten, and the next
 // commit reverted the other branch.
 // Cause: whatever could not be read counted as changed.
-TEST_F(PlanRecovery, StopsAndKeepsThePlanWhicheverCallFails) {
+TEST_F(Recovery, StopsAndKeepsTheEntryWhicheverCallFails) {
     int stops = 0;
     bool hasFired = true;
     for (int nth = 1; hasFired; nth += 5) {
@@ -67,7 +67,7 @@ TEST_F(PlanRecovery, StopsAndKeepsThePlanWhicheverCallFails) {
         }
         if (answer != "recovered") {
             ++stops;
-            // A failing history may have forgotten the plan already, with everything done.
+            // A failing history may have forgotten the entry already, with everything done.
             const bool isOfHistory = answer.find("qrv.db' cannot be used") != std::string::npos;
             EXPECT_TRUE(isOfHistory || isNoted()) << nth << answer;
             EXPECT_TRUE(isOfHistory ||
@@ -85,7 +85,7 @@ TEST_F(PlanRecovery, StopsAndKeepsThePlanWhicheverCallFails) {
     qrv_test::tellTried(static_cast<std::size_t>(stops), "failing calls");
 }
 
-TEST_F(PlanRecovery, StopsWhileAFileOfThePlanIsOpen) {
+TEST_F(Recovery, StopsWhileAFileOfTheEntryIsOpen) {
     std::ofstream writer(project / "a.txt", std::ios::app);
     EXPECT_THAT(recovered(), HasSubstr("open in another program"));
     EXPECT_TRUE(isNoted());
@@ -93,7 +93,7 @@ TEST_F(PlanRecovery, StopsWhileAFileOfThePlanIsOpen) {
     EXPECT_EQ(recovered(), "recovered");
 }
 
-TEST_F(PlanRecovery, GivesBackWhatWasMovedAsideWhenThePowerFailed) {
+TEST_F(Recovery, GivesBackWhatWasMovedAsideWhenThePowerFailed) {
     const std::string aside = ".0-0.qrv-aside";
     // The first step is that of "a.txt": the planned file has the name already.
     project.write({{"a.txt", "new a"}, {aside, "a day's work"}, {"fresh/.1-0.qrv-aside", "new c"}});
@@ -105,7 +105,7 @@ TEST_F(PlanRecovery, GivesBackWhatWasMovedAsideWhenThePowerFailed) {
     EXPECT_EQ(qrv_test::shown(*findChanges(*workingTree)), "a.txt modified, ");
 }
 
-TEST_F(PlanRecovery, KeepsTheSaveBeforeTheLastBesideIt) {
+TEST_F(Recovery, KeepsTheSaveBeforeTheLastBesideIt) {
     project.write({{"a.txt", "second save"}, {".0-0.qrv-aside", "first save"}});
     EXPECT_EQ(recovered(), "recovered");
     EXPECT_EQ(readFile(project / "a.txt"), "second save");
@@ -115,14 +115,14 @@ TEST_F(PlanRecovery, KeepsTheSaveBeforeTheLastBesideIt) {
 // Symptom: a file that a person had changed, and that a recovery left as it was, passed for
 // unchanged, and the next switch replaced it.
 // Cause: the index noted the time that the file had then.
-TEST_F(PlanRecovery, KnowsNothingOfAFileThatItLeft) {
+TEST_F(Recovery, KnowsNothingOfAFileThatItLeft) {
     project.write({{"a.txt", "a day's work"}});
     EXPECT_EQ(recovered(), "recovered");
     EXPECT_FALSE(workingTree->repository().state().index.contains(L"a.txt"));
     EXPECT_TRUE(workingTree->repository().state().index.contains(L"fresh/c.dwg"));
 }
 
-TEST_F(PlanRecovery, HidesWhatIsOnItsWayFromTheScan) {
+TEST_F(Recovery, HidesWhatIsOnItsWayFromTheScan) {
     project.write({{".12-3.qrv-tmp", "half"}, {"fresh/.0-0.qrv-aside", "x"}, {".other", "y"}});
     EXPECT_EQ(qrv_test::shown(*findChanges(*workingTree)), ".other added, ");
 }

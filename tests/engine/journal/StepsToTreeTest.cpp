@@ -12,15 +12,15 @@ namespace {
 
 namespace fs = std::filesystem;
 using qrv::findChanges;
-using qrv::PlannedFile;
 using qrv::stepsToTree;
 using qrv::Tree;
+using qrv::TreeStep;
 using qrv::Unsaved;
 using qrv::WorkingTree;
 using qrv_test::relative;
 using qrv_test::Working;
 
-using Steps = Expected<std::vector<PlannedFile>>;
+using Steps = Expected<std::vector<TreeStep>>;
 
 class StepsToTree : public testing::Test {
 protected:
@@ -47,13 +47,13 @@ protected:
 };
 
 TEST_F(StepsToTree, AreNoneWhereTheFilesAreAsWanted) {
-    EXPECT_EQ(*steps(second()), std::vector<PlannedFile>());
+    EXPECT_EQ(*steps(second()), std::vector<TreeStep>());
     project.write({{"a.txt", "first a"}, {"d.dwg", "first d"}});
-    EXPECT_EQ(*steps(first()), std::vector<PlannedFile>());
+    EXPECT_EQ(*steps(first()), std::vector<TreeStep>());
 }
 
 TEST_F(StepsToTree, LeadFromAnyStoredVersion) {
-    const std::vector<PlannedFile> back = {
+    const std::vector<TreeStep> back = {
         {relative(L"a.txt"), urlIn(first(), L"a.txt"), urlIn(second(), L"a.txt"), 8},
         {relative(L"d.dwg"), urlIn(first(), L"d.dwg"), urlIn(second(), L"d.dwg"), 8}};
     project.write({{"a.txt", "first a"}, {"d.dwg", "first d"}});
@@ -62,14 +62,14 @@ TEST_F(StepsToTree, LeadFromAnyStoredVersion) {
 
 TEST_F(StepsToTree, RemoveWhatIsNotWanted) {
     EXPECT_EQ(*steps(Tree()),
-              (std::vector<PlannedFile>{{relative(L"a.txt"), urlIn(second(), L"a.txt"), L"", 0},
-                                        {relative(L"d.dwg"), urlIn(second(), L"d.dwg"), L"", 0}}));
+              (std::vector<TreeStep>{{relative(L"a.txt"), urlIn(second(), L"a.txt"), L"", 0},
+                                     {relative(L"d.dwg"), urlIn(second(), L"d.dwg"), L"", 0}}));
 }
 
 TEST_F(StepsToTree, BringBackWhatIsGone) {
     fs::remove(project / "a.txt");
     EXPECT_EQ(*steps(second()),
-              (std::vector<PlannedFile>{{relative(L"a.txt"), L"", urlIn(second(), L"a.txt"), 8}}));
+              (std::vector<TreeStep>{{relative(L"a.txt"), L"", urlIn(second(), L"a.txt"), 8}}));
 }
 
 TEST_F(StepsToTree, AreRefusedForContentsThatAreKeptNowhere) {
@@ -84,7 +84,7 @@ TEST_F(StepsToTree, StoreSuchContentsWhenAsked) {
     const Steps found = steps(second(), Unsaved::store);
     ASSERT_TRUE(found);
     ASSERT_EQ(found->size(), 2);
-    for (const PlannedFile& step : *found) {
+    for (const TreeStep& step : *found) {
         const OdString copy = project.folder.text("copy");
         ASSERT_TRUE(workingTree->repository()
                         .storages()
@@ -102,7 +102,7 @@ TEST_F(StepsToTree, OnlyLookWhenNothingIsToBeDone) {
     const auto before = qrv_test::contentsOf(project / ".qrv/objects");
     const Steps found = steps(second(), Unsaved::leave);
     EXPECT_EQ(*found,
-              (std::vector<PlannedFile>{{relative(L"a.txt"), L"", urlIn(second(), L"a.txt"), 8}}));
+              (std::vector<TreeStep>{{relative(L"a.txt"), L"", urlIn(second(), L"a.txt"), 8}}));
     EXPECT_EQ(qrv_test::contentsOf(project / ".qrv/objects"), before);
 }
 

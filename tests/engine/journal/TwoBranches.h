@@ -1,6 +1,6 @@
 #pragma once
 
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/journal/Perform.h>
 #include <tests/engine/worktree/Working.h>
 
@@ -25,16 +25,16 @@ protected:
         project.run({"switch", "old"});
     }
 
-    /// The plan of `qrv switch BRANCH`.
-    static qrv::Plan planOfSwitch(qrv::WorkingTree& workingTree, const wchar_t* branch) {
-        qrv::Plan plan;
-        plan.title = OdString(L"switch ") + branch;
-        plan.branch = branch;
-        plan.commit =
+    /// The entry of `qrv switch BRANCH`.
+    static qrv::JournalEntry planOfSwitch(qrv::WorkingTree& workingTree, const wchar_t* branch) {
+        qrv::JournalEntry entry;
+        entry.title = OdString(L"switch ") + branch;
+        entry.branch = branch;
+        entry.commit =
             *workingTree.repository().history().reference(branch, common::RefType::Branch);
-        plan.files = qrv::stepsBetween(workingTree.repository().headFiles(),
-                                       workingTree.repository().history().tree(plan.commit));
-        return plan;
+        entry.steps = qrv::stepsBetween(workingTree.repository().headFiles(),
+                                        workingTree.repository().history().tree(entry.commit));
+        return entry;
     }
 
     const Working project;

@@ -1,4 +1,4 @@
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/operations/Recover.h>
 #include <engine/worktree/WorkingTree.h>
 #include <tests/engine/operations/TwoSides.h>
@@ -17,12 +17,12 @@ protected:
         const auto workingTree =
             std::move(*WorkingTree::open(root(), qrv::Repository::Use::change, caller));
         qrv::Repository& repository = workingTree->repository();
-        qrv::Plan plan;
-        plan.title = L"switch side";
-        plan.branch = L"side";
-        plan.commit = *repository.history().reference(L"side", common::RefType::Branch);
-        plan.files = stepsBetween(repository.headFiles(), repository.history().tree(plan.commit));
-        notePlan(repository.history(), plan);
+        qrv::JournalEntry entry;
+        entry.title = L"switch side";
+        entry.branch = L"side";
+        entry.commit = *repository.history().reference(L"side", common::RefType::Branch);
+        entry.steps = stepsBetween(repository.headFiles(), repository.history().tree(entry.commit));
+        noteEntry(repository.history(), entry);
     }
 
     std::optional<InterruptedOperation> found(Recover what) {

@@ -62,7 +62,7 @@ protected:
 TEST_F(ScannedTree, GivesWhatIsNotKnownWithItsSizeAndTimeInOrder) {
     TreeScan scan(root, rootFolder);
     ASSERT_TRUE(scan.lookAt(baselineOf({})));
-    EXPECT_TRUE(scan.striking().empty());
+    EXPECT_TRUE(scan.candidates().empty());
     std::map<std::string, sys::FileStatus> found;
     std::vector<OdString> paths;
     for (const TreeScan::Other& other : scan.others()) {
@@ -86,10 +86,10 @@ TEST_F(ScannedTree, GivesOfEachKnownFileWhatLiesThere) {
     std::sort(known.begin(), known.end());
     TreeScan scan(root, rootFolder);
     ASSERT_TRUE(scan.lookAt(baselineOf(known)));
-    ASSERT_EQ(scan.striking().size(), known.size());
+    ASSERT_EQ(scan.candidates().size(), known.size());
     std::map<std::string, sys::FileStatus> found;
-    for (const TreeScan::Known& striking : scan.striking())
-        found.emplace(known.at(striking.place), striking.status);
+    for (const TreeScan::Known& candidates : scan.candidates())
+        found.emplace(known.at(candidates.place), candidates.status);
     EXPECT_EQ(found.size(), known.size());
     EXPECT_EQ(found.at("gone").kind, sys::FileKind::other);
     EXPECT_EQ(found.at("gone/too").kind, sys::FileKind::other);
@@ -118,12 +118,12 @@ TEST_F(ScannedTree, PassesOverFilesThatAreSeenToBeAsInHead) {
     const auto baseline = std::make_shared<const Baseline>(Baseline::of(head, index, later));
     TreeScan scan(root, rootFolder);
     ASSERT_TRUE(scan.lookAt(baseline));
-    EXPECT_EQ(scan.striking().size(), 12U);
+    EXPECT_EQ(scan.candidates().size(), 12U);
     EXPECT_TRUE(
-        std::is_sorted(scan.striking().begin(), scan.striking().end(),
+        std::is_sorted(scan.candidates().begin(), scan.candidates().end(),
                        [](const auto& one, const auto& other) { return one.place < other.place; }));
-    for (const TreeScan::Known& striking : scan.striking())
-        EXPECT_EQ(head[striking.place].sizeBytes, striking.status.sizeBytes + 1);
+    for (const TreeScan::Known& candidates : scan.candidates())
+        EXPECT_EQ(head[candidates.place].sizeBytes, candidates.status.sizeBytes + 1);
     EXPECT_EQ(scan.others().size(), 2U);
 }
 

@@ -1,4 +1,4 @@
-#include <engine/history/Plan.h>
+#include <engine/history/JournalEntry.h>
 #include <engine/journal/Perform.h>
 #include <engine/journal/Preconditions.h>
 #include <tests/engine/journal/TwoBranches.h>
@@ -14,32 +14,32 @@ namespace {
 
 namespace fs = std::filesystem;
 using qrv::findChanges;
-using qrv::notePlan;
-using qrv::Plan;
-using qrv::PlannedFile;
+using qrv::JournalEntry;
+using qrv::noteEntry;
+using qrv::TreeStep;
 using qrv::WorkingTree;
 using qrv_test::contentsOf;
 using qrv_test::Outcome;
 using qrv_test::readFile;
 
-class PlanExecution : public qrv_test::TwoBranches {
+class Perform : public qrv_test::TwoBranches {
 protected:
-    static Plan planOfSwitch(WorkingTree& workingTree) {
+    static JournalEntry planOfSwitch(WorkingTree& workingTree) {
         return TwoBranches::planOfSwitch(workingTree, L"new");
     }
-    /// As a command leaves it that was killed after it had noted its plan.
+    /// As a command leaves it that was killed after it had noted its entry.
     void interrupt() const {
         const std::unique_ptr<WorkingTree> workingTree = project.open();
-        notePlan(workingTree->repository().history(), planOfSwitch(*workingTree));
+        noteEntry(workingTree->repository().history(), planOfSwitch(*workingTree));
     }
     void interruptMerge() const {
         const std::unique_ptr<WorkingTree> workingTree = project.open();
-        Plan plan = planOfSwitch(*workingTree);
-        plan.title = L"merge of 'new'";
-        plan.branch = L"";
-        plan.commit = L"";
-        plan.recovery = Plan::Recovery::takeBack;
-        notePlan(workingTree->repository().history(), plan);
+        JournalEntry entry = planOfSwitch(*workingTree);
+        entry.title = L"merge of 'new'";
+        entry.branch = L"";
+        entry.commit = L"";
+        entry.recovery = JournalEntry::Recovery::rollBack;
+        noteEntry(workingTree->repository().history(), entry);
     }
     bool isThere(const std::string& path) const { return fs::exists(project / path); }
 
@@ -50,32 +50,32 @@ protected:
     const std::string onNew = "Branch 'new', commit 2: New\n";
 };
 
-TEST_F(PlanExecution, ChangesFilesHeadAndState) {
+TEST_F(Perform, ChangesFilesHeadAndState) {
     const std::unique_ptr<WorkingTree> workingTree = project.open();
-    ASSERT_TRUE(carryOut(*workingTree, planOfSwitch(*workingTree), *findChanges(*workingTree)));
+    ASSERT_TRUE(perform(*workingTree, planOfSwitch(*workingTree), *findChanges(*workingTree)));
     EXPECT_EQ(readFile(project / "a.txt"), "new a");
     EXPECT_EQ(readFile(project / "fresh/c.dwg"), "new c");
     EXPECT_FALSE(isThere("gone"));
     EXPECT_EQ(workingTree->repository().branch(), OdString(L"new"));
-    EXPECT_FALSE(notedPlan(workingTree->repository().history()));
+    EXPECT_FALSE(notedEntry(workingTree->repository().history()));
     EXPECT_TRUE(findChanges(*workingTree)->isEmpty());
 }
 
-TEST_F(PlanExecution, TakesEverythingBackWhenAVersionIsMissing) {
+TEST_F(Perform, TakesEverythingBackWhenAVersionIsMissing) {
     const std::unique_ptr<WorkingTree> workingTree = project.open();
-    Plan plan = planOfSwitch(*workingTree);
-    plan.files.push_back({qrv_test::relative(L"z.txt"), L"", qrv_test::url('f'), 1});
-    const Expected<void> done = carryOut(*workingTree, plan, *findChanges(*workingTree));
+    JournalEntry entry = planOfSwitch(*workingTree);
+    entry.steps.push_back({qrv_test::relative(L"z.txt"), L"", qrv_test::url('f'), 1});
+    const Expected<void> done = perform(*workingTree, entry, *findChanges(*workingTree));
     ASSERT_FALSE(done);
     EXPECT_EQ(readFile(project / "a.txt"), "old a");
     EXPECT_EQ(readFile(project / "gone/b.txt"), "old b");
     EXPECT_FALSE(isThere("fresh"));
     EXPECT_EQ(workingTree->repository().branch(), OdString(L"old"));
-    EXPECT_FALSE(notedPlan(workingTree->repository().history()));
+    EXPECT_FALSE(notedEntry(workingTree->repository().history()));
     EXPECT_TRUE(findChanges(*workingTree)->isEmpty());
 }
 
-TEST_F(PlanExecution, IsFinishedByTheNextCommandThatChangesSomething) {
+TEST_F(Perform, IsFinishedByTheNextCommandThatChangesSomething) {
     interrupt();
     EXPECT_EQ(project.qrv({"tag", "v1"}).messages, finished);
     EXPECT_EQ(project.qrv({"status"}), (Outcome{0, onNew + "Nothing has changed; files: 3\n", ""}));
@@ -84,8 +84,8 @@ TEST_F(PlanExecution, IsFinishedByTheNextCommandThatChangesSomething) {
 }
 
 // Symptom: a look into a folder that somebody had handed over wrote that person's files over ours.
-// Cause: whatever command came next carried out the plan that it found in the repository.
-TEST_F(PlanExecution, IsOnlyToldByALook) {
+// Cause: whatever command came next carried out the entry that it found in the repository.
+TEST_F(Perform, IsOnlyToldByALook) {
     interrupt();
     const auto before = contentsOf(project.folder.path());
     const std::string told =
@@ -113,7 +113,7 @@ TEST_F(PlanExecution, IsOnlyToldByALook) {
     EXPECT_EQ(readFile(project / "a.txt"), "old a");
 }
 
-TEST_F(PlanExecution, HalfDoneShowsTheFilesAsTheyAreToALook) {
+TEST_F(Perform, HalfDoneShowsTheFilesAsTheyAreToALook) {
     interrupt();
     project.write({{"fresh/c.dwg", "new c"}});
     fs::remove_all(project / "gone");
@@ -126,7 +126,7 @@ TEST_F(PlanExecution, HalfDoneShowsTheFilesAsTheyAreToALook) {
     EXPECT_EQ(project.qrv({"status"}), (Outcome{0, onNew + "Nothing has changed; files: 3\n", ""}));
 }
 
-TEST_F(PlanExecution, LeavesAloneWhatAPersonChangedMeanwhile) {
+TEST_F(Perform, LeavesAloneWhatAPersonChangedMeanwhile) {
     interrupt();
     project.write({{"a.txt", "saved after the power cut"}});
     EXPECT_EQ(project.qrv({"recover"}).messages,
@@ -139,7 +139,7 @@ TEST_F(PlanExecution, LeavesAloneWhatAPersonChangedMeanwhile) {
     EXPECT_EQ(readFile(project / "a.txt"), "saved after the power cut");
 }
 
-TEST_F(PlanExecution, RemovesWhatTheDeadProcessWasAboutToPublish) {
+TEST_F(Perform, RemovesWhatTheDeadProcessWasAboutToPublish) {
     interrupt();
     project.write({{".123-0.qrv-tmp", "half"}, {"fresh/.123-1.qrv-tmp", "half"}});
     project.run({"recover"});
@@ -148,7 +148,7 @@ TEST_F(PlanExecution, RemovesWhatTheDeadProcessWasAboutToPublish) {
     EXPECT_FALSE(isThere("fresh/.123-1.qrv-tmp"));
 }
 
-TEST_F(PlanExecution, OfAMergeIsTakenBackByTheNextCommand) {
+TEST_F(Perform, OfAMergeIsTakenBackByTheNextCommand) {
     interruptMerge();
     // Done so far: a file for a folder, and one new version.
     fs::remove_all(project / "gone");
@@ -164,7 +164,7 @@ TEST_F(PlanExecution, OfAMergeIsTakenBackByTheNextCommand) {
     EXPECT_EQ(readFile(project / "gone/b.txt"), "old b");
 }
 
-TEST_F(PlanExecution, IsOnlyToldWhileAnotherProcessIsAtWork) {
+TEST_F(Perform, IsOnlyToldWhileAnotherProcessIsAtWork) {
     interrupt();
     const auto held = sys::Lock::tryTake(*sys::Folder::open(project / "."), ".qrv/lock");
     ASSERT_TRUE(held);
@@ -176,12 +176,13 @@ TEST_F(PlanExecution, IsOnlyToldWhileAnotherProcessIsAtWork) {
     EXPECT_EQ(readFile(project / "a.txt"), "old a");
 }
 
-TEST_F(PlanExecution, FindsRoomOnlyWhereNothingUnknownLies) {
+TEST_F(Perform, FindsRoomOnlyWhereNothingUnknownLies) {
     const std::unique_ptr<WorkingTree> workingTree = project.open();
-    const std::vector<PlannedFile> planned = {
+    const std::vector<TreeStep> planned = {
         {qrv_test::relative(L"fresh/c.dwg"), L"", qrv_test::url('1'), 1}};
     const auto room = [&] {
-        const Expected<void> checked = checkRoom(*workingTree, planned, *findChanges(*workingTree));
+        const Expected<void> checked =
+            checkNothingInTheWay(*workingTree, planned, *findChanges(*workingTree));
         return checked ? "room" : checked.error().message.toNarrow();
     };
     const std::string none =
