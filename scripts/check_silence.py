@@ -56,10 +56,7 @@ RULES = [
         r"(?:bsd_|sysv_|__sysv_)?signal|sigaction|sigaltstack|(?:pthread_)?sig(?:proc)?mask|on_exit"
         r"|at(?:_quick_)?exit|__cxa_at_quick_exit|std::set_(?:terminate|new_handler|unexpected)"
         r"|qInstallMessageHandler|sys::Interruption::Interruption",
-        {
-            (SYS, "sigaction"): "Interruption: the program, which alone makes one, must not be cut off",
-            (ENGINE, "sys::Interruption::Interruption"): "a commit that is cut off leaves nothing behind",
-        },
+        {(SYS, "sigaction"): "Interruption: the program, which alone makes one, must not be cut off"},
     ),
     (
         "starts a thread or a process",

@@ -7,10 +7,7 @@
 #include <cli/user/Author.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/journal/OpenTree.h>
-#include <engine/operations/CommitInternal.h>
-#include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/operations/Commit.h>
 
 #include <memory>
 #include <optional>
@@ -26,44 +23,21 @@ struct Arguments {
     bool asJson = false;
 };
 
-OdString trimmed(const std::string& text) {
-    static constexpr const char* blanks = " \t\r\n";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    if (begin == std::string::npos)
-        return {};
-    return OdString::fromNarrow(text.substr(begin, text.find_last_not_of(blanks) + 1 - begin));
-}
-
-void print(const CommitEntry& commit, const OdString& branch, Output& output) {
-    output.write(OdString::format(tr(L"Commit %i on %ls: %ls\n"), commit.number, printable(branch),
-                                  printable(titleOf(commit)))
-                     .toNarrow());
-}
-
 Expected<void> run(const Arguments& arguments, Output& output) {
     const Expected<OdString> author = authorOf(arguments.author);
     if (!author)
         return author.error();
-    const CommitText text = {*author, trimmed(arguments.message)};
-    if (text.message.isEmpty())
-        return ErrorMessage{tr(L"A commit needs a message that says what was done")};
-    const Expected<std::unique_ptr<WorkingTree>> workingTree =
-        openTree(".", Repository::Use::change, person(), WorkingTree::Scan::ahead);
-    if (!workingTree)
-        return workingTree.error();
-    const Expected<WorkingChanges> changes = findChanges(**workingTree);
-    if (!changes)
-        return changes.error();
-    const Expected<CommitEntry> commit = commitStaged(**workingTree, *changes, text);
-    if (!commit)
-        return commit.error();
+    const Expected<Committed> made =
+        commit(".", {*author, OdString::fromNarrow(arguments.message)}, person());
+    if (!made)
+        return made.error();
     if (arguments.asJson)
-        writeJson(toJson(*commit), output);
+        writeJson(toJson(made->commit), output);
     else
-        print(*commit, (*workingTree)->repository().branch(), output);
-    // A look is what often comes next.
-    (*workingTree)->keepBaseline((*workingTree)->baseline());
-    return (*workingTree)->close();
+        output.write(OdString::format(tr(L"Commit %i on %ls: %ls\n"), made->commit.number,
+                                      printable(made->branch), printable(titleOf(made->commit)))
+                         .toNarrow());
+    return {};
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <cli/terminal/Message.h>
 #include <cli/terminal/Progress.h>
 #include <cli/user/Settings.h>
+#include <sys/Interruption.h>
 #include <sys/User.h>
 
 #include <QByteArray>
@@ -37,6 +38,10 @@ Expected<std::vector<OdString>> PersonAtTerminal::trustedFolders() const {
 bool PersonAtTerminal::followsSharedFolders() const {
     const Expected<Settings> settings = readSettings();
     return !settings || settings->sharedFolders != 0;
+}
+
+std::shared_ptr<void> PersonAtTerminal::deferInterruption() {
+    return std::make_shared<sys::Interruption>();
 }
 
 PersonAtTerminal& person() {

@@ -23,6 +23,7 @@ public:
     Expected<std::vector<OdString>> trustedFolders() const override;
     /// Settings that cannot be read are no reason to lock colleagues out.
     bool followsSharedFolders() const override;
+    std::shared_ptr<void> deferInterruption() override;
 
     /// The word that was typed, such as "commit".
     void setCommand(const std::string& command) { command_ = command; }

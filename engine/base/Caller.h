@@ -51,6 +51,10 @@ public:
     virtual Expected<std::vector<OdString>> trustedFolders() const = 0;
     /// Whether what is made in a shared repository follows its folder (see SharedMode.h).
     virtual bool followsSharedFolders() const = 0;
+    /// As long as what this gives lives, a wish to end the process waits for a moment at which
+    /// nothing is left behind (see sys/Interruption.h). A guest in the process of another program,
+    /// whose signals are not its own, gives nothing.
+    virtual std::shared_ptr<void> deferInterruption() { return nullptr; }
 };
 
 }  // namespace qrv

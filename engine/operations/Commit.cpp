@@ -3,6 +3,7 @@
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Translation.h>
 #include <engine/operations/CommitInternal.h>
+#include <engine/operations/WithRepositoryInternal.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/tree/Shape.h>
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <utility>
 
 namespace qrv {
@@ -94,7 +96,7 @@ Expected<StoredFiles> storeAll(Repository& repository, const std::vector<StagedF
 }
 
 CommitEntry addToHistory(WorkingTree& workingTree, std::vector<FileDelta> deltas,
-                         const CommitText& text) {
+                         const CommitRequest& text) {
     History& history = workingTree.repository().history();
     DatabaseTransaction transaction(history.database());
     NewCommit commit;
@@ -135,12 +137,21 @@ void clearStage(WorkingTree& workingTree, const std::map<OdString, std::int64_t>
     transaction.commit();
 }
 
+OdString trimmed(const OdString& message) {
+    static constexpr const char* blanks = " \t\r\n";
+    const std::string text = message.toNarrow();
+    const std::size_t begin = text.find_first_not_of(blanks);
+    if (begin == std::string::npos)
+        return {};
+    return OdString::fromNarrow(text.substr(begin, text.find_last_not_of(blanks) + 1 - begin));
+}
+
 }  // namespace
 
 Expected<CommitEntry> commitStaged(WorkingTree& workingTree, const WorkingChanges& changes,
-                                   const CommitText& text) {
+                                   const CommitRequest& text) {
     // Files that wait for their names would be left behind, hundreds of them.
-    const sys::Interruption interruption;
+    const std::shared_ptr<void> deferred = workingTree.caller().deferInterruption();
     if (const std::size_t count = workingTree.repository().state().conflicts.size(); count > 0)
         return ErrorMessage{
             OdString::format(tr(L"Conflicts to resolve before a commit: %i (qrv resolve)"), count)};
@@ -166,6 +177,26 @@ Expected<CommitEntry> commitStaged(WorkingTree& workingTree, const WorkingChange
     if (const Expected<void> saved = workingTree.repository().saveState(); !saved)
         return saved.error();
     return entry;
+}
+
+Expected<Committed> commit(const std::string& folder, const CommitRequest& request,
+                           Caller& caller) {
+    const CommitRequest text = {request.author, trimmed(request.message)};
+    if (text.message.isEmpty())
+        return ErrorMessage{tr(L"A commit needs a message that says what was done")};
+    const auto action = [&](WorkingTree& workingTree) -> Expected<Committed> {
+        const Expected<WorkingChanges> changes = findChanges(workingTree);
+        if (!changes)
+            return changes.error();
+        Expected<CommitEntry> entry = commitStaged(workingTree, *changes, text);
+        if (!entry)
+            return entry.error();
+        // A look is what often comes next.
+        workingTree.keepBaseline(workingTree.baseline());
+        return Committed{std::move(*entry), workingTree.repository().branch()};
+    };
+    return withRepository(folder, Repository::Use::change, caller, action,
+                          WorkingTree::Scan::ahead);
 }
 
 }  // namespace qrv
