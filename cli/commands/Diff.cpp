@@ -14,6 +14,7 @@
 #include <engine/diff/Patch.h>
 #include <engine/history/CommitName.h>
 #include <engine/journal/OpenTree.h>
+#include <engine/paths/PathParts.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>

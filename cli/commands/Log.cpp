@@ -8,8 +8,8 @@
 #include <common/history/HistoryItem.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/diff/PathHistory.h>
 #include <engine/history/CommitName.h>
+#include <engine/history/PathHistory.h>
 #include <engine/history/ShortForms.h>
 #include <engine/journal/OpenTree.h>
 #include <engine/worktree/PathArgument.h>

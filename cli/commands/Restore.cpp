@@ -12,6 +12,7 @@
 #include <engine/journal/Perform.h>
 #include <engine/journal/StepsToTree.h>
 #include <engine/paths/Layout.h>
+#include <engine/paths/PathParts.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/repository/LogEntry.h>
 #include <engine/worktree/PathArgument.h>

@@ -3,6 +3,7 @@
 #include <engine/journal/FileStep.h>
 #include <engine/journal/Leftovers.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/paths/PathParts.h>
 #include <engine/worktree/AsideName.h>
 #include <engine/worktree/FileDigest.h>
 #include <sys/TemporaryName.h>
@@ -18,15 +19,6 @@ namespace {
 
 /// For what lies aside and belongs to no step of the entry.
 constexpr const char* nameWithoutStep = "found";
-
-std::string folderOf(const OdString& path) {
-    const int slash = path.reverseFind(L'/');
-    return slash < 0 ? "." : path.left(slash).toNarrow();
-}
-
-std::string nameOf(const OdString& path) {
-    return path.mid(path.reverseFind(L'/') + 1).toNarrow();
-}
 
 /// One folder of an entry.
 class Cleaning {
@@ -125,9 +117,9 @@ private:
     std::optional<std::string> nameOfStep(const std::string& aside) const {
         const std::optional<std::size_t> position = positionOfAside(aside);
         if (!position || *position >= entry_.steps.size() ||
-            folderOf(entry_.steps[*position].path) != path_)
+            folderOf(entry_.steps[*position].path).toNarrow() != path_)
             return std::nullopt;
-        return nameOf(entry_.steps[*position].path);
+        return nameOf(entry_.steps[*position].path).toNarrow();
     }
 
     sys::Folder folder_;
@@ -142,7 +134,7 @@ private:
 Expected<void> settleLeftovers(WorkingTree& workingTree, const JournalEntry& entry) {
     std::set<std::string> paths;
     for (const TreeStep& step : entry.steps)
-        paths.insert(folderOf(step.path));
+        paths.insert(folderOf(step.path).toNarrow());
     for (const std::string& path : paths) {
         sys::Outcome<sys::Folder> folder = workingTree.folder().openFolder(path);
         // A link or a file in a folder's place is somebody's, and nothing of ours lies behind it.

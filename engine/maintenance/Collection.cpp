@@ -6,6 +6,7 @@
 #include <engine/maintenance/Packing.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/paths/Layout.h>
+#include <engine/paths/PathParts.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/Age.h>
 #include <engine/storage/PackFile.h>
@@ -30,11 +31,6 @@ constexpr std::chrono::hours leftoverAge{24};
 void add(Amount& amount, std::int64_t sizeBytes) {
     ++amount.count;
     amount.sizeBytes += sizeBytes;
-}
-
-OdString parentOf(const OdString& path) {
-    const int slash = path.reverseFind(L'/');
-    return slash < 0 ? OdString(L".") : path.left(slash);
 }
 
 class Run {
@@ -133,7 +129,7 @@ private:
     std::vector<MetadataFile> allLeftovers(const MetadataFiles& files) const {
         std::set<OdString> folders = {OdString(L".")};
         for (const auto& [path, file] : repository_.headFiles())
-            folders.insert(parentOf(path));
+            folders.insert(folderOf(path));
         std::vector<MetadataFile> all = files.leftovers;
         for (const OdString& folder : folders) {
             if (folder == OdString(layout::propertiesFolder))

@@ -1,4 +1,5 @@
 #include <engine/operations/StagingFactsInternal.h>
+#include <engine/paths/PathParts.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/worktree/FoldedName.h>
 #include <engine/worktree/OpenDrawings.h>
@@ -17,11 +18,6 @@ namespace {
 
 using common::FileChange;
 using common::StagedFile;
-
-OdString parentOf(const OdString& path) {
-    const int slash = path.reverseFind(L'/');
-    return slash < 0 ? OdString() : path.left(slash);
-}
 
 /// All names of files and folders that are in the way of another one on some file system.
 class NameTable {

@@ -2,6 +2,7 @@
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/paths/PathParts.h>
 #include <engine/storage/HostStorage.h>
 #include <engine/storage/ReadToEnd.h>
 #include <engine/storage/StorageMessages.h>
@@ -74,11 +75,6 @@ std::error_code publishForGood(sys::NewFile& file, const sys::Folder& folder,
 
 constexpr sys::NewFile::Existing replace = sys::NewFile::Existing::replace;
 
-std::string parentOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash);
-}
-
 }  // namespace
 
 Expected<sys::Folder> HostStorage::folderOf(const common::RootPath& root) {
@@ -127,7 +123,7 @@ Expected<void> HostStorage::exportBelow(const common::RootPath& root, const OdSt
     if (!file)
         return file.error();
     if (const std::error_code error =
-            publishForGood(*file, target, parentOf(path.bytes()), existing))
+            publishForGood(*file, target, qrv::folderOf(path.text()).toNarrow(), existing))
         return cannotWrite(path.text(), causeOf(error));
     return {};
 }
@@ -170,7 +166,7 @@ Expected<bool> HostStorage::restore(const common::RootPath& root, const OdString
     if (!file)
         return file.error();
     if (const std::error_code error =
-            publishForGood(*file, *folder, parentOf(checked->bytes()), replace))
+            publishForGood(*file, *folder, qrv::folderOf(checked->text()).toNarrow(), replace))
         return cannotWrite(path, causeOf(error));
     return true;
 }

@@ -1,6 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Suggestion.h>
 #include <engine/base/Translation.h>
+#include <engine/paths/PathParts.h>
 #include <engine/worktree/FileWord.h>
 #include <engine/worktree/PathArgument.h>
 #include <engine/worktree/PathGlob.h>

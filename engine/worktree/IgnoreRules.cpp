@@ -2,6 +2,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/Layout.h>
+#include <engine/paths/PathParts.h>
 #include <engine/worktree/IgnoreRules.h>
 #include <platform/ut/TextFile.h>
 
@@ -40,15 +41,6 @@ std::optional<std::vector<OdString>> linesOf(const common::RootPath& root) {
     for (OdString line = file.getFirstLine(); !file.eof(); line = file.getNextLine())
         lines.push_back(std::move(line));
     return lines;
-}
-
-OdString parentOf(const OdString& path) {
-    const int slash = path.reverseFind(L'/');
-    return slash < 0 ? OdString() : path.left(slash);
-}
-
-OdString nameOf(const OdString& path) {
-    return path.mid(path.reverseFind(L'/') + 1);
 }
 
 /// Makes the ignore file where it is missing, with the explanation and the default rules. A failure

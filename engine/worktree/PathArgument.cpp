@@ -2,7 +2,6 @@
 #include <engine/base/Translation.h>
 #include <engine/worktree/PathArgument.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -44,15 +43,6 @@ Expected<OdString> pathInRepository(const common::RootPath& root, const std::str
                                              printable(OdString::fromNarrow(argument)),
                                              printable(root.path()))};
     return OdString::fromNarrow(relative.native());
-}
-
-bool isChosen(const OdString& path, const std::vector<OdString>& chosen) {
-    return std::any_of(chosen.begin(), chosen.end(), [&path](const OdString& choice) {
-        if (choice.isEmpty() || choice == path)
-            return true;
-        const OdString folder = choice + L'/';
-        return path.left(folder.getLength()) == folder;
-    });
 }
 
 }  // namespace qrv

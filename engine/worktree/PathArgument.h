@@ -5,15 +5,11 @@
 #include <platform/kernel/OdString.h>
 
 #include <string>
-#include <vector>
 
 namespace qrv {
 
 /// The path that a person typed, relative to the root; empty for the root itself. The file need not
 /// exist. Fails, with a message that names it, when it lies outside the repository.
 Expected<OdString> pathInRepository(const common::RootPath& root, const std::string& argument);
-
-/// Whether `path` is one of `chosen` or lies below one of them. The empty text chooses everything.
-bool isChosen(const OdString& path, const std::vector<OdString>& chosen);
 
 }  // namespace qrv

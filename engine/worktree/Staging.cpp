@@ -1,5 +1,5 @@
 #include <common/state/Transaction.h>
-#include <engine/worktree/PathArgument.h>
+#include <engine/paths/PathParts.h>
 #include <engine/worktree/Staging.h>
 
 #include <algorithm>

@@ -10,7 +10,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qrv::isChosen;
 using qrv_test::writeFile;
 
 /// Beside it lies another folder.
@@ -74,16 +73,6 @@ TEST_F(PathArgument, KeepsTheNamesOfFilesWhoseFolderBecameALink) {
 
 TEST_F(PathArgument, KeepsEveryByte) {
     EXPECT_EQ(path("two  blanks\n\xE4.dwg"), "[plans/two  blanks\n\xE4.dwg]");
-}
-
-TEST(ChosenPath, IsTheFileItselfOrBelowTheFolder) {
-    EXPECT_TRUE(isChosen(L"plans/a.dwg", {L"plans/a.dwg"}));
-    EXPECT_TRUE(isChosen(L"plans/old/a.dwg", {L"x", L"plans"}));
-    EXPECT_TRUE(isChosen(L"anything", {L""}));
-    EXPECT_FALSE(isChosen(L"plans 2/a.dwg", {L"plans"}));
-    EXPECT_FALSE(isChosen(L"plans", {L"plans/a.dwg"}));
-    EXPECT_FALSE(isChosen(L"Plans/a.dwg", {L"plans"}));
-    EXPECT_FALSE(isChosen(L"a", {}));
 }
 
 }  // namespace

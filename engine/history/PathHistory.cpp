@@ -1,5 +1,5 @@
-#include <engine/diff/PathHistory.h>
-#include <engine/worktree/PathArgument.h>
+#include <engine/history/PathHistory.h>
+#include <engine/paths/PathParts.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include <engine/diff/PathHistory.h>
+#include <engine/history/PathHistory.h>
 #include <tests/engine/history/Repository.h>
 
 #include <gtest/gtest.h>
