@@ -11,6 +11,7 @@
 #include <cli/text/Names.h>
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
+#include <engine/base/SortedLookup.h>
 #include <engine/base/Translation.h>
 #include <engine/history/ShortForms.h>
 #include <engine/journal/OpenTree.h>
@@ -59,11 +60,8 @@ struct Status {
 };
 
 bool contains(const std::vector<StagedFile>& files, const OdString& path) {
-    const auto isBefore = [](const StagedFile& file, const OdString& sought) {
-        return file.path < sought;
-    };
-    const auto found = std::lower_bound(files.begin(), files.end(), path, isBefore);
-    return found != files.end() && found->path == path;
+    return findSorted(files, [&path](const StagedFile& file) { return file.path <=> path; }) !=
+           nullptr;
 }
 
 bool isInConflict(const std::vector<common::ConflictData>& conflicts, const OdString& path) {

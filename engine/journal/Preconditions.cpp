@@ -1,8 +1,10 @@
+#include <engine/base/SortedLookup.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
 #include <engine/journal/Preconditions.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/storage/Age.h>
+#include <engine/tree/Shape.h>
 #include <engine/worktree/FileDigest.h>
 #include <engine/worktree/FoldedName.h>
 #include <engine/worktree/OpenDrawings.h>
@@ -37,15 +39,9 @@ std::vector<OdString> stayingFiles(const std::vector<TreeStep>& steps,
     return staying;
 }
 
-/// Whether a file of `staying` lies where the new file needs a folder, or below its name.
+/// Whether a file that stays lies where the new file needs a folder, or below its name.
 bool isBlocked(const OdString& path, const std::vector<OdString>& staying) {
-    for (int slash = path.find(L'/'); slash >= 0; slash = path.find(L'/', slash + 1)) {
-        if (holds(staying, path.left(slash)))
-            return true;
-    }
-    const OdString folder = path + L'/';
-    const auto first = std::lower_bound(staying.begin(), staying.end(), folder);
-    return first != staying.end() && first->left(folder.getLength()) == folder;
+    return !fileInTheWay(path, staying, [](const OdString&) { return false; }).isEmpty();
 }
 
 /// Whether something lies there that the scan does not count: a link, also in place of a folder, or
@@ -134,17 +130,13 @@ private:
     bool isBelieved(const OdString& path, const sys::FileStamp& version) const {
         if (changeOf(path, changes_) != common::FileChange::unchanged)
             return false;
-        const std::vector<KnownFile>& files = changes_.baseline->files();
-        const auto file = std::lower_bound(files.begin(), files.end(), path,
-                                           [](const KnownFile& known, const OdString& sought) {
-                                               return compare(known.path, sought) < 0;
-                                           });
-        if (file == files.end() || compare(file->path, path) != 0)
-            return false;
-        return isUnmodified(*file, {.kind = sys::FileKind::regular,
-                                    .sizeBytes = version.sizeBytes,
-                                    .modifiedNs = version.modifiedNs,
-                                    .changedNs = version.changedNs});
+        const KnownFile* const file =
+            findSorted(changes_.baseline->files(),
+                       [&path](const KnownFile& known) { return compare(known.path, path); });
+        return file != nullptr && isUnmodified(*file, {.kind = sys::FileKind::regular,
+                                                       .sizeBytes = version.sizeBytes,
+                                                       .modifiedNs = version.modifiedNs,
+                                                       .changedNs = version.changedNs});
     }
 
     const WorkingTree& workingTree_;

@@ -1,4 +1,6 @@
 #include <engine/base/Printable.h>
+#include <engine/base/SortedLookup.h>
+#include <engine/paths/PathParts.h>
 #include <engine/worktree/Unseen.h>
 
 #include <algorithm>
@@ -9,19 +11,15 @@ namespace qrv {
 namespace {
 
 bool isListed(const OdString& path, const std::vector<Unseen>& sorted) {
-    const auto isBefore = [](const Unseen& unseen, const OdString& sought) {
-        return unseen.path < sought;
-    };
-    const auto found = std::lower_bound(sorted.begin(), sorted.end(), path, isBefore);
-    return found != sorted.end() && found->path == path;
+    return findSorted(sorted, [&path](const Unseen& unseen) { return unseen.path <=> path; }) !=
+           nullptr;
 }
 
 /// The root has none above it.
 bool isBelowListed(const OdString& path, const std::vector<Unseen>& sorted) {
     OdString above = path;
     while (!above.isEmpty()) {
-        const int slash = above.reverseFind(L'/');
-        above = slash < 0 ? OdString() : above.left(slash);
+        above = parentOf(above);
         if (isListed(above, sorted))
             return true;
     }

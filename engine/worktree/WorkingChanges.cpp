@@ -1,5 +1,6 @@
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
+#include <engine/base/SortedLookup.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/tree/Renames.h>
@@ -161,11 +162,8 @@ void refreshIndex(WorkingTree& workingTree, const std::vector<Verdict>& verdicts
 }
 
 bool holds(const std::vector<common::File>& files, const OdString& path) {
-    const auto isBefore = [](const common::File& file, const OdString& sought) {
-        return file.path < sought;
-    };
-    const auto found = std::lower_bound(files.begin(), files.end(), path, isBefore);
-    return found != files.end() && found->path == path;
+    return findSorted(files, [&path](const common::File& file) { return file.path <=> path; }) !=
+           nullptr;
 }
 
 }  // namespace
