@@ -41,25 +41,19 @@ struct Arguments {
     bool asJson = false;
 };
 
-Expected<Snapshot> snapshotOfCommit(WorkingTree& workingTree, const std::string& name) {
+Expected<Tree> treeOfCommit(WorkingTree& workingTree, const std::string& name) {
     const Expected<OdString> hash =
         findCommit(workingTree.repository().history(), OdString::fromNarrow(name),
                    workingTree.repository().branch());
     if (!hash)
         return hash.error();
-    return snapshotOf(workingTree.repository().history().tree(*hash));
+    return workingTree.repository().history().tree(*hash);
 }
 
-Expected<Snapshot> snapshotOfWorkingTree(WorkingTree& workingTree) {
-    const Expected<WorkingChanges> changes = findChanges(workingTree);
-    if (!changes)
-        return changes.error();
-    return snapshotOf(workingTree, *changes);
-}
-
+template <class After>
 Expected<std::vector<OdString>> chosenPaths(const WorkingTree& workingTree,
                                             const std::vector<std::string>& arguments,
-                                            const Snapshot& before, const Snapshot& after) {
+                                            const Tree& before, const After& after) {
     std::vector<OdString> chosen;
     for (const std::string& argument : arguments) {
         const Expected<OdString> path = pathInRepository(workingTree.root(), argument);
@@ -75,28 +69,41 @@ Expected<std::vector<OdString>> chosenPaths(const WorkingTree& workingTree,
     return chosen;
 }
 
-Expected<std::vector<Difference>> findDifferences(WorkingTree& workingTree,
-                                                  const Arguments& arguments) {
-    const Expected<Snapshot> before = arguments.before
-                                          ? snapshotOfCommit(workingTree, *arguments.before)
-                                          : snapshotOf(workingTree.repository().headFiles());
-    if (!before)
-        return before.error();
-    const Expected<Snapshot> after = arguments.after
-                                         ? snapshotOfCommit(workingTree, *arguments.after)
-                                         : snapshotOfWorkingTree(workingTree);
-    if (!after)
-        return after.error();
+template <class After>
+Expected<std::vector<Difference>> chosenDifferences(const WorkingTree& workingTree,
+                                                    const Arguments& arguments, const Tree& before,
+                                                    const After& after) {
     const Expected<std::vector<OdString>> chosen =
-        chosenPaths(workingTree, arguments.paths, *before, *after);
+        chosenPaths(workingTree, arguments.paths, before, after);
     if (!chosen)
         return chosen.error();
-    std::vector<Difference> differences = differencesBetween(*before, *after);
+    std::vector<Difference> differences = differencesBetween(before, after);
     if (!chosen->empty())
         std::erase_if(differences, [&chosen](const Difference& difference) {
             return !isChosen(difference.path, *chosen) && !isChosen(difference.oldPath(), *chosen);
         });
     return differences;
+}
+
+Expected<std::vector<Difference>> findDifferences(WorkingTree& workingTree,
+                                                  const Arguments& arguments) {
+    const Expected<Tree> before = arguments.before ? treeOfCommit(workingTree, *arguments.before)
+                                                   : workingTree.repository().headFiles();
+    if (!before)
+        return before.error();
+    if (arguments.after) {
+        const Expected<Tree> after = treeOfCommit(workingTree, *arguments.after);
+        if (!after)
+            return after.error();
+        return chosenDifferences(workingTree, arguments, *before, *after);
+    }
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
+    if (!changes)
+        return changes.error();
+    const Expected<WorkingFiles> after = readWorkingFiles(workingTree, *changes);
+    if (!after)
+        return after.error();
+    return chosenDifferences(workingTree, arguments, *before, *after);
 }
 
 void writeNames(const std::vector<Difference>& differences, std::string_view end, Output& output) {
@@ -146,7 +153,7 @@ void writeLine(PatchLine kind, std::string_view line, Output& output) {
 
 /// An absent side is an empty text.
 Expected<std::optional<std::string>> readSide(WorkingTree& workingTree, const OdString& path,
-                                              const std::optional<FileVersion>& version) {
+                                              const std::optional<TreeFile>& version) {
     if (!version)
         return std::optional(std::string());
     return readText(workingTree, path, *version);

@@ -39,8 +39,7 @@ Expected<OdString> hashOf(WorkingTree& workingTree, const std::string& name) {
 
 std::vector<Difference> changesOf(History& history, const CommitEntry& commit) {
     const OdString parent = commit.parents.empty() ? OdString() : commit.parents.front();
-    return differencesBetween(snapshotOf(history.tree(parent)),
-                              snapshotOf(history.tree(commit.hash)),
+    return differencesBetween(history.tree(parent), history.tree(commit.hash),
                               renamesOf(history.deltas(commit.hash)));
 }
 
@@ -122,7 +121,7 @@ Expected<void> showFile(WorkingTree& workingTree, const std::string& commit,
     if (file == tree.end())
         return ErrorMessage{OdString::format(tr(L"'%ls' is not in the commit"),
                                              printable(OdString::fromNarrow(argument)))};
-    return writeVersion(workingTree, file->second.url, output);
+    return writeVersion(workingTree, file->second.contents, output);
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {

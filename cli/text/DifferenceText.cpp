@@ -65,7 +65,7 @@ OdString sizeText(const Difference& difference) {
     if (difference.before && difference.after && difference.hasOtherContents())
         return OdString::format(tr(L" (%i -> %i bytes)"), difference.before->sizeBytes,
                                 difference.after->sizeBytes);
-    const FileVersion& version = difference.after ? *difference.after : *difference.before;
+    const TreeFile& version = difference.after ? *difference.after : *difference.before;
     return OdString::format(tr(L" (%i bytes)"), version.sizeBytes);
 }
 
@@ -79,11 +79,11 @@ jsonlib::json::Array toJson(const std::vector<Difference>& differences) {
             object[L"previousPath"] = difference.previousPath.toWide();
         if (difference.before) {
             object[L"sizeBefore"] = difference.before->sizeBytes;
-            object[L"digestBefore"] = digestOf(*difference.before).toWide();
+            object[L"digestBefore"] = difference.before->digest().toWide();
         }
         if (difference.after) {
             object[L"sizeAfter"] = difference.after->sizeBytes;
-            object[L"digestAfter"] = digestOf(*difference.after).toWide();
+            object[L"digestAfter"] = difference.after->digest().toWide();
         }
         array.emplace_back(std::move(object));
     }

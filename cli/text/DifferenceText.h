@@ -1,7 +1,7 @@
 #pragma once
 
 #include <common/json/Value.h>
-#include <engine/diff/Differences.h>
+#include <engine/diff/Difference.h>
 #include <platform/kernel/OdString.h>
 
 #include <vector>

@@ -15,16 +15,16 @@ namespace {
 
 constexpr std::size_t largestTextBytes = 10'000'000;
 
-Expected<std::string> readStored(WorkingTree& workingTree, const FileVersion& version) {
+Expected<std::string> readStored(WorkingTree& workingTree, const TreeFile& version) {
     const Expected<std::unique_ptr<VersionReader>> reader =
         workingTree.repository()
             .storages()
-            .ofUrl(version.url)
-            .open(workingTree.root(), version.url);
+            .ofUrl(version.contents)
+            .open(workingTree.root(), version.contents);
     if (!reader)
         return reader.error();
     if (*reader == nullptr)
-        return notKept(version.url);
+        return notKept(version.contents);
     // One more than there should be, for the end is where the contents are checked.
     std::string bytes(static_cast<std::size_t>(version.sizeBytes) + 1, '\0');
     const Expected<std::size_t> count = (*reader)->read(bytes);
@@ -54,12 +54,12 @@ Expected<std::string> readWorking(const WorkingTree& workingTree, const OdString
 }  // namespace
 
 Expected<std::optional<std::string>> readText(WorkingTree& workingTree, const OdString& path,
-                                              const FileVersion& version) {
+                                              const TreeFile& version) {
     const bool isDrawing = common::fileToType(path) == common::FileStorage::Drawing;
     if (isDrawing || static_cast<std::size_t>(version.sizeBytes) > largestTextBytes)
         return std::optional<std::string>();
     Expected<std::string> bytes =
-        version.url.isEmpty() ? readWorking(workingTree, path) : readStored(workingTree, version);
+        version.isStored() ? readStored(workingTree, version) : readWorking(workingTree, path);
     if (!bytes)
         return bytes.error();
     if (bytes->size() > largestTextBytes || !isText(*bytes))

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <common/base/Expected.h>
-#include <engine/diff/Snapshot.h>
+#include <engine/tree/TreeFile.h>
 #include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
 
@@ -14,6 +14,6 @@ namespace qrv {
 /// nothing for a drawing, a file of more than 10 MB, and what is not text (see isText). Fails when
 /// they cannot be read, and when what is stored is damaged.
 Expected<std::optional<std::string>> readText(WorkingTree& workingTree, const OdString& path,
-                                              const FileVersion& version);
+                                              const TreeFile& version);
 
 }  // namespace qrv

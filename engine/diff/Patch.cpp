@@ -162,7 +162,7 @@ void writePatchLines(const Difference& difference, std::string_view before, std:
 }
 
 void writeBinaryRemark(const Difference& difference, const PatchSink& sink) {
-    const auto size = [](const std::optional<FileVersion>& version) {
+    const auto size = [](const std::optional<TreeFile>& version) {
         return std::to_string(version ? version->sizeBytes : 0);
     };
     sink(PatchLine::remark, "Binary files " + oldNameIfThere(difference) + " and " +

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <engine/diff/Differences.h>
+#include <engine/diff/Difference.h>
 #include <platform/kernel/OdString.h>
 
 #include <functional>

@@ -31,7 +31,8 @@ void noteInIndex(WorkingTree& workingTree, const JournalEntry& entry, const Appl
             common::removeIndex(step.path, cache);
             continue;
         }
-        common::updateIndex(step.path, cache, workingTree.root(), file->second.url != step.after);
+        common::updateIndex(step.path, cache, workingTree.root(),
+                            file->second.contents != step.after);
         if (cache.read().index.at(step.path).lastChecked != time->second)
             common::removeIndex(step.path, cache);
     }

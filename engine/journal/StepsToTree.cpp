@@ -100,14 +100,14 @@ Expected<std::vector<TreeStep>> stepsToTree(WorkingTree& workingTree, const Tree
             return present.error();
         const TreeFile* const wanted = fileIn(target, path);
         const TreeFile file = wanted == nullptr ? TreeFile() : *wanted;
-        if (!present->isUnsaved && present->url == file.url)
+        if (!present->isUnsaved && present->url == file.contents)
             continue;
         if (present->isUnsaved)
             refused.push_back(path);
         Expected<RelativePath> safe = RelativePath::check(path);
         if (!safe)
             return safe.error();
-        steps.push_back({std::move(*safe), present->url, file.url, file.sizeBytes});
+        steps.push_back({std::move(*safe), present->url, file.contents, file.sizeBytes});
     }
     if (!refused.empty() && unsaved == Unsaved::refuse)
         return refusal(refused);

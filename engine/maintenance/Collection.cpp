@@ -77,12 +77,12 @@ private:
         named_ = namedVersions(history, [](const OdString& error) { throw DatabaseError(error); });
         keepRecorded();
         for (const auto& [path, file] : repository_.headFiles())
-            plain_.insert(file.url);
+            plain_.insert(file.contents);
         for (const common::Reference& reference : history.references()) {
             if (reference.type != common::RefType::Branch)
                 continue;
             for (const auto& [path, file] : history.tree(reference.commitHash))
-                plain_.insert(file.url);
+                plain_.insert(file.contents);
         }
     }
 

@@ -80,7 +80,7 @@ Expected<StoredFiles> storeAll(Repository& repository, const std::vector<StagedF
             return done.error();
         stored.ticksByPath.emplace(file.path, toTicks(done->stamp.modifiedNs));
         const auto old = head.find(file.path);
-        if (old == head.end() || old->second.url != done->url)
+        if (old == head.end() || old->second.contents != done->url)
             stored.deltas.push_back({*path, done->url, std::nullopt, done->stamp.sizeBytes});
         progress->add(done->stamp.sizeBytes);
     }

@@ -76,7 +76,7 @@ Repository::Repository(RepositoryPlace place, std::optional<sys::Lock> lock, His
           const auto previous = renames.find(path);
           const Tree& files = headFiles();
           const auto file = files.find(previous == renames.end() ? path : previous->second);
-          return file == files.end() ? OdString() : file->second.url;
+          return file == files.end() ? OdString() : file->second.contents;
       })) {
     storages_->use(root_, folder_);
 }

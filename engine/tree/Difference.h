@@ -19,7 +19,7 @@ void visitDifferences(const Before& before, const After& after, const Visit& vis
             visit(old->first, &old->second, nullptr);
         else if (order > 0)
             visit(now->first, nullptr, &now->second);
-        else if (old->second.url != now->second.url)
+        else if (old->second.contents != now->second.contents)
             visit(now->first, &old->second, &now->second);
         if (order <= 0)
             ++old;

@@ -11,7 +11,7 @@ std::vector<FileDelta> deltasBetween(const Tree& before, const Tree& after) {
         if (file == nullptr)
             deltas.push_back({path, {}, {}, 0});
         else
-            deltas.push_back({path, file->url, {}, file->sizeBytes});
+            deltas.push_back({path, file->contents, {}, file->sizeBytes});
     });
     return deltas;
 }

@@ -20,16 +20,17 @@ ThreeWayResult compareThreeWays(const Tree& base, const Tree& ours, const Tree& 
     // Only what the other side changed can need anything to be done.
     visitDifferences(
         base, theirs, [&](const auto& path, const TreeFile* old, const TreeFile* other) {
-            const OdString before = old == nullptr ? OdString() : old->url;
+            const OdString before = old == nullptr ? OdString() : old->contents;
             const OdString local = urlIn(ours, path);
             const TreeFile remote = other == nullptr ? TreeFile() : *other;
-            if (local == remote.url)
+            if (local == remote.contents)
                 return;
             if (local == before)
-                result.taken.push_back({path, local, remote.url, remote.sizeBytes});
+                result.taken.push_back({path, local, remote.contents, remote.sizeBytes});
             else
                 result.conflicts.push_back({path, changeBetween(before, local),
-                                            changeBetween(before, remote.url), local, remote.url});
+                                            changeBetween(before, remote.contents), local,
+                                            remote.contents});
         });
     return result;
 }

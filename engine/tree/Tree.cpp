@@ -9,7 +9,7 @@ const TreeFile* fileIn(const Tree& tree, const OdString& path) {
 
 OdString urlIn(const Tree& tree, const OdString& path) {
     const TreeFile* const file = fileIn(tree, path);
-    return file == nullptr ? OdString() : file->url;
+    return file == nullptr ? OdString() : file->contents;
 }
 
 }  // namespace qrv

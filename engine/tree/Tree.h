@@ -1,6 +1,7 @@
 #pragma once
 
 #include <engine/paths/RelativePath.h>
+#include <engine/tree/TreeFile.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
@@ -8,14 +9,6 @@
 #include <map>
 
 namespace qrv {
-
-/// A file of a tree.
-struct TreeFile {
-    OdString url;
-    std::int64_t sizeBytes = 0;
-
-    friend bool operator==(const TreeFile&, const TreeFile&) = default;
-};
 
 /// A file without its contents, in a tree or on a disk, where names are not checked.
 struct SizedFile {

@@ -9,9 +9,9 @@ std::vector<TreeStep> stepsBetween(const Tree& before, const Tree& after) {
                      [&](const auto& path, const TreeFile* old, const TreeFile* file) {
                          TreeStep& step = steps.emplace_back(TreeStep{path, {}, {}, 0});
                          if (old != nullptr)
-                             step.before = old->url;
+                             step.before = old->contents;
                          if (file != nullptr) {
-                             step.after = file->url;
+                             step.after = file->contents;
                              step.sizeBytes = file->sizeBytes;
                          }
                      });

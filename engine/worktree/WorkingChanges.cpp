@@ -221,7 +221,7 @@ std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,
     std::vector<common::UnchangedFile> files;
     for (const auto& [path, file] : workingTree.repository().headFiles()) {
         if (changeOf(path, changes) == FileChange::unchanged)
-            files.push_back({path, file.url});
+            files.push_back({path, file.contents});
     }
     return files;
 }

@@ -9,19 +9,16 @@
 namespace {
 
 using qrv::Difference;
-using qrv::FileVersion;
+using qrv::TreeFile;
 using qrv::cli::differenceText;
 using qrv::cli::sizeText;
 using qrv_test::url;
 
-const Difference added = {L"new\n.txt", {}, {}, FileVersion{url('a'), {}, 12}};
-const Difference removed = {L"gone", {}, FileVersion{url('a'), {}, 7}, {}};
-const Difference modified = {
-    L"plan.dxf", {}, FileVersion{url('a'), {}, 12}, FileVersion{{}, L"b", 13}};
-const Difference renamed = {L"b", L"a", FileVersion{url('a'), {}, 12},
-                            FileVersion{url('a'), {}, 12}};
-const Difference renamedAndModified = {L"b", L"a", FileVersion{url('a'), {}, 12},
-                                       FileVersion{url('b'), {}, 12}};
+const Difference added = {L"new\n.txt", {}, {}, TreeFile{url('a'), 12}};
+const Difference removed = {L"gone", {}, TreeFile{url('a'), 7}, {}};
+const Difference modified = {L"plan.dxf", {}, TreeFile{url('a'), 12}, TreeFile{L"b", 13}};
+const Difference renamed = {L"b", L"a", TreeFile{url('a'), 12}, TreeFile{url('a'), 12}};
+const Difference renamedAndModified = {L"b", L"a", TreeFile{url('a'), 12}, TreeFile{url('b'), 12}};
 
 TEST(DifferenceText, NamesTheChangeAndTheFile) {
     EXPECT_EQ(differenceText(added), L"  added     new\\x0A.txt");

@@ -16,8 +16,8 @@
 namespace {
 
 using namespace std::string_literals;
-using qrv::FileVersion;
 using qrv::readText;
+using qrv::TreeFile;
 using qrv::WorkingTree;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
@@ -34,20 +34,20 @@ struct Office {
     std::unique_ptr<WorkingTree> workingTree = open(folder);
 
     /// Writes the working file and gives its version.
-    FileVersion working(const std::string& name, const std::string& bytes) const {
+    TreeFile working(const std::string& name, const std::string& bytes) const {
         writeFile(folder / name, bytes);
-        return {{}, {}, static_cast<std::int64_t>(bytes.size())};
+        return {{}, static_cast<std::int64_t>(bytes.size())};
     }
     /// Stores the contents and gives their version.
-    FileVersion stored(const std::string& name, const std::string& bytes) const {
-        FileVersion version = working(name, bytes);
+    TreeFile stored(const std::string& name, const std::string& bytes) const {
+        TreeFile version = working(name, bytes);
         const OdString path = OdString::fromNarrow(name);
-        version.url = workingTree->repository().storages().ofFile(path).store(root, path).value();
+        version.contents =
+            workingTree->repository().storages().ofFile(path).store(root, path).value();
         EXPECT_TRUE(workingTree->repository().storages().objects().flush(root));
         return version;
     }
-    Expected<std::optional<std::string>> read(const wchar_t* path,
-                                              const FileVersion& version) const {
+    Expected<std::optional<std::string>> read(const wchar_t* path, const TreeFile& version) const {
         return readText(*workingTree, path, version);
     }
 };
@@ -80,12 +80,12 @@ TEST(ReadText, GivesNothingAboveTenMegabytes) {
     EXPECT_EQ(office.read(L"a", office.working("a", largest)).value(), largest);
     EXPECT_EQ(office.read(L"a", office.working("a", largest + 'a')).value(), std::nullopt);
     // It may have grown since its size was asked for.
-    EXPECT_EQ(office.read(L"a", {{}, {}, 5}).value(), std::nullopt);
+    EXPECT_EQ(office.read(L"a", {{}, 5}).value(), std::nullopt);
 }
 
 TEST(ReadText, FailsWhenTheFileCannotBeRead) {
     const Office office;
-    const auto gone = office.read(L"gone", {{}, {}, 5});
+    const auto gone = office.read(L"gone", {{}, 5});
     ASSERT_FALSE(gone);
     EXPECT_EQ(gone.error().message,
               OdString::format(L"'gone' cannot be read: %ls",
@@ -94,19 +94,19 @@ TEST(ReadText, FailsWhenTheFileCannotBeRead) {
 
 TEST(ReadText, FailsWhenTheStoredVersionIsNotThereOrDamaged) {
     const Office office;
-    const FileVersion version = office.stored("a", "contents");
-    const auto object = office.folder / (".qrv/objects/" + version.url.toNarrow().substr(3));
+    const TreeFile version = office.stored("a", "contents");
+    const auto object = office.folder / (".qrv/objects/" + version.contents.toNarrow().substr(3));
     std::filesystem::permissions(object, std::filesystem::perms::owner_all);
     writeFile(object, "CONTENTS");
     const auto damaged = office.read(L"a", version);
     ASSERT_FALSE(damaged);
-    EXPECT_EQ(damaged.error().message, L"The stored version '" + version.url +
+    EXPECT_EQ(damaged.error().message, L"The stored version '" + version.contents +
                                            L"' is damaged: its contents have another digest");
     std::filesystem::remove(object);
     const auto missing = office.read(L"a", version);
     ASSERT_FALSE(missing);
     EXPECT_EQ(missing.error().message,
-              L"The stored version '" + version.url + L"' is not in the repository");
+              L"The stored version '" + version.contents + L"' is not in the repository");
 }
 
 }  // namespace

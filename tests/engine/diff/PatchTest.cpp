@@ -8,11 +8,11 @@
 namespace {
 
 using qrv::Difference;
-using qrv::FileVersion;
 using qrv::PatchLine;
+using qrv::TreeFile;
 
-const FileVersion somewhere = {{}, L"1", 12};
-const FileVersion elsewhere = {{}, L"2", 34};
+const TreeFile somewhere = {L"1", 12};
+const TreeFile elsewhere = {L"2", 34};
 const Difference modified = {L"plan", {}, somewhere, elsewhere};
 
 template <class Write>

@@ -93,7 +93,7 @@ TEST(FindRenames, JoinsEachHalfOfAnyTreesOnceAndLeavesNoPair) {
             added[relative(L"new/" + path.text())] = file;
         std::multiset<OdString> left;
         for (const auto& [path, file] : removed)
-            left.insert(file.url);
+            left.insert(file.contents);
         std::set<OdString> previous;
         const Renames renames = findRenames(halvesOf(removed), halvesOf(added));
         for (const auto& [path, old] : renames) {
@@ -102,7 +102,7 @@ TEST(FindRenames, JoinsEachHalfOfAnyTreesOnceAndLeavesNoPair) {
             left.erase(left.find(urlIn(removed, old)));
         }
         for (const auto& [path, file] : added)
-            ASSERT_TRUE(renames.contains(path) || !left.contains(file.url));
+            ASSERT_TRUE(renames.contains(path) || !left.contains(file.contents));
     }
 }
 

@@ -49,7 +49,7 @@ inline qrv::Tree treeOf(const std::string& text) {
 inline std::string shown(const qrv::Tree& tree) {
     std::string text;
     for (const auto& [path, treeFile] : tree)
-        text += path.bytes() + " " + letterOf(treeFile.url) + " " +
+        text += path.bytes() + " " + letterOf(treeFile.contents) + " " +
                 std::to_string(treeFile.sizeBytes) + ", ";
     return text;
 }

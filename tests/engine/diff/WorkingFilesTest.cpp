@@ -1,5 +1,5 @@
 #include <engine/base/Digest.h>
-#include <engine/diff/Snapshot.h>
+#include <engine/diff/WorkingFiles.h>
 #include <engine/journal/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/paths/Paths.h>
@@ -17,11 +17,9 @@
 
 namespace {
 
-using qrv::digestOf;
-using qrv::FileVersion;
-using qrv::Snapshot;
-using qrv::snapshotOf;
+using qrv::readWorkingFiles;
 using qrv::WorkingChanges;
+using qrv::WorkingFiles;
 using qrv::WorkingTree;
 using qrv_test::relative;
 using qrv_test::TemporaryFolder;
@@ -52,16 +50,7 @@ struct Office {
     }
 };
 
-TEST(Snapshot, OfATreeHasItsVersions) {
-    const OdString url = L"po:" + digest("x");
-    const Snapshot files = snapshotOf({{relative(L"a"), {url, 7}}});
-    ASSERT_EQ(files.size(), 1);
-    EXPECT_EQ(files.at(L"a").url, url);
-    EXPECT_EQ(files.at(L"a").sizeBytes, 7);
-    EXPECT_EQ(digestOf(files.at(L"a")), digest("x"));
-}
-
-TEST(Snapshot, OfTheWorkingTreeHasWhatTheFilesHold) {
+TEST(WorkingFiles, HaveWhatTheFilesHold) {
     const Office office;
     writeFile(office.folder / "other", "changed");
     writeFile(office.folder / "new", "new one");
@@ -70,37 +59,37 @@ TEST(Snapshot, OfTheWorkingTreeHasWhatTheFilesHold) {
     changes.files.modified.emplace_back(L"other");
     changes.files.added.emplace_back(L"new");
     changes.files.removed.emplace_back(L"gone");
-    const Expected<Snapshot> files = snapshotOf(*office.workingTree, changes);
+    const Expected<WorkingFiles> files = readWorkingFiles(*office.workingTree, changes);
     ASSERT_TRUE(files);
     ASSERT_EQ(files->size(), 3);
-    EXPECT_EQ(files->at(L"kept").url, L"po:" + digest("kept"));
+    EXPECT_EQ(files->at(L"kept").contents, L"po:" + digest("kept"));
     for (const auto& [path, contents] : {std::pair(L"other", "changed"), {L"new", "new one"}}) {
-        EXPECT_EQ(files->at(path).url, OdString());
-        EXPECT_EQ(digestOf(files->at(path)), digest(contents));
+        EXPECT_FALSE(files->at(path).isStored());
+        EXPECT_EQ(files->at(path).digest(), digest(contents));
         EXPECT_EQ(files->at(path).sizeBytes, 7);
     }
 }
 
-TEST(Snapshot, OfTheWorkingTreeLacksWhatWentAwaySinceTheScan) {
+TEST(WorkingFiles, LackWhatWentAwaySinceTheScan) {
     const Office office;
     std::filesystem::remove(office.folder / "other");
     std::filesystem::create_directory(office.folder / "new");
     WorkingChanges changes;
     changes.files.modified.emplace_back(L"other");
     changes.files.added.emplace_back(L"new");
-    const Expected<Snapshot> files = snapshotOf(*office.workingTree, changes);
+    const Expected<WorkingFiles> files = readWorkingFiles(*office.workingTree, changes);
     ASSERT_TRUE(files);
     EXPECT_EQ(files->size(), 2);
     EXPECT_FALSE(files->contains(L"other"));
 }
 
-TEST(Snapshot, OfTheWorkingTreeNeedsEveryChangedFile) {
+TEST(WorkingFiles, NeedEveryChangedFile) {
     const Office office;
     std::filesystem::remove(office.folder / "other");
     std::filesystem::create_symlink("kept", office.folder / "other");
     WorkingChanges changes;
     changes.files.modified.emplace_back(L"other");
-    const Expected<Snapshot> files = snapshotOf(*office.workingTree, changes);
+    const Expected<WorkingFiles> files = readWorkingFiles(*office.workingTree, changes);
     ASSERT_FALSE(files);
     EXPECT_EQ(files.error().message,
               OdString::format(L"'other' cannot be read: %ls",

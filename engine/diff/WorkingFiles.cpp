@@ -1,5 +1,4 @@
-#include <engine/diff/Snapshot.h>
-#include <engine/paths/CheckedUrl.h>
+#include <engine/diff/WorkingFiles.h>
 #include <engine/worktree/FileDigest.h>
 
 #include <utility>
@@ -9,7 +8,7 @@ namespace qrv {
 namespace {
 
 Expected<void> addWorkingFile(const WorkingTree& workingTree, const OdString& path,
-                              Snapshot& files) {
+                              WorkingFiles& files) {
     const sys::Outcome<sys::FileStatus> status = workingTree.folder().status(path.toNarrow());
     Expected<OdString> digest = digestOfFile(workingTree.folder(), path);
     if (!digest)
@@ -18,28 +17,15 @@ Expected<void> addWorkingFile(const WorkingTree& workingTree, const OdString& pa
     if (!status || digest->isEmpty())
         files.erase(path);
     else
-        files[path] = {{}, std::move(*digest), status->sizeBytes};
+        files[path] = {std::move(*digest), status->sizeBytes};
     return {};
 }
 
 }  // namespace
 
-OdString digestOf(const FileVersion& version) {
-    if (version.url.isEmpty())
-        return version.digest;
-    // The history gives out no other URLs than such as can be checked.
-    return CheckedUrl::check(version.url)->digest();
-}
-
-Snapshot snapshotOf(const Tree& tree) {
-    Snapshot files;
-    for (const auto& [path, file] : tree)
-        files.emplace_hint(files.end(), path, FileVersion{file.url, {}, file.sizeBytes});
-    return files;
-}
-
-Expected<Snapshot> snapshotOf(WorkingTree& workingTree, const WorkingChanges& changes) {
-    Snapshot files = snapshotOf(workingTree.repository().headFiles());
+Expected<WorkingFiles> readWorkingFiles(WorkingTree& workingTree, const WorkingChanges& changes) {
+    const Tree& head = workingTree.repository().headFiles();
+    WorkingFiles files(head.begin(), head.end());
     for (const common::File& file : changes.files.removed)
         files.erase(file.path);
     for (const auto* const changed : {&changes.files.modified, &changes.files.added}) {
