@@ -9,6 +9,7 @@
 
 namespace qrv {
 
+/// How the repository is to be made smaller.
 struct CollectGarbageRequest {
     /// Only count what would be done.
     bool onlyLook = false;

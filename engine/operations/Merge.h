@@ -25,6 +25,7 @@ struct MergeRequest {
 
 /// What became of a merge.
 struct Merged {
+    /// How it ended.
     enum class Kind {
         upToDate,     ///< HEAD has all of it already
         fastForward,  ///< HEAD had nothing of its own: the branch now stands for the other commit
@@ -32,6 +33,7 @@ struct Merged {
         conflicts,    ///< files are to be resolved; then a commit ends the merge
     };
 
+    /// How this one ended.
     Kind kind = Kind::upToDate;
     /// The working files that were brought to the other side's version, ordered by path.
     std::vector<OdString> files;

@@ -13,6 +13,7 @@ namespace qrv {
 
 /// How a conflict is to end.
 struct ResolveRequest {
+    /// Which contents the file gets.
     enum class Version {
         mine,    ///< as in HEAD
         theirs,  ///< as in the commit that is being merged
@@ -21,6 +22,7 @@ struct ResolveRequest {
 
     /// The file with the conflict, as a person wrote it: absolute, or below the current folder.
     std::string path;
+    /// The one that is wanted.
     Version version = Version::merged;
     /// Whether contents that are kept nowhere may be replaced: they are stored first, and the
     /// caller is told under which name.

@@ -13,6 +13,7 @@ namespace qrv {
 
 /// The branch to work on.
 struct SwitchRequest {
+    /// Its name.
     OdString branch;
     /// Whether the branch is to be made; without it, it must be there.
     bool create = false;
@@ -23,6 +24,7 @@ struct SwitchRequest {
 
 /// Where HEAD is now.
 struct Switched {
+    /// The current branch.
     OdString branch;
     /// Empty before the first commit.
     OdString commit;

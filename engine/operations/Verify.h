@@ -14,6 +14,7 @@ namespace qrv {
 struct Verified {
     /// Its root.
     OdString root;
+    /// What was looked at, and what is wrong with it.
     Verification found;
 };
 
