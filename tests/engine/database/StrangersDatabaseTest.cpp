@@ -1,9 +1,9 @@
 #include <engine/database/Database.h>
 #include <engine/database/FolderVfsInternal.h>
 #include <engine/database/Schema.h>
+#include <tests/engine/database/DatabaseOfAStranger.h>
 #include <tests/engine/database/Journals.h>
 #include <tests/support/Files.h>
-#include <tests/support/TemporaryFolder.h>
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>
@@ -11,8 +11,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,55 +19,17 @@ namespace {
 namespace fs = std::filesystem;
 using qrv::Database;
 using qrv::DatabaseError;
+using qrv_test::bareConnection;
+using qrv_test::Connection;
 using qrv_test::journalThatNames;
+using qrv_test::run;
 using qrv_test::writeFile;
 using testing::HasSubstr;
 using Access = Database::Access;
 
 constexpr Access allAccesses[] = {Access::readOnly, Access::readWrite, Access::create};
 
-using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
-
-/// SQLite as others use it.
-Connection bareConnection(const std::string& file, const char* vfs = nullptr) {
-    sqlite3* connection = nullptr;
-    sqlite3_open_v2(file.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, vfs);
-    return {connection, &sqlite3_close};
-}
-
-int run(const Connection& connection, const std::string& sql) {
-    return sqlite3_exec(connection.get(), sql.c_str(), nullptr, nullptr, nullptr);
-}
-
-class StrangersDatabase : public testing::Test {
-protected:
-    StrangersDatabase() {
-        run(bareConnection(path("a.db")), "CREATE TABLE t (x)");
-        // For somebody else, too.
-        ::chmod(folder_.path().c_str(), 0755);
-    }
-
-    std::string path(const std::string& name) const { return folder_ / name; }
-
-    /// What the database says, with "DB" for the path of its file.
-    std::string complaint(const std::function<void()>& action) const {
-        try {
-            action();
-        } catch (const DatabaseError& error) {
-            std::string text = error.what();
-            const std::string file = path("a.db");
-            if (const auto at = text.find(file); at != std::string::npos)
-                text.replace(at, file.size(), "DB");
-            return text;
-        }
-        return "no complaint";
-    }
-    std::string complaintOfOpening(Access access) const {
-        return complaint([&] { const Database database(folder_.text("a.db"), access); });
-    }
-
-    const qrv_test::TemporaryFolder folder_;
-};
+using StrangersDatabase = qrv_test::DatabaseOfAStranger;
 
 // A folder that was handed over held a journal whose end named a file of the receiver: a mere look
 // deleted it, because SQLite takes the name for that of a journal of several databases.
@@ -281,83 +241,6 @@ TEST_F(StrangersDatabase, OfManyRowsIsReadToTheEnd) {
     ASSERT_TRUE(sum.step());
     EXPECT_EQ(sum.integer(0), 100000);
     EXPECT_EQ(database.damage(), OdString());
-}
-
-/// This process as somebody who may write nothing of root's, as long as it lives.
-class WithoutRights {
-public:
-    WithoutRights() : isRoot_(::geteuid() == 0) {
-        constexpr uid_t nobody = 65534;
-        if (isRoot_)
-            static_cast<void>(::seteuid(nobody));
-    }
-    WithoutRights(const WithoutRights&) = delete;
-    WithoutRights& operator=(const WithoutRights&) = delete;
-    ~WithoutRights() {
-        if (isRoot_)
-            static_cast<void>(::seteuid(0));
-    }
-
-private:
-    bool isRoot_;
-};
-
-/// Of a file and its folder, so that nothing there can be written.
-class Unwritable {
-public:
-    explicit Unwritable(fs::path folder) : folder_(std::move(folder)) {
-        for (const auto& entry : fs::directory_iterator(folder_))
-            ::chmod(entry.path().c_str(), 0444);
-        ::chmod(folder_.c_str(), 0555);
-    }
-    Unwritable(const Unwritable&) = delete;
-    Unwritable& operator=(const Unwritable&) = delete;
-    ~Unwritable() { ::chmod(folder_.c_str(), 0755); }
-
-private:
-    fs::path folder_;
-};
-
-TEST_F(StrangersDatabase, ThatCannotBeWrittenCanBeRead) {
-    run(bareConnection(path("a.db")), "INSERT INTO t VALUES (5)");
-    // The beginning of a journal that was never finished.
-    writeFile(path("a.db-journal"), std::string(512, '\0'));
-    const Unwritable medium(folder_.path());
-    const WithoutRights user;
-    for (const Access access : {Access::readOnly, Access::readWrite}) {
-        Database database(folder_.text("a.db"), access);
-        qrv::Statement query = database.prepare("SELECT x FROM t");
-        ASSERT_TRUE(query.step());
-        EXPECT_EQ(query.integer(0), 5);
-    }
-}
-
-TEST_F(StrangersDatabase, ThatCannotBeWrittenAndIsHalfWrittenIsRefused) {
-    {
-        const Connection writer = bareConnection(path("a.db"));
-        ASSERT_EQ(run(writer,
-                      "PRAGMA cache_size=2; BEGIN; WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL "
-                      "SELECT i + 1 FROM n LIMIT 300) INSERT INTO t SELECT zeroblob(3000) FROM n"),
-                  SQLITE_OK);
-        fs::create_directory(path("killed"));
-        for (const char* name : {"a.db", "a.db-journal"})
-            fs::copy_file(path(name), path("killed/" + std::string(name)));
-    }
-    const std::string expected =
-        "The database 'killed' cannot be used: a command was interrupted while it wrote, and this "
-        "cannot be taken back where nothing can be written; copy the repository to another disk";
-    const sys::Folder folder = *sys::Folder::open(folder_.path());
-    {
-        const Unwritable medium(path("killed"));
-        const WithoutRights user;
-        for (const Access access : {Access::readOnly, Access::readWrite})
-            EXPECT_EQ(complaint([&] { Database(folder, "killed/a.db", L"killed", access); }),
-                      expected);
-    }
-    fs::permissions(path("killed/a.db"), fs::perms::owner_write, fs::perm_options::add);
-    fs::permissions(path("killed/a.db-journal"), fs::perms::owner_write, fs::perm_options::add);
-    EXPECT_EQ(complaint([&] { Database(folder, "killed/a.db", L"killed", Access::readOnly); }),
-              "no complaint");
 }
 
 }  // namespace

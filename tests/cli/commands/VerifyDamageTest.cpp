@@ -1,0 +1,105 @@
+#include <engine/database/Database.h>
+#include <tests/cli/commands/VerifyProject.h>
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qrv_test::flipByte;
+using qrv_test::middleOfFrame;
+using qrv_test::noise;
+using qrv_test::Outcome;
+
+using VerifyDamage = qrv_test::VerifyProject;
+
+TEST_F(VerifyDamage, FindsAFlippedBitOfAnObject) {
+    flipByte(object("1;bolt\n"), 3);
+    EXPECT_EQ(project.qrv({"verify"}),
+              problem(counts, "The stored version 'po:" + digestOf("1;bolt\n") +
+                                  "' is damaged: its contents have another digest (it is "
+                                  "'parts.csv' in commit 1)"));
+}
+
+TEST_F(VerifyDamage, FindsAFlippedBitOfAPackedObject) {
+    project.write({{"parts.csv", noise(40000)}});
+    project.commit("third");
+    project.write({{"parts.csv", "3;nuts\n"}});
+    project.commit("fourth");
+    project.run({"gc"});
+    const std::string digest = digestOf(noise(40000));
+    flipByte(project / ".qrv/objects.pack", middleOfFrame(project / ".qrv/objects.pack"));
+    const Outcome outcome = project.qrv({"verify"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output, testing::HasSubstr("Packed objects: 3\n"));
+    EXPECT_THAT(outcome.output, testing::HasSubstr("The version " + digest + " in '" + root +
+                                                   "/.qrv/objects.pack' is damaged: "));
+    EXPECT_THAT(outcome.output, testing::HasSubstr("(it is 'parts.csv' in commit 3)"));
+}
+
+TEST_F(VerifyDamage, FindsAFlippedBitOfADrawing) {
+    flipByte(store(), middleOfFrame(store()));
+    const Outcome outcome = project.qrv({"verify"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output, testing::StartsWith(counts + "\nProblems:\n  The version " +
+                                                    digestOf(noise(40000)) + " in '" +
+                                                    store().string() + "' is damaged: "));
+    EXPECT_EQ(outcome.messages, "qrv: Problems: 1\n");
+}
+
+TEST_F(VerifyDamage, FindsATruncatedDrawingStore) {
+    fs::resize_file(store(), fs::file_size(store()) / 2);
+    const Outcome outcome = project.qrv({"verify"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output,
+                testing::HasSubstr("\n  The database '" + store().string() + "' cannot be used: "));
+    EXPECT_THAT(outcome.output, testing::HasSubstr("(it is 'plan.dwg' in commit 1)"));
+}
+
+TEST_F(VerifyDamage, FindsAnEmptiedAndAMissingDrawingStore) {
+    const std::string url = "tf:" + store().stem().string() + "#" + digestOf(noise(40000));
+    const std::string missing =
+        "The stored version '" + url + "' is not in the repository (it is 'plan.dwg' in commit 1)";
+    const std::string none = "Commits: 2\nObjects: 3\nPacked objects: 0\nDrawing versions: 0\n";
+    fs::resize_file(store(), 0);
+    EXPECT_EQ(project.qrv({"verify"}), problem(none, missing));
+    fs::remove(store());
+    EXPECT_EQ(project.qrv({"verify"}), problem(none, missing));
+}
+
+TEST_F(VerifyDamage, FindsACutHistory) {
+    fs::resize_file(project / ".qrv/qrv.db", 5000);
+    const Outcome outcome = project.qrv({"verify"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output,
+                testing::HasSubstr("Problems:\n  The database '" + root + "/.qrv/qrv.db' "));
+}
+
+TEST_F(VerifyDamage, FindsAMissingHistory) {
+    const std::string none = "Commits: 0\nObjects: 3\nPacked objects: 0\nDrawing versions: 1\n";
+    const std::string missing =
+        "\nProblems:\n  The history '" + root +
+        "/.qrv/qrv.db' is missing or empty, although '.qrv/references' shows";
+    fs::resize_file(project / ".qrv/qrv.db", 0);
+    EXPECT_THAT(project.qrv({"verify"}).output, testing::StartsWith(none + missing));
+    fs::remove(project / ".qrv/qrv.db");
+    EXPECT_THAT(project.qrv({"verify"}).output, testing::StartsWith(none + missing));
+    EXPECT_EQ(project.qrv({"verify"}).status, 1);
+}
+
+TEST_F(VerifyDamage, FindsACommitThatSomebodyChanged) {
+    {
+        qrv::Database history(OdString::fromNarrow(root + "/.qrv/qrv.db"),
+                              qrv::Database::Access::readWrite);
+        history.execute("UPDATE commits SET author = 'eve' WHERE number = 2");
+    }
+    EXPECT_EQ(project.qrv({"verify"}),
+              problem(counts, "The history '" + root +
+                                  "/.qrv/qrv.db' is damaged: commit 2 is not the one that its "
+                                  "hash names"));
+}
+
+}  // namespace
