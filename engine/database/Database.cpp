@@ -101,7 +101,7 @@ void Database::open(const sys::Folder& folder, const std::string& name, Access a
     requireRollbackJournal();
     if (isHalfWritten()) {
         connect(name.c_str(), flagsOf(Access::readWrite));
-        takeBack();
+        rollBack();
         connect(name.c_str(), flagsOf(access));
     }
     execute(readOfSchema);
@@ -148,8 +148,8 @@ bool Database::isHalfWritten() {
     return true;
 }
 
-/// Takes back what a killed process had begun to write.
-void Database::takeBack() {
+/// Rolls back what a killed process had begun to write.
+void Database::rollBack() {
     const int result = sqlite3_exec(connection_.get(), anyRead, nullptr, nullptr, nullptr);
     if (result == SQLITE_READONLY || result == SQLITE_CANTOPEN)
         failOnDatabase(

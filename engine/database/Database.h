@@ -32,7 +32,7 @@ public:
 
     /// Opens the file `relative` beneath the folder, or makes it with `create`; `path` is its name
     /// in messages. Neither the file nor a folder on the way may be a link. What a killed process
-    /// had begun to write is taken back, also with `readOnly`; where the medium cannot be written
+    /// had begun to write is rolled back, also with `readOnly`; where the medium cannot be written
     /// that is an error, while a file without a journal can be read there.
     Database(const sys::Folder& folder, const std::string& relative, const OdString& path,
              Access access);
@@ -65,7 +65,7 @@ private:
     void connect(const char* file, int flags);
     void requireRollbackJournal();
     bool isHalfWritten();
-    void takeBack();
+    void rollBack();
     void setUp();
 
     OdString path_;
@@ -75,9 +75,9 @@ private:
     std::unique_ptr<sqlite3, Close> connection_;
 };
 
-/// A guard of changes to a database: unless it is committed, its end takes them back. Inside
+/// A guard of changes to a database: unless it is committed, its end rolls them back. Inside
 /// another one it is a part of that: what it commits counts when the outer one does, and what it
-/// takes back are its own changes.
+/// rolls back are its own changes.
 class DatabaseTransaction {
 public:
     /// From here on nobody else writes to the file. Throws `DatabaseError`, also when another

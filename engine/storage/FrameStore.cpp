@@ -18,7 +18,7 @@ namespace {
 /// So much is always there.
 constexpr std::int64_t neverAskedFor = std::int64_t{64} << 20;
 
-// A part of a transaction that is taken back unless it is kept.
+// A part of a transaction that is rolled back unless it is kept.
 class Savepoint {
 public:
     explicit Savepoint(Database& database) : database_(database) {
@@ -32,7 +32,7 @@ public:
         try {
             database_.execute("ROLLBACK TO adding; RELEASE adding");
         } catch (const DatabaseError&) {
-            // SQLite has taken back the whole transaction then, and its commit will say so.
+            // SQLite has rolled back the whole transaction then, and its commit will say so.
             isKept_ = true;
         }
     }
