@@ -3,8 +3,8 @@
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
 #include <cli/shell/PersonAtTerminal.h>
+#include <cli/terminal/Message.h>
 #include <common/json/Value.h>
-#include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/operations/Verify.h>
 
@@ -37,17 +37,6 @@ jsonlib::json::Value documentOf(const Verification& found, const OdString& root)
 }
 
 /// Messages of the library have several lines and tabs.
-OdString oneLine(const OdString& text) {
-    std::wstring line;
-    for (const wchar_t unit : text.toWide()) {
-        if (unit == L'\n')
-            line += L"; ";
-        else
-            line += unit == L'\t' ? L' ' : unit;
-    }
-    return printable(OdString(line));
-}
-
 OdString section(const OdString& title, const std::vector<OdString>& texts) {
     if (texts.empty())
         return {};

@@ -6,8 +6,6 @@
 
 namespace qrv::cli {
 
-namespace {
-
 OdString oneLine(const OdString& text) {
     OdString line;
     for (int index = 0; index < text.getLength(); ++index) {
@@ -16,13 +14,11 @@ OdString oneLine(const OdString& text) {
         else
             line += text[index] == L'\t' ? L' ' : text[index];
     }
-    return line;
+    return printable(line);
 }
 
-}  // namespace
-
 void printMessage(const OdString& text) {
-    const std::string line = "qrv: " + printable(oneLine(text)).toNarrow() + "\n";
+    const std::string line = "qrv: " + oneLine(text).toNarrow() + "\n";
     // When standard error cannot be written there is nobody left to tell.
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
