@@ -34,8 +34,8 @@ const Words& wordsOf(RefType type) {
     return type == RefType::Branch ? ofBranch : ofTag;
 }
 
-bool isCurrentBranch(const WorkingTree& workingTree, RefType type, const OdString& name) {
-    return type == RefType::Branch && name == workingTree.repository().branch();
+bool isCurrentBranch(const Repository& repository, RefType type, const OdString& name) {
+    return type == RefType::Branch && name == repository.branch();
 }
 
 std::vector<OdString> namesOf(History& history, RefType type) {
@@ -56,9 +56,9 @@ bool isHeldElsewhere(History& history, const OdString& branch, const OdString& c
     });
 }
 
-void logReference(const wchar_t* what, const OdString& name, WorkingTree& workingTree) {
-    logEvent(OdString(what) + quotedName(name), workingTree.root(), workingTree.folder(),
-             workingTree.caller());
+void logReference(const wchar_t* what, const OdString& name, Repository& repository) {
+    logEvent(OdString(what) + quotedName(name), repository.root(), repository.folder(),
+             repository.caller());
 }
 
 }  // namespace
@@ -69,18 +69,17 @@ ErrorMessage withNearName(OdString text, History& history, RefType type, const O
     return {std::move(text)};
 }
 
-std::vector<NamedReference> listReferences(WorkingTree& workingTree, RefType type) {
-    History& history = workingTree.repository().history();
+std::vector<NamedReference> listReferences(Repository& repository, RefType type) {
+    History& history = repository.history();
     std::vector<OdString> names = namesOf(history, type);
     if (type == RefType::Branch) {
-        const auto place =
-            std::lower_bound(names.begin(), names.end(), workingTree.repository().branch());
-        if (place == names.end() || *place != workingTree.repository().branch())
-            names.insert(place, workingTree.repository().branch());
+        const auto place = std::lower_bound(names.begin(), names.end(), repository.branch());
+        if (place == names.end() || *place != repository.branch())
+            names.insert(place, repository.branch());
     }
     std::vector<NamedReference> references;
     for (const OdString& name : names) {
-        NamedReference reference = {name, std::nullopt, isCurrentBranch(workingTree, type, name)};
+        NamedReference reference = {name, std::nullopt, isCurrentBranch(repository, type, name)};
         if (const auto hash = history.reference(name, type))
             reference.commit = history.commit(*hash);
         references.push_back(std::move(reference));
@@ -88,25 +87,24 @@ std::vector<NamedReference> listReferences(WorkingTree& workingTree, RefType typ
     return references;
 }
 
-Expected<CommitEntry> makeReference(WorkingTree& workingTree, const MakeReference& wish) {
+Expected<CommitEntry> makeReference(Repository& repository, const MakeReference& wish) {
     if (const Expected<OdString> valid = checkedReferenceName(wish.name); !valid)
         return valid.error();
-    History& history = workingTree.repository().history();
-    if (isCurrentBranch(workingTree, wish.type, wish.name) ||
+    History& history = repository.history();
+    if (isCurrentBranch(repository, wish.type, wish.name) ||
         history.reference(wish.name, wish.type))
         return ErrorMessage{OdString::format(tr(wordsOf(wish.type).isThere), printable(wish.name))};
-    const Expected<OdString> commit =
-        findCommit(history, wish.commit, workingTree.repository().branch());
+    const Expected<OdString> commit = findCommit(history, wish.commit, repository.branch());
     if (!commit)
         return commit.error();
     history.setReference(wish.name, wish.type, *commit);
-    logReference(wordsOf(wish.type).made, wish.name, workingTree);
+    logReference(wordsOf(wish.type).made, wish.name, repository);
     return history.commit(*commit).value();
 }
 
-Expected<CommitEntry> deleteReference(WorkingTree& workingTree, const DeleteReference& wish) {
-    History& history = workingTree.repository().history();
-    if (isCurrentBranch(workingTree, wish.type, wish.name))
+Expected<CommitEntry> deleteReference(Repository& repository, const DeleteReference& wish) {
+    History& history = repository.history();
+    if (isCurrentBranch(repository, wish.type, wish.name))
         return ErrorMessage{
             OdString::format(tr(L"'%ls' is the current branch (qrv switch goes to another one)"),
                              printable(wish.name))};
@@ -123,29 +121,30 @@ Expected<CommitEntry> deleteReference(WorkingTree& workingTree, const DeleteRefe
             printable(wish.name))};
     CommitEntry named = history.commit(*commit).value();
     history.removeReference(wish.name, wish.type);
-    logReference(wordsOf(wish.type).deleted, wish.name, workingTree);
+    logReference(wordsOf(wish.type).deleted, wish.name, repository);
     return named;
 }
 
 Expected<std::vector<NamedReference>> listReferences(const std::string& folder, RefType type,
                                                      Caller& caller) {
     using Listed = Expected<std::vector<NamedReference>>;
-    return withRepository(
-        folder, Repository::Use::look, caller,
-        [&](WorkingTree& workingTree) -> Listed { return listReferences(workingTree, type); });
+    return withRepository(folder, Repository::Use::look, caller,
+                          [&](WorkingTree& workingTree) -> Listed {
+                              return listReferences(workingTree.repository(), type);
+                          });
 }
 
 Expected<CommitEntry> makeReference(const std::string& folder, const MakeReference& wish,
                                     Caller& caller) {
     return withRepository(folder, Repository::Use::change, caller, [&](WorkingTree& workingTree) {
-        return makeReference(workingTree, wish);
+        return makeReference(workingTree.repository(), wish);
     });
 }
 
 Expected<CommitEntry> deleteReference(const std::string& folder, const DeleteReference& wish,
                                       Caller& caller) {
     return withRepository(folder, Repository::Use::change, caller, [&](WorkingTree& workingTree) {
-        return deleteReference(workingTree, wish);
+        return deleteReference(workingTree.repository(), wish);
     });
 }
 

@@ -33,15 +33,15 @@ protected:
     }
 
     Expected<CommitEntry> make(RefType type, const wchar_t* name, const wchar_t* commit) {
-        return makeReference(*workingTree, {type, name, commit});
+        return makeReference(workingTree->repository(), {type, name, commit});
     }
     Expected<CommitEntry> remove(RefType type, const wchar_t* name, bool force = false) {
-        return deleteReference(*workingTree, {type, name, force});
+        return deleteReference(workingTree->repository(), {type, name, force});
     }
     /// "name number, ..."
     std::string shown(RefType type) {
         std::string text;
-        for (const NamedReference& reference : listReferences(*workingTree, type))
+        for (const NamedReference& reference : listReferences(workingTree->repository(), type))
             text += reference.name.toNarrow() + " " +
                     (reference.commit ? std::to_string(reference.commit->number) : "-") + ", ";
         return text;
