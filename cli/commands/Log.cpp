@@ -8,12 +8,8 @@
 #include <common/history/HistoryItem.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/history/CommitName.h>
-#include <engine/history/PathHistory.h>
 #include <engine/history/ShortForms.h>
-#include <engine/journal/OpenTree.h>
-#include <engine/worktree/PathArgument.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/operations/Log.h>
 #include <platform/kernel/OdTimeStamp.h>
 
 #include <QString>
@@ -66,41 +62,6 @@ std::string rowOf(const CommitEntry& commit, const ReferenceList& references) {
         .toNarrow();
 }
 
-Expected<std::vector<CommitEntry>> commitsOfPath(WorkingTree& workingTree,
-                                                 std::vector<CommitEntry> commits,
-                                                 const std::string& argument) {
-    const Expected<OdString> path = pathInRepository(workingTree.root(), argument);
-    if (!path)
-        return path.error();
-    std::vector<CommitEntry> changing =
-        commitsThatChanged(workingTree.repository().history(), std::move(commits), *path);
-    if (changing.empty())
-        return ErrorMessage{OdString::format(tr(L"No commit has changed '%ls'"),
-                                             printable(OdString::fromNarrow(argument)))};
-    return changing;
-}
-
-/// Newest first.
-Expected<std::vector<CommitEntry>> findCommits(WorkingTree& workingTree,
-                                               const Arguments& arguments) {
-    OdString start = workingTree.repository().headCommit();
-    if (arguments.commit) {
-        Expected<OdString> named =
-            findCommit(workingTree.repository().history(), OdString::fromNarrow(*arguments.commit),
-                       workingTree.repository().branch());
-        if (!named)
-            return named.error();
-        start = std::move(*named);
-    }
-    Expected<std::vector<CommitEntry>> commits =
-        workingTree.repository().history().ancestors(start);
-    if (arguments.path && !commits->empty())
-        commits = commitsOfPath(workingTree, std::move(*commits), *arguments.path);
-    if (commits && arguments.count && *arguments.count < commits->size())
-        commits->resize(*arguments.count);
-    return commits;
-}
-
 void writeDocument(const std::vector<CommitEntry>& commits, const ReferenceList& references,
                    Output& output) {
     jsonlib::json::Array array;
@@ -113,23 +74,22 @@ void writeDocument(const std::vector<CommitEntry>& commits, const ReferenceList&
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<WorkingTree>> workingTree =
-        openTree(".", Repository::Use::look, person());
-    if (!workingTree)
-        return workingTree.error();
-    const Expected<std::vector<CommitEntry>> commits = findCommits(**workingTree, arguments);
-    if (!commits)
-        return commits.error();
-    const ReferenceList references((*workingTree)->repository().history());
+    LogRequest request = {std::nullopt, arguments.count, arguments.path};
+    if (arguments.commit)
+        request.commit = OdString::fromNarrow(*arguments.commit);
+    Expected<Log> found = log(".", request, person());
+    if (!found)
+        return found.error();
+    const ReferenceList references(std::move(found->references));
     if (arguments.asJson) {
-        writeDocument(*commits, references, output);
+        writeDocument(found->commits, references, output);
         return {};
     }
-    for (const CommitEntry& commit : *commits)
+    for (const CommitEntry& commit : found->commits)
         output.write(rowOf(commit, references));
-    if (commits->empty())
+    if (found->commits.empty())
         output.write(OdString::format(tr(L"There is no commit yet on the branch '%ls'\n"),
-                                      printable((*workingTree)->repository().branch()))
+                                      printable(found->branch))
                          .toNarrow());
     return {};
 }

@@ -9,8 +9,8 @@ namespace qrv::cli {
 using common::Reference;
 using common::RefType;
 
-ReferenceList::ReferenceList(History& history) {
-    for (Reference& reference : history.references())
+ReferenceList::ReferenceList(std::vector<Reference> references) {
+    for (Reference& reference : references)
         byHash_[reference.commitHash].push_back(std::move(reference));
 }
 

@@ -2,7 +2,6 @@
 
 #include <common/json/Value.h>
 #include <common/server/Reference.h>
-#include <engine/history/History.h>
 #include <platform/kernel/OdString.h>
 
 #include <map>
@@ -13,8 +12,7 @@ namespace qrv::cli {
 /// The branches and tags of a repository, by the hashes of their commits.
 class ReferenceList {
 public:
-    /// May throw `DatabaseError`.
-    explicit ReferenceList(History& history);
+    explicit ReferenceList(std::vector<common::Reference> references);
 
     /// " (master, tag v1)", or nothing when none is at the commit.
     OdString textAt(const OdString& hash) const;

@@ -57,7 +57,7 @@ OdString indented(const OdString& message) {
 
 OdString headingOf(History& history, const CommitEntry& commit) {
     OdString text = OdString::format(tr(L"Commit %i%ls\n"), commit.number,
-                                     ReferenceList(history).textAt(commit.hash));
+                                     ReferenceList(history.references()).textAt(commit.hash));
     text += OdString::format(tr(L"Hash: %ls\n"), commit.hash);
     for (const OdString& parent : commit.parents)
         text += OdString::format(tr(L"Builds on: %ls\n"), parent);
@@ -85,7 +85,7 @@ Expected<void> showCommit(WorkingTree& workingTree, const Arguments& arguments, 
     const std::vector<Difference> changes = changesOf(history, commit);
     if (arguments.asJson) {
         jsonlib::json::Object object = toJson(commit);
-        object[L"references"] = ReferenceList(history).documentAt(commit.hash);
+        object[L"references"] = ReferenceList(history.references()).documentAt(commit.hash);
         object[L"changes"] = toJson(changes);
         writeJson(std::move(object), output);
     } else {
