@@ -17,7 +17,7 @@ LIBRARIES = ("common", "platform", "engine")
 # Of the engine, beside all of its operations, what these name.
 OF_OPERATIONS = ("engine/base/Caller.h", "engine/base/Export.h", "engine/history/CommitEntry.h",
                  "engine/maintenance/Collected.h", "engine/maintenance/Rebuilt.h", "engine/maintenance/Verification.h", "engine/worktree/Unseen.h",
-                 "engine/worktree/IgnoreRule.h")
+                 "engine/worktree/IgnoreRule.h", "engine/worktree/Unseen.h")
 # A README of a folder of tests would only repeat that of the folder that it tests.
 README_FOLDERS = ("bench", "cli", "common", "engine", "fuzz", "platform", "scripts", "sys")
 

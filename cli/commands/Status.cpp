@@ -4,20 +4,14 @@
 #include <cli/shell/Output.h>
 #include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Colour.h>
-#include <cli/terminal/Message.h>
 #include <cli/text/ChangeText.h>
 #include <cli/text/CommitText.h>
 #include <cli/text/ConflictText.h>
 #include <cli/text/Names.h>
-#include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/Printable.h>
-#include <engine/base/SortedLookup.h>
 #include <engine/base/Translation.h>
 #include <engine/history/ShortForms.h>
-#include <engine/journal/OpenTree.h>
-#include <engine/worktree/Staging.h>
-#include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/operations/Status.h>
 
 #include <algorithm>
 #include <map>
@@ -41,60 +35,6 @@ struct Arguments {
     bool endWithNul = false;
     bool asJson = false;
 };
-
-/// What the texts are made of.
-struct Status {
-    OdString root;
-    OdString branch;
-    /// Of HEAD; nothing before the first commit.
-    std::optional<CommitEntry> commit;
-    /// The commit that is being merged, or empty.
-    OdString merging;
-    std::size_t fileCount = 0;
-    /// A staged file that was put back as it was is not staged any more.
-    std::vector<StagedFile> staged;
-    std::vector<StagedFile> unstaged;
-    std::map<OdString, OdString> renames;
-    std::vector<common::ConflictData> conflicts;
-    std::vector<Unseen> unseen;
-};
-
-bool contains(const std::vector<StagedFile>& files, const OdString& path) {
-    return findSorted(files, [&path](const StagedFile& file) { return file.path <=> path; }) !=
-           nullptr;
-}
-
-bool isInConflict(const std::vector<common::ConflictData>& conflicts, const OdString& path) {
-    return std::any_of(conflicts.begin(), conflicts.end(),
-                       [&path](const auto& conflict) { return conflict.path == path; });
-}
-
-std::vector<StagedFile> unstagedChanges(const Status& status, const WorkingChanges& changes) {
-    std::vector<StagedFile> files;
-    for (const common::StatusRef& change : changes.files.changes) {
-        const OdString path = change.path();
-        if (!contains(status.staged, path) && !isInConflict(status.conflicts, path))
-            files.emplace_back(path, change.status());
-    }
-    return files;
-}
-
-Status statusOf(WorkingTree& workingTree, const WorkingChanges& changes) {
-    Status status;
-    status.root = workingTree.root().path();
-    status.branch = workingTree.repository().branch();
-    const OdString head = workingTree.repository().headCommit();
-    if (!head.isEmpty())
-        status.commit = workingTree.repository().history().commit(head);
-    status.merging = workingTree.repository().history().note(mergeNote);
-    status.fileCount = changes.presentCount();
-    status.staged = stagedChanges(workingTree.repository().stateWithoutIndex(), changes);
-    status.conflicts = workingTree.repository().stateWithoutIndex().conflicts;
-    status.unstaged = unstagedChanges(status, changes);
-    status.renames = changes.renames;
-    status.unseen = changes.unseen;
-    return status;
-}
 
 jsonlib::json::Array arrayOf(const std::vector<Unseen>& unseen) {
     jsonlib::json::Array array;
@@ -219,22 +159,11 @@ ErrorMessage notAllSeen(const std::vector<Unseen>& unseen) {
 }
 
 Expected<void> showStatus(const Arguments& arguments, Output& output) {
-    Expected<std::unique_ptr<WorkingTree>> workingTree =
-        openTree(arguments.folder, Repository::Use::look, person(), WorkingTree::Scan::ahead);
-    if (!workingTree)
-        return workingTree.error();
-    const Expected<WorkingChanges> changes = findVisibleChanges(**workingTree);
-    if (!changes)
-        return changes.error();
-    const Status status = statusOf(**workingTree, *changes);
-    (*workingTree)->keepBaseline(changes->baseline);
-    // What was found by reading is only remembered to be quicker next time.
-    if (const Expected<void> closed = (*workingTree)->close(); !closed)
-        printMessage(closed.error().message);
-    // Who reads what is printed may take long, and nobody is to wait for the lock meanwhile.
-    workingTree->reset();
-    write(status, arguments, output);
-    return changes->unseen.empty() ? Expected<void>() : notAllSeen(changes->unseen);
+    const Expected<Status> found = status(arguments.folder, person());
+    if (!found)
+        return found.error();
+    write(*found, arguments, output);
+    return found->unseen.empty() ? Expected<void>() : notAllSeen(found->unseen);
 }
 
 }  // namespace

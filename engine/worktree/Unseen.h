@@ -1,5 +1,6 @@
 #pragma once
 
+#include <engine/base/Export.h>
 #include <platform/kernel/OdString.h>
 
 #include <system_error>
@@ -22,6 +23,6 @@ std::vector<Unseen> sortedUnseen(std::vector<Unseen> unseen);
 bool isUnseen(const OdString& path, const std::vector<Unseen>& unseen);
 
 /// "path: cause", for a person.
-OdString textOf(const Unseen& unseen);
+QRV_ENGINE_EXPORT OdString textOf(const Unseen& unseen);
 
 }  // namespace qrv
