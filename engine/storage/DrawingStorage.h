@@ -40,8 +40,7 @@ public:
 
     /// The URLs of all revisions in the store of that name, oldest first; none when there is no
     /// such store.
-    Expected<std::vector<OdString>> revisionsIn(const common::RootPath& root,
-                                                const OdString& store);
+    Expected<std::vector<OdString>> revisionsIn(const common::RootPath& root, const OdString& name);
     /// The store of that name, for reading all of it; null when there is none. Throws
     /// `DatabaseError`.
     Expected<std::unique_ptr<FrameStore>> openStore(const common::RootPath& root,
