@@ -94,7 +94,7 @@ def umbrella_problems(files, read):
 def readme_folders(files):
     """The folders that own sources of their own, and those that group them."""
     folders = set(README_FOLDERS)
-    for name in sources.cpp_files(files, ("common", "platform")):
+    for name in sources.cpp_files(files, ("common", "platform", "engine", "cli")):
         folders.add("/".join(name.split("/")[:2]) if name.count("/") > 1 else name.split("/")[0])
     return sorted(folders)
 
