@@ -113,11 +113,13 @@ EDGES = {
     },
     "engine/operations": {
         "engine/base": "errors and their texts, and who is told",
+        "engine/diff": "what differs can be asked",
         "engine/history": "branches, tags and commits",
         "engine/journal": "changes of many files are noted before they begin",
         "engine/maintenance": "a repository is checked, made smaller and made anew",
         "engine/paths": "stored versions are named from outside",
         "engine/repository": "what was done is logged",
+        "engine/storage": "contents are given out",
         "engine/tree": "is what is merged",
         "engine/worktree": "most work on working files",
     },

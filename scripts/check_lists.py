@@ -15,8 +15,9 @@ UMBRELLA = "common/common.h"
 # The libraries whose headers are installed.
 LIBRARIES = ("common", "platform", "engine")
 # Of the engine, beside all of its operations, what these name.
-OF_OPERATIONS = ("engine/base/Caller.h", "engine/base/Export.h", "engine/history/CommitEntry.h",
-                 "engine/maintenance/Collected.h", "engine/maintenance/Rebuilt.h", "engine/maintenance/Verification.h", "engine/worktree/Unseen.h",
+OF_OPERATIONS = ("engine/base/Caller.h", "engine/base/Digest.h", "engine/base/Export.h", "engine/diff/Difference.h",
+                 "engine/diff/PatchLine.h", "engine/history/CommitEntry.h", "engine/maintenance/Collected.h",
+                 "engine/maintenance/Rebuilt.h", "engine/maintenance/Verification.h", "engine/tree/TreeFile.h",
                  "engine/worktree/IgnoreRule.h", "engine/worktree/Unseen.h")
 # A README of a folder of tests would only repeat that of the folder that it tests.
 README_FOLDERS = ("bench", "cli", "common", "engine", "fuzz", "platform", "scripts", "sys")

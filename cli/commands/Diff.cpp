@@ -4,20 +4,11 @@
 #include <cli/shell/Output.h>
 #include <cli/shell/PersonAtTerminal.h>
 #include <cli/terminal/Colour.h>
-#include <cli/terminal/Message.h>
 #include <cli/text/DifferenceText.h>
 #include <cli/text/Names.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/diff/Contents.h>
-#include <engine/diff/Differences.h>
-#include <engine/diff/Patch.h>
-#include <engine/history/CommitName.h>
-#include <engine/journal/OpenTree.h>
-#include <engine/paths/PathParts.h>
-#include <engine/worktree/PathArgument.h>
-#include <engine/worktree/WorkingChanges.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/operations/Diff.h>
 #include <sys/Terminal.h>
 
 #include <algorithm>
@@ -41,69 +32,13 @@ struct Arguments {
     bool asJson = false;
 };
 
-Expected<Tree> treeOfCommit(WorkingTree& workingTree, const std::string& name) {
-    const Expected<OdString> hash =
-        findCommit(workingTree.repository().history(), OdString::fromNarrow(name),
-                   workingTree.repository().branch());
-    if (!hash)
-        return hash.error();
-    return workingTree.repository().history().tree(*hash);
-}
-
-template <class After>
-Expected<std::vector<OdString>> chosenPaths(const WorkingTree& workingTree,
-                                            const std::vector<std::string>& arguments,
-                                            const Tree& before, const After& after) {
-    std::vector<OdString> chosen;
-    for (const std::string& argument : arguments) {
-        const Expected<OdString> path = pathInRepository(workingTree.root(), argument);
-        if (!path)
-            return path.error();
-        const auto isThere = [&path](const auto& file) { return isChosen(file.first, {*path}); };
-        if (std::none_of(before.begin(), before.end(), isThere) &&
-            std::none_of(after.begin(), after.end(), isThere))
-            return ErrorMessage{OdString::format(tr(L"'%ls' is on neither side of the comparison"),
-                                                 printable(OdString::fromNarrow(argument)))};
-        chosen.push_back(*path);
-    }
-    return chosen;
-}
-
-template <class After>
-Expected<std::vector<Difference>> chosenDifferences(const WorkingTree& workingTree,
-                                                    const Arguments& arguments, const Tree& before,
-                                                    const After& after) {
-    const Expected<std::vector<OdString>> chosen =
-        chosenPaths(workingTree, arguments.paths, before, after);
-    if (!chosen)
-        return chosen.error();
-    std::vector<Difference> differences = differencesBetween(before, after);
-    if (!chosen->empty())
-        std::erase_if(differences, [&chosen](const Difference& difference) {
-            return !isChosen(difference.path, *chosen) && !isChosen(difference.oldPath(), *chosen);
-        });
-    return differences;
-}
-
-Expected<std::vector<Difference>> findDifferences(WorkingTree& workingTree,
-                                                  const Arguments& arguments) {
-    const Expected<Tree> before = arguments.before ? treeOfCommit(workingTree, *arguments.before)
-                                                   : workingTree.repository().headFiles();
-    if (!before)
-        return before.error();
-    if (arguments.after) {
-        const Expected<Tree> after = treeOfCommit(workingTree, *arguments.after);
-        if (!after)
-            return after.error();
-        return chosenDifferences(workingTree, arguments, *before, *after);
-    }
-    const Expected<WorkingChanges> changes = findChanges(workingTree);
-    if (!changes)
-        return changes.error();
-    const Expected<WorkingFiles> after = readWorkingFiles(workingTree, *changes);
-    if (!after)
-        return after.error();
-    return chosenDifferences(workingTree, arguments, *before, *after);
+DiffRequest requestOf(const Arguments& arguments) {
+    const auto textOf = [](const std::optional<std::string>& argument) {
+        return argument ? std::optional(OdString::fromNarrow(*argument)) : std::nullopt;
+    };
+    return {.before = textOf(arguments.before),
+            .after = textOf(arguments.after),
+            .paths = arguments.paths};
 }
 
 void writeNames(const std::vector<Difference>& differences, std::string_view end, Output& output) {
@@ -151,69 +86,27 @@ void writeLine(PatchLine kind, std::string_view line, Output& output) {
     output.write("\n");
 }
 
-/// An absent side is an empty text.
-Expected<std::optional<std::string>> readSide(WorkingTree& workingTree, const OdString& path,
-                                              const std::optional<TreeFile>& version) {
-    if (!version)
-        return std::optional(std::string());
-    return readText(workingTree, path, *version);
-}
-
-Expected<void> writePatch(WorkingTree& workingTree, const Difference& difference,
-                          const PatchSink& sink) {
-    sink(PatchLine::heading, differenceText(difference).toNarrow());
-    if (!difference.hasOtherContents()) {
-        writePatchHeading(difference, sink);
-        return {};
-    }
-    const auto before = readSide(workingTree, difference.oldPath(), difference.before);
-    if (!before)
-        return before.error();
-    const auto after = readSide(workingTree, difference.path, difference.after);
-    if (!after)
-        return after.error();
-    if (*before && *after) {
-        writePatchHeading(difference, sink);
-        writePatchLines(difference, **before, **after, sink);
-    } else {
-        writeBinaryRemark(difference, sink);
-    }
-    return {};
-}
-
-Expected<void> write(WorkingTree& workingTree, const std::vector<Difference>& differences,
-                     const Arguments& arguments, Output& output) {
-    if (arguments.asJson) {
-        writeJson(toJson(differences), output);
-        return {};
-    }
-    if (arguments.namesOnly) {
-        writeNames(differences, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
-        return {};
-    }
-    const PatchSink sink = [&output](PatchLine kind, std::string_view line) {
+Expected<void> writePatches(const DiffRequest& request, Output& output) {
+    const PatchSink onLine = [&output](PatchLine kind, std::string_view line) {
         writeLine(kind, line, output);
     };
-    for (const Difference& difference : differences) {
-        if (const Expected<void> done = writePatch(workingTree, difference, sink); !done)
-            return done.error();
-    }
-    return {};
+    const DifferenceSink onFile = [&onLine](const Difference& difference) {
+        onLine(PatchLine::heading, differenceText(difference).toNarrow());
+    };
+    return diffLines(".", request, onFile, onLine, person());
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<WorkingTree>> workingTree =
-        openTree(".", Repository::Use::look, person());
-    if (!workingTree)
-        return workingTree.error();
-    const Expected<std::vector<Difference>> differences = findDifferences(**workingTree, arguments);
+    const DiffRequest request = requestOf(arguments);
+    if (!arguments.asJson && !arguments.namesOnly)
+        return writePatches(request, output);
+    const Expected<std::vector<Difference>> differences = diff(".", request, person());
     if (!differences)
         return differences.error();
-    if (const Expected<void> done = write(**workingTree, *differences, arguments, output); !done)
-        return done.error();
-    // What was found by reading is only remembered to be quicker next time.
-    if (const Expected<void> closed = (*workingTree)->close(); !closed)
-        printMessage(closed.error().message);
+    if (arguments.asJson)
+        writeJson(toJson(*differences), output);
+    else
+        writeNames(*differences, arguments.endWithNul ? std::string_view("\0", 1) : "\n", output);
     return {};
 }
 

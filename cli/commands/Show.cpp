@@ -8,17 +8,11 @@
 #include <cli/text/DifferenceText.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
-#include <engine/diff/Differences.h>
-#include <engine/history/CommitName.h>
 #include <engine/history/ShortForms.h>
-#include <engine/journal/OpenTree.h>
-#include <engine/storage/ReadToEnd.h>
-#include <engine/storage/StorageMessages.h>
-#include <engine/worktree/PathArgument.h>
-#include <engine/worktree/WorkingTree.h>
+#include <engine/operations/Show.h>
 
 #include <memory>
-#include <span>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,17 +26,6 @@ struct Arguments {
     bool asJson = false;
 };
 
-Expected<OdString> hashOf(WorkingTree& workingTree, const std::string& name) {
-    return findCommit(workingTree.repository().history(), OdString::fromNarrow(name),
-                      workingTree.repository().branch());
-}
-
-std::vector<Difference> changesOf(History& history, const CommitEntry& commit) {
-    const OdString parent = commit.parents.empty() ? OdString() : commit.parents.front();
-    return differencesBetween(history.tree(parent), history.tree(commit.hash),
-                              renamesOf(history.deltas(commit.hash)));
-}
-
 OdString indented(const OdString& message) {
     OdString text;
     for (int begin = 0; begin <= message.getLength();) {
@@ -55,9 +38,9 @@ OdString indented(const OdString& message) {
     return text;
 }
 
-OdString headingOf(History& history, const CommitEntry& commit) {
-    OdString text = OdString::format(tr(L"Commit %i%ls\n"), commit.number,
-                                     ReferenceList(history.references()).textAt(commit.hash));
+OdString headingOf(const CommitEntry& commit, const ReferenceList& references) {
+    OdString text =
+        OdString::format(tr(L"Commit %i%ls\n"), commit.number, references.textAt(commit.hash));
     text += OdString::format(tr(L"Hash: %ls\n"), commit.hash);
     for (const OdString& parent : commit.parents)
         text += OdString::format(tr(L"Builds on: %ls\n"), parent);
@@ -66,77 +49,37 @@ OdString headingOf(History& history, const CommitEntry& commit) {
     return text + L"\n" + indented(commit.message);
 }
 
-std::string plainText(History& history, const CommitEntry& commit,
-                      const std::vector<Difference>& changes) {
-    OdString text = headingOf(history, commit);
-    if (!changes.empty())
+std::string plainText(const ShownCommit& shown) {
+    OdString text = headingOf(shown.commit, ReferenceList(shown.references));
+    if (!shown.changes.empty())
         text += L"\n";
-    for (const Difference& change : changes)
+    for (const Difference& change : shown.changes)
         text += differenceText(change) + sizeText(change) + L"\n";
     return text.toNarrow();
 }
 
-Expected<void> showCommit(WorkingTree& workingTree, const Arguments& arguments, Output& output) {
-    const Expected<OdString> hash = hashOf(workingTree, arguments.object);
-    if (!hash)
-        return hash.error();
-    History& history = workingTree.repository().history();
-    const CommitEntry commit = history.commit(*hash).value();
-    const std::vector<Difference> changes = changesOf(history, commit);
-    if (arguments.asJson) {
-        jsonlib::json::Object object = toJson(commit);
-        object[L"references"] = ReferenceList(history.references()).documentAt(commit.hash);
-        object[L"changes"] = toJson(changes);
-        writeJson(std::move(object), output);
-    } else {
-        output.write(plainText(history, commit, changes));
-    }
-    return {};
-}
-
-Expected<void> writeVersion(WorkingTree& workingTree, const OdString& url, Output& output) {
-    const Expected<std::unique_ptr<VersionReader>> reader =
-        workingTree.repository().storages().ofUrl(url).open(workingTree.root(), url);
-    if (!reader)
-        return reader.error();
-    if (*reader == nullptr)
-        return notKept(url);
-    CopyBuffer buffer((*reader)->sizeBytes());
-    return readToEnd(**reader, buffer, [&](std::span<const char> bytes) {
-        output.write(std::string_view(bytes.data(), bytes.size()));
-        return Expected<void>();
-    });
-}
-
-Expected<void> showFile(WorkingTree& workingTree, const std::string& commit,
-                        const std::string& argument, Output& output) {
-    const Expected<OdString> hash = hashOf(workingTree, commit);
-    if (!hash)
-        return hash.error();
-    const Expected<OdString> path = pathInRepository(workingTree.root(), argument);
-    if (!path)
-        return path.error();
-    const Tree tree = workingTree.repository().history().tree(*hash);
-    const auto file = tree.find(*path);
-    if (file == tree.end())
-        return ErrorMessage{OdString::format(tr(L"'%ls' is not in the commit"),
-                                             printable(OdString::fromNarrow(argument)))};
-    return writeVersion(workingTree, file->second.contents, output);
+jsonlib::json::Object documentOf(const ShownCommit& shown) {
+    jsonlib::json::Object object = toJson(shown.commit);
+    object[L"references"] = ReferenceList(shown.references).documentAt(shown.commit.hash);
+    object[L"changes"] = toJson(shown.changes);
+    return object;
 }
 
 Expected<void> run(const Arguments& arguments, Output& output) {
-    const Expected<std::unique_ptr<WorkingTree>> workingTree =
-        openTree(".", Repository::Use::look, person());
-    if (!workingTree)
-        return workingTree.error();
-    const std::string& object = arguments.object;
-    // The name of a branch may have a colon in it, but then it is there.
-    const std::size_t colon = object.find(':');
-    if (colon == std::string::npos || hashOf(**workingTree, object))
-        return showCommit(**workingTree, arguments, output);
-    if (arguments.asJson)
+    ContentsSink contents;
+    if (!arguments.asJson)
+        contents = [&output](std::string_view part) { output.write(part); };
+    const Expected<std::optional<ShownCommit>> shown =
+        show(".", arguments.object, contents, person());
+    if (!shown)
+        return shown.error();
+    if (*shown && arguments.asJson)
+        writeJson(documentOf(**shown), output);
+    else if (*shown)
+        output.write(plainText(**shown));
+    else if (arguments.asJson)
         return ErrorMessage{tr(L"--json is for a commit; a file is printed as it is")};
-    return showFile(**workingTree, object.substr(0, colon), object.substr(colon + 1), output);
+    return {};
 }
 
 }  // namespace

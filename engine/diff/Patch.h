@@ -1,18 +1,11 @@
 #pragma once
 
 #include <engine/diff/Difference.h>
-#include <platform/kernel/OdString.h>
+#include <engine/diff/PatchLine.h>
 
-#include <functional>
-#include <string>
 #include <string_view>
 
 namespace qrv {
-
-enum class PatchLine { heading, position, context, removed, added, remark };
-
-/// Takes the lines of a patch, one after the other, as bytes without a line feed at their end.
-using PatchSink = std::function<void(PatchLine kind, std::string_view line)>;
 
 /// What a patch says of a file before its lines: the names and whether it is new, renamed or
 /// removed. Names with blanks, quotes, backslashes or control characters are quoted as in C.

@@ -38,4 +38,24 @@ auto withRepository(const std::string& folder, Repository::Use use, Caller& call
     return withOpened([&] { return openTree(folder, use, caller, scan); }, action);
 }
 
+/// Does `action`, which only looks, with the repository that holds `folder`. What it found by
+/// reading is only remembered to be quicker next time: a failure of that is told and no more.
+template <class Action>
+auto withLook(const std::string& folder, Caller& caller, const Action& action,
+              WorkingTree::Scan scan = WorkingTree::Scan::later) {
+    using Result = decltype(action(std::declval<WorkingTree&>()));
+    return withoutExceptions([&]() -> Result {
+        const Expected<std::unique_ptr<WorkingTree>> workingTree =
+            openTree(folder, Repository::Use::look, caller, scan);
+        if (!workingTree)
+            return workingTree.error();
+        Result result = action(**workingTree);
+        if (!result)
+            return result;
+        if (const Expected<void> closed = (*workingTree)->close(); !closed)
+            caller.note(closed.error().message);
+        return result;
+    });
+}
+
 }  // namespace qrv
