@@ -30,7 +30,7 @@ public:
     const OdString& text() const& { return text_; }
     OdString text() && { return std::move(text_); }
     /// It is a text like any other, but not the other way round.
-    operator const OdString&() const { return text_; }  // NOLINT(*-explicit-*)
+    operator const OdString&() const { return text_; }
     /// The bytes for the file system.
     std::string bytes() const { return text_.toNarrow(); }
     /// Whether it is a file of the properties folder.

@@ -24,7 +24,7 @@ public:
         const auto equal = byDigest_.lower_bound(digest);
         if (equal == byDigest_.end() || equal->first != digest)
             return {};
-        const OdString path = equal->second;
+        OdString path = equal->second;
         byDigest_.erase(equal);
         return path;
     }
