@@ -5,6 +5,7 @@
 #include <engine/operations/Add.h>
 #include <engine/operations/Commit.h>
 #include <engine/operations/Init.h>
+#include <engine/operations/Log.h>
 #include <engine/operations/Merge.h>
 #include <engine/operations/NamedReferences.h>
 #include <engine/operations/Switch.h>
@@ -62,6 +63,7 @@ public:
         commit("Take notes");
         merge("variant");
         listBranches();
+        listCommits();
     }
 
 private:
@@ -98,6 +100,12 @@ private:
              valueOf(qrv::listReferences(folder_, common::RefType::Branch, host_)))
             std::cout << (branch.isCurrent ? "* " : "  ") << branch.name.toNarrow() << " at "
                       << (branch.commit ? branch.commit->number : 0) << '\n';
+    }
+
+    void listCommits() {
+        for (const qrv::CommitEntry& commit : valueOf(qrv::log(folder_, {}, host_)).commits)
+            std::cout << commit.number << ' ' << commit.author.toNarrow() << ": "
+                      << commit.message.toNarrow() << '\n';
     }
 
     Host host_;
