@@ -1,10 +1,10 @@
 #include <cli/commands/Commands.h>
-#include <cli/commands/ReferenceList.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
 #include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/CommitText.h>
+#include <cli/text/ReferenceList.h>
 #include <common/history/HistoryItem.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>

@@ -1,11 +1,11 @@
 #include <cli/commands/Commands.h>
-#include <cli/commands/ReferenceList.h>
 #include <cli/shell/ArgumentParser.h>
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
 #include <cli/shell/PersonAtTerminal.h>
 #include <cli/text/CommitText.h>
 #include <cli/text/DifferenceText.h>
+#include <cli/text/ReferenceList.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/history/ShortForms.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <common/json/Value.h>
-#include <engine/history/History.h>
+#include <engine/history/CommitEntry.h>
 #include <platform/kernel/OdString.h>
 
 namespace qrv::cli {

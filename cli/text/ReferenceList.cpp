@@ -1,4 +1,4 @@
-#include <cli/commands/ReferenceList.h>
+#include <cli/text/ReferenceList.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 
