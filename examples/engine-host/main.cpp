@@ -4,10 +4,12 @@
 
 #include <engine/operations/Add.h>
 #include <engine/operations/Commit.h>
+#include <engine/operations/Diff.h>
 #include <engine/operations/Init.h>
 #include <engine/operations/Log.h>
 #include <engine/operations/Merge.h>
 #include <engine/operations/NamedReferences.h>
+#include <engine/operations/Restore.h>
 #include <engine/operations/Switch.h>
 
 #include <fstream>
@@ -64,6 +66,10 @@ public:
         merge("variant");
         listBranches();
         listCommits();
+
+        compare("1", "HEAD");
+        restore("plan.txt", "1");
+        restore("plan.txt", "HEAD");
     }
 
 private:
@@ -106,6 +112,20 @@ private:
         for (const qrv::CommitEntry& commit : valueOf(qrv::log(folder_, {}, host_)).commits)
             std::cout << commit.number << ' ' << commit.author.toNarrow() << ": "
                       << commit.message.toNarrow() << '\n';
+    }
+
+    void compare(const char* before, const char* after) {
+        for (const qrv::Difference& difference :
+             valueOf(qrv::diff(folder_, {OdString(before), OdString(after), {}}, host_)))
+            std::cout << (difference.before ? "changed " : "added ") << difference.path.toNarrow()
+                      << '\n';
+    }
+
+    void restore(const std::string& name, const char* commit) {
+        const qrv::RestoreRequest request = {.paths = {folder_ + "/" + name},
+                                             .commit = OdString(commit)};
+        for (const OdString& path : valueOf(qrv::restoreFiles(folder_, request, host_)))
+            std::cout << path.toNarrow() << " as in " << commit << '\n';
     }
 
     Host host_;
