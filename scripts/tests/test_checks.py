@@ -82,7 +82,7 @@ class Includes(unittest.TestCase):
         ("sys/Folder.cpp", "#include <platform/kernel/OdString.h>"),
         ("platform/kernel/Clock.cpp", "#include <sys/Folder.h>"),
         ("platform/qut/OpenFile.cpp", "#include <sys/CallsInternal.h>"),
-        ("engine/worktree/Workspace.cpp", "#include <sys/CallsInternal.h>"),
+        ("engine/worktree/WorkingTree.cpp", "#include <sys/CallsInternal.h>"),
         ("tests/cli/MessageTest.cpp", "#include <bench/BenchFolder.h>"),
     ]
 
