@@ -67,8 +67,8 @@ TEST(Output, OfAClosedStreamNeverReachesAFileOfTheRepository) {
     const TemporaryFolder folder;
     const TemporaryFolder log;
     const std::string trace = (log / "trace").string();
-    EXPECT_EQ(runShell(folder.path(),
-                       "strace -e trace=open,openat -o " + trace + " \"$QRV\" init <&- >&- 2>&-")
+    EXPECT_EQ(runShell(folder.path(), "strace -e trace=open,openat,openat2 -o " + trace +
+                                          " \"$QRV\" init <&- >&- 2>&-")
                   .status,
               1);
     const std::string opened = readFile(trace);
