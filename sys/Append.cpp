@@ -19,9 +19,15 @@ std::error_code append(const Folder& folder, const std::string& relative,
         return calls::lastError();
     if (!S_ISREG(status.st_mode))
         return std::make_error_code(std::errc::operation_not_supported);
-    if (const std::error_code error = writeAll(file.number(), bytes))
-        return error;
-    return calls::flush(file.number()) < 0 ? calls::lastError() : file.close();
+    std::error_code error = writeAll(file.number(), bytes);
+    if (!error && calls::flush(file.number()) < 0)
+        error = calls::lastError();
+    // Whoever tries again, or in another way, would add them twice.
+    if (error)
+        static_cast<void>(calls::truncate(file.number(), status.st_size));
+    // It is on the disk by now, or not there any more.
+    static_cast<void>(file.close());
+    return error;
 }
 
 }  // namespace sys

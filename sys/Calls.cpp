@@ -105,6 +105,10 @@ int flush(int file) {
     return repeatedWhenInterrupted([&] { return ::fsync(file); });
 }
 
+int truncate(int file, std::int64_t sizeBytes) {
+    return repeatedWhenInterrupted([&] { return ::ftruncate(file, sizeBytes); });
+}
+
 int flushFileSystem(int file) {
     return repeatedWhenInterrupted([&] { return ::syncfs(file); });
 }

@@ -37,6 +37,7 @@ ssize_t write(int file, const void* bytes, std::size_t size);
 ssize_t readEntries(int folder, void* buffer, std::size_t size);
 int flush(int file);
 int flushFileSystem(int file);
+int truncate(int file, std::int64_t sizeBytes);
 /// The descriptor is gone also when this fails.
 int close(int file);
 int shareBlocks(int target, int source);

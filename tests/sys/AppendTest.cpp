@@ -40,7 +40,9 @@ TEST(Append, AddsToTheEndOfARegularFileOnly) {
     EXPECT_EQ(readFile(temporary / "a/file"), "oldnew");
 }
 
-TEST(Append, KeepsWhatTheFileHeldWhicheverCallFails) {
+// Symptom: "'.qrv/references' is damaged", after a disk had denied to flush a line.
+// Cause: the line stood there all the same, and was added once more in another way.
+TEST(Append, LeavesTheFileAsItWasWhicheverCallFails) {
     const TemporaryFolder temporary;
     const sys::Folder folder = *sys::Folder::open(temporary.path());
     // The process finds out once what its system can do; that call is none of those counted here.
@@ -50,15 +52,15 @@ TEST(Append, KeepsWhatTheFileHeldWhicheverCallFails) {
         writeFile(temporary / "a/file", "old");
         const sys::ScopedFault fault(nth, EIO);
         const std::error_code error = sys::append(folder, "a/file", added);
-        EXPECT_EQ(readFile(temporary / "a/file").substr(0, 3), "old") << nth;
+        EXPECT_EQ(readFile(temporary / "a/file"), error ? "old" : "oldnew") << nth;
         if (!fault.hasFired())
             break;
         if (error)
             ++failures;
     }
-    // Those that open the folder and the file, look at it, write, flush and close it. That the
-    // folder was closed matters to nobody.
-    EXPECT_EQ(failures, 6);
+    // Those that open the folder and the file, look at it, write and flush it. How a close ends
+    // matters to nobody then.
+    EXPECT_EQ(failures, 5);
 }
 
 }  // namespace
