@@ -3,8 +3,8 @@
 #include <cli/shell/JsonOutput.h>
 #include <cli/shell/Output.h>
 #include <cli/shell/PersonAtTerminal.h>
-#include <cli/text/CommitText.h>
 #include <cli/text/ConflictText.h>
+#include <cli/text/MergeText.h>
 #include <cli/user/Author.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
@@ -13,7 +13,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace qrv::cli {
 
@@ -27,49 +26,6 @@ struct Arguments {
     bool force = false;
     bool asJson = false;
 };
-
-const wchar_t* codeOf(Merged::Kind kind) {
-    switch (kind) {
-        case Merged::Kind::upToDate:
-            return L"upToDate";
-        case Merged::Kind::fastForward:
-            return L"forward";
-        case Merged::Kind::committed:
-            return L"committed";
-        case Merged::Kind::conflicts:
-            break;
-    }
-    return L"conflicts";
-}
-
-jsonlib::json::Value documentOf(const Merged& merged) {
-    jsonlib::json::Array files;
-    for (const OdString& path : merged.files)
-        files.emplace_back(path.toWide());
-    jsonlib::json::Object object;
-    object[L"result"] = codeOf(merged.kind);
-    object[L"files"] = std::move(files);
-    object[L"conflicts"] = toJson(merged.conflicts);
-    if (merged.commit)
-        object[L"commit"] = toJson(*merged.commit);
-    return object;
-}
-
-OdString text(const Merged& merged, const OdString& name) {
-    const std::size_t count = merged.files.size();
-    switch (merged.kind) {
-        case Merged::Kind::upToDate:
-            return OdString::format(tr(L"'%ls' is merged already\n"), name);
-        case Merged::Kind::fastForward:
-            return OdString::format(tr(L"Went forward to '%ls'; files changed: %i\n"), name, count);
-        case Merged::Kind::committed:
-            return OdString::format(tr(L"Merged '%ls' as commit %i; files changed: %i\n"), name,
-                                    merged.commit->number, count);
-        case Merged::Kind::conflicts:
-            break;
-    }
-    return OdString::format(tr(L"Merging '%ls'; files changed: %i\n"), name, count);
-}
 
 /// Open conflicts are no success, so that a script notices.
 Expected<void> answer(const Merged& merged) {
@@ -103,10 +59,11 @@ Expected<void> run(const Arguments& arguments, Output& output) {
     if (!merged)
         return merged.error();
     if (arguments.asJson)
-        writeJson(documentOf(*merged), output);
+        writeJson(mergeDocument(*merged), output);
     else
-        output.write((text(*merged, printable(request.commit)) + conflictLines(merged->conflicts))
-                         .toNarrow());
+        output.write(
+            (mergeText(*merged, printable(request.commit)) + conflictLines(merged->conflicts))
+                .toNarrow());
     return answer(*merged);
 }
 
