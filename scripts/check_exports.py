@@ -15,12 +15,15 @@ import library_names
 import sources
 
 
+OURS = ("common::", "qrv::")
+
+
 def listed(text):
     return {line for line in text.splitlines() if line and not line.startswith("#")}
 
 
 def is_type_description(name):
-    return name.startswith(("typeinfo for common::", "typeinfo name for common::"))
+    return name.startswith(("typeinfo for ", "typeinfo name for ")) and name.split(" for ")[1].startswith(OURS)
 
 
 def problems(exported, expected, sanitized=False):

@@ -53,10 +53,12 @@ class Exports(unittest.TestCase):
                           "in the list, but not exported: common::b()"])
 
     def test_only_sanitizers_may_describe_more_types(self):
-        exported = ["common::a()", "common::b()", "typeinfo for common::C", "vtable for common::C"]
-        self.assertEqual(len(self.problems(exported)), 2)
+        exported = ["common::a()", "common::b()", "typeinfo for common::C", "vtable for common::C", "typeinfo name for qrv::D",
+                    "typeinfo for std::E"]
+        self.assertEqual(len(self.problems(exported)), 4)
         self.assertEqual(self.problems(exported, sanitized=True),
-                         ["exported, but not in the list: vtable for common::C"])
+                         ["exported, but not in the list: typeinfo for std::E",
+                          "exported, but not in the list: vtable for common::C"])
 
     def test_an_update_keeps_the_comment(self):
         self.assertEqual(check_exports.updated(self.LIST, ["z", "common::a()"]),
