@@ -39,12 +39,14 @@ std::vector<Difference> compare(const Tree& before, const After& after, const Re
     std::vector<Difference> differences;
     visitDifferences(before, after,
                      [&](const OdString& path, const TreeFile* old, const TreeFile* file) {
-                         if (file == nullptr)
+                         if (old != nullptr && file != nullptr) {
+                             if (old->hasSameContents(*file))
+                                 return;
+                         } else if (old != nullptr) {
                              removed.files.push_back({path, old->sizeBytes});
-                         else if (old == nullptr)
+                         } else if (file != nullptr) {
                              added.files.push_back({path, file->sizeBytes});
-                         else if (old->hasSameContents(*file))
-                             return;
+                         }
                          differences.push_back({path, {}, sideOf(old), sideOf(file)});
                      });
     join(findRenames(removed, added, noted), before, differences);
