@@ -35,10 +35,12 @@ public:
     Digest& operator=(Digest&&) noexcept;
     ~Digest();
 
+    /// The next piece.
     void add(std::span<const char> bytes);
     /// The digest, in the form that `isDigest` knows. Nothing may be added afterwards.
     std::string finish();
 
+    /// The digest of bytes that are all there.
     static std::string of(std::string_view bytes);
 
 private:

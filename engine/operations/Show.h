@@ -20,6 +20,7 @@ using ContentsSink = std::function<void(std::string_view part)>;
 
 /// A commit with what it changed.
 struct ShownCommit {
+    /// What the history says of it.
     CommitEntry commit;
     /// Compared with its first parent.
     std::vector<Difference> changes;

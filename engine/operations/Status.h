@@ -21,6 +21,7 @@ namespace qrv {
 struct Status {
     /// The folder of the repository.
     OdString root;
+    /// The current one.
     OdString branch;
     /// Of HEAD; nothing before the first commit.
     std::optional<CommitEntry> commit;
@@ -34,6 +35,7 @@ struct Status {
     std::vector<common::StagedFile> unstaged;
     /// From the new paths of files to those in HEAD.
     std::map<OdString, OdString> renames;
+    /// Of a merge that is going on.
     std::vector<common::ConflictData> conflicts;
     /// What could not be looked at.
     std::vector<Unseen> unseen;

@@ -13,6 +13,7 @@ namespace qrv {
 struct Unseen {
     /// Relative to the root; empty for the root itself.
     OdString path;
+    /// What the system said.
     std::error_code cause;
 };
 
