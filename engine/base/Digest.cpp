@@ -1,4 +1,5 @@
 #include <engine/base/Digest.h>
+#include <engine/base/Hex.h>
 
 #include <openssl/evp.h>
 
@@ -46,16 +47,10 @@ void Digest::add(std::span<const char> bytes) {
 }
 
 std::string Digest::finish() {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::array<unsigned char, digestLength / 2> digest = {};
-    require(EVP_DigestFinal_ex(context_->state.get(), digest.data(), nullptr));
-    std::string text;
-    text.reserve(digestLength);
-    for (const unsigned char byte : digest) {
-        text += digits[byte >> 4U];
-        text += digits[byte & 0xFU];
-    }
-    return text;
+    std::array<char, digestLength / 2> digest = {};
+    auto* const bytes = reinterpret_cast<unsigned char*>(digest.data());
+    require(EVP_DigestFinal_ex(context_->state.get(), bytes, nullptr));
+    return toHex({digest.data(), digest.size()});
 }
 
 std::string Digest::of(std::string_view bytes) {

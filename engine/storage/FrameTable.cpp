@@ -1,4 +1,5 @@
 #include <engine/base/Digest.h>
+#include <engine/base/Hex.h>
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/database/Schema.h>
@@ -29,29 +30,6 @@ constexpr SchemaEntry tables[] = {
     UNIQUE (frame, position)
 ) STRICT)"},
 };
-
-std::string toHex(std::string_view bytes) {
-    static constexpr std::string_view digits = "0123456789abcdef";
-    std::string hex;
-    for (const char byte : bytes) {
-        const auto value = static_cast<unsigned char>(byte);
-        hex += digits[value >> 4U];
-        hex += digits[value & 15U];
-    }
-    return hex;
-}
-
-unsigned valueOf(char digit) {
-    return static_cast<unsigned>(digit <= '9' ? digit - '0' : digit - 'a' + 10);
-}
-
-// Of lower-case digits.
-std::string fromHex(std::string_view hex) {
-    std::string bytes;
-    for (std::size_t i = 0; i + 1 < hex.size(); i += 2)
-        bytes += static_cast<char>(valueOf(hex[i]) << 4U | valueOf(hex[i + 1]));
-    return bytes;
-}
 
 }  // namespace
 
