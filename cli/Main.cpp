@@ -11,10 +11,13 @@
 #include <sys/Memory.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -82,10 +85,27 @@ ExitStatus refuse(int argumentCount, const char* const* arguments, const ErrorMe
     return kWrongUsage;
 }
 
+bool isGiven(std::string_view option, int argumentCount, const char* const* arguments) {
+    return std::find(arguments, arguments + argumentCount, option) != arguments + argumentCount;
+}
+
+/// Those that the command line needs to know: most of a short command's time would go into
+/// declaring the arguments of all others.
+std::span<const Command> neededCommands(int argumentCount, const char* const* arguments) {
+    const std::string word = wordForCommand(argumentCount, arguments);
+    const std::span<const Command> all = commands();
+    for (std::size_t place = 0; place < all.size(); ++place) {
+        if (all[place].name == word)
+            return all.subspan(place, 1);
+    }
+    const bool wishesVersionAlone = argumentCount == 2 && isGiven("--version", 2, arguments);
+    return wishesVersionAlone ? std::span<const Command>() : all;
+}
+
 ExitStatus run(int argumentCount, const char* const* arguments) {
     Output output;
     const Translations translations;
-    CommandLine line(commands());
+    CommandLine line(neededCommands(argumentCount, arguments));
     if (const Expected<void> parsed = line.parse(argumentCount, arguments); !parsed)
         return refuse(argumentCount, arguments, parsed.error());
     if (line.wishedText())
