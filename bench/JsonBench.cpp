@@ -149,6 +149,12 @@ void writeLibrary(benchmark::State& state) {
     state.counters["peak_MiB"] = mebibytes(count.peakBytes());
 }
 
+/// What the text alone costs, whoever writes it: memory for as many wide characters, touched once.
+void fillWideText(benchmark::State& state) {
+    const std::size_t length = wideText(state).size();
+    timeMaking(state, [&] { return std::wstring(length, L' '); });
+}
+
 void writeNlohmann(benchmark::State& state) {
     const nlohmann::json value = nlohmann::json::parse(utf8Text(state));
     timeMaking(state, [&] { return value.dump(4); });
@@ -188,6 +194,7 @@ BENCHMARK(readNlohmann)->Unit(benchmark::kMillisecond)->Arg(entries);
 BENCHMARK(readRapidUtf8)->Unit(benchmark::kMillisecond)->Arg(entries);
 BENCHMARK(readRapidWide)->Unit(benchmark::kMillisecond)->Arg(entries);
 BENCHMARK(writeLibrary)->Unit(benchmark::kMillisecond)->Arg(entries)->Arg(manyEntries);
+BENCHMARK(fillWideText)->Unit(benchmark::kMillisecond)->Arg(entries);
 BENCHMARK(writeNlohmann)->Unit(benchmark::kMillisecond)->Arg(entries);
 BENCHMARK(writeRapidUtf8)->Unit(benchmark::kMillisecond)->Arg(entries);
 BENCHMARK(writeRapidWide)->Unit(benchmark::kMillisecond)->Arg(entries);
