@@ -1,6 +1,7 @@
 #!/bin/bash
 # Builds the benchmarks for speed, runs them beside their peers, and writes docs/performance.md from what
-# was measured. Takes some minutes and a few GB in the temporary folder (QRV_BENCH_FOLDER names another).
+# was measured. Takes an hour and some 20 GB in the temporary folder (QRV_BENCH_FOLDER names another for the benchmarks of
+# the library, TMPDIR for all). QRV_BENCH_SIZES are the numbers of files of the growth table (10000 100000 1000000).
 #
 #   scripts/bench.sh             all programs, five runs each
 #   REPETITIONS=1 scripts/bench.sh json scan   only these, once each; prints the table, writes no page
@@ -23,8 +24,16 @@ for subject in "${subjects[@]}"; do
 done
 
 if [ $# -eq 0 ]; then
-    python3 bench/versioning.py build/release/bin/qrv >"$results/1-versioning.md"
+    python3 bench/against_git.py build/release/bin/qrv >"$results/1-against-git.md"
     python3 bench/drawings.py build/release/bin/qrv >"$results/2-drawings.md"
+    read -ra sizes <<<"${QRV_BENCH_SIZES:-10000 100000 1000000}"
+    {
+        echo 'One change in trees of several sizes, and a status'
+        echo
+        python3 bench/growth.py build/release/bin/qrv docs/images/growth.svg --sizes "${sizes[@]}"
+        echo
+        echo '![The same as lines over the number of files](images/growth.svg)'
+    } >"$results/3-growth.md"
     python3 scripts/bench_table.py "$results" docs/performance.md
 else
     python3 scripts/bench_table.py "$results"

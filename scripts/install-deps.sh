@@ -12,6 +12,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev rapidjson-dev
     python3 gcovr strace locales patch fish zsh
     binutils  # nm lists the names that a library exports and needs
+    valgrind  # counts instructions
     # the manual
     doxygen
     # linting, and the other compiler with its sanitizers and fuzzer
