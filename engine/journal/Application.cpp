@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <utility>
 
@@ -15,8 +16,19 @@ namespace qrv {
 
 namespace {
 
-/// New files that are open at the same time; the system allows a process some hundreds.
-constexpr std::size_t filesAtOnce = 200;
+/// One flush serves so many new files. Until they have their names the old ones lie beside them, so
+/// that both take room.
+constexpr std::size_t mostFilesAtOnce = 20'000;
+constexpr std::int64_t mostBytesAtOnce = std::int64_t{1} << 30;
+
+/// How many of the steps go together: one at least.
+std::size_t countAtOnce(std::span<const TreeStep* const> steps) {
+    std::size_t count = 0;
+    std::int64_t sizeBytes = 0;
+    while (count < std::min(steps.size(), mostFilesAtOnce) && sizeBytes < mostBytesAtOnce)
+        sizeBytes += steps[count++]->sizeBytes;
+    return count;
+}
 
 /// Does steps of one entry, and notes what became of their files.
 class Steps {
@@ -38,11 +50,11 @@ public:
         }
         const std::unique_ptr<Work> progress =
             workingTree_.caller().beginWork(tr(L"Writing"), written.size());
-        for (std::size_t begin = 0; begin < written.size(); begin += filesAtOnce) {
-            const std::size_t count = std::min(filesAtOnce, written.size() - begin);
-            const std::span<const TreeStep* const> part(written.data() + begin, count);
+        for (std::span<const TreeStep* const> rest = written; !rest.empty();) {
+            const std::span<const TreeStep* const> part = rest.first(countAtOnce(rest));
             if (const Expected<void> done = write(part, *progress); !done)
                 return done.error();
+            rest = rest.subspan(part.size());
         }
         // The names, too: whoever forgets the entry next cannot do it again after a power cut.
         if (const Expected<void> flushed = flush(); !flushed)
