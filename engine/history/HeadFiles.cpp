@@ -30,6 +30,43 @@ std::vector<SizedFile> History::headSizes() {
     return files;
 }
 
+std::vector<SizedFile> History::headSizesOf(const std::vector<OdString>& paths) {
+    Statement query = database_->prepare("SELECT size FROM head_files WHERE path = ?");
+    const CheckedRow row(*database_, query);
+    std::vector<SizedFile> files;
+    for (const OdString& path : paths) {
+        query.bind(path);
+        if (query.step())
+            files.push_back({path, row.sizeBytes(0)});
+    }
+    return files;
+}
+
+bool History::isHeadFile(const OdString& path) {
+    return !headSizesOf({path}).empty();
+}
+
+std::vector<OdString> History::headPathsBelow(const OdString& folder) {
+    // "0" comes behind "/" in the order of the bytes.
+    Statement query = database_->prepare("SELECT path FROM head_files WHERE path > ? AND path < ?");
+    query.bind(folder + L'/', folder + L'0');
+    const CheckedRow row(*database_, query);
+    std::vector<OdString> paths;
+    while (query.step())
+        paths.push_back(row.path(0).text());
+    return paths;
+}
+
+std::vector<OdString> History::headPathsOfSize(std::int64_t sizeBytes) {
+    Statement query = database_->prepare("SELECT path FROM head_files WHERE size = ?");
+    query.bind(sizeBytes);
+    const CheckedRow row(*database_, query);
+    std::vector<OdString> paths;
+    while (query.step())
+        paths.push_back(row.path(0).text());
+    return paths;
+}
+
 OdString History::headUrl(const OdString& path) {
     Statement query = database_->prepare("SELECT url FROM head_files WHERE path = ?");
     query.bind(path);
@@ -54,6 +91,11 @@ void History::changeHeadFiles(const std::vector<FileDelta>& deltas) {
             insertion.run(delta.path.text(), delta.url, delta.sizeBytes);
     }
     transaction.commit();
+}
+
+FileQuestions questionsOfHead(History& history) {
+    return {[&history](const OdString& path) { return history.isHeadFile(path); },
+            [&history](const OdString& path) { return history.headPathsBelow(path); }};
 }
 
 }  // namespace qrv

@@ -4,6 +4,7 @@
 #include <common/server/Reference.h>
 #include <engine/database/Database.h>
 #include <engine/history/Commit.h>
+#include <engine/tree/Shape.h>
 #include <engine/tree/Tree.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
@@ -90,6 +91,14 @@ public:
     Tree headFiles();
     /// The same without the URLs, ordered by path: for a comparison, most of which needs none.
     std::vector<SizedFile> headSizes();
+    /// The same for those of these paths that are in HEAD, in the order of `paths`.
+    std::vector<SizedFile> headSizesOf(const std::vector<OdString>& paths);
+    /// Whether there is a file of HEAD of that path.
+    bool isHeadFile(const OdString& path);
+    /// The paths of the files of HEAD below that folder.
+    std::vector<OdString> headPathsBelow(const OdString& folder);
+    /// The paths of the files of HEAD with contents of that size.
+    std::vector<OdString> headPathsOfSize(std::int64_t sizeBytes);
     /// The URL of a file of HEAD; empty when there is no such file.
     OdString headUrl(const OdString& path);
     /// Makes `deltas` part of the files of HEAD. Files that go although they are not there are no
@@ -106,5 +115,8 @@ private:
 
     std::unique_ptr<Database> database_;
 };
+
+/// Answers for the files of HEAD, from one row or a few; the history must live as long.
+FileQuestions questionsOfHead(History& history);
 
 }  // namespace qrv

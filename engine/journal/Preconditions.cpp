@@ -7,48 +7,74 @@
 #include <engine/tree/Shape.h>
 #include <engine/worktree/FileDigest.h>
 #include <engine/worktree/FoldedName.h>
+#include <engine/worktree/NamesAlike.h>
 #include <engine/worktree/OpenDrawings.h>
 #include <engine/worktree/PathList.h>
+#include <engine/worktree/StatusByFolder.h>
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace qrv {
 
 namespace {
 
-bool holds(const std::vector<OdString>& sorted, const OdString& path) {
-    return std::binary_search(sorted.begin(), sorted.end(), path);
+/// Tells of a path whether a step removes the file there.
+std::function<bool(const OdString&)> removedBy(const std::vector<TreeStep>& steps) {
+    return [&steps](const OdString& path) {
+        const TreeStep* const step =
+            findSorted(steps, [&path](const TreeStep& each) { return each.path.text() <=> path; });
+        return step != nullptr && step->after.isEmpty();
+    };
 }
 
-/// What stays where it is: present, and removed by no step.
-std::vector<OdString> stayingFiles(const std::vector<TreeStep>& steps,
-                                   const std::vector<OdString>& present) {
-    std::vector<OdString> removed;
-    for (const TreeStep& step : steps) {
-        if (step.after.isEmpty())
-            removed.push_back(step.path);
+/// The paths of everything below that is no folder; a folder that nobody can look into may hold
+/// anything.
+std::vector<OdString> filesBelow(const OdString& path, const sys::Folder& root) {
+    std::vector<OdString> files;
+    std::vector<OdString> pending = {path};
+    while (!pending.empty()) {
+        const OdString folder = std::move(pending.back());
+        pending.pop_back();
+        const sys::Outcome<std::vector<std::string>> names = root.list(folder.toNarrow());
+        if (!names && !meansNoFile(names.error()))
+            files.push_back(folder);
+        for (const std::string& name : names ? *names : std::vector<std::string>()) {
+            OdString below = folder + L'/' + OdString::fromNarrow(name);
+            const sys::Outcome<sys::FileStatus> status = root.status(below.toNarrow());
+            const bool isFolder = status && status->kind == sys::FileKind::folder;
+            (isFolder ? pending : files).push_back(std::move(below));
+        }
     }
-    std::vector<OdString> staying;
-    std::set_difference(present.begin(), present.end(), removed.begin(), removed.end(),
-                        std::back_inserter(staying));
-    return staying;
+    std::sort(files.begin(), files.end());
+    return files;
 }
 
-/// Whether a file that stays lies where the new file needs a folder, or below its name.
-bool isBlocked(const OdString& path, const std::vector<OdString>& staying) {
-    return !fileInTheWay(path, staying, [](const OdString&) { return false; }).isEmpty();
+/// Answers for everything that lies on the disk and is no folder, known or not.
+FileQuestions questionsOfDisk(const sys::Folder& root) {
+    const auto statusOf = [&root](const OdString& path) { return root.status(path.toNarrow()); };
+    const auto isFile = [statusOf](const OdString& path) {
+        const sys::Outcome<sys::FileStatus> status = statusOf(path);
+        return status && status->kind != sys::FileKind::folder;
+    };
+    const auto below = [statusOf, &root](const OdString& path) {
+        const sys::Outcome<sys::FileStatus> status = statusOf(path);
+        return status && status->kind == sys::FileKind::folder ? filesBelow(path, root)
+                                                               : std::vector<OdString>();
+    };
+    return {isFile, below};
 }
 
 /// Whether something lies there that the scan does not count: a link, also in place of a folder, or
 /// a file that the ignore rules hide. It is in no commit.
 bool isUnknownFile(const WorkingTree& workingTree, const OdString& path,
-                   const std::vector<OdString>& present) {
-    if (holds(present, path))
+                   const WorkingChanges& changes) {
+    if (isPresent(path, changes))
         return false;
     const sys::Outcome<sys::FileStatus> status = workingTree.folder().status(path.toNarrow());
     if (!status)
@@ -148,12 +174,11 @@ private:
 Expected<void> checkNothingInTheWay(const WorkingTree& workingTree,
                                     const std::vector<TreeStep>& steps,
                                     const WorkingChanges& changes) {
-    const std::vector<OdString> present = presentFiles(changes);
-    const std::vector<OdString> staying = stayingFiles(steps, present);
+    RoomCheck room(questionsOfDisk(workingTree.folder()), removedBy(steps));
     std::vector<OdString> blocked;
     for (const TreeStep& step : steps) {
-        const bool needsRoom = !step.after.isEmpty() && isBlocked(step.path, staying);
-        const bool isTaken = isUnknownFile(workingTree, step.path, present) &&
+        const bool needsRoom = !step.after.isEmpty() && !room.fileInTheWay(step.path).isEmpty();
+        const bool isTaken = isUnknownFile(workingTree, step.path, changes) &&
                              !isRemovedUnderOtherName(workingTree, step.path, steps);
         if (needsRoom || isTaken)
             blocked.push_back(step.path);
@@ -179,14 +204,18 @@ Expected<void> checkNoLocalChanges(const WorkingTree& workingTree,
     return checkNothingInTheWay(workingTree, steps, changes);
 }
 
-Expected<void> checkNames(const std::vector<TreeStep>& steps, const WorkingChanges& changes) {
+Expected<void> checkNames(const WorkingTree& workingTree, const std::vector<TreeStep>& steps) {
+    const auto isGone = removedBy(steps);
+    FilesAlike disk(workingTree.folder());
     std::map<std::u16string, OdString> known;
-    for (const OdString& path : stayingFiles(steps, presentFiles(changes)))
-        known.emplace(folded(path), path);
     std::vector<OdString> clashes;
     for (const TreeStep& step : steps) {
         if (step.after.isEmpty())
             continue;
+        for (const OdString& other : disk.under(step.path)) {
+            if (!isGone(other))
+                known.emplace(folded(step.path), other);
+        }
         const auto [other, isNew] = known.emplace(folded(step.path), step.path);
         if (!isNew && other->second != step.path)
             clashes.push_back(other->second + L", " + step.path);
@@ -206,7 +235,7 @@ Expected<void> checkNotInUse(WorkingTree& workingTree, const std::vector<TreeSte
             continue;
         const std::optional<OdString> lock = lockBeside(step.path, workingTree);
         // One that somebody committed says nothing of today.
-        const bool isLocked = lock && !workingTree.repository().headFiles().contains(*lock);
+        const bool isLocked = lock && !workingTree.repository().history().isHeadFile(*lock);
         const Expected<bool> inUse = isInUse(workingTree, step.path);
         if (!inUse)
             return inUse.error();
@@ -251,7 +280,7 @@ Expected<Sightings> lookAgain(const WorkingTree& workingTree, const std::vector<
 Expected<Sightings> checkPreconditions(WorkingTree& workingTree, const std::vector<TreeStep>& steps,
                                        const WorkingChanges& changes) {
     if (ignoresLetterCase(workingTree.folder())) {
-        if (const Expected<void> possible = checkNames(steps, changes); !possible)
+        if (const Expected<void> possible = checkNames(workingTree, steps); !possible)
             return possible.error();
     }
     if (const Expected<void> free = checkNotInUse(workingTree, steps); !free)

@@ -14,7 +14,8 @@ namespace qrv {
 // What is asked before the first working file is touched. `steps` are ordered by path.
 
 /// Fails, with a list of them, for files that would take the place of something that is in no
-/// commit: a link, a file that the ignore rules hide, or a file where a folder is needed.
+/// commit: a link, a file that the ignore rules hide, or a file where a folder is needed. `changes`
+/// tell at least of the files of the steps.
 Expected<void> checkNothingInTheWay(const WorkingTree& workingTree,
                                     const std::vector<TreeStep>& steps,
                                     const WorkingChanges& changes);
@@ -27,7 +28,7 @@ Expected<void> checkNoLocalChanges(const WorkingTree& workingTree,
 
 /// Fails, with a list of them, when the steps would give two files names that a disk which ignores
 /// letter case takes for one: the second could not be there beside the first.
-Expected<void> checkNames(const std::vector<TreeStep>& steps, const WorkingChanges& changes);
+Expected<void> checkNames(const WorkingTree& workingTree, const std::vector<TreeStep>& steps);
 
 /// Fails, with a list of them, when the steps change files that another program has open: a lock
 /// file lies beside a drawing, or the program writes to the file or has locked it.

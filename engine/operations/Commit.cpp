@@ -1,6 +1,7 @@
 #include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <common/worktree/RepoFileExplorer.h>
+#include <engine/base/SortedLookup.h>
 #include <engine/base/Translation.h>
 #include <engine/operations/CommitInternal.h>
 #include <engine/operations/WithRepositoryInternal.h>
@@ -36,32 +37,27 @@ ErrorMessage nothingStaged() {
     return {tr(L"Nothing is staged (qrv add stages files)")};
 }
 
-/// The library's own answer for a tree without changes.
-Expected<void> checkStage(const WorkingChanges& changes, const std::vector<StagedFile>& staged,
-                          const WorkingTree& workingTree) {
-    common::RepoFileExplorer explorer(changes.files, workingTree.root());
-    for (const StagedFile& file : staged)
-        explorer.stage(file);
+/// Why there is nothing to commit: the library's own answer for a tree without changes.
+ErrorMessage whyNothing(const WorkingChanges& changes, const WorkingTree& workingTree) {
+    const common::RepoFileExplorer explorer(changes.files, workingTree.root());
     const Expected<std::vector<common::StatusRef>> files = explorer.stagedFiles();
-    if (!files)
-        return files.error();
-    return files->empty() ? Expected<void>(nothingStaged()) : Expected<void>();
+    return files ? nothingStaged() : files.error();
 }
 
+/// The deltas are ordered by path.
 std::optional<RelativePath> previousPath(const OdString& path, const std::vector<FileDelta>& deltas,
                                          const common::State& state) {
     const auto rename = state.renames.find(path);
     if (rename == state.renames.end())
         return std::nullopt;
-    const auto removal = std::find_if(deltas.begin(), deltas.end(), [&](const FileDelta& delta) {
-        return delta.url.isEmpty() && delta.path == rename->second;
-    });
-    return removal == deltas.end() ? std::nullopt : std::optional(removal->path);
+    const FileDelta* const removal = findSorted(
+        deltas, [&](const FileDelta& delta) { return delta.path.text() <=> rename->second; });
+    return removal != nullptr && removal->url.isEmpty() ? std::optional(removal->path)
+                                                        : std::nullopt;
 }
 
 Expected<StoredFiles> storeAll(Repository& repository, const std::vector<StagedFile>& staged) {
     StoredFiles stored;
-    const Tree& head = repository.headFiles();
     const std::unique_ptr<Work> progress =
         repository.caller().beginWork(tr(L"Storing"), staged.size());
     for (const StagedFile& file : staged) {
@@ -79,8 +75,7 @@ Expected<StoredFiles> storeAll(Repository& repository, const std::vector<StagedF
         if (!done)
             return done.error();
         stored.ticksByPath.emplace(file.path, toTicks(done->stamp.modifiedNs));
-        const auto old = head.find(file.path);
-        if (old == head.end() || old->second.contents != done->url)
+        if (repository.history().headUrl(file.path) != done->url)
             stored.deltas.push_back({*path, done->url, std::nullopt, done->stamp.sizeBytes});
         progress->add(done->stamp.sizeBytes);
     }
@@ -137,6 +132,19 @@ void clearStage(WorkingTree& workingTree, const std::map<OdString, std::int64_t>
     transaction.commit();
 }
 
+/// What a commit asks of the working tree: the staged files, and when nothing is left of them, all,
+/// which decides what is told.
+Expected<WorkingChanges> changesOfStage(WorkingTree& workingTree) {
+    const common::State& state = workingTree.repository().state();
+    std::vector<OdString> paths;
+    for (const StagedFile& file : state.stagedFiles)
+        paths.push_back(file.path);
+    Expected<WorkingChanges> changes = findChangesOf(workingTree, std::move(paths));
+    if (!changes || !stagedChanges(workingTree.repository().state(), *changes).empty())
+        return changes;
+    return findChanges(workingTree);
+}
+
 OdString trimmed(const OdString& message) {
     static constexpr const char* blanks = " \t\r\n";
     const std::string text = message.toNarrow();
@@ -157,16 +165,15 @@ Expected<CommitEntry> commitStaged(WorkingTree& workingTree, const WorkingChange
             OdString::format(tr(L"Conflicts to resolve before a commit: %i (qrv resolve)"), count)};
     const std::vector<StagedFile> staged = stagedChanges(workingTree.repository().state(), changes);
     const bool isMerge = !workingTree.repository().history().note(mergeNote).isEmpty();
-    if (const Expected<void> checked = checkStage(changes, staged, workingTree);
-        !checked && !isMerge)
-        return checked.error();
+    if (staged.empty() && !isMerge)
+        return whyNothing(changes, workingTree);
     Expected<StoredFiles> stored = storeAll(workingTree.repository(), staged);
     if (!stored)
         return stored.error();
     if (stored->deltas.empty() && !isMerge)
         return nothingStaged();
     if (const Expected<void> possible =
-            checkShape(workingTree.repository().headFiles(), stored->deltas);
+            checkShape(questionsOfHead(workingTree.repository().history()), stored->deltas);
         !possible)
         return possible.error();
     CommitEntry entry = addToHistory(workingTree, std::move(stored->deltas), text);
@@ -185,7 +192,7 @@ Expected<Committed> commit(const std::string& folder, const CommitRequest& reque
     if (text.message.isEmpty())
         return ErrorMessage{tr(L"A commit needs a message that says what was done")};
     const auto action = [&](WorkingTree& workingTree) -> Expected<Committed> {
-        const Expected<WorkingChanges> changes = findChanges(workingTree);
+        const Expected<WorkingChanges> changes = changesOfStage(workingTree);
         if (!changes)
             return changes.error();
         Expected<CommitEntry> entry = commitStaged(workingTree, *changes, text);
@@ -195,8 +202,7 @@ Expected<Committed> commit(const std::string& folder, const CommitRequest& reque
         workingTree.keepBaseline(workingTree.baseline());
         return Committed{std::move(*entry), workingTree.repository().branch()};
     };
-    return withRepository(folder, Repository::Use::change, caller, action,
-                          WorkingTree::Scan::ahead);
+    return withRepository(folder, Repository::Use::change, caller, action);
 }
 
 }  // namespace qrv

@@ -31,9 +31,9 @@ struct Committed {
 ///
 /// The caller may interrupt it as long as nothing is in the history, and then nothing is left;
 /// later it goes on to its end. Fails then, without a message, when a conflict is open, when
-/// nothing is staged that differs from HEAD (unless a merge is going on), when anything in the
-/// working tree cannot be looked at, when a file cannot be stored, and when the repository cannot
-/// be opened or changed; nothing is committed then, and files that were stored are only not needed.
+/// nothing is staged that differs from HEAD (unless a merge is going on), when a staged file cannot
+/// be looked at or stored, and when the repository cannot be opened or changed; nothing is
+/// committed then, and files that were stored are only not needed.
 QRV_ENGINE_EXPORT Expected<Committed> commit(const std::string& folder,
                                              const CommitRequest& request, Caller& caller);
 

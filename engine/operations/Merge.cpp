@@ -167,7 +167,7 @@ Expected<Sightings> checkMerge(WorkingTree& workingTree, const ThreeWayResult& f
         !unharmed)
         return unharmed.error();
     if (const Expected<void> possible =
-            checkShape(workingTree.repository().headFiles(), deltasOf(files));
+            checkShape(questionsOfHead(workingTree.repository().history()), deltasOf(files));
         !possible)
         return possible.error();
     return checkPreconditions(workingTree, files.taken, changes);

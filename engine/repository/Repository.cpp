@@ -74,9 +74,7 @@ Repository::Repository(RepositoryPlace place, std::optional<sys::Lock> lock, His
       storages_(std::make_unique<Storages>([this](const OdString& path) {
           const std::map<OdString, OdString>& renames = stateWithoutIndex().renames;
           const auto previous = renames.find(path);
-          const Tree& files = headFiles();
-          const auto file = files.find(previous == renames.end() ? path : previous->second);
-          return file == files.end() ? OdString() : file->second.contents;
+          return history_.headUrl(previous == renames.end() ? path : previous->second);
       })) {
     storages_->use(root_, folder_);
 }

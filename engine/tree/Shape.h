@@ -5,52 +5,48 @@
 #include <engine/tree/Tree.h>
 #include <platform/kernel/OdString.h>
 
-#include <algorithm>
+#include <functional>
+#include <optional>
 #include <vector>
 
 namespace qrv {
 
 // No disk can hold a file and, below its name, another one.
 
-/// The first of the files, ordered by path, whose path is not less than this one.
-inline auto firstFrom(const Tree& files, const OdString& path) {
-    return files.lower_bound(path);
-}
-inline auto firstFrom(const std::vector<OdString>& files, const OdString& path) {
-    return std::lower_bound(files.begin(), files.end(), path);
-}
+/// Answers for files that nobody wants to hold as a whole: those of a tree, or of a disk.
+struct FileQuestions {
+    /// Whether there is a file of that path.
+    std::function<bool(const OdString& path)> isFile;
+    /// The paths of the files below that name, if it is that of a folder.
+    std::function<std::vector<OdString>(const OdString& path)> filesBelow;
+};
 
-inline const OdString& pathOf(const OdString& path) {
-    return path;
-}
-inline const OdString& pathOf(const Tree::value_type& file) {
-    return file.first;
-}
+/// Answers from the tree, which must live as long.
+FileQuestions questionsOf(const Tree& tree);
 
-/// The path of a file that lies where a file of the path `path` needs a folder, or below its name;
-/// empty when there is none. `files` are ordered by path; one of which `isGone(path)` is true does
-/// not count.
-template <class Files, class IsGone>
-OdString fileInTheWay(const OdString& path, const Files& files, const IsGone& isGone) {
-    for (int slash = path.find(L'/'); slash >= 0; slash = path.find(L'/', slash + 1)) {
-        OdString folder = path.left(slash);
-        const auto file = firstFrom(files, folder);
-        if (file != files.end() && pathOf(*file) == folder && !isGone(folder))
-            return folder;
-    }
-    const OdString below = path + L'/';
-    for (auto file = firstFrom(files, below); file != files.end(); ++file) {
-        if (pathOf(*file).left(below.getLength()) != below)
-            break;
-        if (!isGone(pathOf(*file)))
-            return pathOf(*file);
-    }
-    return {};
-}
+/// Asks, for one new file after the other, whether there is room. That is quickest in the order of
+/// the paths.
+class RoomCheck {
+public:
+    /// A file of which `isGone(path)` is true does not count.
+    RoomCheck(FileQuestions files, std::function<bool(const OdString& path)> isGone);
+
+    /// The path of a file that lies where a file of the path `path` needs a folder, or below its
+    /// name; empty when there is none.
+    OdString fileInTheWay(const OdString& path);
+
+private:
+    OdString fileAbove(const OdString& path);
+
+    FileQuestions files_;
+    std::function<bool(const OdString& path)> isGone_;
+    /// The last one that was found to have nothing in its way.
+    std::optional<OdString> freeFolder_;
+};
 
 /// Fails when `tree` with `deltas` would hold a file and, below its name, another one. A person
 /// makes such a tree who stages the file that took the place of a folder, but not that the files of
 /// the folder are gone.
-Expected<void> checkShape(const Tree& tree, const std::vector<FileDelta>& deltas);
+Expected<void> checkShape(FileQuestions tree, const std::vector<FileDelta>& deltas);
 
 }  // namespace qrv

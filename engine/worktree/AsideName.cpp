@@ -1,4 +1,5 @@
 #include <engine/worktree/AsideName.h>
+#include <sys/TemporaryName.h>
 
 #include <charconv>
 #include <system_error>
@@ -28,6 +29,15 @@ std::optional<std::size_t> positionOfAside(std::string_view name) {
     if (error != std::errc() || rest == end || *rest != '-')
         return std::nullopt;
     return position;
+}
+
+bool isOurOwn(const OdString& path) {
+    const std::wstring& units = path.toWide();
+    const std::size_t begin = units.rfind(L'/') + 1;  // 0 without a slash
+    if (begin == units.size() || units[begin] != L'.')
+        return false;
+    const std::string name = OdString(units.substr(begin)).toNarrow();
+    return sys::isTemporaryName(name) || isAsideName(name);
 }
 
 }  // namespace qrv

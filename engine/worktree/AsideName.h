@@ -1,5 +1,7 @@
 #pragma once
 
+#include <platform/kernel/OdString.h>
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -18,5 +20,9 @@ bool isAsideName(std::string_view name);
 
 /// The place in the entry; nothing for another name.
 std::optional<std::size_t> positionOfAside(std::string_view name);
+
+/// Whether the file is one that a process of ours is about to rename, or that it left when it ended
+/// in the middle of its work: never anybody's file.
+bool isOurOwn(const OdString& path);
 
 }  // namespace qrv

@@ -3,8 +3,8 @@
 #include <engine/repository/MetadataCheck.h>
 #include <engine/worktree/AsideName.h>
 #include <engine/worktree/IgnoreRules.h>
+#include <engine/worktree/StatusByFolder.h>
 #include <engine/worktree/TreeScan.h>
-#include <sys/TemporaryName.h>
 
 #include <algorithm>
 #include <chrono>
@@ -20,69 +20,6 @@ namespace {
 
 /// How many files a thread takes at a time.
 constexpr std::size_t portion = 500;
-
-/// Whether the error says that no versioned file is there. Below a link, none ever is.
-bool meansNoFile(std::error_code error) {
-    return sys::meansAbsent(error) || error == std::errc::too_many_symbolic_link_levels;
-}
-
-/// Asks for files of one folder after the other, where the system need not walk to each anew.
-class StatusByFolder {
-public:
-    explicit StatusByFolder(const sys::Folder& root) : root_(root) {}
-
-    /// What is not there is `other`. Nothing when nobody can tell, which is noted.
-    std::optional<sys::FileStatus> status(std::string_view path) {
-        const std::size_t slash = path.rfind('/');
-        if (slash == std::string_view::npos)
-            return statusIn(root_, path, path);
-        if (!folder_ || path.substr(0, slash) != folderPath_)
-            enter(path.substr(0, slash));
-        if (*folder_)
-            return statusIn(**folder_, path.substr(slash + 1), path);
-        return meansNoFile(folder_->error()) ? std::optional(sys::FileStatus()) : std::nullopt;
-    }
-
-    void note(std::string_view path, std::error_code cause) {
-        unseen_.push_back({OdString::fromNarrow(path), cause});
-    }
-    const std::vector<Unseen>& unseen() const { return unseen_; }
-
-private:
-    void enter(std::string_view path) {
-        folderPath_ = path;
-        folder_ = root_.openFolder(folderPath_);
-        if (!*folder_ && !meansNoFile(folder_->error()))
-            note(path, folder_->error());
-    }
-
-    std::optional<sys::FileStatus> statusIn(const sys::Folder& folder, std::string_view name,
-                                            std::string_view path) {
-        const sys::Outcome<sys::FileStatus> status = folder.status(std::string(name));
-        if (status)
-            return *status;
-        if (meansNoFile(status.error()))
-            return sys::FileStatus();
-        note(path, status.error());
-        return std::nullopt;
-    }
-
-    const sys::Folder& root_;
-    std::string folderPath_;
-    std::optional<sys::Outcome<sys::Folder>> folder_;
-    std::vector<Unseen> unseen_;
-};
-
-/// What a process that ended in the middle of its work left, and what one that is at work now is
-/// about to rename: never anybody's file.
-bool isOurOwn(const OdString& path) {
-    const std::wstring& units = path.toWide();
-    const std::size_t begin = units.rfind(L'/') + 1;  // 0 without a slash
-    if (begin == units.size() || units[begin] != L'.')
-        return false;
-    const std::string name = OdString(units.substr(begin)).toNarrow();
-    return sys::isTemporaryName(name) || isAsideName(name);
-}
 
 /// Calls `look` for every place below `count` that no other thread takes from `next`.
 template <class Look>

@@ -5,6 +5,7 @@
 #include <engine/paths/CheckedUrl.h>
 #include <engine/tree/Renames.h>
 #include <engine/worktree/FileDigest.h>
+#include <engine/worktree/NamedFiles.h>
 #include <engine/worktree/Ticks.h>
 #include <engine/worktree/TreeScan.h>
 #include <engine/worktree/WorkingChanges.h>
@@ -27,6 +28,15 @@ struct Verdict {
     bool isModified = false;
 };
 
+/// What a look at the working tree saw, in order.
+struct Seen {
+    const std::vector<TreeScan::Known>& candidates;
+    const std::vector<TreeScan::Other>& others;
+    const std::vector<Unseen>& unseen;
+    /// Whether that is the whole tree, so that a file which is nowhere may have another name now.
+    bool isWhole = true;
+};
+
 OdString textOf(const KnownFile& file) {
     return OdString::fromNarrow(file.path);
 }
@@ -34,14 +44,14 @@ OdString textOf(const KnownFile& file) {
 /// Tells what each file is.
 class Comparison {
 public:
-    Comparison(WorkingTree& workingTree, const TreeScan& scan)
-        : workingTree_(workingTree), scan_(scan) {}
+    Comparison(WorkingTree& workingTree, const Seen& seen)
+        : workingTree_(workingTree), seen_(seen) {}
 
     WorkingChanges compare(std::shared_ptr<const Baseline> baseline) {
         const std::vector<KnownFile>& known = baseline->files();
-        for (const TreeScan::Known& candidates : scan_.candidates())
+        for (const TreeScan::Known& candidates : seen_.candidates)
             addKnown(known[candidates.place], candidates.status);
-        for (const TreeScan::Other& other : scan_.others())
+        for (const TreeScan::Other& other : seen_.others)
             addOther(other);
         // Both were found in the order of the paths.
         std::inplace_merge(
@@ -51,8 +61,9 @@ public:
         for (const common::StagedFile& change : changes_)
             add(change.path, change.change);
         std::sort(result_.links.begin(), result_.links.end());
-        result_.renames = renames();
-        result_.unseen.insert(result_.unseen.end(), scan_.unseen().begin(), scan_.unseen().end());
+        if (seen_.isWhole)
+            result_.renames = renames();
+        result_.unseen.insert(result_.unseen.end(), seen_.unseen.begin(), seen_.unseen.end());
         result_.unseen = sortedUnseen(std::move(result_.unseen));
         result_.baseline = std::move(baseline);
         return std::move(result_);
@@ -137,7 +148,7 @@ private:
     }
 
     WorkingTree& workingTree_;
-    const TreeScan& scan_;
+    const Seen& seen_;
     std::vector<common::StagedFile> changes_;
     /// How many of them are of known files, which come first.
     std::size_t knownChanges_ = 0;
@@ -161,6 +172,25 @@ void refreshIndex(WorkingTree& workingTree, const std::vector<Verdict>& verdicts
     transaction.commit();
 }
 
+WorkingChanges changesIn(const Seen& seen, std::shared_ptr<const Baseline> baseline,
+                         WorkingTree& workingTree) {
+    Comparison comparison(workingTree, seen);
+    WorkingChanges changes = comparison.compare(std::move(baseline));
+    refreshIndex(workingTree, comparison.verdicts());
+    return changes;
+}
+
+Expected<WorkingChanges> refuseUnseen(Expected<WorkingChanges> changes) {
+    if (!changes || changes->unseen.empty())
+        return changes;
+    OdString text =
+        tr(L"These files and folders cannot be looked at, so that nothing is done (qrv "
+           L"ignore add leaves out what does not belong to the project):");
+    for (const Unseen& unseen : changes->unseen)
+        text += L"\n  " + textOf(unseen);
+    return ErrorMessage{text};
+}
+
 bool holds(const std::vector<common::File>& files, const OdString& path) {
     return findSorted(files, [&path](const common::File& file) { return file.path <=> path; }) !=
            nullptr;
@@ -173,15 +203,7 @@ std::size_t WorkingChanges::presentCount() const {
 }
 
 Expected<WorkingChanges> findChanges(WorkingTree& workingTree) {
-    Expected<WorkingChanges> changes = findVisibleChanges(workingTree);
-    if (!changes || changes->unseen.empty())
-        return changes;
-    OdString text =
-        tr(L"These files and folders cannot be looked at, so that nothing is done (qrv "
-           L"ignore add leaves out what does not belong to the project):");
-    for (const Unseen& unseen : changes->unseen)
-        text += L"\n  " + textOf(unseen);
-    return ErrorMessage{text};
+    return refuseUnseen(findVisibleChanges(workingTree));
 }
 
 Expected<WorkingChanges> findVisibleChanges(WorkingTree& workingTree) {
@@ -190,12 +212,24 @@ Expected<WorkingChanges> findVisibleChanges(WorkingTree& workingTree) {
     std::shared_ptr<const Baseline> baseline = workingTree.baseline();
     if (Expected<void> looked = scan->lookAt(baseline); !looked)
         return std::move(looked).error();
-    for (const OdString& message : scan->messages())
-        workingTree.caller().note(message);
-    Comparison comparison(workingTree, *scan);
-    WorkingChanges changes = comparison.compare(std::move(baseline));
-    refreshIndex(workingTree, comparison.verdicts());
-    return changes;
+    workingTree.tellOfRules(scan->messages());
+    return changesIn(
+        {.candidates = scan->candidates(), .others = scan->others(), .unseen = scan->unseen()},
+        std::move(baseline), workingTree);
+}
+
+Expected<WorkingChanges> findChangesOf(WorkingTree& workingTree, std::vector<OdString> paths) {
+    std::sort(paths.begin(), paths.end());
+    paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
+    const Expected<NamedFiles> named = lookAtNamed(workingTree, paths);
+    if (!named)
+        return named.error();
+    workingTree.tellOfRules(named->messages);
+    return refuseUnseen(changesIn({.candidates = named->candidates,
+                                   .others = named->others,
+                                   .unseen = named->unseen,
+                                   .isWhole = false},
+                                  named->baseline, workingTree));
 }
 
 std::vector<OdString> presentFiles(const WorkingChanges& changes) {
@@ -214,6 +248,15 @@ std::vector<OdString> presentFiles(const WorkingChanges& changes) {
         paths.push_back(file.path);
     std::inplace_merge(paths.begin(), paths.begin() + old, paths.end());
     return paths;
+}
+
+bool isPresent(const OdString& path, const WorkingChanges& changes) {
+    const FileChange change = changeOf(path, changes);
+    if (change != FileChange::unchanged)
+        return change != FileChange::removed;
+    return findSorted(changes.baseline->files(), [&path](const KnownFile& known) {
+               return compare(known.path, path);
+           }) != nullptr;
 }
 
 std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,

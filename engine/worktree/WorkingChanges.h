@@ -26,7 +26,7 @@ struct WorkingChanges {
     /// What could not be looked at (see `sortedUnseen`). It is in none of the lists, but a file
     /// that is seen to be new and cannot be read is in that of the new ones.
     std::vector<Unseen> unseen;
-    /// What the working tree was compared with.
+    /// What the working tree was compared with: the files of HEAD, or those that were named.
     std::shared_ptr<const Baseline> baseline;
 
     bool isEmpty() const { return files.changes.empty(); }
@@ -45,9 +45,17 @@ Expected<WorkingChanges> findChanges(WorkingTree& workingTree);
 /// The same for whoever only shows it: what cannot be looked at is in `unseen`.
 Expected<WorkingChanges> findVisibleChanges(WorkingTree& workingTree);
 
+/// The changes of the files of these paths and of no others. Everything but these, whether it can
+/// be looked at or not, is left alone: what the lists do not have is either as in HEAD or was not
+/// asked for, and renames are not sought.
+Expected<WorkingChanges> findChangesOf(WorkingTree& workingTree, std::vector<OdString> paths);
+
 /// The regular files that are in the working tree: everything that the scan found, and files of
 /// HEAD that are there although a rule ignores them; ordered.
 std::vector<OdString> presentFiles(const WorkingChanges& changes);
+
+/// Whether the path is that of one of these files.
+bool isPresent(const OdString& path, const WorkingChanges& changes);
 
 /// The files of HEAD that are as they were committed, ordered by path.
 std::vector<common::UnchangedFile> unchangedFiles(const WorkingChanges& changes,

@@ -68,11 +68,19 @@ std::optional<common::State> WorkingTree::takeKeptBaseline() {
 std::shared_ptr<const Baseline> WorkingTree::baseline() {
     if (kept_ && !repository_->hasState())
         return kept_;
+    return baselineFrom(repository_->history().headSizes());
+}
+
+std::shared_ptr<const Baseline> WorkingTree::baselineOf(const std::vector<OdString>& paths) {
+    return baselineFrom(repository_->history().headSizesOf(paths));
+}
+
+std::shared_ptr<const Baseline> WorkingTree::baselineFrom(const std::vector<SizedFile>& head) {
     const std::optional<sys::FileStamp>& stamp = repository_->stateStamp();
     const std::optional<std::int64_t> modifiedNs =
         stamp ? std::optional(stamp->modifiedNs) : std::nullopt;
     return std::make_shared<const Baseline>(
-        Baseline::of(repository_->history().headSizes(), repository_->state().index, modifiedNs));
+        Baseline::of(head, repository_->state().index, modifiedNs));
 }
 
 void WorkingTree::keepBaseline(std::shared_ptr<const Baseline> baseline) {
@@ -89,6 +97,14 @@ void WorkingTree::keepBaseline(std::shared_ptr<const Baseline> baseline) {
 
 std::unique_ptr<TreeScan> WorkingTree::takeScan() {
     return scan_ ? std::move(scan_) : std::make_unique<TreeScan>(root(), folder());
+}
+
+void WorkingTree::tellOfRules(const std::vector<OdString>& messages) {
+    if (messages == toldOfRules_)
+        return;
+    for (const OdString& message : messages)
+        caller().note(message);
+    toldOfRules_ = messages;
 }
 
 Expected<void> WorkingTree::close() {

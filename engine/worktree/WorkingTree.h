@@ -2,10 +2,12 @@
 
 #include <engine/repository/Repository.h>
 #include <engine/worktree/BaselineBytes.h>
+#include <platform/kernel/OdString.h>
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace qrv {
 
@@ -39,6 +41,8 @@ public:
 
     /// What the working tree is to be compared with now.
     std::shared_ptr<const Baseline> baseline();
+    /// The same of those of these paths, ordered and each once, that are in HEAD.
+    std::shared_ptr<const Baseline> baselineOf(const std::vector<OdString>& paths);
     /// Lets `close` keep the baseline, so that the next look takes less time. That needs the lock,
     /// files in HEAD, and a state without conflicts that is not written after this.
     void keepBaseline(std::shared_ptr<const Baseline> baseline);
@@ -46,12 +50,17 @@ public:
     /// The scan that was begun when this was opened, or a new one. It must end before this.
     std::unique_ptr<TreeScan> takeScan();
 
+    /// Tells what is wrong with the ignore rules, once, however often somebody looks.
+    void tellOfRules(const std::vector<OdString>& messages);
+
     /// Writes a changed state, and the baseline that is to be kept. Fails when the state cannot be
     /// written; the old file is untouched then. Afterwards there is no state here any more.
     Expected<void> close();
 
 private:
     explicit WorkingTree(std::unique_ptr<Repository> repository);
+
+    std::shared_ptr<const Baseline> baselineFrom(const std::vector<SizedFile>& head);
 
     void scanAhead();
     std::optional<common::State> takeKeptBaseline();
@@ -62,6 +71,7 @@ private:
     std::shared_ptr<const Baseline> kept_;
     std::optional<KeptBaseline> toKeep_;
     std::unique_ptr<TreeScan> scan_;
+    std::vector<OdString> toldOfRules_;
 };
 
 }  // namespace qrv

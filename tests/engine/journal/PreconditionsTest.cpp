@@ -32,7 +32,7 @@ protected:
         return checked ? "fine" : checked.error().message.toNarrow();
     }
     std::string names(const std::vector<TreeStep>& steps) const {
-        return answer(checkNames(steps, *findChanges(*project.open())));
+        return answer(checkNames(*project.open(), steps));
     }
     std::string inUse(const std::vector<TreeStep>& steps) const {
         return answer(checkNotInUse(*project.open(), steps));

@@ -14,7 +14,8 @@ using qrv_test::removal;
 using qrv_test::treeOf;
 
 std::string checked(const std::string& tree, const std::vector<FileDelta>& deltas) {
-    const Expected<void> outcome = qrv::checkShape(treeOf(tree), deltas);
+    const qrv::Tree files = treeOf(tree);
+    const Expected<void> outcome = qrv::checkShape(questionsOf(files), deltas);
     return outcome ? "possible" : outcome.error().message.toNarrow();
 }
 
