@@ -2,6 +2,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/operations/Add.h>
+#include <engine/operations/NamedChangesInternal.h>
 #include <engine/operations/StagingFactsInternal.h>
 #include <engine/operations/WithRepositoryInternal.h>
 #include <engine/paths/RelativePath.h>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -114,22 +116,33 @@ Expected<std::vector<StagedFile>> withoutUnsafe(std::vector<StagedFile> files,
     return files;
 }
 
-Expected<Added> addTo(WorkingTree& workingTree, const AddRequest& request) {
-    const Expected<WorkingChanges> changes = findChanges(workingTree);
-    if (!changes)
-        return changes.error();
-    const Expected<std::vector<StagedFile>> chosen = findChosen(request, workingTree, *changes);
+/// Stages what is chosen of these changes.
+Expected<Added> addFrom(const WorkingChanges& changes, WorkingTree& workingTree,
+                        const AddRequest& request) {
+    const Expected<std::vector<StagedFile>> chosen = findChosen(request, workingTree, changes);
     if (!chosen)
         return chosen.error();
     Expected<std::vector<StagedFile>> safe =
-        withoutUnsafe(withRenameHalves(*chosen, *changes), *changes, request, workingTree);
+        withoutUnsafe(withRenameHalves(*chosen, changes), changes, request, workingTree);
     if (!safe)
         return safe.error();
     Added added;
     added.staged = std::move(*safe);
-    findStagingFacts(added, request.largeFileBytes, *changes, workingTree);
-    stage(added.staged, *changes, workingTree.repository().cache());
+    findStagingFacts(added, request.largeFileBytes, changes, workingTree);
+    stage(added.staged, changes, workingTree.repository().cache());
     return added;
+}
+
+Expected<Added> addTo(WorkingTree& workingTree, const AddRequest& request) {
+    if (!request.all) {
+        if (const std::optional<WorkingChanges> named =
+                findNamedChanges(request.paths, workingTree))
+            return addFrom(*named, workingTree, request);
+    }
+    const Expected<WorkingChanges> changes = findChanges(workingTree);
+    if (!changes)
+        return changes.error();
+    return addFrom(*changes, workingTree, request);
 }
 
 }  // namespace
@@ -138,7 +151,7 @@ Expected<Added> add(const std::string& folder, const AddRequest& request, Caller
     return withRepository(
         folder, Repository::Use::change, caller,
         [&](WorkingTree& workingTree) { return addTo(workingTree, request); },
-        WorkingTree::Scan::ahead);
+        request.all ? WorkingTree::Scan::ahead : WorkingTree::Scan::later);
 }
 
 }  // namespace qrv

@@ -2,6 +2,7 @@
 #include <engine/paths/PathParts.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/worktree/FoldedName.h>
+#include <engine/worktree/NamesAlike.h>
 #include <engine/worktree/OpenDrawings.h>
 
 #include <algorithm>
@@ -77,22 +78,19 @@ void findSizes(Added& added, std::int64_t largeFileBytes, const WorkingTree& wor
 }
 
 /// Only of new names: a person who keeps an old one has been told.
-void findNames(Added& added, const WorkingChanges& changes) {
-    std::vector<OdString> names;
-    for (const StagedFile& file : added.staged) {
-        if (file.change == FileChange::added)
-            names.push_back(file.path);
-    }
-    if (names.empty())
-        return;
-    const NameTable table(presentFiles(changes));
+void findNames(Added& added, const WorkingChanges& changes, const WorkingTree& workingTree) {
+    std::optional<NameTable> table;
+    if (haveNamesAlike(added.staged, workingTree))
+        table.emplace(presentFiles(changes));
     std::set<std::pair<OdString, OdString>> told;
-    for (const OdString& path : names) {
-        const std::optional<OddName> clash = table.clashOf(path);
+    for (const StagedFile& file : added.staged) {
+        if (file.change != FileChange::added)
+            continue;
+        const std::optional<OddName> clash = table ? table->clashOf(file.path) : std::nullopt;
         if (clash && told.insert(std::minmax(clash->path, clash->other)).second)
             added.oddNames.push_back(*clash);
-        if (!isPortable(path.toNarrow()))
-            added.oddNames.push_back({path, {}});
+        if (!isPortable(file.path.toNarrow()))
+            added.oddNames.push_back({file.path, {}});
     }
 }
 
@@ -107,10 +105,17 @@ void findOpenDrawings(Added& added, const WorkingTree& workingTree) {
 
 }  // namespace
 
+bool haveNamesAlike(const std::vector<StagedFile>& files, const WorkingTree& workingTree) {
+    NamesAlike disk(workingTree.folder());
+    return std::any_of(files.begin(), files.end(), [&disk](const StagedFile& file) {
+        return file.change == FileChange::added && disk.hasOther(file.path);
+    });
+}
+
 void findStagingFacts(Added& added, std::int64_t largeFileBytes, const WorkingChanges& changes,
                       const WorkingTree& workingTree) {
     findSizes(added, largeFileBytes, workingTree);
-    findNames(added, changes);
+    findNames(added, changes, workingTree);
     findOpenDrawings(added, workingTree);
 }
 
