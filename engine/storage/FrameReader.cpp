@@ -1,4 +1,6 @@
+#include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/database/Database.h>
 #include <engine/storage/FrameReader.h>
 
 #include <algorithm>
@@ -7,54 +9,25 @@
 
 namespace qrv {
 
-Expected<std::unique_ptr<FrameReader>> FrameReader::open(std::shared_ptr<Database> database,
-                                                         Frame frame,
-                                                         std::shared_ptr<const Bytes> base,
-                                                         Check check) {
-    std::unique_ptr<FrameReader> reader(
-        new FrameReader(std::move(database), std::move(frame), std::move(base), check));
-    if (Expected<void> extent = reader->checkExtent(); !extent)
-        return std::move(extent).error();
-    return reader;
-}
-
-FrameReader::FrameReader(std::shared_ptr<Database> database, Frame frame,
+FrameReader::FrameReader(std::unique_ptr<FramePieces> pieces, FrameName name,
                          std::shared_ptr<const Bytes> base, Check check)
-    : database_(std::move(database)),
-      frame_(std::move(frame)),
+    : pieces_(std::move(pieces)),
+      name_(std::move(name)),
       base_(std::move(base)),
-      decoder_(frame_.sizeBytes, base_ ? base_->span() : std::span<const char>()),
-      pieces_(database_->prepare(
-          "SELECT position, bytes FROM pieces WHERE frame = ? ORDER BY position")) {
-    pieces_.bind(frame_.number);
+      decoder_(name_.sizeBytes, base_ ? base_->span() : std::span<const char>()) {
     if (check == Check::digest)
         digest_.emplace();
 }
 
-Expected<void> FrameReader::checkExtent() {
-    Statement extent = database_->prepare(
-        "SELECT coalesce(sum(length(bytes)), 0), coalesce(max(length(bytes)), 0)"
-        " FROM pieces WHERE frame = ?");
-    extent.bind(frame_.number);
-    extent.step();
-    const std::int64_t storedBytes = extent.integer(0);
-    const std::int64_t longestPiece = extent.integer(1);
-    if (storedBytes == 0)
-        return damaged(tr(L"its contents are missing"));
-    if (longestPiece > pieceBytes || frame_.sizeBytes / mostBytesOfOne > storedBytes)
-        return damaged(tr(L"its size is impossible"));
-    return {};
-}
-
 Expected<std::size_t> FrameReader::read(std::span<char> buffer) try {
     std::size_t filled = 0;
-    while (filled < buffer.size() && written_ < frame_.sizeBytes) {
+    while (filled < buffer.size() && written_ < name_.sizeBytes) {
         Expected<std::size_t> count = decode(buffer.subspan(filled));
         if (!count)
             return count;
         filled += *count;
     }
-    if (written_ < frame_.sizeBytes)
+    if (written_ < name_.sizeBytes)
         return filled;
     if (Expected<void> end = checkEnd(); !end)
         return std::move(end).error();
@@ -65,9 +38,13 @@ Expected<std::size_t> FrameReader::read(std::span<char> buffer) try {
 
 // Gives how many bytes one step of the decoder wrote, possibly none.
 Expected<std::size_t> FrameReader::decode(std::span<char> buffer) {
-    if (isEnd_ || (piece_.empty() && !nextPiece()))
+    if (piece_.empty() && !isEnd_) {
+        if (Expected<void> next = nextPiece(); !next)
+            return std::move(next).error();
+    }
+    if (isEnd_ || piece_.empty())
         return damaged(tr(L"it ends too early"));
-    const auto missing = static_cast<std::size_t>(frame_.sizeBytes - written_);
+    const auto missing = static_cast<std::size_t>(name_.sizeBytes - written_);
     const std::span<char> room = buffer.first(std::min(buffer.size(), missing));
     Expected<FrameDecoder::Step> step = decoder_.step(piece_, room);
     if (!step)
@@ -80,12 +57,12 @@ Expected<std::size_t> FrameReader::decode(std::span<char> buffer) {
     return step->written;
 }
 
-bool FrameReader::nextPiece() {
-    if (!pieces_.step() || pieces_.integer(0) != piecesRead_)
-        return false;
-    ++piecesRead_;
-    piece_ = pieces_.bytes(1);
-    return !piece_.empty();
+Expected<void> FrameReader::nextPiece() {
+    const Expected<std::string_view> piece = pieces_->next();
+    if (!piece)
+        return piece.error();
+    piece_ = *piece;
+    return {};
 }
 
 // When all contents are written, the end of the frame must follow, and nothing behind it.
@@ -96,17 +73,17 @@ Expected<void> FrameReader::checkEnd() {
         if (Expected<std::size_t> none = decode({}); !none)
             return std::move(none).error();
     }
-    // The step behind the last piece also lets go of the lock on the file.
-    if (!piece_.empty() || pieces_.step())
+    if (!piece_.empty() || pieces_->goesOn())
         return damaged(tr(L"it goes on behind its end"));
-    if (digest_ && digest_->finish() != frame_.digest)
+    if (digest_ && digest_->finish() != name_.digest)
         return damaged(tr(L"its contents are not those that were stored"));
     isChecked_ = true;
     return {};
 }
 
 ErrorMessage FrameReader::damaged(const OdString& cause) const {
-    return damagedFrame(*database_, frame_, cause);
+    return {OdString::format(tr(L"The version %ls in '%ls' is damaged: %ls"),
+                             OdString::fromNarrow(name_.digest), printable(name_.path), cause)};
 }
 
 Expected<Bytes> readWhole(VersionReader& contents) {

@@ -3,54 +3,55 @@
 #include <common/base/Expected.h>
 #include <engine/base/Bytes.h>
 #include <engine/base/Digest.h>
-#include <engine/database/Database.h>
-#include <engine/storage/FrameTable.h>
+#include <engine/storage/FramePieces.h>
 #include <engine/storage/VersionReader.h>
 #include <engine/storage/Zstd.h>
+#include <platform/kernel/OdString.h>
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace qrv {
 
-/// Decodes one frame. While it is read, other processes cannot write to the database.
+/// What is said of a frame to whoever reads it.
+struct FrameName {
+    /// Of the contents.
+    std::string digest;
+    std::int64_t sizeBytes = 0;
+    /// Of the file in which it lies.
+    OdString path;
+};
+
+/// Decodes one frame.
 class FrameReader : public VersionReader {
 public:
     /// The contents of a base need no look at their digest: when they are wrong, so is what is made
     /// of them, and that is looked at.
     enum class Check { digest, sizeOnly };
 
-    /// `base` holds the contents of the frame's base, null where it has none. Fails when the frame
-    /// cannot be whole; memory for its contents is taken only after that. Throws `DatabaseError`.
-    static Expected<std::unique_ptr<FrameReader>> open(std::shared_ptr<Database> database,
-                                                       Frame frame,
-                                                       std::shared_ptr<const Bytes> base,
-                                                       Check check);
+    /// `base` holds the contents of the frame's base, null where it has none.
+    FrameReader(std::unique_ptr<FramePieces> pieces, FrameName name,
+                std::shared_ptr<const Bytes> base, Check check);
 
     /// At the last byte, size and digest are compared, and it is seen to that nothing follows.
     Expected<std::size_t> read(std::span<char> buffer) override;
-    std::int64_t sizeBytes() const override { return frame_.sizeBytes; }
+    std::int64_t sizeBytes() const override { return name_.sizeBytes; }
 
 private:
-    FrameReader(std::shared_ptr<Database> database, Frame frame, std::shared_ptr<const Bytes> base,
-                Check check);
-
-    Expected<void> checkExtent();
     Expected<std::size_t> decode(std::span<char> buffer);
-    bool nextPiece();
+    Expected<void> nextPiece();
     Expected<void> checkEnd();
     ErrorMessage damaged(const OdString& cause) const;
 
-    std::shared_ptr<Database> database_;
-    Frame frame_;
+    std::unique_ptr<FramePieces> pieces_;
+    FrameName name_;
     std::shared_ptr<const Bytes> base_;
     FrameDecoder decoder_;
-    Statement pieces_;
-    std::int64_t piecesRead_ = 0;
-    // What is left of the current piece; a view into the row.
+    // What is left of the current piece.
     std::string_view piece_;
     bool isEnd_ = false;
     bool isChecked_ = false;

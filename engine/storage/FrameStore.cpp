@@ -1,11 +1,11 @@
 #include <engine/base/Digest.h>
-#include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
+#include <engine/storage/ChainMemory.h>
 #include <engine/storage/FrameReader.h>
 #include <engine/storage/FrameStore.h>
+#include <engine/storage/OpenFrame.h>
 #include <engine/storage/ReadToEnd.h>
 #include <engine/storage/Zstd.h>
-#include <sys/Memory.h>
 
 #include <algorithm>
 #include <string_view>
@@ -14,9 +14,6 @@
 namespace qrv {
 
 namespace {
-
-/// So much is always there.
-constexpr std::int64_t neverAskedFor = std::int64_t{64} << 20;
 
 // A part of a transaction that is rolled back unless it is kept.
 class Savepoint {
@@ -73,25 +70,11 @@ Expected<std::vector<Frame>> FrameStore::chainOf(const Frame& frame) {
     return chain;
 }
 
-// A frame that builds on another takes memory for the contents of that one and for its own window,
-// which is as long as its contents at most; and these, where others build on it.
 Expected<void> FrameStore::requireMemory(const std::vector<Frame>& chain) {
-    std::int64_t needed = 0;
-    for (std::size_t i = 0; i + 1 < chain.size(); ++i) {
-        const std::int64_t own = chain[i].sizeBytes * (i == 0 ? 1 : 2);
-        needed = std::max(needed, own + chain[i + 1].sizeBytes);
-    }
-    if (needed < neverAskedFor)
-        return {};
-    const std::optional<std::int64_t> atHand = sys::memoryAtHand();
-    if (!atHand || needed <= *atHand)
-        return {};
-    constexpr std::int64_t mebibyte = std::int64_t{1} << 20;
-    return ErrorMessage{OdString::format(tr(L"The version %ls in '%ls' cannot be read: it takes %i "
-                                            L"MiB of memory, and %i MiB are free"),
-                                         OdString::fromNarrow(chain.front().digest),
-                                         printable(database().path()), needed / mebibyte + 1,
-                                         *atHand / mebibyte)};
+    std::vector<std::int64_t> sizes;
+    for (const Frame& frame : chain)
+        sizes.push_back(frame.sizeBytes);
+    return requireMemoryFor(sizes, chain.front().digest, database().path());
 }
 
 // The contents that the first frame of the chain builds on; null when there are none.
@@ -105,7 +88,7 @@ Expected<std::shared_ptr<const Bytes>> FrameStore::baseContents(std::vector<Fram
     lastBase_ = {};
     const std::string digest = chain.size() > 1 ? chain[1].digest : "";
     for (chain.erase(known, chain.end()); chain.size() > 1; chain.pop_back()) {
-        Expected<std::unique_ptr<FrameReader>> reader = FrameReader::open(
+        Expected<std::unique_ptr<FrameReader>> reader = openFrame(
             table_.database(), chain.back(), std::move(contents), FrameReader::Check::sizeOnly);
         if (!reader)
             return std::move(reader).error();
@@ -129,7 +112,7 @@ Expected<std::unique_ptr<VersionReader>> FrameStore::open(const Frame& frame) {
     if (!base)
         return std::move(base).error();
     Expected<std::unique_ptr<FrameReader>> reader =
-        FrameReader::open(table_.database(), frame, std::move(*base), FrameReader::Check::digest);
+        openFrame(table_.database(), frame, std::move(*base), FrameReader::Check::digest);
     if (!reader)
         return std::move(reader).error();
     return std::unique_ptr<VersionReader>(std::move(*reader));
