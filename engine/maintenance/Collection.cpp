@@ -68,7 +68,7 @@ private:
             for (const MetadataFile& file : list)
                 sizeBytes += file.sizeBytes;
         }
-        const sys::Outcome<sys::FileStatus> pack = repository_.folder().status(layout::packPath);
+        const sys::Outcome<sys::FileStatus> pack = repository_.folder().status(layout::oldPackPath);
         return sizeBytes + (pack ? pack->sizeBytes : 0);
     }
 
@@ -164,7 +164,8 @@ private:
     }
 
     void dropPacked() {
-        const sys::Outcome<sys::FileStatus> status = repository_.folder().status(layout::packPath);
+        const sys::Outcome<sys::FileStatus> status =
+            repository_.folder().status(layout::oldPackPath);
         if (!status || !isOlder(status->modifiedNs, unnamedAge))
             return;
         std::optional<PackFile> pack = PackFile::open(repository_.folder(), repository_.root());

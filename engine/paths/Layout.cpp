@@ -6,6 +6,10 @@ std::string objectPath(const std::string& digest) {
     return std::string(objectsFolder) + '/' + digest;
 }
 
+std::string packPath(const std::string& name) {
+    return std::string(packsFolder) + '/' + name + packEnding;
+}
+
 std::string drawingStorePath(const OdString& store) {
     return std::string(storesFolder) + '/' + store.toNarrow() + storeEnding;
 }

@@ -24,7 +24,12 @@ inline constexpr const char* referenceRecordPath = ".qrv/references";
 inline constexpr const char* commitRecordsFolder = ".qrv/commits";
 
 inline constexpr const char* objectsFolder = ".qrv/objects";
-inline constexpr const char* packPath = ".qrv/objects.pack";
+/// What `gc` of earlier programs has packed.
+inline constexpr const char* oldPackPath = ".qrv/objects.pack";
+/// New contents go here, whatever they are.
+inline constexpr const char* packsFolder = ".qrv/packs";
+/// Of a pack, behind its name.
+inline constexpr const char* packEnding = ".pack";
 /// The drawing stores.
 inline constexpr const char* storesFolder = ".qrv/tf";
 /// Of a drawing store, behind its name.
@@ -37,6 +42,8 @@ inline constexpr const char* projectNamePath = ".qrv/properties/project_name";
 
 /// An object, by the digest of its contents.
 std::string objectPath(const std::string& digest);
+/// A pack, by its name.
+std::string packPath(const std::string& name);
 std::string drawingStorePath(const OdString& store);
 std::string commitRecordPath(const OdString& hash);
 /// Where a history that cannot be read is put aside; there can be several.

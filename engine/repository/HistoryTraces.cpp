@@ -13,7 +13,7 @@ namespace qrv {
 
 namespace {
 
-constexpr const char* traces[] = {layout::referenceRecordPath, layout::packPath,
+constexpr const char* traces[] = {layout::referenceRecordPath, layout::oldPackPath,
                                   layout::baselinePath};
 
 ErrorMessage cannotRead(const common::RootPath& root, const char* path, std::error_code cause) {

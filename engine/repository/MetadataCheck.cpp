@@ -26,7 +26,7 @@ constexpr std::array metadata = {Entry{layout::objectsFolder, sys::FileKind::fol
                                  Entry{layout::statePath, sys::FileKind::regular},
                                  Entry{layout::historyPath, sys::FileKind::regular},
                                  Entry{layout::logPath, sys::FileKind::regular},
-                                 Entry{layout::packPath, sys::FileKind::regular},
+                                 Entry{layout::oldPackPath, sys::FileKind::regular},
                                  Entry{layout::baselinePath, sys::FileKind::regular},
                                  Entry{layout::lockPath, sys::FileKind::regular},
                                  Entry{layout::commitRecordsFolder, sys::FileKind::folder},

@@ -120,7 +120,7 @@ bool ObjectFolder::renew(const std::string& digest) {
         return !start().refresh(pathOf(digest), ageToRefresh);
     PackFile* const packed = pack();
     return packed != nullptr && packed->contains(digest) &&
-           !rootFolder_.refresh(layout::packPath, ageToRefresh);
+           !rootFolder_.refresh(layout::oldPackPath, ageToRefresh);
 }
 
 bool ObjectFolder::hasWhole(const std::string& digest, std::int64_t sizeBytes) {

@@ -29,7 +29,7 @@ sys::Folder folderOf(const common::RootPath& root) {
 }
 
 bool isThere(const sys::Folder& folder, const OdString& path) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(layout::packPath);
+    const sys::Outcome<sys::FileStatus> status = folder.status(layout::oldPackPath);
     if (!status && !sys::meansAbsent(status.error()))
         fail(path, causeOf(status.error()));
     return static_cast<bool>(status);
@@ -38,12 +38,12 @@ bool isThere(const sys::Folder& folder, const OdString& path) {
 }  // namespace
 
 PackFile::PackFile(const sys::Folder& folder, const OdString& path, Database::Access access)
-    : frames_(std::make_shared<Database>(folder, layout::packPath, path, access), access,
+    : frames_(std::make_shared<Database>(folder, layout::oldPackPath, path, access), access,
               packLayout) {
 }
 
 OdString PackFile::pathOf(const common::RootPath& root) {
-    return root.pathTo(OdString(layout::packPath));
+    return root.pathTo(OdString(layout::oldPackPath));
 }
 
 std::optional<PackFile> PackFile::open(const common::RootPath& root) {
