@@ -62,6 +62,10 @@ bool Statement::isNull(int column) const {
     return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
 }
 
+bool Statement::isBlob(int column) const {
+    return sqlite3_column_type(statement_.get(), column) == SQLITE_BLOB;
+}
+
 void Statement::restart() {
     // Gives the result of the last step once more, which was told then.
     sqlite3_reset(statement_.get());
@@ -86,6 +90,13 @@ void Statement::bindValue(int index, std::string_view bytes) {
 
 void Statement::bindValue(int index, std::nullptr_t) {
     check(sqlite3_bind_null(statement_.get(), index));
+}
+
+void Statement::bindValue(int index, const std::optional<std::int64_t>& value) {
+    if (value)
+        bindValue(index, *value);
+    else
+        bindValue(index, nullptr);
 }
 
 void Statement::check(int result) const {

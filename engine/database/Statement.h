@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 struct sqlite3;
@@ -32,8 +33,8 @@ public:
 /// Every operation may throw `DatabaseError`. A row's bytes live until the next step.
 class Statement {
 public:
-    /// Starts the statement again with these values: whole numbers, texts (UTF-8 in the database)
-    /// or bytes.
+    /// Starts the statement again with these values: whole numbers, which may be missing, texts
+    /// (UTF-8 in the database) or bytes.
     template <class... Values>
     void bind(const Values&... values) {
         restart();
@@ -56,6 +57,8 @@ public:
     /// Of a text its UTF-8.
     std::string_view bytes(int column) const;
     bool isNull(int column) const;
+    /// Whether the value is bytes, and no text.
+    bool isBlob(int column) const;
 
 private:
     friend class Database;
@@ -71,6 +74,7 @@ private:
     void bindValue(int index, const OdString& value);
     void bindValue(int index, std::string_view bytes);
     void bindValue(int index, std::nullptr_t);
+    void bindValue(int index, const std::optional<std::int64_t>& value);
     void check(int result) const;
     void requireMemory() const;
 

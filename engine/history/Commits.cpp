@@ -2,6 +2,7 @@
 #include <engine/history/History.h>
 #include <engine/history/RowsInternal.h>
 #include <engine/history/SumsInternal.h>
+#include <engine/paths/PackedUrl.h>
 
 #include <algorithm>
 #include <set>
@@ -67,10 +68,11 @@ void insertParents(Database& database, std::int64_t number, const NewCommit& com
 
 void insertChanges(Database& database, std::int64_t number, const NewCommit& commit) {
     Statement insertion = database.prepare("INSERT INTO changes VALUES (?, ?, ?, ?, ?)");
-    for (const FileDelta& delta : commit.deltas)
-        insertion.run(number, delta.path.text(), delta.url,
-                      delta.previousPath ? delta.previousPath->text() : OdString(),
-                      delta.sizeBytes);
+    // In the order of the table, or nearly so: its pages become full.
+    for (const FileDelta* delta : orderedByPath(commit.deltas))
+        insertion.run(number, delta->path.text(), packedUrl(delta->url),
+                      delta->previousPath ? delta->previousPath->text() : OdString(),
+                      delta->sizeBytes);
 }
 
 }  // namespace
@@ -121,8 +123,9 @@ std::vector<std::int64_t> History::commitsOfPath(const OdString& path) {
 }
 
 bool History::hasVersion(const OdString& path, const OdString& url) {
-    Statement query = database_->prepare("SELECT 1 FROM changes WHERE path = ? AND url = ?");
-    query.bind(path, url);
+    // A text in older layouts.
+    Statement query = database_->prepare("SELECT 1 FROM changes WHERE path = ? AND url IN (?, ?)");
+    query.bind(path, url, packedUrl(url));
     return query.step();
 }
 

@@ -4,6 +4,7 @@
 #include <engine/history/History.h>
 #include <engine/history/SchemaInternal.h>
 #include <engine/history/SumsInternal.h>
+#include <engine/history/UpgradeInternal.h>
 #include <engine/paths/Layout.h>
 
 #include <utility>
@@ -24,27 +25,6 @@ std::unique_ptr<Database> emptyHistory(const OdString& path) {
 bool isThere(const sys::Folder& folder) {
     const sys::Outcome<sys::FileStatus> status = folder.status(layout::historyPath);
     return status || !sys::meansAbsent(status.error());
-}
-
-/// With the first change of this program a history of an older one gets its sums. One that cannot
-/// be read as a whole does without.
-void addMissingSums(History& history) try {
-    Database& database = history.database();
-    DatabaseTransaction transaction(database);
-    if (database.schemaVersion() >= layoutWithSums)
-        return;
-    OdString sizes;
-    const std::int64_t last = history.lastNumber();
-    for (std::int64_t number = 1; number <= last; ++number) {
-        if (const std::optional<CommitEntry> entry = history.commitByNumber(number))
-            sizes = continuedSizes(sizes, entry->hash, history.deltas(entry->hash));
-    }
-    database.setSchemaVersion(layoutWithSums);
-    setGeneration(database, 1);
-    setSizes(database, sizes);
-    transaction.commit();
-} catch (const DatabaseError&) {
-    return;
 }
 
 }  // namespace
@@ -68,9 +48,8 @@ History History::open(const sys::Folder& folder, const common::RootPath& root,
     auto database = std::make_unique<Database>(folder, layout::historyPath, path, access);
     if (!isEmptyHistory(*database)) {
         History history(std::move(database));
-        if (access == Database::Access::create &&
-            history.database().schemaVersion() < layoutWithSums)
-            addMissingSums(history);
+        if (access == Database::Access::create)
+            upgrade(history);
         return history;
     }
     if (access == Database::Access::readOnly)

@@ -4,12 +4,15 @@
 #include <common/server/Reference.h>
 #include <engine/database/Database.h>
 #include <engine/history/Commit.h>
+#include <engine/history/HeadFile.h>
+#include <engine/paths/RelativePath.h>
 #include <engine/tree/Shape.h>
 #include <engine/tree/Tree.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -89,6 +92,9 @@ public:
 
     // HEAD: the files that the working tree was last brought to.
     Tree headFiles();
+    /// Gives them one by one, ordered by the bytes of their paths. `visit` may ask for what else is
+    /// in the history, and changes nothing there.
+    void visitHeadFiles(const std::function<void(HeadFile)>& visit);
     /// The same without the URLs, ordered by path: for a comparison, most of which needs none.
     std::vector<SizedFile> headSizes();
     /// The same for those of these paths that are in HEAD, in the order of `paths`.
@@ -99,11 +105,29 @@ public:
     std::vector<OdString> headPathsBelow(const OdString& folder);
     /// The paths of the files of HEAD with contents of that size.
     std::vector<OdString> headPathsOfSize(std::int64_t sizeBytes);
+    /// A file of HEAD; nothing when there is no such file.
+    std::optional<HeadFile> headFile(const OdString& path);
+    /// Those in the folder and in the folders below it, ordered by the bytes of their paths.
+    std::vector<HeadFile> headFilesBelow(const OdString& folder);
     /// The URL of a file of HEAD; empty when there is no such file.
     OdString headUrl(const OdString& path);
-    /// Makes `deltas` part of the files of HEAD. Files that go although they are not there are no
-    /// error.
-    void changeHeadFiles(const std::vector<FileDelta>& deltas);
+    /// Makes `deltas` part of the files of HEAD, each new file with the stamp that is known of it.
+    /// A stamp of another size than the contents is none. Files that go although they are not there
+    /// are no error.
+    void changeHeadFiles(const std::vector<FileDelta>& deltas, const StampOf& stampOf = {});
+    /// Keeps the stamps beside their files. What is no file of HEAD, and a stamp of another size
+    /// than the contents, is passed over.
+    void noteStamps(const std::vector<NotedStamp>& stamps);
+
+    // Every change of a row of the files of HEAD, also of its stamp, is noted, so that a copy of
+    // all of them that is kept elsewhere can be brought up to date.
+    /// The last one; nothing in a file of an older layout, which notes none.
+    std::optional<HeadChange> lastHeadChange();
+    /// The paths whose rows changed since, some perhaps more than once; nothing when the change is
+    /// not there: it was forgotten, or is one of another history.
+    std::optional<std::vector<RelativePath>> headChangesAfter(const HeadChange& change);
+    /// Forgets the changes before that number, which nobody needs any more. The last one stays.
+    void forgetHeadChanges(std::int64_t before);
 
     /// A short text that is remembered under a name, such as the commit that is being merged; empty
     /// when there is none. Setting the empty text forgets it.

@@ -4,6 +4,7 @@
 #include <engine/history/JournalEntry.h>
 #include <engine/history/ReferenceName.h>
 #include <engine/history/RowsInternal.h>
+#include <engine/paths/PackedUrl.h>
 
 #include <utility>
 
@@ -85,7 +86,8 @@ void noteEntry(History& history, const JournalEntry& entry) {
     Statement insertion = database.prepare("INSERT INTO plan_files VALUES (?, ?, ?, ?, ?)");
     int position = 0;
     for (const TreeStep& file : entry.steps)
-        insertion.run(position++, file.path.text(), file.before, file.after, file.sizeBytes);
+        insertion.run(position++, file.path.text(), packedUrl(file.before), packedUrl(file.after),
+                      file.sizeBytes);
     transaction.commit();
 }
 

@@ -3,9 +3,12 @@
 #include <engine/base/Translation.h>
 #include <engine/history/RowsInternal.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/paths/PackedUrl.h>
 #include <engine/paths/RelativePath.h>
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace qrv {
@@ -33,10 +36,13 @@ RelativePath CheckedRow::path(int column) const {
 }
 
 OdString CheckedRow::url(int column) const {
-    OdString url = row_.text(column);
-    if (!isCheckedUrl(url))
-        failDamaged(database_, CheckedUrl::check(url).error().message);
-    return url;
+    const std::string_view bytes = row_.bytes(column);
+    std::optional<OdString> url =
+        row_.isBlob(column) ? unpackedUrl(bytes) : OdString::fromNarrow(bytes);
+    if (!url || !isCheckedUrl(*url))
+        failDamaged(database_, OdString::format(tr(L"'%ls' does not name a stored version"),
+                                                printable(OdString::fromNarrow(bytes))));
+    return std::move(*url);
 }
 
 OdString CheckedRow::hash(int column) const {

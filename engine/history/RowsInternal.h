@@ -26,7 +26,7 @@ public:
     CheckedRow(const Database& database, const Statement& row) : database_(database), row_(row) {}
 
     RelativePath path(int column) const;
-    /// A storage URL.
+    /// A storage URL: packed bytes, or the text that older layouts have.
     OdString url(int column) const;
     /// A digest.
     OdString hash(int column) const;

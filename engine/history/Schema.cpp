@@ -1,23 +1,31 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/database/Schema.h>
+#include <engine/history/HeadChangesInternal.h>
 #include <engine/history/SchemaInternal.h>
 #include <engine/history/SumsInternal.h>
 
 #include <cstdint>
+#include <iterator>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace qrv {
 
 namespace {
 
-constexpr int currentVersion = layoutWithSums;
+constexpr int currentVersion = layoutWithPackedUrls;
 /// "qrvh", by which a file is told from every other SQLite file.
 constexpr std::int64_t applicationId = 0x71727668;
 
+constexpr const char* changesByPath = "CREATE INDEX changes_by_path ON changes (path)";
+constexpr const char* changesByPreviousPath =
+    "CREATE INDEX changes_by_previous_path ON changes (previous_path) WHERE previous_path <> ''";
+
 // docs/formats/history-database.md says what the columns hold. References are to numbers, which are
 // smaller than hashes, and rows that are found by their key alone live in the key's tree.
-constexpr SchemaEntry layout[] = {
+constexpr SchemaEntry tablesOfAllLayouts[] = {
     {"commits", R"(CREATE TABLE commits (
     number INTEGER PRIMARY KEY CHECK (number > 0),
     hash TEXT NOT NULL UNIQUE,
@@ -32,27 +40,11 @@ constexpr SchemaEntry layout[] = {
     PRIMARY KEY (number, position),
     CHECK (parent < number)
 ) STRICT, WITHOUT ROWID)"},
-    {"changes", R"(CREATE TABLE changes (
-    number INTEGER NOT NULL REFERENCES commits,
-    path TEXT NOT NULL,
-    url TEXT NOT NULL,
-    previous_path TEXT NOT NULL,
-    size INTEGER NOT NULL CHECK (size >= 0),
-    PRIMARY KEY (number, path)
-) STRICT, WITHOUT ROWID)"},
-    {"changes_by_path", R"(CREATE INDEX changes_by_path ON changes (path))"},
-    {"changes_by_previous_path",
-     R"(CREATE INDEX changes_by_previous_path ON changes (previous_path) WHERE previous_path <> '')"},
     {"refs", R"(CREATE TABLE refs (
     type TEXT NOT NULL CHECK (type IN ('branch', 'tag')),
     name TEXT NOT NULL,
     number INTEGER NOT NULL REFERENCES commits,
     PRIMARY KEY (type, name)
-) STRICT, WITHOUT ROWID)"},
-    {"head_files", R"(CREATE TABLE head_files (
-    path TEXT PRIMARY KEY,
-    url TEXT NOT NULL,
-    size INTEGER NOT NULL CHECK (size >= 0)
 ) STRICT, WITHOUT ROWID)"},
     {"notes", R"(CREATE TABLE notes (
     name TEXT PRIMARY KEY,
@@ -65,6 +57,58 @@ constexpr SchemaEntry layout[] = {
     branch TEXT NOT NULL,
     commit_hash TEXT NOT NULL
 ) STRICT)"},
+};
+
+constexpr SchemaEntry packedTables[] = {
+    {"changes", R"(CREATE TABLE changes (
+    number INTEGER NOT NULL REFERENCES commits,
+    path TEXT NOT NULL,
+    url BLOB NOT NULL,
+    previous_path TEXT NOT NULL,
+    size INTEGER NOT NULL CHECK (size >= 0),
+    PRIMARY KEY (number, path)
+) STRICT, WITHOUT ROWID)"},
+    {"changes_by_path", changesByPath},
+    {"changes_by_previous_path", changesByPreviousPath},
+    {"head_files", R"(CREATE TABLE head_files (
+    path TEXT PRIMARY KEY,
+    url BLOB NOT NULL,
+    size INTEGER NOT NULL CHECK (size >= 0),
+    number INTEGER,
+    modified INTEGER,
+    changed INTEGER
+) STRICT, WITHOUT ROWID)"},
+    {"head_changes", R"(CREATE TABLE head_changes (
+    sequence INTEGER PRIMARY KEY,
+    mark INTEGER NOT NULL,
+    path TEXT NOT NULL
+) STRICT)"},
+    {"plan_files", R"(CREATE TABLE plan_files (
+    position INTEGER PRIMARY KEY,
+    path TEXT NOT NULL,
+    before BLOB NOT NULL,
+    after BLOB NOT NULL,
+    size INTEGER NOT NULL CHECK (size >= 0)
+) STRICT)"},
+};
+
+/// Of the layouts before, in which a URL is a text.
+constexpr SchemaEntry textTables[] = {
+    {"changes", R"(CREATE TABLE changes (
+    number INTEGER NOT NULL REFERENCES commits,
+    path TEXT NOT NULL,
+    url TEXT NOT NULL,
+    previous_path TEXT NOT NULL,
+    size INTEGER NOT NULL CHECK (size >= 0),
+    PRIMARY KEY (number, path)
+) STRICT, WITHOUT ROWID)"},
+    {"changes_by_path", changesByPath},
+    {"changes_by_previous_path", changesByPreviousPath},
+    {"head_files", R"(CREATE TABLE head_files (
+    path TEXT PRIMARY KEY,
+    url TEXT NOT NULL,
+    size INTEGER NOT NULL CHECK (size >= 0)
+) STRICT, WITHOUT ROWID)"},
     {"plan_files", R"(CREATE TABLE plan_files (
     position INTEGER PRIMARY KEY,
     path TEXT NOT NULL,
@@ -73,6 +117,15 @@ constexpr SchemaEntry layout[] = {
     size INTEGER NOT NULL CHECK (size >= 0)
 ) STRICT)"},
 };
+
+std::vector<SchemaEntry> layoutOf(std::int64_t version) {
+    std::vector<SchemaEntry> layout(std::begin(tablesOfAllLayouts), std::end(tablesOfAllLayouts));
+    const std::span<const SchemaEntry> others = version < layoutWithPackedUrls
+                                                    ? std::span<const SchemaEntry>(textTables)
+                                                    : std::span<const SchemaEntry>(packedTables);
+    layout.insert(layout.end(), others.begin(), others.end());
+    return layout;
+}
 
 std::int64_t firstNumber(Database& database, const char* sql) {
     Statement query = database.prepare(sql);
@@ -96,7 +149,7 @@ bool isEmptyHistory(Database& database) {
     if (version > currentVersion)
         refuse(database,
                translatable(L"The history '%ls' was written by a newer version of this program"));
-    requireSchema(layout, database);
+    requireSchema(layoutOf(version), database);
     return false;
 }
 
@@ -105,15 +158,21 @@ void makeHistory(Database& database) {
     // Asked under the lock, because another process may be making it, too.
     if (!isEmptyHistory(database))
         return;
-    makeSchema(database, layout);
+    makeSchema(database, tablesOfAllLayouts);
+    makePackedTables(database);
     database.execute(("PRAGMA application_id = " + std::to_string(applicationId)).c_str());
     database.setSchemaVersion(currentVersion);
     renewSum(database);
     transaction.commit();
 }
 
+void makePackedTables(Database& database) {
+    makeSchema(database, packedTables);
+    beginHeadChanges(database);
+}
+
 std::vector<OdString> differencesOfSchema(Database& database) {
-    return differencesFrom(layout, database);
+    return differencesFrom(layoutOf(database.schemaVersion()), database);
 }
 
 }  // namespace qrv

@@ -3,7 +3,6 @@
 #include <engine/history/RowsInternal.h>
 #include <engine/history/SumsInternal.h>
 
-#include <algorithm>
 #include <charconv>
 #include <string>
 #include <string_view>
@@ -92,15 +91,13 @@ void checkSum(Database& database) {
 }
 
 OdString continuedSizes(const OdString& sum, const OdString& commit,
-                        std::vector<FileDelta> deltas) {
-    std::sort(deltas.begin(), deltas.end(),
-              [](const auto& left, const auto& right) { return left.path < right.path; });
+                        const std::vector<FileDelta>& deltas) {
     Digest digest;
     addText(digest, sum.toNarrow());
     addText(digest, commit.toNarrow());
-    for (const FileDelta& delta : deltas) {
-        addText(digest, delta.path.bytes());
-        addText(digest, std::to_string(delta.sizeBytes));
+    for (const FileDelta* delta : orderedByPath(deltas)) {
+        addText(digest, delta->path.bytes());
+        addText(digest, std::to_string(delta->sizeBytes));
     }
     return OdString::fromNarrow(digest.finish());
 }

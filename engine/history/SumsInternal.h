@@ -30,7 +30,8 @@ void checkSum(Database& database);
 
 /// The sum of the sizes of all files, continued with one more commit, in the order of the numbers;
 /// it begins with the empty text.
-OdString continuedSizes(const OdString& sum, const OdString& commit, std::vector<FileDelta> deltas);
+OdString continuedSizes(const OdString& sum, const OdString& commit,
+                        const std::vector<FileDelta>& deltas);
 
 /// What is noted of the sum of all sizes; empty before the first commit, and in an older layout.
 OdString notedSizes(Database& database);

@@ -1,6 +1,7 @@
 #include <engine/tree/Difference.h>
 #include <engine/tree/FileDelta.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace qrv {
@@ -14,6 +15,16 @@ std::vector<FileDelta> deltasBetween(const Tree& before, const Tree& after) {
             deltas.push_back({path, file->contents, {}, file->sizeBytes});
     });
     return deltas;
+}
+
+std::vector<const FileDelta*> orderedByPath(const std::vector<FileDelta>& deltas) {
+    std::vector<const FileDelta*> ordered;
+    ordered.reserve(deltas.size());
+    for (const FileDelta& delta : deltas)
+        ordered.push_back(&delta);
+    std::sort(ordered.begin(), ordered.end(),
+              [](const FileDelta* one, const FileDelta* other) { return one->path < other->path; });
+    return ordered;
 }
 
 void apply(std::vector<FileDelta> deltas, Tree& tree) {

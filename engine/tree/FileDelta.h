@@ -26,6 +26,9 @@ struct FileDelta {
 /// What makes the one tree of the other, ordered by path. It knows of no renames.
 std::vector<FileDelta> deltasBetween(const Tree& before, const Tree& after);
 
+/// The same deltas, ordered by path.
+std::vector<const FileDelta*> orderedByPath(const std::vector<FileDelta>& deltas);
+
 /// Makes the deltas part of the tree. Files that go although they are not there are no error.
 void apply(std::vector<FileDelta> deltas, Tree& tree);
 

@@ -73,10 +73,10 @@ TEST(Distrust, OfPathsUrlsAndSizes) {
         {"UPDATE changes SET path = '../b' WHERE number = 3", useTree, badPath},
         {"UPDATE changes SET previous_path = '../b' WHERE number = 3", useTree, badPath},
         {"UPDATE head_files SET path = '../b'", useHeadFiles, badPath},
-        {"UPDATE changes SET url = 'po:../x'", useDeltas, badUrl},
-        {"UPDATE changes SET url = 'po:../x'", useTree, badUrl},
-        {"UPDATE head_files SET url = 'po:../x'", useHeadFiles, badUrl},
-        {"UPDATE head_files SET url = ''", useHeadFiles,
+        {"UPDATE changes SET url = CAST('po:../x' AS BLOB)", useDeltas, badUrl},
+        {"UPDATE changes SET url = CAST('po:../x' AS BLOB)", useTree, badUrl},
+        {"UPDATE head_files SET url = CAST('po:../x' AS BLOB)", useHeadFiles, badUrl},
+        {"UPDATE head_files SET url = x''", useHeadFiles,
          "The history 'DB' is damaged: '' does not name a stored version"},
         {"UPDATE changes SET size = -5", useTree, badSize},
         {"UPDATE head_files SET size = -5", useHeadFiles, badSize},
@@ -146,7 +146,7 @@ TEST(Distrust, OfTheTablesThemselves) {
         {"DROP TABLE head_files", useHeadFiles,
          "The database 'DB' cannot be used: no such table: head_files"},
         {"DROP TABLE head_files; CREATE VIEW head_files AS SELECT 'a' AS path, 'b' AS url, 1 AS "
-         "size",
+         "size, 1 AS number, 1 AS modified, 1 AS changed",
          useHeadFiles,
          "The database 'DB' cannot be used: access to view \"head_files\" prohibited"},
     });

@@ -87,7 +87,7 @@ TEST(HistoryCheck, FindsEachChangeOfACommit) {
         {"UPDATE commits SET time = time + 1 WHERE number = 2", second},
         {"UPDATE changes SET path = 'B', url = url WHERE number = 2", second},
         {"DELETE FROM changes WHERE number = 2", second},
-        {"INSERT INTO changes VALUES (2, 'x', '', '', 0)", second},
+        {"INSERT INTO changes VALUES (2, 'x', x'', '', 0)", second},
         {"UPDATE changes SET previous_path = '' WHERE number = 3", third},
         {"DELETE FROM parents WHERE number = 3 AND position = 1", third},
     };
@@ -100,7 +100,8 @@ TEST(HistoryCheck, FindsEachChangeOfACommit) {
 
 TEST(HistoryCheck, FindsAChangedUrlInTheCommitAndInTheFilesOfHead) {
     Sound repository;
-    repository.tamper("UPDATE changes SET url = replace(url, '2', '3') WHERE number = 2");
+    repository.tamper(
+        "UPDATE changes SET url = CAST(replace(url, '\"', '3') AS BLOB) WHERE number = 2");
     EXPECT_THAT(repository.problems(),
                 ElementsAre(damaged("commit 2 is not the one that its hash names"),
                             damaged("the files of HEAD are not those of its commit")));
@@ -142,7 +143,7 @@ TEST(HistoryCheck, FindsPathsAndUrlsThatAreNotSafe) {
     const std::pair<const char*, std::string> cases[] = {
         {"UPDATE changes SET path = '../b' WHERE number = 2",
          "'../b' cannot be used as a path: it has a component of dots or blanks only"},
-        {"UPDATE changes SET url = 'po:x' WHERE number = 2",
+        {"UPDATE changes SET url = CAST('po:x' AS BLOB) WHERE number = 2",
          "'po:x' does not name a stored version"},
         {"UPDATE head_files SET path = '/b'", "'/b' cannot be used as a path: it is not relative"},
         {"UPDATE plan_files SET path = '/b'", "'/b' cannot be used as a path: it is not relative"},
@@ -183,8 +184,8 @@ TEST(HistoryCheck, FindsTablesThatAreNotAsTheyShouldBe) {
         "DROP INDEX changes_by_path; ALTER TABLE notes ADD COLUMN extra TEXT; "
         "CREATE TABLE foreigner (x)");
     EXPECT_THAT(repository.problems(),
-                ElementsAre(damaged("the table or index 'changes_by_path' is missing"),
-                            damaged("the table or index 'notes' has another layout"),
+                ElementsAre(damaged("the table or index 'notes' has another layout"),
+                            damaged("the table or index 'changes_by_path' is missing"),
                             damaged("the table or index 'foreigner' does not belong there")));
 }
 

@@ -66,7 +66,7 @@ TEST(History, TakesAnEmptyFileForNone) {
 
 TEST(History, OfANewerProgramIsRefused) {
     const Repository repository;
-    repository.tamper("PRAGMA user_version = 3");
+    repository.tamper("PRAGMA user_version = 4");
     for (const Access access : {Access::readOnly, Access::readWrite, Access::create})
         EXPECT_EQ(repository.complaint([&] { History::open(repository.root, access); }),
                   "The history 'DB' was written by a newer version of this program");

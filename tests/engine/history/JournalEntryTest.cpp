@@ -90,9 +90,9 @@ TEST(JournalEntry, ThatWasChangedByHandIsRefused) {
         {"UPDATE plan SET recovery = 2", "2 is no kind of recovery"},
         {"UPDATE plan_files SET path = '/a' WHERE position = 1",
          "'/a' cannot be used as a path: it is not relative"},
-        {"UPDATE plan_files SET before = 'x' WHERE position = 1",
+        {"UPDATE plan_files SET before = x'78' WHERE position = 1",
          "'x' does not name a stored version"},
-        {"UPDATE plan_files SET after = 'x' WHERE position = 1",
+        {"UPDATE plan_files SET after = x'78' WHERE position = 1",
          "'x' does not name a stored version"},
         {"UPDATE plan_files SET size = -1 WHERE position = 1", "-1 is no size of a file"},
     };

@@ -1,7 +1,7 @@
 #include <engine/history/HistoryCheck.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/history/SumsInternal.h>
-#include <tests/engine/history/Repository.h>
+#include <tests/engine/history/OlderHistory.h>
 #include <tests/support/Effort.h>
 #include <tests/support/Files.h>
 
@@ -132,9 +132,8 @@ TEST(Sums, CoverTheSizesOfAllCommits) {
 
 TEST(Sums, AreAddedToAHistoryOfAnOlderProgramWithItsFirstChange) {
     Sound repository;
-    repository.tamper(
-        "DELETE FROM notes WHERE name IN ('sum', 'sizes', 'generation'); "
-        "PRAGMA user_version = 1");
+    const OdString sizes = notedSizes(repository.history.database());
+    makeLayout1(repository);
     const std::string before = qrv_test::readFile(repository.dbFile());
     {
         History look = History::open(repository.root, Database::Access::readOnly);
@@ -145,6 +144,7 @@ TEST(Sums, AreAddedToAHistoryOfAnOlderProgramWithItsFirstChange) {
     {
         History change = History::open(repository.root, Database::Access::create);
         EXPECT_TRUE(problemsOf(change).empty());
+        EXPECT_EQ(notedSizes(change.database()), sizes);
     }
     repository.tamper("UPDATE refs SET number = 2 WHERE name = 'v1'");
     EXPECT_EQ(problemsOf(repository.history).size(), 1U);
