@@ -48,7 +48,7 @@ public:
         result_.sizeBefore = sizeOf(*files);
         findNeeded();
         removeLeftovers(*files);
-        if (!named_.empty())
+        if (!named_.isEmpty())
             dropAllUnnamed(*files);
         pack(*files);
         if (mode_ == CollectionMode::change)
@@ -96,8 +96,9 @@ private:
                 continue;
             const Expected<NewCommit> commit = recordedCommit(hash, repository_.folder());
             for (const FileDelta& delta : commit ? commit->deltas : std::vector<FileDelta>())
-                named_.emplace(delta.url, VersionName{.path = delta.path});
+                named_.add(delta.url);
         }
+        named_.order();
     }
 
     bool isNamed(const OdString& url) const { return named_.contains(url); }

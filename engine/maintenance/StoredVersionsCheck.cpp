@@ -6,10 +6,26 @@
 #include <engine/storage/StorageMessages.h>
 #include <platform/ut/Paths.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 
 namespace qrv {
+
+namespace {
+
+OdString withName(const OdString& problem, const VersionName& name) {
+    const OdString path = printable(name.path);
+    if (name.commit == 0)
+        return OdString::format(tr(L"%ls (it is '%ls' of an interrupted command)"), problem, path);
+    if (name.others == 0)
+        return OdString::format(tr(L"%ls (it is '%ls' in commit %i)"), problem, path, name.commit);
+    return OdString::format(tr(L"%ls (it is '%ls' in commit %i, and named %i times more)"), problem,
+                            path, name.commit, name.others);
+}
+
+}  // namespace
 
 StoredVersionsCheck::StoredVersionsCheck(const RepositoryPlace& place, const NamedVersions& named,
                                          Work& progress, Findings& findings)
@@ -17,7 +33,8 @@ StoredVersionsCheck::StoredVersionsCheck(const RepositoryPlace& place, const Nam
       named_(named),
       progress_(progress),
       findings_(findings),
-      storages_([](const OdString&) { return OdString(); }) {
+      storages_([](const OdString&) { return OdString(); }),
+      isChecked_(named.size()) {
     storages_.use(place.root, place.folder);
 }
 
@@ -26,12 +43,24 @@ void StoredVersionsCheck::checkAll(const MetadataFiles& files) {
     findings_.attempt([this] { checkPack(); });
     for (const MetadataFile& store : files.stores)
         findings_.attempt([this, &store] { checkStore(store.name); });
-    for (const auto& [url, name] : named_)
-        checkVersion(url);
+    for (std::size_t which = 0; which < named_.size(); ++which) {
+        if (!isChecked_[which])
+            checkVersion(named_.url(which));
+    }
+}
+
+// What nobody names is met once.
+bool StoredVersionsCheck::isFirstLook(const OdString& url) {
+    const std::size_t which = named_.find(url);
+    if (which == named_.size())
+        return true;
+    const bool isFirst = !isChecked_[which];
+    isChecked_[which] = true;
+    return isFirst;
 }
 
 void StoredVersionsCheck::checkVersion(const OdString& url) {
-    if (!checked_.insert(url).second)
+    if (!isFirstLook(url))
         return;
     const Expected<std::unique_ptr<VersionReader>> version =
         storages_.ofUrl(url).open(place_.root, url);
@@ -49,17 +78,22 @@ void StoredVersionsCheck::checkContents(const OdString& url,
     progress_.add(version ? (*version)->sizeBytes() : 0);
 }
 
-// Tells also which file it is, if that is known.
 void StoredVersionsCheck::addDamage(const OdString& url, const OdString& problem) {
-    const auto name = named_.find(url);
-    if (name == named_.end())
-        findings_.addProblem(problem);
-    else if (name->second.commit == 0)
-        findings_.addProblem(OdString::format(tr(L"%ls (it is '%ls' of an interrupted command)"),
-                                              problem, printable(name->second.path)));
-    else
-        findings_.addProblem(OdString::format(tr(L"%ls (it is '%ls' in commit %i)"), problem,
-                                              printable(name->second.path), name->second.commit));
+    damages_.push_back({.url = url, .problem = problem});
+}
+
+void StoredVersionsCheck::tellDamage(History* history) {
+    std::vector<OdString> urls;
+    for (const Damage& damage : damages_)
+        urls.push_back(damage.url);
+    std::map<OdString, VersionName> names;
+    if (history != nullptr && !urls.empty())
+        names = namesOf(urls, *history);
+    for (const Damage& damage : damages_) {
+        const auto name = names.find(damage.url);
+        findings_.addProblem(name == names.end() ? damage.problem
+                                                 : withName(damage.problem, name->second));
+    }
 }
 
 void StoredVersionsCheck::checkObjects(const MetadataFiles& files) {
@@ -81,7 +115,7 @@ void StoredVersionsCheck::checkPack() {
     addDatabaseDamage(pack->database());
     for (const std::string& digest : pack->digests()) {
         const OdString url = objectUrl(OdString::fromNarrow(digest));
-        checked_.insert(url);
+        isFirstLook(url);
         ++findings_.counts().packedObjects;
         findings_.attempt([this, &pack, &digest, &url] { checkPacked(*pack, digest, url); });
     }
@@ -108,7 +142,7 @@ void StoredVersionsCheck::checkStore(const OdString& name) {
     for (const Frame& frame : store.frames()) {
         const OdString url = drawingUrl(name, OdString::fromNarrow(frame.digest));
         ++findings_.counts().drawingVersions;
-        if (checked_.insert(url).second)
+        if (isFirstLook(url))
             findings_.attempt([&] { checkContents(url, store.open(frame)); });
     }
 }

@@ -13,8 +13,8 @@
 #include <platform/kernel/OdString.h>
 
 #include <memory>
-#include <set>
 #include <string>
+#include <vector>
 
 namespace qrv {
 
@@ -22,13 +22,17 @@ namespace qrv {
 /// names are lost or damaged.
 class StoredVersionsCheck {
 public:
-    /// What is `named` is told with its name. All of these must outlive this.
+    /// All of these must outlive this.
     StoredVersionsCheck(const RepositoryPlace& place, const NamedVersions& named, Work& progress,
                         Findings& findings);
 
     void checkAll(const MetadataFiles& files);
+    /// Tells what was found, and which files it is as far as `history` knows; null when there is
+    /// none.
+    void tellDamage(History* history);
 
 private:
+    bool isFirstLook(const OdString& url);
     void checkVersion(const OdString& url);
     void checkContents(const OdString& url,
                        const Expected<std::unique_ptr<VersionReader>>& version);
@@ -44,8 +48,13 @@ private:
     Work& progress_;
     Findings& findings_;
     Storages storages_;
-    /// URLs of what was read.
-    std::set<OdString> checked_;
+    /// Of each named version, whether it was looked at.
+    std::vector<bool> isChecked_;
+    struct Damage {
+        OdString url;
+        OdString problem;
+    };
+    std::vector<Damage> damages_;
 };
 
 }  // namespace qrv

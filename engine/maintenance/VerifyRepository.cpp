@@ -49,24 +49,31 @@ void noteFiles(const MetadataFiles& files, Findings& findings) {
             OdString::format(tr(L"'%ls' is nothing that belongs there"), printable(stray)));
 }
 
-/// The history, the state and the records of the history. Gives what the history names.
-NamedVersions verifyHistory(const RepositoryPlace& place, bool isBusy, Findings& findings) {
+/// The history, as far as it can be opened, and what it names.
+struct OpenedHistory {
+    std::optional<History> history;
+    NamedVersions named;
+};
+
+/// The history, the state and the records of the history.
+OpenedHistory verifyHistory(const RepositoryPlace& place, bool isBusy, Findings& findings) {
     const Expected<void> isThere = checkHistoryIsThere(place.root, place.folder);
     if (!isThere)
         findings.addProblem(isThere.error().message);
-    NamedVersions named;
-    std::optional<History> history;
+    OpenedHistory opened;
+    std::optional<History>& history = opened.history;
     findings.attempt([&] {
         history.emplace(History::open(place.folder, place.root, Database::Access::readOnly));
         for (const OdString& problem : problemsOf(*history))
             findings.addProblem(problem);
-        named = namedVersions(*history, [&](const OdString& error) { findings.addProblem(error); });
+        opened.named =
+            namedVersions(*history, [&](const OdString& error) { findings.addProblem(error); });
         findings.counts().commits = static_cast<std::int64_t>(commitNumbers(*history).size());
     });
     verifyState(place, history ? &*history : nullptr, isBusy, findings);
     if (history && isThere)
         findings.attempt([&] { verifyRecords(*history, place.folder, findings); });
-    return named;
+    return opened;
 }
 
 Verification verifyOnce(const RepositoryPlace& place, Caller& caller) {
@@ -81,8 +88,10 @@ Verification verifyOnce(const RepositoryPlace& place, Caller& caller) {
     if (!files)
         findings.addProblem(files.error().message);
     const MetadataFiles listed = files ? *files : MetadataFiles();
-    const NamedVersions named = verifyHistory(place, isBusy, findings);
-    StoredVersionsCheck(place, named, *progress, findings).checkAll(listed);
+    OpenedHistory opened = verifyHistory(place, isBusy, findings);
+    StoredVersionsCheck stored(place, opened.named, *progress, findings);
+    stored.checkAll(listed);
+    stored.tellDamage(opened.history ? &*opened.history : nullptr);
     noteFiles(listed, findings);
     return findings.take();
 }

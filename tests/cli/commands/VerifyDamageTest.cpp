@@ -24,6 +24,15 @@ TEST_F(VerifyDamage, FindsAFlippedBitOfAnObject) {
                                   "'parts.csv' in commit 1)"));
 }
 
+TEST_F(VerifyDamage, NamesTheFirstOfSeveralFilesAndCountsTheOthers) {
+    project.write({{"copies/parts.csv", "1;bolt\n"}, {"parts.csv", "1;bolt\n"}});
+    project.commit("third");
+    flipByte(object("1;bolt\n"), 3);
+    EXPECT_THAT(project.qrv({"verify"}).output,
+                testing::HasSubstr("' is damaged: its contents have another digest (it is "
+                                   "'parts.csv' in commit 1, and named 2 times more)\n"));
+}
+
 TEST_F(VerifyDamage, FindsAFlippedBitOfAPackedObject) {
     project.write({{"parts.csv", noise(40000)}});
     project.commit("third");
