@@ -1,5 +1,4 @@
 #include <engine/storage/BlockEncoding.h>
-#include <engine/storage/Zstd.h>
 
 #include <algorithm>
 #include <utility>
@@ -30,7 +29,8 @@ bool isWorthCompressing(std::span<const char> contents) {
     std::int64_t compressed = 0;
     for (std::size_t sample = 0; sample < sampleCount; ++sample) {
         const std::size_t offset = (contents.size() - sampleBytes) / (sampleCount - 1) * sample;
-        const Expected<Bytes> frame = compressFrame(contents.subspan(offset, sampleBytes));
+        const Expected<Bytes> frame =
+            compressFrame(contents.subspan(offset, sampleBytes), {}, Effort::quick);
         if (!frame)
             return true;
         compressed += frame->size();
@@ -38,10 +38,10 @@ bool isWorthCompressing(std::span<const char> contents) {
     return isAtMost(compressed, worthPercent, sampleBytes * sampleCount);
 }
 
-Expected<EncodedBlock> encodeAlone(std::span<const char> contents) {
+Expected<EncodedBlock> encodeAlone(std::span<const char> contents, Effort effort) {
     if (!isWorthCompressing(contents))
         return EncodedBlock();
-    Expected<Bytes> frame = compressFrame(contents);
+    Expected<Bytes> frame = compressFrame(contents, {}, effort);
     if (!frame)
         return std::move(frame).error();
     if (!isAtMost(frame->size(), worthPercent, std::ssize(contents)))
@@ -50,12 +50,12 @@ Expected<EncodedBlock> encodeAlone(std::span<const char> contents) {
 }
 
 Expected<std::optional<EncodedBlock>> encodeDifference(std::span<const char> contents,
-                                                       std::span<const char> base) {
-    Expected<Bytes> difference = compressFrame(contents, base);
+                                                       std::span<const char> base, Effort effort) {
+    Expected<Bytes> difference = compressFrame(contents, base, effort);
     if (!difference)
         return std::move(difference).error();
     if (difference->size() > std::ssize(contents) / clearlyWorthFactor) {
-        const Expected<EncodedBlock> alone = encodeAlone(contents);
+        const Expected<EncodedBlock> alone = encodeAlone(contents, effort);
         if (!alone)
             return alone.error();
         const std::int64_t aloneBytes =

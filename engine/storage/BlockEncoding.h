@@ -4,6 +4,7 @@
 #include <engine/base/Bytes.h>
 #include <engine/base/DigestBytes.h>
 #include <engine/storage/PackRows.h>
+#include <engine/storage/Zstd.h>
 
 #include <cstdint>
 #include <optional>
@@ -30,12 +31,12 @@ struct EncodedBlock {
 
 /// As a frame, or as they are where a look at some of them, or the frame, says that a frame does
 /// not pay. Fails when there is not enough memory.
-Expected<EncodedBlock> encodeAlone(std::span<const char> contents);
+Expected<EncodedBlock> encodeAlone(std::span<const char> contents, Effort effort);
 
 /// As a difference, or nothing when that saves less than a tenth of what the contents take alone.
 /// Fails when there is not enough memory.
 Expected<std::optional<EncodedBlock>> encodeDifference(std::span<const char> contents,
-                                                       std::span<const char> base);
+                                                       std::span<const char> base, Effort effort);
 
 /// Whether compressing contents that begin so would pay, as far as a few samples of them tell.
 bool isWorthCompressing(std::span<const char> contents);

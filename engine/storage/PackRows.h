@@ -99,6 +99,9 @@ inline constexpr std::int64_t entriesOfPage = 93;
 inline constexpr std::int64_t mostEntriesOfPack = std::int64_t{1} << 22;
 /// How many blocks it takes at most to read contents.
 inline constexpr std::uint8_t longestChain = 16;
+/// Contents that it takes more blocks to read have no sketch: what is similar is to have room for
+/// its own versions behind it.
+inline constexpr std::uint8_t deepestSketched = 8;
 
 /// The first eight bytes of the SHA-256 digest.
 std::uint64_t checksumOf(std::string_view bytes);

@@ -19,6 +19,8 @@ constexpr std::uint32_t packPermissions = 0444;
 constexpr std::size_t bufferBytes = 256UL << 10;
 // A difference has a row of its own in the table of blocks, so that of less it saves nothing.
 constexpr std::size_t shortestWithBase = 1024;
+// Takes some half a second.
+constexpr std::int64_t thoroughlyAnyway = std::int64_t{16} << 20;
 
 ErrorMessage cause(std::error_code error) {
     return {causeOf(error)};
@@ -26,7 +28,14 @@ ErrorMessage cause(std::error_code error) {
 
 }  // namespace
 
-PackWriter::PackWriter(sys::Folder root) : root_(std::move(root)) {
+PackWriter::PackWriter(sys::Folder root, Effort effort) : root_(std::move(root)), effort_(effort) {
+}
+
+Effort PackWriter::effortFor(std::int64_t sizeBytes) {
+    if (thoroughBytes_ + sizeBytes > thoroughlyAnyway)
+        return effort_;
+    thoroughBytes_ += sizeBytes;
+    return Effort::thorough;
 }
 
 bool PackWriter::isFull() const {
@@ -66,7 +75,7 @@ Expected<void> PackWriter::add(const DigestBytes& digest, std::span<const char> 
     const DifferenceBase* against = nullptr;
     if (base && contents.size() >= shortestWithBase && !base->contents.empty()) {
         Expected<std::optional<EncodedBlock>> difference =
-            encodeDifference(contents, base->contents);
+            encodeDifference(contents, base->contents, effortFor(std::ssize(contents)));
         if (!difference)
             return std::move(difference).error();
         if (*difference) {
@@ -77,7 +86,7 @@ Expected<void> PackWriter::add(const DigestBytes& digest, std::span<const char> 
     if (against == nullptr) {
         if (std::ssize(contents) <= longestShared)
             return addShared(digest, contents, sketch);
-        Expected<EncodedBlock> alone = encodeAlone(contents);
+        Expected<EncodedBlock> alone = encodeAlone(contents, effortFor(std::ssize(contents)));
         if (!alone)
             return std::move(alone).error();
         encoded = std::move(*alone);
@@ -85,11 +94,12 @@ Expected<void> PackWriter::add(const DigestBytes& digest, std::span<const char> 
     const std::uint32_t number = tables_.addBlock();
     if (Expected<void> written = writeBlock(number, contents, encoded, against); !written)
         return written;
-    tables_.addEntry({.digest = digest,
-                      .block = number,
-                      .position = 0,
-                      .sizeBytes = static_cast<std::uint32_t>(contents.size())},
-                     sketch);
+    tables_.addEntry(
+        {.digest = digest,
+         .block = number,
+         .position = 0,
+         .sizeBytes = static_cast<std::uint32_t>(contents.size())},
+        against == nullptr || against->depth <= deepestSketched ? sketch : std::nullopt);
     return {};
 }
 
@@ -114,7 +124,8 @@ Expected<void> PackWriter::writeShared() {
     if (!shared_)
         return {};
     const Shared shared = std::move(*std::exchange(shared_, std::nullopt));
-    const Expected<EncodedBlock> encoded = encodeAlone(shared.contents);
+    const Expected<EncodedBlock> encoded =
+        encodeAlone(shared.contents, effortFor(std::ssize(shared.contents)));
     if (!encoded)
         return encoded.error();
     return writeBlock(shared.number, shared.contents, *encoded, nullptr);
@@ -152,12 +163,13 @@ Expected<PackBlock> PackWriter::writeStreamed(VersionReader& contents, Digest& d
             error = write(bytes);
     };
     std::optional<FrameWriter> frame;
+    const Effort effort = effortFor(block.sizeBytes);
     CopyBuffer buffer(contents.sizeBytes());
     bool isFirst = true;
     const Expected<void> read =
         readToEnd(contents, buffer, [&](std::span<const char> bytes) -> Expected<void> {
             if (std::exchange(isFirst, false) && isWorthCompressing(bytes))
-                frame.emplace(block.sizeBytes, std::int64_t{bufferBytes}, sink);
+                frame.emplace(block.sizeBytes, std::int64_t{bufferBytes}, sink, effort);
             digest.add(bytes);
             if (frame) {
                 if (Expected<void> added = frame->add(bytes); !added)
@@ -225,6 +237,11 @@ Expected<void> PackWriter::copy(const PackReader& from, const PackBlock& block,
             tables_.addEntry(entry, kept.sketch);
     }
     return {};
+}
+
+int PackWriter::depthOf(const DigestBytes& digest) const {
+    const PackEntry* const entry = tables_.find(digest);
+    return entry == nullptr ? 0 : tables_.blocks()[entry->block].depth;
 }
 
 Expected<std::optional<PackedContents>> PackWriter::find(const DigestBytes& digest) {

@@ -44,8 +44,9 @@ struct KeptEntry {
 /// a message about whatever was to be kept. After one of them the writer can only be given up.
 class PackWriter {
 public:
-    /// The folder of the packs is made where it is missing.
-    explicit PackWriter(sys::Folder root);
+    /// The folder of the packs is made where it is missing. Also with little effort, the first
+    /// contents are compressed with more: what one drawing takes nobody notices.
+    explicit PackWriter(sys::Folder root, Effort effort = Effort::quick);
 
     /// Adds contents of that digest, unless they are here already. They are kept as a difference
     /// from `base` when that pays. The caller sees to it that nothing builds on more than
@@ -65,6 +66,8 @@ public:
     /// block to become full is written then.
     Expected<std::optional<PackedContents>> find(const DigestBytes& digest);
     bool contains(const DigestBytes& digest) const { return tables_.find(digest) != nullptr; }
+    /// How many blocks it takes to read contents that were added; 0 when they were not.
+    int depthOf(const DigestBytes& digest) const;
     bool isEmpty() const { return tables_.entries().empty(); }
     /// Whether nothing more should be added.
     bool isFull() const;
@@ -81,6 +84,7 @@ private:
         std::string contents;
     };
 
+    Effort effortFor(std::int64_t sizeBytes);
     std::error_code begin();
     std::error_code write(std::span<const char> bytes);
     std::error_code writeOut();
@@ -93,6 +97,9 @@ private:
     Expected<PackBlock> writeStreamed(VersionReader& contents, Digest& digest);
 
     sys::Folder root_;
+    Effort effort_;
+    // How many bytes were compressed with more effort than was asked for.
+    std::int64_t thoroughBytes_ = 0;
     std::optional<sys::NewFile> file_;
     // Whether the folder itself was made here.
     bool isFolderNew_ = false;

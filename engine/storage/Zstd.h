@@ -23,10 +23,17 @@ inline constexpr std::int64_t longestSpanBytes = std::int64_t{1} << 31;
 /// four bytes at least. A frame that claims more lies.
 inline constexpr std::int64_t mostBytesOfOne = 1 << 15;
 
+/// How long compressing may take.
+enum class Effort {
+    quick,     ///< for somebody who waits
+    thorough,  ///< six times as long, for a few hundredths less
+};
+
 /// Compresses contents in one step; with a base, only what differs from it takes room. Both
 /// together must not be longer than `longestSpanBytes`. Needs memory for the frame, in the worst
 /// case as much as the contents. Fails when there is not enough.
-Expected<Bytes> compressFrame(std::span<const char> contents, std::span<const char> base = {});
+Expected<Bytes> compressFrame(std::span<const char> contents, std::span<const char> base = {},
+                              Effort effort = Effort::thorough);
 
 /// Compresses contents of any length that come piece by piece, in at most 300 MiB of memory.
 class FrameWriter {
@@ -34,8 +41,9 @@ public:
     /// Takes the next bytes of the frame. An exception that it throws passes through.
     using Sink = std::function<void(std::span<const char> bytes)>;
 
-    /// Gives the frame in pieces of `pieceBytes`, and one shorter one at the end.
-    FrameWriter(std::int64_t sizeBytes, std::int64_t pieceBytes, Sink sink);
+    /// Gives the frame in pieces of `atOnce` bytes, and one shorter one at the end.
+    FrameWriter(std::int64_t sizeBytes, std::int64_t atOnce, Sink sink,
+                Effort effort = Effort::thorough);
 
     Expected<void> add(std::span<const char> bytes);
     /// Fails when not exactly `sizeBytes` were added.

@@ -54,6 +54,18 @@ std::vector<std::string> streamed(const std::string& contents, std::int64_t piec
     return pieces;
 }
 
+TEST(Zstd, SavesMoreWithMoreEffort) {
+    std::string contents;
+    for (int number = 0; number < 20000; ++number)
+        contents += "line " + std::to_string(number * 7919 % 10007) + " of the list\n";
+    const auto bytes = [&](qrv::Effort effort) {
+        const std::string frame(qrv::compressFrame(contents, {}, effort)->view());
+        EXPECT_TRUE(decoded(frame, std::ssize(contents)) == contents);
+        return frame.size();
+    };
+    EXPECT_LT(bytes(qrv::Effort::thorough), bytes(qrv::Effort::quick));
+}
+
 TEST(Zstd, GivesBackContentsOfAnyLength) {
     for (const std::size_t size : {0, 1, 255, 256, 1023, 1024, 1025, 131072, 131073, 1000000}) {
         const std::string contents = randomBytes(size, 1);
