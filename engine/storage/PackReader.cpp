@@ -159,6 +159,16 @@ Expected<PackBlock> PackReader::block(std::uint32_t number) const {
     return *block;
 }
 
+Expected<PackEntry> PackReader::entry(std::uint32_t row) const {
+    if (row >= trailer_.entryCount)
+        return damaged(tr(L"an entry of its tables is impossible"));
+    const Expected<std::string> bytes =
+        bytesAt(trailer_.entriesAt() + row * std::int64_t{entryRowBytes}, entryRowBytes);
+    if (!bytes)
+        return bytes.error();
+    return entryOf(*bytes);
+}
+
 Expected<std::vector<PackEntry>> PackReader::entries() const {
     std::vector<PackEntry> all;
     all.reserve(static_cast<std::size_t>(trailer_.entryCount));

@@ -32,6 +32,8 @@ public:
     Expected<std::optional<PackedContents>> find(const DigestBytes& digest) const;
     /// The row of a block. Fails when it is damaged.
     Expected<PackBlock> block(std::uint32_t number) const;
+    /// A row of the table of contents, counted from 0.
+    Expected<PackEntry> entry(std::uint32_t row) const;
     /// All rows of the table of contents, in the order of the digests, as they stand there.
     Expected<std::vector<PackEntry>> entries() const;
     /// All sketches; none when their table is damaged.
