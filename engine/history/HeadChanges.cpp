@@ -4,6 +4,7 @@
 #include <engine/history/SchemaInternal.h>
 
 #include <cstdint>
+#include <iterator>
 #include <random>
 
 namespace qrv {
@@ -42,6 +43,12 @@ bool areAtLeast(Database& database, std::int64_t files) {
     return query.integer(0) >= files;
 }
 
+/// Whether so many changes at once are more than anybody follows: a first commit would only fill
+/// the file with rows that go again.
+bool isWorthANewCopy(Database& database, std::int64_t changes) {
+    return changes > fewestKept && !areAtLeast(database, changes * filesForChange);
+}
+
 /// Asked each time that as many were added as are always kept, since counting files takes time.
 void forgetSurplus(Database& database, std::int64_t lastBefore) {
     const Kept kept = keptChanges(database);
@@ -64,6 +71,11 @@ void addHeadChanges(Database& database, const std::vector<OdString>& paths) {
         return;
     const std::int64_t mark = randomMark();
     const std::int64_t lastBefore = keptChanges(database).last;
+    if (isWorthANewCopy(database, std::ssize(paths))) {
+        database.execute("DELETE FROM head_changes");
+        database.prepare("INSERT INTO head_changes VALUES (?, ?, '')").run(lastBefore + 1, mark);
+        return;
+    }
     std::int64_t sequence = lastBefore;
     Statement insertion = database.prepare("INSERT INTO head_changes VALUES (?, ?, ?)");
     for (const OdString& path : paths)

@@ -140,6 +140,20 @@ TEST(HeadChanges, AreForgottenButForTheLast) {
     EXPECT_THAT(pathsAfter(history, last), ElementsAre("3"));
 }
 
+TEST(HeadChanges, AreNotNamedWhenTheyAreMostFiles) {
+    Repository repository;
+    auto& history = repository.history;
+    const HeadChange first = *history.lastHeadChange();
+    history.changeHeadFiles(manyFiles(2000));
+    EXPECT_EQ(history.headChangesAfter(first), std::nullopt);
+    qrv::Statement rows = history.database().prepare("SELECT count(*) FROM head_changes");
+    rows.step();
+    EXPECT_EQ(rows.integer(0), 1);
+    const HeadChange copied = *history.lastHeadChange();
+    history.changeHeadFiles({removal("7")});
+    EXPECT_THAT(pathsAfter(history, copied), ElementsAre("7"));
+}
+
 TEST(HeadChanges, AreNoMoreThanACopyIsWorth) {
     Repository repository;
     auto& history = repository.history;
