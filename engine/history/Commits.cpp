@@ -1,5 +1,6 @@
 #include <engine/base/Translation.h>
 #include <engine/history/History.h>
+#include <engine/history/LinesInternal.h>
 #include <engine/history/RowsInternal.h>
 #include <engine/history/SumsInternal.h>
 #include <engine/paths/PackedUrl.h>
@@ -139,6 +140,7 @@ CommitEntry History::add(const NewCommit& commit) {
     database_->prepare("INSERT INTO commits VALUES (?, ?, ?, ?, ?)")
         .run(number, hash, commit.author, commit.message, commit.timeSeconds);
     insertParents(*database_, number, commit);
+    addLine(*database_, number);
     insertChanges(*database_, number, commit);
     addSizes(*database_, hash, commit.deltas);
     CommitEntry added = this->commit(hash).value();

@@ -155,16 +155,6 @@ std::optional<HeadFile> History::headFile(const OdString& path) {
     return query.step() ? std::optional(toHeadFile(*database_, query)) : std::nullopt;
 }
 
-std::vector<HeadFile> History::headFilesBelow(const OdString& folder) {
-    Statement query = selectFiles(*database_, "WHERE path > ? AND path < ?");
-    // "0" follows "/".
-    query.bind(folder + L'/', folder + L'0');
-    std::vector<HeadFile> files;
-    while (query.step())
-        files.push_back(toHeadFile(*database_, query));
-    return files;
-}
-
 OdString History::headUrl(const OdString& path) {
     const std::optional<HeadFile> file = headFile(path);
     return file ? file->file.contents : OdString();

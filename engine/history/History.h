@@ -8,6 +8,7 @@
 #include <engine/paths/RelativePath.h>
 #include <engine/tree/Shape.h>
 #include <engine/tree/Tree.h>
+#include <engine/tree/TreeChange.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 
@@ -74,6 +75,11 @@ public:
     bool buildsOn(const OdString& descendant, const OdString& ancestor);
     /// The files of a commit: those of its first parent, with its deltas.
     Tree tree(const OdString& hash);
+    /// What makes the files of the one commit of those of the other, ordered by path, without
+    /// renames. Takes time for what changed between them, and none for the files that are alike.
+    std::vector<TreeChange> difference(const OdString& before, const OdString& after);
+    /// The file of that path in the commit; nothing when there is none.
+    std::optional<TreeFile> fileAt(const OdString& hash, const OdString& path);
     /// Adds a commit and gives it with its number and hash. The very same commit, already there, is
     /// given as it is. What could not be read back (a path that is not safe, a time out of range, a
     /// path twice) is refused.
@@ -107,8 +113,6 @@ public:
     std::vector<OdString> headPathsOfSize(std::int64_t sizeBytes);
     /// A file of HEAD; nothing when there is no such file.
     std::optional<HeadFile> headFile(const OdString& path);
-    /// Those in the folder and in the folders below it, ordered by the bytes of their paths.
-    std::vector<HeadFile> headFilesBelow(const OdString& folder);
     /// The URL of a file of HEAD; empty when there is no such file.
     OdString headUrl(const OdString& path);
     /// Makes `deltas` part of the files of HEAD, each new file with the stamp that is known of it.

@@ -2,6 +2,7 @@
 #include <engine/base/Translation.h>
 #include <engine/history/HistoryCheck.h>
 #include <engine/history/JournalEntry.h>
+#include <engine/history/LinesInternal.h>
 #include <engine/history/SchemaInternal.h>
 #include <engine/history/SumsInternal.h>
 #include <platform/ut/Paths.h>
@@ -24,6 +25,7 @@ public:
         attempt([this] { checkOwners(); });
         attempt([this] { checkCommits(); });
         attempt([this] { checkSizes(); });
+        attempt([this] { checkLines(); });
         attempt([this] { history_.references(); });
         attempt([this] { checkSum(history_.database()); });
         attempt([this] { checkHeadFiles(); });
@@ -96,6 +98,14 @@ private:
         if (areAllRead_ && database.schemaVersion() >= layoutWithSums &&
             notedSizes(database) != sizes_)
             addCause(tr(L"the sizes of its files are not those that were written"));
+    }
+
+    void checkLines() {
+        Database& database = history_.database();
+        if (!areAllRead_ || database.schemaVersion() < layoutWithPackedUrls)
+            return;
+        if (const std::int64_t number = firstWrongLine(database))
+            addCause(OdString::format(tr(L"commit %i is on no line of first parents"), number));
     }
 
     void checkHeadFiles() {

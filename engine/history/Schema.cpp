@@ -83,6 +83,11 @@ constexpr SchemaEntry packedTables[] = {
     mark INTEGER NOT NULL,
     path TEXT NOT NULL
 ) STRICT)"},
+    {"lines", R"(CREATE TABLE lines (
+    number INTEGER PRIMARY KEY REFERENCES commits,
+    line INTEGER NOT NULL
+) STRICT)"},
+    {"lines_by_line", "CREATE INDEX lines_by_line ON lines (line)"},
     {"plan_files", R"(CREATE TABLE plan_files (
     position INTEGER PRIMARY KEY,
     path TEXT NOT NULL,

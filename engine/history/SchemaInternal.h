@@ -7,8 +7,8 @@
 
 namespace qrv {
 
-/// From this layout on URLs are kept as `packedUrl` has them, and beside each file of HEAD what a
-/// look at it said.
+/// From this layout on URLs are kept as `packedUrl` has them, beside each file of HEAD what a look
+/// at it said, and of each commit its line.
 inline constexpr int layoutWithPackedUrls = 3;
 
 /// Whether the file holds nothing yet. Throws `DatabaseError` when it is no history, one of a newer

@@ -1,3 +1,4 @@
+#include <engine/history/LinesInternal.h>
 #include <engine/history/SchemaInternal.h>
 #include <engine/history/SumsInternal.h>
 #include <engine/history/UpgradeInternal.h>
@@ -72,6 +73,7 @@ void packUrls(Database& database) {
     copyChanges(database);
     copyHeadFiles(database);
     copyPlanFiles(database);
+    addAllLines(database);
     database.execute(
         "DROP TABLE changes_before; DROP TABLE head_files_before; DROP TABLE plan_files_before");
     database.setSchemaVersion(layoutWithPackedUrls);

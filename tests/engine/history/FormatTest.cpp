@@ -83,8 +83,8 @@ TEST(HistoryFormat, IsThatOfTheSample) {
         rows(database, "commits", 5) + rows(database, "parents", 3) + rows(database, "changes", 5) +
         rows(database, "refs", 3) + rows(database, "head_files", 6) +
         // The marks are random.
-        rows(database, "head_changes", 2, "sequence, path") + rows(database, "notes", 2) +
-        rows(database, "plan", 5) + rows(database, "plan_files", 5);
+        rows(database, "head_changes", 2, "sequence, path") + rows(database, "lines", 2) +
+        rows(database, "notes", 2) + rows(database, "plan", 5) + rows(database, "plan_files", 5);
     EXPECT_EQ(text, qrv_test::readFile(QRV_HISTORY_SAMPLES "/history.sample"));
 }
 

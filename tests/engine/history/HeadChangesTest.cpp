@@ -74,18 +74,6 @@ TEST(HeadStamps, AreNotedWhenTheSizeIsRight) {
     EXPECT_EQ(history.headFile(L"a")->stamp, std::nullopt);
 }
 
-TEST(HeadFiles, AreFoundByTheirFolder) {
-    Repository repository;
-    auto& history = repository.history;
-    history.changeHeadFiles({file("a", '1'), file("a-b", '1'), file("a/b", '1'), file("a/c/d", '2'),
-                             file("a0", '1'), file("b/a", '1')});
-    std::string below;
-    for (const qrv::HeadFile& head : history.headFilesBelow(L"a"))
-        below += head.path.bytes() + " ";
-    EXPECT_EQ(below, "a/b a/c/d ");
-    EXPECT_TRUE(history.headFilesBelow(L"c").empty());
-}
-
 TEST(HeadChanges, NameEachRowThatChangedSince) {
     Repository repository;
     auto& history = repository.history;

@@ -120,6 +120,7 @@ TEST(HistoryCheck, FindsAMissingCommit) {
     repository.tamper("DELETE FROM commits WHERE number = 2");
     EXPECT_THAT(repository.problems(),
                 UnorderedElementsAre(damaged("a row of the table 'changes' belongs to no commit"),
+                                     damaged("a row of the table 'lines' belongs to no commit"),
                                      damaged("a row of the table 'parents' belongs to no commit"),
                                      damaged("commit 3 cannot build on commit 2")));
 }

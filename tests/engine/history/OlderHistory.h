@@ -20,7 +20,7 @@ inline void makeLayout2(const Repository& repository) {
     repository.tamper(
         "DROP INDEX changes_by_path; DROP INDEX changes_by_previous_path;"
         "ALTER TABLE changes RENAME TO c; ALTER TABLE head_files RENAME TO h;"
-        "ALTER TABLE plan_files RENAME TO p; DROP TABLE head_changes");
+        "ALTER TABLE plan_files RENAME TO p; DROP TABLE head_changes; DROP TABLE lines");
     repository.tamper(R"(CREATE TABLE changes (
     number INTEGER NOT NULL REFERENCES commits,
     path TEXT NOT NULL,
