@@ -34,6 +34,11 @@ if [ $# -eq 0 ]; then
         echo
         echo '![The same as lines over the number of files](images/growth.svg)'
     } >"$results/3-growth.md"
+    {
+        echo 'A long history of a tree of 1,000 files'
+        echo
+        python3 bench/long_history.py build/release/bin/qrv build/release/bench/qrv_long_history
+    } >"$results/4-long-history.md"
     python3 scripts/bench_table.py "$results" docs/performance.md
 else
     python3 scripts/bench_table.py "$results"
