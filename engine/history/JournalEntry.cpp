@@ -51,6 +51,10 @@ std::optional<OdString> refusalOf(const JournalEntry& entry) {
 
 }  // namespace
 
+std::vector<TreeStep> stepsFromHead(History& history, const OdString& commit) {
+    return stepsOf(history.difference(history.note(headNote), commit));
+}
+
 JournalEntry reversed(JournalEntry entry) {
     for (TreeStep& step : entry.steps)
         std::swap(step.before, step.after);

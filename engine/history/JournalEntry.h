@@ -33,6 +33,9 @@ struct JournalEntry {
     friend bool operator==(const JournalEntry&, const JournalEntry&) = default;
 };
 
+/// The steps from the files of HEAD to those of the commit.
+std::vector<TreeStep> stepsFromHead(History& history, const OdString& commit);
+
 /// The way back.
 JournalEntry reversed(JournalEntry entry);
 

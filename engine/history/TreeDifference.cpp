@@ -2,7 +2,6 @@
 #include <engine/history/LinesInternal.h>
 #include <engine/history/RowsInternal.h>
 #include <engine/history/SchemaInternal.h>
-#include <engine/tree/Difference.h>
 
 #include <algorithm>
 #include <map>
@@ -128,25 +127,13 @@ bool areAlike(const std::optional<TreeFile>& one, const std::optional<TreeFile>&
     return one.has_value() == other.has_value() && (!one || one->contents == other->contents);
 }
 
-std::vector<TreeChange> changesBetween(Touched before, Touched after) {
+std::vector<TreeChange> changesOf(Touched before, Touched after) {
     std::vector<TreeChange> changes;
     for (auto& [path, file] : before) {
         std::optional<TreeFile>& other = after.at(path);
         if (!areAlike(file, other))
             changes.push_back({path, std::move(file), std::move(other)});
     }
-    return changes;
-}
-
-std::vector<TreeChange> differenceOfTrees(const Tree& before, const Tree& after) {
-    std::vector<TreeChange> changes;
-    const auto sideOf = [](const TreeFile* file) {
-        return file == nullptr ? std::nullopt : std::optional(*file);
-    };
-    visitDifferences(before, after,
-                     [&](const auto& path, const TreeFile* old, const TreeFile* file) {
-                         changes.push_back({path, sideOf(old), sideOf(file)});
-                     });
     return changes;
 }
 
@@ -162,7 +149,7 @@ std::int64_t numberOrZero(Database& database, const OdString& hash) {
 
 std::vector<TreeChange> History::difference(const OdString& before, const OdString& after) {
     if (!hasLines(*database_))
-        return differenceOfTrees(tree(before), tree(after));
+        return changesBetween(tree(before), tree(after));
     FirstParents one(*database_, numberOrZero(*database_, before));
     FirstParents other(*database_, numberOrZero(*database_, after));
     const std::int64_t base = lastInCommon(one, other);
@@ -172,7 +159,7 @@ std::vector<TreeChange> History::difference(const OdString& before, const OdStri
     FileLookup lookup(*database_, lineOfBase);
     complete(mine, theirs, lookup);
     complete(theirs, mine, lookup);
-    return changesBetween(std::move(mine), std::move(theirs));
+    return changesOf(std::move(mine), std::move(theirs));
 }
 
 std::optional<TreeFile> History::fileAt(const OdString& hash, const OdString& path) {

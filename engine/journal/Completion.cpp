@@ -11,28 +11,26 @@ namespace {
 
 void moveHeadFiles(WorkingTree& workingTree, const JournalEntry& entry) {
     History& history = workingTree.repository().history();
-    Tree files = history.tree(entry.commit);
-    history.changeHeadFiles(deltasBetween(workingTree.repository().headFiles(), files));
+    history.changeHeadFiles(deltasOf(history.difference(history.note(headNote), entry.commit)));
     history.setNote(headNote, entry.commit);
     if (!entry.commit.isEmpty())
         history.setReference(entry.branch, common::RefType::Branch, entry.commit);
-    workingTree.repository().setHeadFiles(std::move(files));
+    workingTree.repository().forgetHeadFiles();
 }
 
 /// The library notes the time that a file has now. When that is not the one with which the file was
 /// as planned, somebody has saved it since, and nothing is known of it.
 void noteInIndex(WorkingTree& workingTree, const JournalEntry& entry, const AppliedTimes& times) {
-    const Tree& head = workingTree.repository().headFiles();
+    History& history = workingTree.repository().history();
     common::Cache& cache = workingTree.repository().cache();
     for (const TreeStep& step : entry.steps) {
-        const auto file = head.find(step.path);
+        const OdString url = history.headUrl(step.path);
         const auto time = times.find(step.path);
-        if (step.after.isEmpty() || file == head.end() || time == times.end()) {
+        if (step.after.isEmpty() || url.isEmpty() || time == times.end()) {
             common::removeIndex(step.path, cache);
             continue;
         }
-        common::updateIndex(step.path, cache, workingTree.root(),
-                            file->second.contents != step.after);
+        common::updateIndex(step.path, cache, workingTree.root(), url != step.after);
         if (cache.read().index.at(step.path).lastChecked != time->second)
             common::removeIndex(step.path, cache);
     }

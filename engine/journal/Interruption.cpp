@@ -53,8 +53,8 @@ void forgetInterruption(WorkingTree& workingTree) {
     DatabaseTransaction transaction(history.database());
     forgetEntry(history);
     const OdString head = workingTree.repository().headCommit();
-    if (history.note(headNote) != head) {
-        history.changeHeadFiles(deltasBetween(history.headFiles(), history.tree(head)));
+    if (const OdString before = history.note(headNote); before != head) {
+        history.changeHeadFiles(deltasOf(history.difference(before, head)));
         history.setNote(headNote, head);
     }
     transaction.commit();

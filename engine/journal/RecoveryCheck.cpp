@@ -1,7 +1,7 @@
 #include <engine/base/Printable.h>
 #include <engine/base/Translation.h>
 #include <engine/journal/RecoveryCheck.h>
-#include <engine/tree/Tree.h>
+#include <engine/tree/TreeFile.h>
 
 namespace qrv {
 
@@ -10,16 +10,14 @@ namespace {
 class Check {
 public:
     Check(WorkingTree& workingTree, const JournalEntry& entry)
-        : workingTree_(workingTree), entry_(entry) {}
+        : workingTree_(workingTree), entry_(entry), history_(workingTree.repository().history()) {}
 
     Expected<void> run() {
-        if (!entry_.commit.isEmpty() && !workingTree_.repository().history().commit(entry_.commit))
+        if (!entry_.commit.isEmpty() && !history_.commit(entry_.commit))
             return ErrorMessage{
                 OdString::format(tr(L"there is no commit '%ls'"), printable(entry_.commit))};
-        if (!entry_.branch.isEmpty())
-            target_ = workingTree_.repository().history().tree(entry_.commit);
         // Afterwards the files of HEAD say nothing about those that are replaced.
-        isHeadMoved_ = workingTree_.repository().history().note(headNote) == entry_.commit;
+        isHeadMoved_ = history_.note(headNote) == entry_.commit;
         for (const TreeStep& step : entry_.steps) {
             if (Expected<void> checked = checkStep(step); !checked)
                 return checked;
@@ -44,10 +42,10 @@ private:
 
     bool isPossible(const OdString& path, const OdString& wanted, const OdString& replaced) {
         if (entry_.branch.isEmpty())
-            return wanted.isEmpty() || workingTree_.repository().history().hasVersion(path, wanted);
-        if (urlIn(target_, path) != wanted)
+            return wanted.isEmpty() || history_.hasVersion(path, wanted);
+        if (history_.fileAt(entry_.commit, path).value_or(TreeFile()).contents != wanted)
             return false;
-        return isHeadMoved_ || urlIn(workingTree_.repository().headFiles(), path) == replaced;
+        return isHeadMoved_ || history_.headUrl(path) == replaced;
     }
 
     Expected<void> checkKept(const OdString& path, const OdString& url) {
@@ -65,7 +63,7 @@ private:
 
     WorkingTree& workingTree_;
     const JournalEntry& entry_;
-    Tree target_;
+    History& history_;
     bool isHeadMoved_ = false;
 };
 

@@ -23,9 +23,9 @@ struct Present {
 
 /// Versions that a file may have come from; those of a drawing say which store may keep it.
 struct Origins {
-    const Tree& head;
-    /// The files of the commit that is being merged.
-    const Tree& merged;
+    History& history;
+    /// The commit that is being merged; empty when none is.
+    OdString merged;
     const Tree& target;
 };
 
@@ -35,8 +35,11 @@ std::vector<OdString> possibleUrls(const Origins& origins, const OdString& path,
     if (common::fileToType(path) == common::FileStorage::Plain)
         return {objectUrl(digest)};
     std::vector<OdString> urls;
-    for (const Tree* tree : {&origins.head, &origins.merged, &origins.target}) {
-        const Expected<CheckedUrl> url = CheckedUrl::check(urlIn(*tree, path));
+    const std::optional<TreeFile> merged = origins.history.fileAt(origins.merged, path);
+    for (const OdString& known :
+         {origins.history.headUrl(path), merged.value_or(TreeFile()).contents,
+          urlIn(origins.target, path)}) {
+        const Expected<CheckedUrl> url = CheckedUrl::check(known);
         if (url && url->isDrawing())
             urls.push_back(drawingUrl(url->store(), digest));
     }
@@ -50,7 +53,7 @@ Expected<Present> lookAt(WorkingTree& workingTree, const OdString& path,
         return Present();
     // In HEAD, or nowhere.
     if (change == common::FileChange::unchanged)
-        return Present{urlIn(workingTree.repository().headFiles(), path), false};
+        return Present{origins.history.headUrl(path), false};
     const Expected<OdString> digest = digestOfFile(workingTree.folder(), path);
     if (!digest)
         return digest.error();
@@ -91,9 +94,8 @@ Expected<std::vector<TreeStep>> stepsToTree(WorkingTree& workingTree, const Tree
                                             const WorkingChanges& changes, Unsaved unsaved) {
     std::vector<TreeStep> steps;
     std::vector<OdString> refused;
-    const OdString other = workingTree.repository().history().note(mergeNote);
-    const Tree merged = other.isEmpty() ? Tree() : workingTree.repository().history().tree(other);
-    const Origins origins = {workingTree.repository().headFiles(), merged, target};
+    History& history = workingTree.repository().history();
+    const Origins origins = {history, history.note(mergeNote), target};
     for (const OdString& path : paths) {
         const Expected<Present> present = lookAt(workingTree, path, changes, origins);
         if (!present)

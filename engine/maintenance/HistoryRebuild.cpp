@@ -264,7 +264,7 @@ private:
         if (head.isEmpty())
             addProblem(OdString::format(tr(L"There is no commit of the current branch '%ls'"),
                                         printable(branch)));
-        history.changeHeadFiles(deltasBetween(history.headFiles(), history.tree(head)));
+        history.changeHeadFiles(deltasOf(changesBetween(history.headFiles(), history.tree(head))));
         history.setNote(headNote, head);
     }
 

@@ -143,8 +143,7 @@ std::vector<OdString> pathsOf(const std::vector<TreeStep>& steps) {
 Expected<Merged> fastForward(WorkingTree& workingTree, const OdString& hash, const OdString& name,
                              const WorkingChanges& changes) {
     Repository& repository = workingTree.repository();
-    JournalEntry entry =
-        entryOf(name, stepsBetween(repository.headFiles(), repository.history().tree(hash)));
+    JournalEntry entry = entryOf(name, stepsFromHead(repository.history(), hash));
     entry.branch = repository.branch();
     entry.commit = hash;
     if (const Expected<void> unharmed = checkNoLocalChanges(workingTree, entry.steps, changes);
@@ -178,9 +177,9 @@ Expected<Merged> mergeThreeWays(WorkingTree& workingTree, const OdString& hash,
                                 const MergeRequest& request) {
     Repository& repository = workingTree.repository();
     History& history = repository.history();
-    const std::optional<OdString> base = history.mergeBase(repository.headCommit(), hash);
-    const ThreeWayResult files = compareThreeWays(history.tree(base.value_or(OdString())),
-                                                  repository.headFiles(), history.tree(hash));
+    const OdString base = history.mergeBase(repository.headCommit(), hash).value_or(OdString());
+    const ThreeWayResult files = compareThreeWays(history.difference(base, history.note(headNote)),
+                                                  history.difference(base, hash));
     const Expected<Sightings> sightings = checkMerge(workingTree, files, changes);
     if (!sightings)
         return sightings.error();
@@ -256,8 +255,13 @@ Expected<void> abortMerge(WorkingTree& workingTree, bool force) {
         paths.insert(file.path);
     for (const common::ConflictData& conflict : repository.state().conflicts)
         paths.insert(conflict.path);
+    Tree target;
+    for (const OdString& path : paths) {
+        if (std::optional<HeadFile> file = repository.history().headFile(path))
+            target.emplace(std::move(file->path), std::move(file->file));
+    }
     const Expected<std::vector<TreeStep>> steps =
-        stepsToTree(workingTree, repository.headFiles(), {paths.begin(), paths.end()}, *changes,
+        stepsToTree(workingTree, target, {paths.begin(), paths.end()}, *changes,
                     force ? Unsaved::store : Unsaved::refuse);
     if (!steps)
         return steps.error();

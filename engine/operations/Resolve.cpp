@@ -28,11 +28,12 @@ Tree wantedTree(Repository& repository, const ConflictData& conflict,
     const bool isTheirs = version == ResolveRequest::Version::theirs;
     if (isTheirs && conflict.remoteUrl.isEmpty())
         return {};
-    const Tree side = isTheirs ? repository.history().tree(repository.history().note(mergeNote))
-                               : repository.headFiles();
+    History& history = repository.history();
+    const std::optional<TreeFile> file =
+        history.fileAt(history.note(isTheirs ? mergeNote : headNote), conflict.path);
     Tree tree;
-    if (const auto file = side.find(conflict.path); file != side.end())
-        tree.insert(*file);
+    if (const Expected<RelativePath> path = RelativePath::check(conflict.path); file && path)
+        tree.emplace(*path, *file);
     return tree;
 }
 

@@ -52,7 +52,7 @@ Expected<JournalEntry> entryOf(Repository& repository, const SwitchRequest& requ
         return commit.error();
     entry.commit = *commit;
     if (entry.commit != repository.headCommit())
-        entry.steps = stepsBetween(repository.headFiles(), repository.history().tree(entry.commit));
+        entry.steps = stepsFromHead(repository.history(), entry.commit);
     return entry;
 }
 

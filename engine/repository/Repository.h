@@ -78,8 +78,6 @@ public:
     const Tree& headFiles();
     /// Makes `headFiles` read them again.
     void forgetHeadFiles() { headFiles_.reset(); }
-    /// Tells `headFiles` what a change has made of them.
-    void setHeadFiles(Tree files) { headFiles_ = std::move(files); }
 
     /// Writes the state, if it changed, and goes on with it. Fails when it cannot be written; the
     /// old file is untouched then.

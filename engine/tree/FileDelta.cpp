@@ -1,4 +1,3 @@
-#include <engine/tree/Difference.h>
 #include <engine/tree/FileDelta.h>
 
 #include <algorithm>
@@ -6,14 +5,13 @@
 
 namespace qrv {
 
-std::vector<FileDelta> deltasBetween(const Tree& before, const Tree& after) {
+std::vector<FileDelta> deltasOf(const std::vector<TreeChange>& changes) {
     std::vector<FileDelta> deltas;
-    visitDifferences(before, after, [&](const auto& path, const TreeFile*, const TreeFile* file) {
-        if (file == nullptr)
-            deltas.push_back({path, {}, {}, 0});
-        else
-            deltas.push_back({path, file->contents, {}, file->sizeBytes});
-    });
+    deltas.reserve(changes.size());
+    for (const TreeChange& change : changes) {
+        const TreeFile file = change.after.value_or(TreeFile());
+        deltas.push_back({change.path, file.contents, std::nullopt, file.sizeBytes});
+    }
     return deltas;
 }
 

@@ -2,6 +2,7 @@
 
 #include <engine/paths/RelativePath.h>
 #include <engine/tree/Tree.h>
+#include <engine/tree/TreeChange.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
@@ -23,8 +24,8 @@ struct FileDelta {
     friend bool operator==(const FileDelta&, const FileDelta&) = default;
 };
 
-/// What makes the one tree of the other, ordered by path. It knows of no renames.
-std::vector<FileDelta> deltasBetween(const Tree& before, const Tree& after);
+/// The deltas that do these changes, in the same order. They know of no renames.
+std::vector<FileDelta> deltasOf(const std::vector<TreeChange>& changes);
 
 /// The same deltas, ordered by path.
 std::vector<const FileDelta*> orderedByPath(const std::vector<FileDelta>& deltas);

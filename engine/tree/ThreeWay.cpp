@@ -1,4 +1,4 @@
-#include <engine/tree/Difference.h>
+#include <engine/base/SortedLookup.h>
 #include <engine/tree/ThreeWay.h>
 
 namespace qrv {
@@ -13,25 +13,31 @@ FileChange changeBetween(const OdString& before, const OdString& after) {
     return after.isEmpty() ? FileChange::removed : FileChange::modified;
 }
 
+OdString contentsOf(const std::optional<TreeFile>& file) {
+    return file ? file->contents : OdString();
+}
+
 }  // namespace
 
-ThreeWayResult compareThreeWays(const Tree& base, const Tree& ours, const Tree& theirs) {
+ThreeWayResult compareThreeWays(const std::vector<TreeChange>& ours,
+                                const std::vector<TreeChange>& theirs) {
     ThreeWayResult result;
     // Only what the other side changed can need anything to be done.
-    visitDifferences(
-        base, theirs, [&](const auto& path, const TreeFile* old, const TreeFile* other) {
-            const OdString before = old == nullptr ? OdString() : old->contents;
-            const OdString local = urlIn(ours, path);
-            const TreeFile remote = other == nullptr ? TreeFile() : *other;
-            if (local == remote.contents)
-                return;
-            if (local == before)
-                result.taken.push_back({path, local, remote.contents, remote.sizeBytes});
-            else
-                result.conflicts.push_back({path, changeBetween(before, local),
-                                            changeBetween(before, remote.contents), local,
-                                            remote.contents});
-        });
+    for (const TreeChange& change : theirs) {
+        const TreeChange* const mine =
+            findSorted(ours, [&change](const TreeChange& our) { return our.path <=> change.path; });
+        const OdString before = contentsOf(change.before);
+        const OdString local = mine == nullptr ? before : contentsOf(mine->after);
+        const TreeFile remote = change.after.value_or(TreeFile());
+        if (local == remote.contents)
+            continue;
+        if (mine == nullptr)
+            result.taken.push_back({change.path, local, remote.contents, remote.sizeBytes});
+        else
+            result.conflicts.push_back({change.path, changeBetween(before, local),
+                                        changeBetween(before, remote.contents), local,
+                                        remote.contents});
+    }
     return result;
 }
 

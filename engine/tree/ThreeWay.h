@@ -2,7 +2,7 @@
 
 #include <common/worktree/FileChange.h>
 #include <engine/paths/RelativePath.h>
-#include <engine/tree/Tree.h>
+#include <engine/tree/TreeChange.h>
 #include <engine/tree/TreeStep.h>
 #include <platform/kernel/OdString.h>
 
@@ -29,8 +29,9 @@ struct ThreeWayResult {
     std::vector<MergeConflict> conflicts;
 };
 
-/// Compares two trees with the one that both come from, file by file. What both changed to the same
-/// contents, or both removed, is no conflict.
-ThreeWayResult compareThreeWays(const Tree& base, const Tree& ours, const Tree& theirs);
+/// Compares what two sides did to the tree that both come from, file by file. What both changed to
+/// the same contents, or both removed, is no conflict. Both lists of changes are ordered by path.
+ThreeWayResult compareThreeWays(const std::vector<TreeChange>& ours,
+                                const std::vector<TreeChange>& theirs);
 
 }  // namespace qrv

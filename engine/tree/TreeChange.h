@@ -1,9 +1,11 @@
 #pragma once
 
 #include <engine/paths/RelativePath.h>
+#include <engine/tree/Tree.h>
 #include <engine/tree/TreeFile.h>
 
 #include <optional>
+#include <vector>
 
 namespace qrv {
 
@@ -15,5 +17,8 @@ struct TreeChange {
 
     friend bool operator==(const TreeChange&, const TreeChange&) = default;
 };
+
+/// What two trees do not have alike, ordered by path.
+std::vector<TreeChange> changesBetween(const Tree& before, const Tree& after);
 
 }  // namespace qrv

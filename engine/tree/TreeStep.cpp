@@ -1,20 +1,19 @@
-#include <engine/tree/Difference.h>
 #include <engine/tree/TreeStep.h>
 
 namespace qrv {
 
-std::vector<TreeStep> stepsBetween(const Tree& before, const Tree& after) {
+std::vector<TreeStep> stepsOf(const std::vector<TreeChange>& changes) {
     std::vector<TreeStep> steps;
-    visitDifferences(before, after,
-                     [&](const auto& path, const TreeFile* old, const TreeFile* file) {
-                         TreeStep& step = steps.emplace_back(TreeStep{path, {}, {}, 0});
-                         if (old != nullptr)
-                             step.before = old->contents;
-                         if (file != nullptr) {
-                             step.after = file->contents;
-                             step.sizeBytes = file->sizeBytes;
-                         }
-                     });
+    steps.reserve(changes.size());
+    for (const TreeChange& change : changes) {
+        TreeStep& step = steps.emplace_back(TreeStep{change.path, {}, {}, 0});
+        if (change.before)
+            step.before = change.before->contents;
+        if (change.after) {
+            step.after = change.after->contents;
+            step.sizeBytes = change.after->sizeBytes;
+        }
+    }
     return steps;
 }
 

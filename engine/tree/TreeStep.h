@@ -1,7 +1,7 @@
 #pragma once
 
 #include <engine/paths/RelativePath.h>
-#include <engine/tree/Tree.h>
+#include <engine/tree/TreeChange.h>
 #include <platform/kernel/OdString.h>
 
 #include <cstdint>
@@ -22,7 +22,7 @@ struct TreeStep {
     friend bool operator==(const TreeStep&, const TreeStep&) = default;
 };
 
-/// The steps that lead from the tree `before` to the tree `after`, ordered by path.
-std::vector<TreeStep> stepsBetween(const Tree& before, const Tree& after);
+/// The steps that do these changes, in the same order.
+std::vector<TreeStep> stepsOf(const std::vector<TreeChange>& changes);
 
 }  // namespace qrv

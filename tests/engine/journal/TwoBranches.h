@@ -32,8 +32,7 @@ protected:
         entry.branch = branch;
         entry.commit =
             *workingTree.repository().history().reference(branch, common::RefType::Branch);
-        entry.steps = qrv::stepsBetween(workingTree.repository().headFiles(),
-                                        workingTree.repository().history().tree(entry.commit));
+        entry.steps = stepsFromHead(workingTree.repository().history(), entry.commit);
         return entry;
     }
 

@@ -21,7 +21,7 @@ protected:
         entry.title = L"switch side";
         entry.branch = L"side";
         entry.commit = *repository.history().reference(L"side", common::RefType::Branch);
-        entry.steps = stepsBetween(repository.headFiles(), repository.history().tree(entry.commit));
+        entry.steps = stepsFromHead(repository.history(), entry.commit);
         noteEntry(repository.history(), entry);
     }
 

@@ -8,7 +8,6 @@
 
 namespace {
 
-using qrv::deltasBetween;
 using qrv::FileDelta;
 using qrv::Tree;
 using qrv_test::file;
@@ -17,18 +16,22 @@ using qrv_test::removal;
 using qrv_test::shown;
 using qrv_test::treeOf;
 
+std::vector<FileDelta> deltasBetween(const Tree& before, const Tree& after) {
+    return deltasOf(changesBetween(before, after));
+}
+
 Tree with(Tree tree, std::vector<FileDelta> deltas) {
     apply(std::move(deltas), tree);
     return tree;
 }
 
-TEST(DeltasBetween, AreThoseThatMakeTheOneTreeOfTheOther) {
+TEST(DeltasOf, MakeTheOneTreeOfTheOther) {
     const std::vector<FileDelta> expected = {removal("a"), file("b", '2'), file("c", '3')};
     EXPECT_EQ(deltasBetween(treeOf("a=1 b=1 d=4"), treeOf("b=2 c=3 d=4")), expected);
     EXPECT_TRUE(deltasBetween(treeOf("a=1"), treeOf("a=1")).empty());
 }
 
-TEST(DeltasBetween, LeadFromAnyTreeToAnyOther) {
+TEST(DeltasOf, LeadFromAnyTreeToAnyOther) {
     std::mt19937 random(1);
     for (int trial = 0; trial < qrv_test::randomTrials; ++trial) {
         const Tree before = randomTree(random);

@@ -8,9 +8,13 @@
 
 namespace {
 
-using qrv::compareThreeWays;
 using qrv_test::letterOf;
 using qrv_test::treeOf;
+
+qrv::ThreeWayResult compareThreeWays(const qrv::Tree& base, const qrv::Tree& ours,
+                                     const qrv::Tree& theirs) {
+    return compareThreeWays(changesBetween(base, ours), changesBetween(base, theirs));
+}
 
 /// "path before>after, ..." of what comes over, then "path local/remote, ..." of the conflicts.
 std::string compared(const std::string& base, const std::string& ours, const std::string& theirs) {

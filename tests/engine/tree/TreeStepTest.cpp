@@ -7,14 +7,13 @@
 
 namespace {
 
-using qrv::stepsBetween;
 using qrv::TreeStep;
 using qrv_test::letterOf;
 using qrv_test::treeOf;
 
 std::string steps(const std::string& before, const std::string& after) {
     std::string text;
-    for (const TreeStep& step : stepsBetween(treeOf(before), treeOf(after)))
+    for (const TreeStep& step : stepsOf(changesBetween(treeOf(before), treeOf(after))))
         text += step.path.bytes() + " " + letterOf(step.before) + ">" + letterOf(step.after) + ", ";
     return text;
 }
