@@ -29,8 +29,15 @@ using common::FileChange;
 
 constexpr std::int64_t millisecondsPerSecond = 1000;
 
-Expected<void> checkNothingStaged(const Repository& repository, const WorkingChanges& changes) {
-    if (stagedChanges(repository.stateWithoutIndex(), changes).empty())
+Expected<void> checkNothingStaged(WorkingTree& workingTree) {
+    const common::State& state = workingTree.repository().state();
+    std::vector<OdString> paths;
+    for (const common::StagedFile& file : state.stagedFiles)
+        paths.push_back(file.path);
+    const Expected<WorkingChanges> changes = findChangesOf(workingTree, std::move(paths));
+    if (!changes)
+        return changes.error();
+    if (stagedChanges(state, *changes).empty())
         return {};
     return ErrorMessage{
         tr(L"Commit the staged files first (qrv commit), or take them off the "
@@ -132,25 +139,19 @@ JournalEntry entryOf(const OdString& name, std::vector<TreeStep> steps) {
     return entry;
 }
 
-std::vector<OdString> pathsOf(const std::vector<TreeStep>& steps) {
-    std::vector<OdString> paths;
-    paths.reserve(steps.size());
-    for (const TreeStep& step : steps)
-        paths.push_back(step.path);
-    return paths;
-}
-
-Expected<Merged> fastForward(WorkingTree& workingTree, const OdString& hash, const OdString& name,
-                             const WorkingChanges& changes) {
+Expected<Merged> fastForward(WorkingTree& workingTree, const OdString& hash, const OdString& name) {
     Repository& repository = workingTree.repository();
     JournalEntry entry = entryOf(name, stepsFromHead(repository.history(), hash));
     entry.branch = repository.branch();
     entry.commit = hash;
-    if (const Expected<void> unharmed = checkNoLocalChanges(workingTree, entry.steps, changes);
+    const Expected<WorkingChanges> changes = findChangesOf(workingTree, pathsOf(entry.steps));
+    if (!changes)
+        return changes.error();
+    if (const Expected<void> unharmed = checkNoLocalChanges(workingTree, entry.steps, *changes);
         !unharmed)
         return unharmed.error();
     forgetStage(repository);
-    if (const Expected<void> done = perform(workingTree, entry, changes); !done)
+    if (const Expected<void> done = perform(workingTree, entry, *changes); !done)
         return done.error();
     return Merged{.kind = Merged::Kind::fastForward,
                   .files = pathsOf(entry.steps),
@@ -159,28 +160,29 @@ Expected<Merged> fastForward(WorkingTree& workingTree, const OdString& hash, con
 }
 
 /// What speaks against merging these files, before anything is done.
-Expected<Sightings> checkMerge(WorkingTree& workingTree, const ThreeWayResult& files,
-                               const WorkingChanges& changes) {
-    if (const Expected<void> unharmed =
-            checkNoLocalChanges(workingTree, touchedFiles(files), changes);
+Expected<Sightings> checkMerge(WorkingTree& workingTree, const ThreeWayResult& files) {
+    const std::vector<TreeStep> touched = touchedFiles(files);
+    const Expected<WorkingChanges> changes = findChangesOf(workingTree, pathsOf(touched));
+    if (!changes)
+        return changes.error();
+    if (const Expected<void> unharmed = checkNoLocalChanges(workingTree, touched, *changes);
         !unharmed)
         return unharmed.error();
     if (const Expected<void> possible =
             checkShape(questionsOfHead(workingTree.repository().history()), deltasOf(files));
         !possible)
         return possible.error();
-    return checkPreconditions(workingTree, files.taken, changes);
+    return checkPreconditions(workingTree, files.taken, *changes);
 }
 
 Expected<Merged> mergeThreeWays(WorkingTree& workingTree, const OdString& hash,
-                                const OdString& name, const WorkingChanges& changes,
-                                const MergeRequest& request) {
+                                const OdString& name, const MergeRequest& request) {
     Repository& repository = workingTree.repository();
     History& history = repository.history();
     const OdString base = history.mergeBase(repository.headCommit(), hash).value_or(OdString());
     const ThreeWayResult files = compareThreeWays(history.difference(base, history.note(headNote)),
                                                   history.difference(base, hash));
-    const Expected<Sightings> sightings = checkMerge(workingTree, files, changes);
+    const Expected<Sightings> sightings = checkMerge(workingTree, files);
     if (!sightings)
         return sightings.error();
 
@@ -230,39 +232,36 @@ Expected<Merged> merge(WorkingTree& workingTree, const MergeRequest& request) {
     const OdString head = repository.headCommit();
     if (!head.isEmpty() && repository.history().buildsOn(head, *hash))
         return Merged();
-    const Expected<WorkingChanges> changes = findChanges(workingTree);
-    if (!changes)
-        return changes.error();
-    if (const Expected<void> none = checkNothingStaged(repository, *changes); !none)
+    if (const Expected<void> none = checkNothingStaged(workingTree); !none)
         return none.error();
     logEvent(OdString::format(L"merge of %ls into %ls", *hash, quotedName(repository.branch())),
              workingTree.root(), workingTree.folder(), workingTree.caller());
     if (head.isEmpty() || repository.history().buildsOn(*hash, head))
-        return fastForward(workingTree, *hash, request.commit, *changes);
-    return mergeThreeWays(workingTree, *hash, request.commit, *changes, request);
+        return fastForward(workingTree, *hash, request.commit);
+    return mergeThreeWays(workingTree, *hash, request.commit, request);
 }
 
 Expected<void> abortMerge(WorkingTree& workingTree, bool force) {
     Repository& repository = workingTree.repository();
     if (const Expected<void> none = checkNoMerge(repository); none)
         return ErrorMessage{tr(L"No merge is going on")};
-    const Expected<WorkingChanges> changes = findChanges(workingTree);
-    if (!changes)
-        return changes.error();
     // A file may be in both, and the steps are to be ordered.
     std::set<OdString> paths;
     for (const common::StagedFile& file : repository.state().stagedFiles)
         paths.insert(file.path);
     for (const common::ConflictData& conflict : repository.state().conflicts)
         paths.insert(conflict.path);
+    const std::vector<OdString> ordered(paths.begin(), paths.end());
+    const Expected<WorkingChanges> changes = findChangesOf(workingTree, ordered);
+    if (!changes)
+        return changes.error();
     Tree target;
-    for (const OdString& path : paths) {
+    for (const OdString& path : ordered) {
         if (std::optional<HeadFile> file = repository.history().headFile(path))
             target.emplace(std::move(file->path), std::move(file->file));
     }
-    const Expected<std::vector<TreeStep>> steps =
-        stepsToTree(workingTree, target, {paths.begin(), paths.end()}, *changes,
-                    force ? Unsaved::store : Unsaved::refuse);
+    const Expected<std::vector<TreeStep>> steps = stepsToTree(
+        workingTree, target, ordered, *changes, force ? Unsaved::store : Unsaved::refuse);
     if (!steps)
         return steps.error();
     return rollBackMerge(workingTree, *steps, *changes);

@@ -59,7 +59,7 @@ Expected<JournalEntry> entryOf(Repository& repository, const SwitchRequest& requ
 Expected<void> bringFiles(WorkingTree& workingTree, const JournalEntry& entry) {
     if (entry.steps.empty())
         return performWithoutFiles(workingTree, entry);
-    const Expected<WorkingChanges> changes = findChanges(workingTree);
+    const Expected<WorkingChanges> changes = findChangesOf(workingTree, pathsOf(entry.steps));
     if (!changes)
         return changes.error();
     if (Expected<void> unharmed = checkNoLocalChanges(workingTree, entry.steps, *changes);

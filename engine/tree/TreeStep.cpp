@@ -17,4 +17,12 @@ std::vector<TreeStep> stepsOf(const std::vector<TreeChange>& changes) {
     return steps;
 }
 
+std::vector<OdString> pathsOf(const std::vector<TreeStep>& steps) {
+    std::vector<OdString> paths;
+    paths.reserve(steps.size());
+    for (const TreeStep& step : steps)
+        paths.push_back(step.path);
+    return paths;
+}
+
 }  // namespace qrv

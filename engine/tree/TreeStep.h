@@ -25,4 +25,7 @@ struct TreeStep {
 /// The steps that do these changes, in the same order.
 std::vector<TreeStep> stepsOf(const std::vector<TreeChange>& changes);
 
+/// Of the files that the steps change, in the same order.
+std::vector<OdString> pathsOf(const std::vector<TreeStep>& steps);
+
 }  // namespace qrv
