@@ -1,68 +1,64 @@
+#include <engine/base/SortedLookup.h>
 #include <engine/diff/Differences.h>
-#include <engine/tree/Difference.h>
 
-#include <optional>
-#include <set>
+#include <map>
+#include <utility>
 
 namespace qrv {
 
 namespace {
 
-std::optional<TreeFile> sideOf(const TreeFile* file) {
-    return file == nullptr ? std::nullopt : std::optional(*file);
-}
-
 /// Makes one of the two halves of each renamed file.
-void join(const Renames& renames, const Tree& before, std::vector<Difference>& differences) {
-    std::set<OdString> previous;
+void join(const Renames& renames, std::vector<Difference>& files) {
+    std::map<OdString, std::optional<TreeFile>> previous;
     for (const auto& [path, old] : renames)
-        previous.insert(old);
-    std::erase_if(differences, [&previous](const Difference& difference) {
-        return !difference.after && previous.contains(difference.path);
+        previous.emplace(old, std::nullopt);
+    std::erase_if(files, [&previous](Difference& file) {
+        const auto half = file.after ? previous.end() : previous.find(file.path);
+        if (half == previous.end())
+            return false;
+        half->second = std::move(file.before);
+        return true;
     });
-    for (Difference& difference : differences) {
-        const auto rename = renames.find(difference.path);
+    for (Difference& file : files) {
+        const auto rename = renames.find(file.path);
         if (rename == renames.end())
             continue;
-        difference.previousPath = rename->second;
-        difference.before = sideOf(fileIn(before, rename->second));
+        file.previousPath = rename->second;
+        file.before = std::move(previous.at(rename->second));
     }
-}
-
-template <class After>
-std::vector<Difference> compare(const Tree& before, const After& after, const Renames& noted) {
-    const auto digestsIn = [](const auto& files) {
-        return [&files](const OdString& path) { return files.find(path)->second.digest(); };
-    };
-    RenameHalves removed = {{}, digestsIn(before)};
-    RenameHalves added = {{}, digestsIn(after)};
-    std::vector<Difference> differences;
-    visitDifferences(before, after,
-                     [&](const OdString& path, const TreeFile* old, const TreeFile* file) {
-                         if (old != nullptr && file != nullptr) {
-                             if (old->hasSameContents(*file))
-                                 return;
-                         } else if (old != nullptr) {
-                             removed.files.push_back({path, old->sizeBytes});
-                         } else if (file != nullptr) {
-                             added.files.push_back({path, file->sizeBytes});
-                         }
-                         differences.push_back({path, {}, sideOf(old), sideOf(file)});
-                     });
-    join(findRenames(removed, added, noted), before, differences);
-    return differences;
 }
 
 }  // namespace
 
-std::vector<Difference> differencesBetween(const Tree& before, const Tree& after,
-                                           const Renames& noted) {
-    return compare(before, after, noted);
+std::vector<Difference> differencesOf(std::vector<TreeChange> changes) {
+    std::vector<Difference> files;
+    files.reserve(changes.size());
+    for (TreeChange& change : changes)
+        files.push_back(
+            {std::move(change.path).text(), {}, std::move(change.before), std::move(change.after)});
+    return files;
 }
 
-std::vector<Difference> differencesBetween(const Tree& before, const WorkingFiles& after,
-                                           const Renames& noted) {
-    return compare(before, after, noted);
+std::vector<Difference> withRenames(std::vector<Difference> files, const Renames& noted) {
+    std::erase_if(files, [](const Difference& file) { return !file.hasOtherContents(); });
+    const auto digestOf = [&files](std::optional<TreeFile> Difference::*side) {
+        return [&files, side](const OdString& path) {
+            const Difference* const file =
+                findSorted(files, [&path](const Difference& each) { return each.path <=> path; });
+            return (file->*side)->digest();
+        };
+    };
+    RenameHalves removed = {{}, digestOf(&Difference::before)};
+    RenameHalves added = {{}, digestOf(&Difference::after)};
+    for (const Difference& file : files) {
+        if (!file.after)
+            removed.files.push_back({file.path, file.before->sizeBytes});
+        else if (!file.before)
+            added.files.push_back({file.path, file.after->sizeBytes});
+    }
+    join(findRenames(removed, added, noted), files);
+    return files;
 }
 
 }  // namespace qrv

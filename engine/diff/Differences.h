@@ -1,21 +1,19 @@
 #pragma once
 
 #include <engine/diff/Difference.h>
-#include <engine/diff/WorkingFiles.h>
 #include <engine/tree/Renames.h>
-#include <engine/tree/Tree.h>
+#include <engine/tree/TreeChange.h>
 
 #include <vector>
 
 namespace qrv {
 
-/// What leads from the one tree to the other, ordered by path. A file that went and one that came
-/// are one that was renamed when `noted` says so, or when their contents are the same and not
-/// empty.
-std::vector<Difference> differencesBetween(const Tree& before, const Tree& after,
-                                           const Renames& noted = {});
-/// The same for the working files.
-std::vector<Difference> differencesBetween(const Tree& before, const WorkingFiles& after,
-                                           const Renames& noted = {});
+/// What the two trees do not have alike, file by file and without renames, in the same order.
+std::vector<Difference> differencesOf(std::vector<TreeChange> changes);
+
+/// Joins the halves of renamed files: a file that went and one that came are one that was renamed
+/// when `noted` says so, or when their contents are the same and not empty. What has the same
+/// contents on both sides falls out. The files are ordered by path, before and after.
+std::vector<Difference> withRenames(std::vector<Difference> files, const Renames& noted = {});
 
 }  // namespace qrv

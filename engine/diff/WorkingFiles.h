@@ -1,21 +1,18 @@
 #pragma once
 
 #include <common/base/Expected.h>
-#include <engine/tree/TreeFile.h>
+#include <engine/diff/Difference.h>
 #include <engine/worktree/WorkingChanges.h>
 #include <engine/worktree/WorkingTree.h>
-#include <platform/kernel/OdString.h>
 
-#include <map>
+#include <vector>
 
 namespace qrv {
 
-/// The files of the working tree by their paths. These were not checked: some may be such that no
-/// commit can have them.
-using WorkingFiles = std::map<OdString, TreeFile>;
-
-/// The working files, those included that are not staged. Fails when one that has changed since
-/// HEAD cannot be read.
-Expected<WorkingFiles> readWorkingFiles(WorkingTree& workingTree, const WorkingChanges& changes);
+/// How the working files, those included that are not staged, differ from HEAD, file by file and
+/// ordered by path. Fails when one that has changed cannot be read. The paths were not checked:
+/// some may be such that no commit can have them.
+Expected<std::vector<Difference>> readWorkingFiles(WorkingTree& workingTree,
+                                                   const WorkingChanges& changes);
 
 }  // namespace qrv

@@ -15,6 +15,9 @@ namespace qrv {
 
 namespace {
 
+/// For more than so many commits, one pass over the tables is quicker than a query for each.
+constexpr std::size_t fewCommits = 1000;
+
 /// The number of the parent in the row's column.
 std::int64_t parentIn(const Database& database, const Statement& row, int column,
                       std::int64_t child) {
@@ -111,6 +114,24 @@ void nameParents(const Database& database, const ReachedCommits& reached,
     }
 }
 
+/// The first of them, one by one.
+std::vector<CommitEntry> newestAncestors(History& history, std::int64_t start, std::size_t most) {
+    std::vector<CommitEntry> entries;
+    Walk walk(history.database());
+    walk.startAt(start, 0);
+    while (entries.size() < most) {
+        const std::optional<Step> step = walk.next();
+        if (!step)
+            break;
+        std::optional<CommitEntry> entry = history.commitByNumber(step->number);
+        if (!entry)
+            failDamaged(history.database(),
+                        OdString::format(tr(L"commit %i is missing"), step->number));
+        entries.push_back(std::move(*entry));
+    }
+    return entries;
+}
+
 /// The numbers from the first commit of the line of first parents to `number`.
 std::vector<std::int64_t> firstParentLine(Database& database, std::int64_t number) {
     Statement query =
@@ -124,10 +145,12 @@ std::vector<std::int64_t> firstParentLine(Database& database, std::int64_t numbe
 
 }  // namespace
 
-std::vector<CommitEntry> History::ancestors(const OdString& hash) {
+std::vector<CommitEntry> History::ancestors(const OdString& hash, std::size_t most) {
     if (hash.isEmpty())
         return {};
     const std::int64_t start = numberOf(*database_, hash);
+    if (most <= fewCommits)
+        return newestAncestors(*this, start, most);
     const ReachedCommits reached = reachedFrom(*database_, start);
     std::vector<CommitEntry> entries = entriesOf(*database_, start, reached);
     nameParents(*database_, reached, entries);

@@ -12,6 +12,7 @@
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -66,8 +67,8 @@ public:
     std::vector<std::int64_t> commitsOfPath(const OdString& path);
     /// Whether a commit put the version `url` at `path`.
     bool hasVersion(const OdString& path, const OdString& url);
-    /// Newest first: a commit and everything that it builds on.
-    std::vector<CommitEntry> ancestors(const OdString& hash);
+    /// Newest first: a commit and everything that it builds on, at most `most`.
+    std::vector<CommitEntry> ancestors(const OdString& hash, std::size_t most = SIZE_MAX);
     /// The commit that both build on and that no other such commit builds on, the newest (highest
     /// number) of several; nothing when the two have no common beginning.
     std::optional<OdString> mergeBase(const OdString& one, const OdString& other);
@@ -76,10 +77,13 @@ public:
     /// The files of a commit: those of its first parent, with its deltas.
     Tree tree(const OdString& hash);
     /// What makes the files of the one commit of those of the other, ordered by path, without
-    /// renames. Takes time for what changed between them, and none for the files that are alike.
+    /// renames, in time for what changed between them.
     std::vector<TreeChange> difference(const OdString& before, const OdString& after);
     /// The file of that path in the commit; nothing when there is none.
     std::optional<TreeFile> fileAt(const OdString& hash, const OdString& path);
+    /// Whether the commit has a file of that path or below, of which `isGone` is not true.
+    bool holds(const OdString& hash, const OdString& path,
+               const std::function<bool(const OdString& path)>& isGone = {});
     /// Adds a commit and gives it with its number and hash. The very same commit, already there, is
     /// given as it is. What could not be read back (a path that is not safe, a time out of range, a
     /// path twice) is refused.
@@ -98,8 +102,7 @@ public:
 
     // HEAD: the files that the working tree was last brought to.
     Tree headFiles();
-    /// Gives them one by one, ordered by the bytes of their paths. `visit` may ask for what else is
-    /// in the history, and changes nothing there.
+    /// Gives them one by one, ordered by the bytes of their paths. `visit` changes nothing there.
     void visitHeadFiles(const std::function<void(HeadFile)>& visit);
     /// The same without the URLs, ordered by path: for a comparison, most of which needs none.
     std::vector<SizedFile> headSizes();
@@ -119,16 +122,13 @@ public:
     /// A stamp of another size than the contents is none. Files that go although they are not there
     /// are no error.
     void changeHeadFiles(const std::vector<FileDelta>& deltas, const StampOf& stampOf = {});
-    /// Keeps the stamps beside their files. What is no file of HEAD, and a stamp of another size
-    /// than the contents, is passed over.
+    /// Keeps the stamps of these files; one of another size than the contents is passed over.
     void noteStamps(const std::vector<NotedStamp>& stamps);
 
-    // Every change of a row of the files of HEAD, also of its stamp, is noted, so that a copy of
-    // all of them that is kept elsewhere can be brought up to date.
-    /// The last one; nothing in a file of an older layout, which notes none.
+    /// The last change of a row of the files of HEAD, by which a copy of them is brought up to
+    /// date; nothing in a file of an older layout, which notes none.
     std::optional<HeadChange> lastHeadChange();
-    /// The paths whose rows changed since, some perhaps more than once; nothing when the change is
-    /// not there: it was forgotten, or is one of another history.
+    /// The paths whose rows changed since; nothing when it was forgotten, or is another history's.
     std::optional<std::vector<RelativePath>> headChangesAfter(const HeadChange& change);
     /// Forgets the changes before that number, which nobody needs any more. The last one stays.
     void forgetHeadChanges(std::int64_t before);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <string_view>
 #include <utility>
 
 namespace qrv {
@@ -160,6 +161,27 @@ std::vector<TreeChange> History::difference(const OdString& before, const OdStri
     complete(mine, theirs, lookup);
     complete(theirs, mine, lookup);
     return changesOf(std::move(mine), std::move(theirs));
+}
+
+bool History::holds(const OdString& hash, const OdString& path,
+                    const std::function<bool(const OdString& path)>& isGone) {
+    const auto isGoneFrom = [&](const OdString& file) {
+        return !fileAt(hash, file) || (isGone && isGone(file));
+    };
+    if (!path.isEmpty() && !isGoneFrom(path))
+        return true;
+    Statement below = database_->prepare(
+        "SELECT DISTINCT path FROM changes WHERE path > ? AND path < ? ORDER BY path");
+    // "0" follows "/", and behind all texts come bytes.
+    if (path.isEmpty())
+        below.bind(OdString(), std::string_view());
+    else
+        below.bind(path + L'/', path + L'0');
+    while (below.step()) {
+        if (!isGoneFrom(CheckedRow(*database_, below).path(0)))
+            return true;
+    }
+    return false;
 }
 
 std::optional<TreeFile> History::fileAt(const OdString& hash, const OdString& path) {

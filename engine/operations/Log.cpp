@@ -6,6 +6,7 @@
 #include <engine/operations/WithRepositoryInternal.h>
 #include <engine/worktree/PathArgument.h>
 
+#include <cstdint>
 #include <utility>
 
 namespace qrv {
@@ -36,7 +37,8 @@ Commits findCommits(Repository& repository, const LogRequest& request) {
             return named.error();
         start = std::move(*named);
     }
-    Commits commits = repository.history().ancestors(start);
+    const bool takesAll = request.path || !request.count;
+    Commits commits = repository.history().ancestors(start, takesAll ? SIZE_MAX : *request.count);
     if (request.path && !commits->empty())
         commits = commitsOfPath(repository, std::move(*commits), *request.path);
     if (commits && request.count && *request.count < commits->size())

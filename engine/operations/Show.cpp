@@ -23,8 +23,8 @@ Expected<OdString> hashOf(Repository& repository, const std::string& name) {
 ShownCommit shownCommit(History& history, const OdString& hash) {
     CommitEntry commit = history.commit(hash).value();
     const OdString parent = commit.parents.empty() ? OdString() : commit.parents.front();
-    std::vector<Difference> changes = differencesBetween(history.tree(parent), history.tree(hash),
-                                                         renamesOf(history.deltas(hash)));
+    std::vector<Difference> changes = withRenames(differencesOf(history.difference(parent, hash)),
+                                                  renamesOf(history.deltas(hash)));
     return {.commit = std::move(commit),
             .changes = std::move(changes),
             .references = history.references()};
@@ -53,9 +53,8 @@ Expected<void> giveFile(Repository& repository, const std::string& commit,
     const Expected<OdString> path = pathInRepository(repository.root(), argument);
     if (!path)
         return path.error();
-    const Tree tree = repository.history().tree(*hash);
-    const TreeFile* const file = fileIn(tree, *path);
-    if (file == nullptr)
+    const std::optional<TreeFile> file = repository.history().fileAt(*hash, *path);
+    if (!file)
         return ErrorMessage{OdString::format(tr(L"'%ls' is not in the commit"),
                                              printable(OdString::fromNarrow(argument)))};
     return giveVersion(repository, file->contents, contents);

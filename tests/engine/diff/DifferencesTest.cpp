@@ -1,10 +1,13 @@
 #include <engine/diff/Differences.h>
 #include <engine/paths/CheckedUrl.h>
+#include <engine/tree/Difference.h>
 #include <tests/engine/tree/Trees.h>
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -28,14 +31,19 @@ TreeFile drawing(const wchar_t* store, char letter) {
 }
 
 /// Files by their paths, on either side of a comparison.
-using Files = qrv::WorkingFiles;
+using Files = std::map<OdString, TreeFile>;
 
 std::vector<Difference> between(const Files& before, const Files& after,
                                 const Renames& noted = {}) {
-    Tree tree;
-    for (const auto& [path, file] : before)
-        tree.emplace(qrv_test::relative(path), file);
-    return qrv::differencesBetween(tree, after, noted);
+    const auto sideOf = [](const TreeFile* file) {
+        return file == nullptr ? std::nullopt : std::optional(*file);
+    };
+    std::vector<Difference> files;
+    qrv::visitDifferences(before, after,
+                          [&](const OdString& path, const TreeFile* old, const TreeFile* file) {
+                              files.push_back({path, {}, sideOf(old), sideOf(file)});
+                          });
+    return qrv::withRenames(std::move(files), noted);
 }
 
 /// A sign a difference: "+", "-", "*" or, with both paths, ">" for a mere rename and "~" for one
@@ -67,7 +75,7 @@ TEST(DifferencesBetween, TellWhatWasAddedChangedAndRemoved) {
 TEST(DifferencesBetween, OfTwoTreesAreThoseOfTheirFiles) {
     const Tree before = qrv_test::treeOf("a=1 b=2 c=3");
     const Tree after = qrv_test::treeOf("a=2 b=2 d=3");
-    EXPECT_EQ(shown(qrv::differencesBetween(before, after)), "*a c>d ");
+    EXPECT_EQ(shown(qrv::withRenames(differencesOf(changesBetween(before, after)))), "*a c>d ");
 }
 
 TEST(DifferencesBetween, CompareContentsWhereverTheyAre) {

@@ -13,17 +13,18 @@
 #include <memory>
 #include <string>
 #include <system_error>
-#include <utility>
+#include <vector>
 
 namespace {
 
 using qrv::readWorkingFiles;
 using qrv::WorkingChanges;
-using qrv::WorkingFiles;
 using qrv::WorkingTree;
 using qrv_test::relative;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
+
+using WorkingFiles = Expected<std::vector<qrv::Difference>>;
 
 OdString digest(const char* bytes) {
     return OdString(qrv::Digest::of(bytes).c_str());
@@ -50,7 +51,7 @@ struct Office {
     }
 };
 
-TEST(WorkingFiles, HaveWhatTheFilesHold) {
+TEST(WorkingFiles, DifferFromHeadByWhatTheyHold) {
     const Office office;
     writeFile(office.folder / "other", "changed");
     writeFile(office.folder / "new", "new one");
@@ -59,15 +60,23 @@ TEST(WorkingFiles, HaveWhatTheFilesHold) {
     changes.files.modified.emplace_back(L"other");
     changes.files.added.emplace_back(L"new");
     changes.files.removed.emplace_back(L"gone");
-    const Expected<WorkingFiles> files = readWorkingFiles(*office.workingTree, changes);
+    const WorkingFiles files = readWorkingFiles(*office.workingTree, changes);
     ASSERT_TRUE(files);
     ASSERT_EQ(files->size(), 3);
-    EXPECT_EQ(files->at(L"kept").contents, L"po:" + digest("kept"));
-    for (const auto& [path, contents] : {std::pair(L"other", "changed"), {L"new", "new one"}}) {
-        EXPECT_FALSE(files->at(path).isStored());
-        EXPECT_EQ(files->at(path).digest(), digest(contents));
-        EXPECT_EQ(files->at(path).sizeBytes, 7);
-    }
+    const qrv::Difference& gone = files->at(0);
+    EXPECT_EQ(gone.path, OdString(L"gone"));
+    EXPECT_EQ(gone.before->contents, L"po:" + digest("gone"));
+    EXPECT_FALSE(gone.after);
+    const qrv::Difference& added = files->at(1);
+    EXPECT_EQ(added.path, OdString(L"new"));
+    EXPECT_FALSE(added.before);
+    EXPECT_FALSE(added.after->isStored());
+    EXPECT_EQ(added.after->digest(), digest("new one"));
+    EXPECT_EQ(added.after->sizeBytes, 7);
+    const qrv::Difference& modified = files->at(2);
+    EXPECT_EQ(modified.path, OdString(L"other"));
+    EXPECT_EQ(modified.before->contents, L"po:" + digest("other"));
+    EXPECT_EQ(modified.after->digest(), digest("changed"));
 }
 
 TEST(WorkingFiles, LackWhatWentAwaySinceTheScan) {
@@ -77,10 +86,11 @@ TEST(WorkingFiles, LackWhatWentAwaySinceTheScan) {
     WorkingChanges changes;
     changes.files.modified.emplace_back(L"other");
     changes.files.added.emplace_back(L"new");
-    const Expected<WorkingFiles> files = readWorkingFiles(*office.workingTree, changes);
+    const WorkingFiles files = readWorkingFiles(*office.workingTree, changes);
     ASSERT_TRUE(files);
-    EXPECT_EQ(files->size(), 2);
-    EXPECT_FALSE(files->contains(L"other"));
+    ASSERT_EQ(files->size(), 1);
+    EXPECT_EQ(files->front().path, OdString(L"other"));
+    EXPECT_FALSE(files->front().after);
 }
 
 TEST(WorkingFiles, NeedEveryChangedFile) {
@@ -89,7 +99,7 @@ TEST(WorkingFiles, NeedEveryChangedFile) {
     std::filesystem::create_symlink("kept", office.folder / "other");
     WorkingChanges changes;
     changes.files.modified.emplace_back(L"other");
-    const Expected<WorkingFiles> files = readWorkingFiles(*office.workingTree, changes);
+    const WorkingFiles files = readWorkingFiles(*office.workingTree, changes);
     ASSERT_FALSE(files);
     EXPECT_EQ(files.error().message,
               OdString::format(L"'other' cannot be read: %ls",

@@ -77,6 +77,15 @@ TEST(Graph, AncestorsAreWholeEntries) {
         EXPECT_EQ(entry, graph.history.commit(entry.hash));
 }
 
+TEST(Graph, TheNewestAncestorsAreTheFirstOfAll) {
+    TwoLines graph;
+    const std::vector<CommitEntry> all = graph.history.ancestors(graph.hashes["a3"]);
+    for (std::size_t most = 0; most <= all.size(); ++most)
+        EXPECT_EQ(graph.history.ancestors(graph.hashes["a3"], most),
+                  std::vector<CommitEntry>(all.begin(), all.begin() + static_cast<int>(most)));
+    EXPECT_EQ(graph.history.ancestors(graph.hashes["a3"], 100), all);
+}
+
 TEST(Graph, MergeBaseIsTheLastCommitInCommon) {
     TwoLines graph;
     EXPECT_EQ(graph.mergeBase("a2", "b2"), "1");

@@ -73,6 +73,21 @@ TEST(TreeDifference, OfWhatNoCommitHasIsAnError) {
               "The history 'DB' has no commit 'none'");
 }
 
+TEST(TreeDifference, KnowsWhetherACommitHoldsAFileOrOneBelow) {
+    Repository repository;
+    auto& history = repository.history;
+    const OdString one = repository.add({}, "one", {file("a/b/c", '1'), file("a-b", '2')});
+    const OdString two = repository.add({one}, "two", {file("a", '1', 1, "a/b/c")});
+    for (const wchar_t* const path : {L"", L"a", L"a/b", L"a/b/c", L"a-b"})
+        EXPECT_TRUE(history.holds(one, path)) << OdString(path).toNarrow();
+    for (const wchar_t* const path : {L"b", L"a/b/c/d", L"a/c", L"a-"})
+        EXPECT_FALSE(history.holds(one, path)) << OdString(path).toNarrow();
+    EXPECT_TRUE(history.holds(two, L"a"));
+    EXPECT_FALSE(history.holds(two, L"a/b"));
+    EXPECT_FALSE(history.holds({}, L""));
+    EXPECT_FALSE(history.holds(one, L"a", [](const OdString&) { return true; }));
+}
+
 constexpr std::array<const char*, 6> paths = {"a", "b", "c/d", "c/e", "f", "g"};
 
 std::vector<FileDelta> randomDeltas(const Tree& tree, std::mt19937& random) {
