@@ -3,13 +3,19 @@
 #include <common/base/Expected.h>
 #include <engine/history/Commit.h>
 
+#include <functional>
 #include <string>
 #include <string_view>
 
 namespace qrv {
 
-/// The bytes whose digest is the hash of the commit: its record in the form in which it is sent to
-/// a server, without the hash itself.
+using RecordSink = std::function<void(std::string_view bytes)>;
+
+/// Gives, piece by piece, the bytes whose digest is the hash of the commit: its record in the form
+/// in which it is sent to a server, without the hash itself.
+void writeRecord(const NewCommit& commit, const RecordSink& sink);
+
+/// The same as a whole.
 std::string recordOf(const NewCommit& commit);
 
 /// The commit of such a record, with sizes of 0, which are no part of it. Fails for bytes that

@@ -4,6 +4,7 @@
 #include <engine/base/Translation.h>
 #include <engine/history/CommitRecord.h>
 #include <engine/history/HistoryRecords.h>
+#include <engine/history/RecordFrameInternal.h>
 #include <engine/history/RowsInternal.h>
 #include <engine/history/ShortForms.h>
 #include <engine/history/SumsInternal.h>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -32,6 +34,25 @@ ErrorMessage cannotWrite(const std::string& path, std::error_code cause) {
     return systemFailure(tr(L"'%ls' cannot be written: %ls"), OdString::fromNarrow(path), cause);
 }
 
+/// In a smaller one, nothing is gained: a file takes a block of the disk.
+constexpr std::size_t filesOfFrame = 16;
+
+std::error_code writeInto(sys::NewFile& file, const NewCommit& commit) {
+    std::error_code error;
+    const auto write = [&file, &error](std::span<const char> bytes) {
+        if (!error && !bytes.empty())
+            error = file.write(bytes);
+    };
+    if (commit.deltas.size() < filesOfFrame) {
+        writeRecord(commit, write);
+        return error;
+    }
+    RecordFrame frame(write);
+    writeRecord(commit, [&frame](std::string_view bytes) { frame.add(bytes); });
+    frame.finish();
+    return error;
+}
+
 Expected<sys::NewFile> writtenRecord(History& history, const CommitEntry& entry,
                                      const sys::Folder& root) {
     const NewCommit commit = {entry.parents, entry.author, entry.message, entry.timeSeconds,
@@ -40,7 +61,7 @@ Expected<sys::NewFile> writtenRecord(History& history, const CommitEntry& entry,
     sys::Outcome<sys::NewFile> file = root.newFile(path, permissions);
     if (!file)
         return cannotWrite(path, file.error());
-    if (const std::error_code error = file->write(recordOf(commit)))
+    if (const std::error_code error = writeInto(*file, commit))
         return cannotWrite(path, error);
     if (const std::error_code error = file->close())
         return cannotWrite(path, error);
@@ -213,12 +234,13 @@ Expected<NewCommit> recordedCommit(const OdString& hash, const sys::Folder& root
     if (!whole)
         return systemFailure(tr(L"'%ls' cannot be read: %ls"), OdString::fromNarrow(path),
                              whole.error());
-    const std::string_view bytes(whole->data(), whole->size());
-    if (OdString::fromNarrow(Digest::of(bytes)) != hash)
+    const Expected<std::string> bytes =
+        recordIn(std::string_view(whole->data(), whole->size()), maximumRecordBytes);
+    if (!bytes || OdString::fromNarrow(Digest::of(*bytes)) != hash)
         return ErrorMessage{OdString::format(tr(L"'%ls' is damaged: its contents have another "
                                                 L"digest"),
                                              printable(OdString::fromNarrow(path)))};
-    return commitOfRecord(bytes);
+    return commitOfRecord(*bytes);
 }
 
 }  // namespace qrv

@@ -1,13 +1,23 @@
+#include <common/json/Writer.h>
+#include <common/server/Annotation.h>
+#include <common/server/Commit.h>
 #include <engine/base/Digest.h>
 #include <engine/history/Commit.h>
+#include <engine/history/CommitRecord.h>
+#include <platform/kernel/OdTimeStamp.h>
 #include <tests/engine/history/Repository.h>
 #include <tests/support/Files.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
+#include <random>
 #include <set>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -33,6 +43,57 @@ NewCommit sample() {
 TEST(CommitHash, IsTheDigestOfItsRecord) {
     const std::string record = qrv_test::readFile(QRV_HISTORY_SAMPLES "/commit.sample");
     EXPECT_EQ(hashOf(sample()).toNarrow(), qrv::Digest::of(record));
+}
+
+/// The record as the library makes and writes it.
+std::string recordOfTheLibrary(const NewCommit& commit) {
+    std::vector<common::RepoFile> files;
+    for (const FileDelta& delta : commit.deltas) {
+        if (delta.previousPath)
+            files.emplace_back(delta.path, delta.url,
+                               std::make_unique<common::File>(*delta.previousPath));
+        else
+            files.emplace_back(delta.path, delta.url);
+    }
+    std::sort(files.begin(), files.end(),
+              [](const auto& left, const auto& right) { return left.path < right.path; });
+    OdTimeStamp time;
+    time.setPackedValue(commit.timeSeconds * 1000);
+    jsonlib::json::Object record =
+        common::serializeCommit(files, commit.author, commit.message, OdString(), commit.parents);
+    record[L"annotation"] = common::serializeAnnotation(
+        commit.author, time.strftime(L"%Y-%m-%dT%H:%M:%SZ"), commit.message);
+    record.erase(L"hash");
+    return OdString(jsonlib::json::write(std::move(record))).toNarrow();
+}
+
+TEST(CommitRecord, IsWrittenAsTheLibraryWritesIt) {
+    std::mt19937 random(1);
+    const auto text = [&random](std::size_t mostUnits) {
+        static constexpr std::wstring_view units = L"ab \"\\\n\t\x7f\u00e4\u2028\uffee\u0001";
+        std::wstring made;
+        for (std::size_t length = random() % (mostUnits + 1); length > 0; --length)
+            made += units[random() % units.size()];
+        return OdString(made);
+    };
+    for (int trial = 0; trial < 300; ++trial) {
+        NewCommit commit = {{}, text(9), text(20), static_cast<std::int64_t>(random()), {}};
+        for (std::size_t count = random() % 3; count > 0; --count)
+            commit.parents.emplace_back(std::wstring(64, L"0123"[count]));
+        for (std::size_t count = random() % 40 * (random() % 40); count > 0; --count) {
+            const std::string name = "x" + std::to_string(random() % 100000) + "\xC3\xA4\xFF '\"";
+            FileDelta delta =
+                file(name.substr(0, random() % 3 == 0 ? 10 : 3 + random() % 3).c_str(), '1', 1,
+                     random() % 4 == 0 ? "b" : "");
+            if (random() % 5 == 0)
+                delta.url = OdString();
+            commit.deltas.push_back(std::move(delta));
+        }
+        std::set<OdString> seen;
+        std::erase_if(commit.deltas,
+                      [&seen](const FileDelta& each) { return !seen.insert(each.path).second; });
+        ASSERT_EQ(recordOf(commit), recordOfTheLibrary(commit));
+    }
 }
 
 TEST(CommitHash, IsTheSameForEver) {
