@@ -11,9 +11,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const std::string body(reinterpret_cast<const char*>(bytes), size);
-    const std::string whole = "qrv baseline 1\n" + qrv::Digest::of(body) + body;
-    const std::optional<qrv::KeptBaseline> kept = qrv::fromBytes({whole.begin(), whole.end()});
-    if (kept && qrv::toBytes(*kept) != whole)
+    const std::string whole = "qrv baseline 2\n" + qrv::Digest::of(body) + body;
+    const std::optional<qrv::KeptBaseline> kept = qrv::fromBytes(whole);
+    if (kept && qrv::toBytes(kept->last, *kept->baseline) != whole)
         std::abort();
     return 0;
 }

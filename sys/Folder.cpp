@@ -23,6 +23,7 @@ FileKind kindOf(mode_t mode) {
 
 FileStatus toFileStatus(const struct stat& status) {
     return {.kind = kindOf(status.st_mode),
+            .number = status.st_ino,
             .sizeBytes = status.st_size,
             .modifiedNs = modifiedNs(status),
             .changedNs = changedNs(status),

@@ -19,6 +19,8 @@ enum class FileKind { regular, folder, link, other };
 /// What the system says of a name, of a link itself and not of what it points to.
 struct FileStatus {
     FileKind kind = FileKind::other;
+    /// Of the file within its file system.
+    std::uint64_t number = 0;
     std::int64_t sizeBytes = 0;
     /// Nanoseconds since 1970-01-01T00:00:00Z.
     std::int64_t modifiedNs = 0;

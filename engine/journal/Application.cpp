@@ -4,7 +4,6 @@
 #include <engine/journal/Application.h>
 #include <engine/journal/FileStep.h>
 #include <engine/paths/CheckedUrl.h>
-#include <engine/worktree/Ticks.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -40,7 +39,7 @@ public:
           sightings_(sightings),
           unexpected_(unexpected) {}
 
-    Expected<AppliedTimes> apply(const std::vector<const TreeStep*>& steps) {
+    Expected<AppliedStamps> apply(const std::vector<const TreeStep*>& steps) {
         std::vector<const TreeStep*> written;
         for (const TreeStep* step : steps) {
             if (!step->after.isEmpty())
@@ -59,7 +58,7 @@ public:
         // The names, too: whoever forgets the entry next cannot do it again after a power cut.
         if (const Expected<void> flushed = flush(); !flushed)
             return flushed.error();
-        return std::move(times_);
+        return std::move(stamps_);
     }
 
 private:
@@ -115,7 +114,7 @@ private:
     Expected<void> note(const TreeStep& step, const StepEnd& end) {
         if (end.kind == StepEnd::Kind::done) {
             if (end.written)
-                times_.emplace(step.path, toTicks(end.written->modifiedNs));
+                stamps_.emplace(step.path, *end.written);
             return {};
         }
         if (unexpected_ == Unexpected::fail)
@@ -131,7 +130,7 @@ private:
     const JournalEntry& entry_;
     const Sightings& sightings_;
     Unexpected unexpected_;
-    AppliedTimes times_;
+    AppliedStamps stamps_;
 };
 
 }  // namespace
@@ -142,14 +141,14 @@ void tellLeft(const OdString& path, Caller& caller) {
                          printable(path)));
 }
 
-Expected<AppliedTimes> applySteps(WorkingTree& workingTree, const JournalEntry& entry,
-                                  const std::vector<const TreeStep*>& steps,
-                                  const Sightings& sightings, Unexpected unexpected) {
+Expected<AppliedStamps> applySteps(WorkingTree& workingTree, const JournalEntry& entry,
+                                   const std::vector<const TreeStep*>& steps,
+                                   const Sightings& sightings, Unexpected unexpected) {
     return Steps(workingTree, entry, sightings, unexpected).apply(steps);
 }
 
-Expected<AppliedTimes> applyAll(WorkingTree& workingTree, const JournalEntry& entry,
-                                const Sightings& sightings) {
+Expected<AppliedStamps> applyAll(WorkingTree& workingTree, const JournalEntry& entry,
+                                 const Sightings& sightings) {
     std::vector<const TreeStep*> steps;
     for (const TreeStep& step : entry.steps)
         steps.push_back(&step);

@@ -6,7 +6,6 @@
 #include <engine/worktree/WorkingTree.h>
 #include <platform/kernel/OdString.h>
 
-#include <cstdint>
 #include <map>
 #include <vector>
 
@@ -18,20 +17,19 @@ enum class Unexpected {
     leave,  ///< it is told, and left as it is
 };
 
-/// The times of modification, in ticks, of working files that are as planned. Of others nothing is
-/// known.
-using AppliedTimes = std::map<OdString, std::int64_t>;
+/// What working files were when they were as planned. Of others nothing is known.
+using AppliedStamps = std::map<OdString, sys::FileStamp>;
 
 /// Does steps of the entry, each at most once: first the removals, so that a file can take the
 /// place of a folder and the other way round, then the rest. Then all of it is on the disk. What is
 /// replaced or removed is in the storage.
-Expected<AppliedTimes> applySteps(WorkingTree& workingTree, const JournalEntry& entry,
-                                  const std::vector<const TreeStep*>& steps,
-                                  const Sightings& sightings, Unexpected unexpected);
+Expected<AppliedStamps> applySteps(WorkingTree& workingTree, const JournalEntry& entry,
+                                   const std::vector<const TreeStep*>& steps,
+                                   const Sightings& sightings, Unexpected unexpected);
 
 /// All steps of the entry, from the beginning, where an unexpected file is a failure.
-Expected<AppliedTimes> applyAll(WorkingTree& workingTree, const JournalEntry& entry,
-                                const Sightings& sightings);
+Expected<AppliedStamps> applyAll(WorkingTree& workingTree, const JournalEntry& entry,
+                                 const Sightings& sightings);
 
 /// Tells that a file was left as it is.
 void tellLeft(const OdString& path, Caller& caller);

@@ -1,5 +1,5 @@
-#include <common/state/Index.h>
 #include <common/state/Transaction.h>
+#include <engine/base/SortedLookup.h>
 #include <engine/journal/Completion.h>
 #include <engine/tree/FileDelta.h>
 
@@ -18,29 +18,36 @@ void moveHeadFiles(WorkingTree& workingTree, const JournalEntry& entry) {
     workingTree.repository().forgetHeadFiles();
 }
 
-/// The library notes the time that a file has now. When that is not the one with which the file was
-/// as planned, somebody has saved it since, and nothing is known of it.
-void noteInIndex(WorkingTree& workingTree, const JournalEntry& entry, const AppliedTimes& times) {
-    History& history = workingTree.repository().history();
-    common::Cache& cache = workingTree.repository().cache();
-    for (const TreeStep& step : entry.steps) {
-        const OdString url = history.headUrl(step.path);
-        const auto time = times.find(step.path);
-        if (step.after.isEmpty() || url.isEmpty() || time == times.end()) {
-            common::removeIndex(step.path, cache);
-            continue;
-        }
-        common::updateIndex(step.path, cache, workingTree.root(), url != step.after);
-        if (cache.read().index.at(step.path).lastChecked != time->second)
-            common::removeIndex(step.path, cache);
+/// The name was given after the stamp was taken, which counts as a change of the file, but not of
+/// its contents.
+bool hasSameContents(const sys::FileStamp& one, const sys::FileStamp& other) {
+    return one.number == other.number && one.sizeBytes == other.sizeBytes &&
+           one.modifiedNs == other.modifiedNs;
+}
+
+/// Files that were written just now are too young, which most are.
+void noteApplied(WorkingTree& workingTree, const JournalEntry& entry, const AppliedStamps& stamps) {
+    std::vector<NotedStamp> applied;
+    for (const auto& [path, stamp] : stamps)
+        applied.push_back({path, stamp});
+    applied = safeStamps(std::move(applied), workingTree.folder());
+    std::vector<NotedStamp> seen;
+    for (const NotedStamp& noted : applied) {
+        const TreeStep* const step = findSorted(
+            entry.steps, [&](const TreeStep& each) { return each.path.text() <=> noted.path; });
+        const sys::Outcome<sys::FileStamp> now = workingTree.folder().stamp(noted.path.toNarrow());
+        if (step != nullptr && now && hasSameContents(*now, *noted.stamp) &&
+            workingTree.repository().history().headUrl(noted.path) == step->after)
+            seen.push_back({noted.path, *now});
     }
+    workingTree.note(std::move(seen));
 }
 
 }  // namespace
 
 Expected<void> completeRollBack(WorkingTree& workingTree, const JournalEntry& entry,
-                                const AppliedTimes& times) {
-    noteInIndex(workingTree, entry, times);
+                                const AppliedStamps& stamps) {
+    noteApplied(workingTree, entry, stamps);
     // Nothing of the state can be worth keeping: a merge, the one command whose entries are taken
     // back, begins without staged files and conflicts.
     common::State& state = workingTree.repository().cache().write();
@@ -55,17 +62,18 @@ Expected<void> completeRollBack(WorkingTree& workingTree, const JournalEntry& en
 }
 
 Expected<void> finish(WorkingTree& workingTree, const JournalEntry& entry,
-                      const AppliedTimes& times) {
+                      const AppliedStamps& stamps) {
     if (!entry.branch.isEmpty()) {
         DatabaseTransaction transaction(workingTree.repository().history().database());
         moveHeadFiles(workingTree, entry);
         transaction.commit();
     }
-    common::Transaction transaction = workingTree.repository().cache().getTransaction();
-    noteInIndex(workingTree, entry, times);
-    if (!entry.branch.isEmpty())
+    noteApplied(workingTree, entry, stamps);
+    if (!entry.branch.isEmpty()) {
+        common::Transaction transaction = workingTree.repository().cache().getTransaction();
         workingTree.repository().cache().write().head.reference = entry.branch;
-    transaction.commit();
+        transaction.commit();
+    }
     if (Expected<void> saved = workingTree.repository().saveState(); !saved)
         return saved;
     forgetEntry(workingTree.repository().history());

@@ -12,10 +12,10 @@ Expected<void> perform(WorkingTree& workingTree, const JournalEntry& entry,
     if (!sightings)
         return sightings.error();
     noteEntry(workingTree.repository().history(), entry);
-    const Expected<AppliedTimes> times = applyAll(workingTree, entry, *sightings);
-    if (!times)
-        return rollBackAfter(workingTree, entry, times.error());
-    return finish(workingTree, entry, *times);
+    const Expected<AppliedStamps> stamps = applyAll(workingTree, entry, *sightings);
+    if (!stamps)
+        return rollBackAfter(workingTree, entry, stamps.error());
+    return finish(workingTree, entry, *stamps);
 }
 
 Expected<void> performWithoutFiles(WorkingTree& workingTree, const JournalEntry& entry) {
@@ -33,10 +33,10 @@ Expected<void> rollBackMerge(WorkingTree& workingTree, const std::vector<TreeSte
     if (!sightings)
         return sightings.error();
     noteEntry(workingTree.repository().history(), reversed(entry));
-    const Expected<AppliedTimes> times = applyAll(workingTree, entry, *sightings);
-    if (!times)
-        return rollBackAfter(workingTree, entry, times.error());
-    return completeRollBack(workingTree, entry, *times);
+    const Expected<AppliedStamps> stamps = applyAll(workingTree, entry, *sightings);
+    if (!stamps)
+        return rollBackAfter(workingTree, entry, stamps.error());
+    return completeRollBack(workingTree, entry, *stamps);
 }
 
 }  // namespace qrv

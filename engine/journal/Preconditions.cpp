@@ -160,6 +160,7 @@ private:
             findSorted(changes_.baseline->files(),
                        [&path](const KnownFile& known) { return compare(known.path, path); });
         return file != nullptr && isUnmodified(*file, {.kind = sys::FileKind::regular,
+                                                       .number = version.number,
                                                        .sizeBytes = version.sizeBytes,
                                                        .modifiedNs = version.modifiedNs,
                                                        .changedNs = version.changedNs});

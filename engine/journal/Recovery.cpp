@@ -7,7 +7,6 @@
 #include <engine/journal/Recovery.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/worktree/FileDigest.h>
-#include <engine/worktree/Ticks.h>
 
 #include <optional>
 #include <utility>
@@ -52,7 +51,7 @@ Expected<Found> findFile(const WorkingTree& workingTree, const OdString& path) {
 struct Rest {
     std::vector<const TreeStep*> steps;
     /// Of files that are as planned already.
-    AppliedTimes times;
+    AppliedStamps stamps;
 };
 
 /// Of an entry the removals, or what is to be written; both in their order, one after the other:
@@ -73,7 +72,7 @@ Expected<Rest> restOf(WorkingTree& workingTree, const JournalEntry& entry, bool 
         const bool isDone = !found->isForeign && found->digest == digestOfUrl(step.after);
         const bool isBefore = !found->isForeign && found->digest == digestOfUrl(step.before);
         if (isDone && !isRemoval)
-            rest.times.emplace(step.path, toTicks(found->version->modifiedNs));
+            rest.stamps.emplace(step.path, *found->version);
         else if (isDone || isBefore)
             rest.steps.push_back(&step);
         else
@@ -83,22 +82,22 @@ Expected<Rest> restOf(WorkingTree& workingTree, const JournalEntry& entry, bool 
 }
 
 /// Does what is still to be done, whatever a process that ended, or a failure, has left.
-Expected<AppliedTimes> applyRest(WorkingTree& workingTree, const JournalEntry& entry) {
+Expected<AppliedStamps> applyRest(WorkingTree& workingTree, const JournalEntry& entry) {
     if (const Expected<void> settled = settleLeftovers(workingTree, entry); !settled)
         return settled.error();
-    AppliedTimes times;
+    AppliedStamps stamps;
     for (const bool isRemoval : {true, false}) {
         Expected<Rest> rest = restOf(workingTree, entry, isRemoval);
         if (!rest)
             return rest.error();
-        Expected<AppliedTimes> written =
+        Expected<AppliedStamps> written =
             applySteps(workingTree, entry, rest->steps, {}, Unexpected::leave);
         if (!written)
             return written.error();
-        times.merge(rest->times);
-        times.merge(*written);
+        stamps.merge(rest->stamps);
+        stamps.merge(*written);
     }
-    return times;
+    return stamps;
 }
 
 Expected<void> finishOrRollBack(WorkingTree& workingTree, const JournalEntry& entry) {
@@ -106,18 +105,18 @@ Expected<void> finishOrRollBack(WorkingTree& workingTree, const JournalEntry& en
     const JournalEntry rest = finishes ? entry : reversed(entry);
     if (Expected<void> free = checkNotInUse(workingTree, rest.steps); !free)
         return free;
-    const Expected<AppliedTimes> times = applyRest(workingTree, rest);
-    if (!times)
-        return times.error();
-    return finishes ? finish(workingTree, rest, *times)
-                    : completeRollBack(workingTree, rest, *times);
+    const Expected<AppliedStamps> stamps = applyRest(workingTree, rest);
+    if (!stamps)
+        return stamps.error();
+    return finishes ? finish(workingTree, rest, *stamps)
+                    : completeRollBack(workingTree, rest, *stamps);
 }
 
 }  // namespace
 
 ErrorMessage rollBackAfter(WorkingTree& workingTree, const JournalEntry& entry,
                            const ErrorMessage& failure) {
-    if (const Expected<AppliedTimes> done = applyRest(workingTree, reversed(entry)); !done) {
+    if (const Expected<AppliedStamps> done = applyRest(workingTree, reversed(entry)); !done) {
         workingTree.caller().note(done.error().message);
         workingTree.caller().note(entry.recovery == JournalEntry::Recovery::finish
                                       ? tr(L"Note: the next command tries again to finish this")

@@ -7,26 +7,53 @@
 #include <engine/repository/OpenState.h>
 #include <engine/worktree/KeptBaseline.h>
 
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace qrv {
 
 namespace {
 
+/// The files of HEAD as a baseline has them that was made now.
+Baseline baselineOf(History& history) {
+    BaselineBuilder builder;
+    history.visitHeadFiles([&builder](const HeadFile& file) {
+        KnownFile known;
+        known.sizeBytes = file.file.sizeBytes;
+        if (file.stamp)
+            known.note(*file.stamp);
+        builder.add(file.path.bytes(), known);
+    });
+    return builder.build();
+}
+
+/// Leaves out what has changed since it was kept.
+void leaveOut(const std::vector<RelativePath>& paths, Baseline& baseline) {
+    std::map<std::string, std::optional<KnownFile>> gone;
+    for (const RelativePath& path : paths)
+        gone.emplace(path.bytes(), std::nullopt);
+    baseline.change(std::move(gone));
+}
+
 /// Nothing is lost with it, but a disk that damaged it damages other files, too.
-void checkBaseline(const common::State& state, const sys::FileStamp& stateFile,
-                   const sys::Folder& folder, History& history, bool isBusy, Findings& findings) {
+void checkBaseline(const sys::Folder& folder, History& history, bool isBusy, Findings& findings) {
     const Expected<std::optional<KeptBaseline>> kept = readBaseline(folder);
     if (!kept)
         return findings.addProblem(kept.error().message);
-    const OdString head = history.note(headNote);
-    // An old one is not used.
-    if (isBusy || !*kept || (*kept)->stateFile != stateFile || (*kept)->headCommit != head)
+    if (isBusy || !*kept)
         return;
-    const auto expected = std::make_shared<const Baseline>(
-        Baseline::of(history.headSizes(), state.index, stateFile.modifiedNs));
-    if (toBytes(**kept) != toBytes(toKept(state, stateFile, head, expected)))
+    const auto changed = history.headChangesAfter((*kept)->last);
+    // An old one is not used.
+    if (!changed)
+        return;
+    Baseline expected = baselineOf(history);
+    leaveOut(*changed, expected);
+    leaveOut(*changed, *(*kept)->baseline);
+    if (toBytes((*kept)->last, *(*kept)->baseline) != toBytes((*kept)->last, expected))
         findings.addProblem(damagedBaseline().message);
 }
 
@@ -52,7 +79,6 @@ void verifyState(const RepositoryPlace& place, History* history, bool isBusy, Fi
     if (isMissing && history != nullptr && findings.counts().commits == 0)
         return findings.addNote(tr(L"There is no state file yet (qrv init makes it)"));
     const Host host;
-    const sys::Outcome<sys::FileStamp> stamp = place.folder.stamp(layout::statePath);
     const Expected<std::shared_ptr<common::Cache>> cache =
         openState(place.root, place.folder, host);
     if (!cache)
@@ -63,9 +89,7 @@ void verifyState(const RepositoryPlace& place, History* history, bool isBusy, Fi
     if (history == nullptr)
         return;
     findings.attempt([&] { compareWithHistory(state, *history, isBusy, findings); });
-    if (stamp)
-        findings.attempt(
-            [&] { checkBaseline(state, *stamp, place.folder, *history, isBusy, findings); });
+    findings.attempt([&] { checkBaseline(place.folder, *history, isBusy, findings); });
 }
 
 }  // namespace qrv

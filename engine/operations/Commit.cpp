@@ -1,4 +1,3 @@
-#include <common/state/Index.h>
 #include <common/state/Transaction.h>
 #include <common/worktree/RepoFileExplorer.h>
 #include <engine/base/SortedLookup.h>
@@ -9,12 +8,10 @@
 #include <engine/repository/LogEntry.h>
 #include <engine/tree/Shape.h>
 #include <engine/worktree/Staging.h>
-#include <engine/worktree/Ticks.h>
 #include <platform/kernel/Clock.h>
 #include <sys/Interruption.h>
 
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <utility>
 
@@ -27,10 +24,10 @@ using common::StagedFile;
 
 constexpr std::int64_t millisecondsPerSecond = 1000;
 
-/// What goes into the commit, and what was seen of each file that was stored.
+/// What goes into the commit, and what each file was that was stored, both ordered by path.
 struct StoredFiles {
     std::vector<FileDelta> deltas;
-    std::map<OdString, std::int64_t> ticksByPath;
+    std::vector<NotedStamp> stamps;
 };
 
 ErrorMessage nothingStaged() {
@@ -74,7 +71,7 @@ Expected<StoredFiles> storeAll(Repository& repository, const std::vector<StagedF
             repository.storages().ofFile(file.path).storeFile(repository.root(), *path);
         if (!done)
             return done.error();
-        stored.ticksByPath.emplace(file.path, toTicks(done->stamp.modifiedNs));
+        stored.stamps.push_back({file.path, done->stamp});
         if (repository.history().headUrl(file.path) != done->url)
             stored.deltas.push_back({*path, done->url, std::nullopt, done->stamp.sizeBytes});
         progress->add(done->stamp.sizeBytes);
@@ -90,8 +87,17 @@ Expected<StoredFiles> storeAll(Repository& repository, const std::vector<StagedF
     return stored;
 }
 
-CommitEntry addToHistory(WorkingTree& workingTree, std::vector<FileDelta> deltas,
-                         const CommitRequest& text) {
+/// What is committed is what the files held when they were stored. One that somebody has changed
+/// since has another stamp by now. They are ordered by path.
+StampOf stampsOf(std::vector<NotedStamp> stamps) {
+    return [stamps = std::move(stamps)](const OdString& path) {
+        const NotedStamp* const noted =
+            findSorted(stamps, [&path](const NotedStamp& each) { return each.path <=> path; });
+        return noted != nullptr ? noted->stamp : std::nullopt;
+    };
+}
+
+CommitEntry addToHistory(WorkingTree& workingTree, StoredFiles stored, const CommitRequest& text) {
     History& history = workingTree.repository().history();
     DatabaseTransaction transaction(history.database());
     NewCommit commit;
@@ -103,9 +109,10 @@ CommitEntry addToHistory(WorkingTree& workingTree, std::vector<FileDelta> deltas
     commit.author = text.author;
     commit.message = text.message;
     commit.timeSeconds = kernel::now() / millisecondsPerSecond;
-    commit.deltas = std::move(deltas);
+    commit.deltas = std::move(stored.deltas);
     CommitEntry entry = history.add(commit);
-    history.changeHeadFiles(commit.deltas);
+    history.changeHeadFiles(commit.deltas,
+                            stampsOf(safeStamps(std::move(stored.stamps), workingTree.folder())));
     history.setNote(headNote, entry.hash);
     history.setNote(mergeNote, {});
     history.setReference(workingTree.repository().branch(), common::RefType::Branch, entry.hash);
@@ -114,19 +121,8 @@ CommitEntry addToHistory(WorkingTree& workingTree, std::vector<FileDelta> deltas
     return entry;
 }
 
-void clearStage(WorkingTree& workingTree, const std::map<OdString, std::int64_t>& ticksByPath) {
-    common::Cache& cache = workingTree.repository().cache();
+void clearStage(common::Cache& cache) {
     common::Transaction transaction = cache.getTransaction();
-    // What is committed is what the files held when they were stored. One that somebody has changed
-    // since has another time by now.
-    for (const StagedFile& file : cache.read().stagedFiles) {
-        const auto ticks = ticksByPath.find(file.path);
-        if (ticks == ticksByPath.end())
-            common::removeIndex(file.path, cache);
-        else
-            cache.write().index.insert_or_assign(
-                file.path, common::IndexData{.lastChecked = ticks->second, .modified = false});
-    }
     cache.write().stagedFiles.clear();
     cache.write().renames.clear();
     transaction.commit();
@@ -176,8 +172,8 @@ Expected<CommitEntry> commitStaged(WorkingTree& workingTree, const WorkingChange
             checkShape(questionsOfHead(workingTree.repository().history()), stored->deltas);
         !possible)
         return possible.error();
-    CommitEntry entry = addToHistory(workingTree, std::move(stored->deltas), text);
-    clearStage(workingTree, stored->ticksByPath);
+    CommitEntry entry = addToHistory(workingTree, std::move(*stored), text);
+    clearStage(workingTree.repository().cache());
     logEvent(OdString::format(L"commit %i on %ls", entry.number,
                               quotedName(workingTree.repository().branch())),
              workingTree.root(), workingTree.folder(), workingTree.caller());
@@ -199,7 +195,7 @@ Expected<Committed> commit(const std::string& folder, const CommitRequest& reque
         if (!entry)
             return entry.error();
         // A look is what often comes next.
-        workingTree.keepBaseline(workingTree.baseline());
+        workingTree.keepBaseline();
         return Committed{std::move(*entry), workingTree.repository().branch()};
     };
     return withRepository(folder, Repository::Use::change, caller, action);

@@ -76,10 +76,6 @@ Expected<void> recordConflicts(WorkingTree& workingTree, const ThreeWayResult& f
                                   : step.before.isEmpty() ? FileChange::added
                                                           : FileChange::modified;
         state.stagedFiles.emplace_back(step.path, change);
-        if (change == FileChange::modified)
-            common::updateIndex(step.path, repository.cache(), workingTree.root(), true);
-        else
-            common::removeIndex(step.path, repository.cache());
     }
     transaction.commit();
     if (const Expected<void> saved = repository.saveState(); !saved)
@@ -200,11 +196,11 @@ Expected<Merged> mergeThreeWays(WorkingTree& workingTree, const OdString& hash,
     }
     forgetStage(repository);
     noteEntry(history, entry);
-    const Expected<AppliedTimes> times = applyAll(workingTree, entry, *sightings);
-    if (!times)
-        return rollBackAfter(workingTree, entry, times.error());
+    const Expected<AppliedStamps> stamps = applyAll(workingTree, entry, *sightings);
+    if (!stamps)
+        return rollBackAfter(workingTree, entry, stamps.error());
     const Expected<void> finished =
-        isClean ? finish(workingTree, entry, *times) : recordConflicts(workingTree, files, hash);
+        isClean ? finish(workingTree, entry, *stamps) : recordConflicts(workingTree, files, hash);
     if (!finished)
         return finished.error();
     merged.conflicts = repository.state().conflicts;

@@ -15,7 +15,7 @@ namespace {
 using common::ConflictData;
 
 Expected<ConflictData> findConflict(const Repository& repository, const OdString& path) {
-    for (const ConflictData& conflict : repository.stateWithoutIndex().conflicts) {
+    for (const ConflictData& conflict : repository.state().conflicts) {
         if (conflict.path == path)
             return conflict;
     }
@@ -83,8 +83,7 @@ Expected<Resolved> resolve(WorkingTree& workingTree, const ResolveRequest& reque
     }
     if (const Expected<void> settled = settle(workingTree, *path); !settled)
         return settled.error();
-    return Resolved{.path = *path,
-                    .conflicts = workingTree.repository().stateWithoutIndex().conflicts};
+    return Resolved{.path = *path, .conflicts = workingTree.repository().state().conflicts};
 }
 
 }  // namespace

@@ -65,8 +65,7 @@ std::set<OdString> contentsOf(const std::vector<StagedFile>& files) {
 
 void findSizes(Added& added, std::int64_t largeFileBytes, const WorkingTree& workingTree) {
     const std::set<OdString> chosen = contentsOf(added.staged);
-    std::set<OdString> staged =
-        contentsOf(workingTree.repository().stateWithoutIndex().stagedFiles);
+    std::set<OdString> staged = contentsOf(workingTree.repository().state().stagedFiles);
     staged.insert(chosen.begin(), chosen.end());
     for (const OdString& path : staged) {
         const sys::Outcome<sys::FileStatus> status = workingTree.folder().status(path.toNarrow());

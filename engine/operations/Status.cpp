@@ -40,8 +40,8 @@ Status statusOf(Repository& repository, const WorkingChanges& changes) {
         status.commit = repository.history().commit(head);
     status.merging = repository.history().note(mergeNote);
     status.fileCount = changes.presentCount();
-    status.staged = stagedChanges(repository.stateWithoutIndex(), changes);
-    status.conflicts = repository.stateWithoutIndex().conflicts;
+    status.staged = stagedChanges(repository.state(), changes);
+    status.conflicts = repository.state().conflicts;
     status.unstaged = unstagedChanges(status, changes);
     status.renames = changes.renames;
     status.unseen = changes.unseen;
@@ -60,7 +60,7 @@ Expected<Status> status(const std::string& folder, Caller& caller) {
         if (!changes)
             return changes.error();
         Status status = statusOf((*workingTree)->repository(), *changes);
-        (*workingTree)->keepBaseline(changes->baseline);
+        (*workingTree)->keepBaseline();
         // What was found by reading is only remembered to be quicker next time.
         if (const Expected<void> closed = (*workingTree)->close(); !closed)
             caller.note(closed.error().message);

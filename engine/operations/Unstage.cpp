@@ -21,7 +21,7 @@ Expected<std::vector<OdString>> chosenPaths(const UnstageRequest& request,
     if (request.all)
         return std::vector<OdString>{OdString()};
     std::vector<OdString> staged;
-    for (const auto& file : workingTree.repository().stateWithoutIndex().stagedFiles)
+    for (const auto& file : workingTree.repository().state().stagedFiles)
         staged.push_back(file.path);
     std::vector<OdString> chosen;
     for (const std::string& word : request.paths) {

@@ -24,7 +24,7 @@ std::optional<OdString> toPath(const std::string& path) {
     return OdString::fromNarrow(path);
 }
 
-/// Only a commit fills the index.
+/// Only a commit has ever filled the index.
 bool hasIndex(const common::RootPath& root, const sys::Folder& folder) {
     const Host host;
     const Expected<std::shared_ptr<common::Cache>> cache = openState(root, folder, host);

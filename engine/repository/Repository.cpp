@@ -72,7 +72,7 @@ Repository::Repository(RepositoryPlace place, std::optional<sys::Lock> lock, His
       folder_(std::move(place.folder)),
       history_(std::move(history)),
       storages_(std::make_unique<Storages>([this](const OdString& path) {
-          const std::map<OdString, OdString>& renames = stateWithoutIndex().renames;
+          const std::map<OdString, OdString>& renames = state().renames;
           const auto previous = renames.find(path);
           return history_.headUrl(previous == renames.end() ? path : previous->second);
       })) {
@@ -88,12 +88,9 @@ Repository::~Repository() {
     }
 }
 
-Expected<void> Repository::load(std::optional<common::State> stateWithoutIndex) {
-    stateWithoutIndex_ = std::move(stateWithoutIndex);
-    if (!stateWithoutIndex_) {
-        if (Expected<void> read = readState(); !read)
-            return read;
-    }
+Expected<void> Repository::load() {
+    if (Expected<void> read = readState(); !read)
+        return read;
     // Only a change has it, and only a change is held to the record.
     if (shared_)
         return readRecord();
@@ -126,7 +123,7 @@ bool Repository::isLockedByOther() const {
     return !lock_ && isLocked(folder_);
 }
 
-Expected<void> Repository::readState() {
+Expected<void> Repository::readState() const {
     // Before it is read: should somebody replace it meanwhile, its time is too early, and less of
     // the index is trusted.
     const sys::Outcome<sys::FileStamp> stamp = folder_.stamp(layout::statePath);
@@ -135,11 +132,10 @@ Expected<void> Repository::readState() {
     if (!cache)
         return cache.error();
     cache_ = *cache;
-    stateWithoutIndex_.reset();
     return {};
 }
 
-common::Cache& Repository::cache() {
+common::Cache& Repository::cache() const {
     if (!cache_) {
         if (const Expected<void> read = readState(); !read)
             throw OdError(read.error().message);
@@ -147,8 +143,16 @@ common::Cache& Repository::cache() {
     return *cache_;
 }
 
-const common::State& Repository::stateWithoutIndex() const {
-    return stateWithoutIndex_ ? *stateWithoutIndex_ : cache_->read();
+const common::State& Repository::state() const {
+    return cache().read();
+}
+
+History& Repository::historyForNotes() {
+    if (shared_)
+        return history_;
+    if (!historyForNotes_)
+        historyForNotes_ = History::open(folder_, root_, Database::Access::readWrite);
+    return *historyForNotes_;
 }
 
 OdString Repository::headCommit() {

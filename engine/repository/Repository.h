@@ -47,31 +47,30 @@ public:
     /// failure.
     ~Repository();
 
-    /// Reads the state, unless all of it but the index is given: then the file is read when
-    /// somebody asks for more. Then compares the history with the records of what it was: fails
-    /// when it is older than these, or tells so, when this only looks.
-    Expected<void> load(std::optional<common::State> stateWithoutIndex = std::nullopt);
+    /// Reads the state. Then compares the history with the records of what it was: fails when it is
+    /// older than these, or tells so, when this only looks.
+    Expected<void> load();
 
     Caller& caller() const { return caller_; }
     const common::RootPath& root() const { return root_; }
     const sys::Folder& folder() const { return folder_; }
-    /// Throws `OdError` when the state is read only now, and cannot be.
-    common::Cache& cache();
-    const common::State& state() { return cache().read(); }
-    /// The same, but its index may be missing.
-    const common::State& stateWithoutIndex() const;
-    /// Whether the state was read as a whole.
-    bool hasState() const { return cache_ != nullptr; }
+    // Both throw `OdError` when the state could not be read again after it was written, and cannot
+    // be now.
+    common::Cache& cache() const;
+    const common::State& state() const;
     /// Of the state file when it was read; nothing when it was not there.
     const std::optional<sys::FileStamp>& stateStamp() const { return stateStamp_; }
     History& history() { return history_; }
+    /// The same, opened so that what was seen can be noted there, also by a look that holds the
+    /// lock. An older layout stays as it is.
+    History& historyForNotes();
     Storages& storages() { return *storages_; }
 
     /// Whether this process holds the lock, so that it may write.
     bool mayChange() const { return lock_.has_value(); }
     /// Whether another process holds it now.
     bool isLockedByOther() const;
-    OdString branch() const { return stateWithoutIndex().head.reference; }
+    OdString branch() const { return state().head.reference; }
     /// The hash of the branch's commit; empty before the first one.
     OdString headCommit();
     /// The files of HEAD; read once.
@@ -89,7 +88,7 @@ private:
     Repository(RepositoryPlace place, std::optional<sys::Lock> lock, History history,
                Caller& caller);
 
-    Expected<void> readState();
+    Expected<void> readState() const;
     Expected<void> readRecord();
     void updateRecord();
 
@@ -102,14 +101,15 @@ private:
     sys::Folder folder_;
     Host host_;
     History history_;
+    /// In place of one that is only read.
+    std::optional<History> historyForNotes_;
     /// For a change.
     std::optional<ReferenceRecord> record_;
     /// Of the first commit that may not be recorded yet.
     std::int64_t firstUnrecorded_ = 1;
-    std::shared_ptr<common::Cache> cache_;
-    std::optional<sys::FileStamp> stateStamp_;
-    /// In place of the cache, as long as there is none.
-    std::optional<common::State> stateWithoutIndex_;
+    /// Null until it is read again.
+    mutable std::shared_ptr<common::Cache> cache_;
+    mutable std::optional<sys::FileStamp> stateStamp_;
     std::unique_ptr<Storages> storages_;
     std::optional<Tree> headFiles_;
 };

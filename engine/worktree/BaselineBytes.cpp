@@ -1,67 +1,125 @@
 #include <engine/base/Digest.h>
 #include <engine/worktree/BaselineBytes.h>
 
-#include <cstddef>
-#include <cstdint>
-#include <map>
+#include <algorithm>
 #include <utility>
 
 namespace qrv {
 
 namespace {
 
-using common::FileChange;
-using common::StagedFile;
-
 constexpr std::string_view kind = "qrv baseline ";
-constexpr std::string_view version = "1\n";
+constexpr std::string_view version = "2\n";
 constexpr std::size_t numberLength = 8;
+constexpr std::size_t digestBegin = kind.size() + version.size();
+constexpr std::size_t bodyBegin = digestBegin + digestLength;
+constexpr unsigned bitsOfByte = 8;
+constexpr unsigned bitsOfGroup = 7;
+constexpr unsigned char moreFollows = 1U << bitsOfGroup;
 
-/// Puts numbers of 64 bits, the lowest byte first, and texts behind their length.
+/// Small numbers, of either sign, become small ones.
+std::uint64_t folded(std::int64_t number) {
+    const std::uint64_t twice = static_cast<std::uint64_t>(number) << 1U;
+    return number < 0 ? ~twice : twice;
+}
+
+std::int64_t unfolded(std::uint64_t number) {
+    const std::uint64_t half = number >> 1U;
+    return static_cast<std::int64_t>((number & 1U) != 0 ? ~half : half);
+}
+
+/// The difference of any two, from which the other comes back.
+std::int64_t difference(std::int64_t one, std::int64_t other) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(one) -
+                                     static_cast<std::uint64_t>(other));
+}
+
+std::int64_t sum(std::int64_t one, std::int64_t other) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(one) +
+                                     static_cast<std::uint64_t>(other));
+}
+
+std::size_t sharedLength(std::string_view one, std::string_view other) {
+    return static_cast<std::size_t>(
+        std::mismatch(one.begin(), one.end(), other.begin(), other.end()).first - one.begin());
+}
+
+/// What the next file's row is written against.
+struct Previous {
+    std::string_view path;
+    std::int64_t number = 0;
+    std::int64_t modifiedNs = 0;
+};
+
 class Writer {
 public:
     void number(std::uint64_t number) {
         for (std::size_t byte = 0; byte < numberLength; ++byte)
-            bytes_.push_back(static_cast<char>(number >> (8 * byte)));
+            bytes_.push_back(static_cast<char>(number >> (bitsOfByte * byte)));
     }
     void number(std::int64_t number) { this->number(static_cast<std::uint64_t>(number)); }
-    void text(std::string_view text) {
-        number(std::uint64_t{text.size()});
-        bytes_.append(text);
+    /// Seven bits a byte, the lowest first.
+    void shortNumber(std::uint64_t number) {
+        for (; number >= moreFollows; number >>= bitsOfGroup)
+            bytes_.push_back(static_cast<char>(number | moreFollows));
+        bytes_.push_back(static_cast<char>(number));
     }
-    void text(const OdString& text) { this->text(text.toNarrow()); }
+    void file(const KnownFile& file) {
+        const std::size_t shared = sharedLength(previous_.path, file.path);
+        shortNumber(shared);
+        shortNumber(file.path.size() - shared);
+        bytes_.append(file.path.substr(shared));
+        // Which files are noted stands in the lowest bit.
+        const auto size = static_cast<std::uint64_t>(file.sizeBytes);
+        shortNumber(size << 1U | static_cast<std::uint64_t>(file.isNoted()));
+        previous_.path = file.path;
+        if (!file.isNoted())
+            return;
+        const auto number = static_cast<std::int64_t>(file.number);
+        shortNumber(folded(difference(number, previous_.number)));
+        shortNumber(folded(difference(file.modifiedNs, previous_.modifiedNs)));
+        shortNumber(folded(difference(file.changedNs, file.modifiedNs)));
+        previous_.number = number;
+        previous_.modifiedNs = file.modifiedNs;
+    }
 
-    const std::string& bytes() const { return bytes_; }
+    std::string take() { return std::move(bytes_); }
 
 private:
     std::string bytes_;
+    Previous previous_;
 };
 
-/// Takes them again.
+/// Takes them again, and nothing that the writer would have written in another way.
 class Reader {
 public:
     struct Damaged {};
 
-    explicit Reader(std::string_view bytes) : rest_(bytes) {}
+    explicit Reader(std::string_view bytes)
+        : rest_(bytes), mostPathBytes_(mostPathBytes(bytes.size())) {}
 
     std::uint64_t number() {
         const std::string_view bytes = take(numberLength);
         std::uint64_t number = 0;
         for (std::size_t byte = 0; byte < numberLength; ++byte)
-            number |= std::uint64_t{static_cast<unsigned char>(bytes[byte])} << (8 * byte);
+            number |= std::uint64_t{static_cast<unsigned char>(bytes[byte])} << (bitsOfByte * byte);
         return number;
     }
     std::int64_t integer() { return static_cast<std::int64_t>(number()); }
-    std::string_view bytes() { return take(number()); }
-    OdString text() { return OdString::fromNarrow(bytes()); }
-    /// How many elements follow, each of which takes at least `leastLength` bytes.
-    std::size_t count(std::size_t leastLength) {
-        const std::uint64_t count = number();
-        if (count > rest_.size() / leastLength)
-            throw Damaged();
-        return static_cast<std::size_t>(count);
-    }
-    void expectEnd() const {
+
+    void files(std::uint64_t count, BaselineBuilder& builder) {
+        for (; count > 0; --count) {
+            KnownFile file;
+            path();
+            const std::uint64_t size = shortNumber();
+            file.sizeBytes = static_cast<std::int64_t>(size >> 1U);
+            if ((size & 1U) != 0)
+                stamp(file);
+            builder.add(path_, file);
+            pathBytes_ += path_.size();
+            if (pathBytes_ > mostPathBytes_)
+                throw Damaged();
+        }
         if (!rest_.empty())
             throw Damaged();
     }
@@ -75,106 +133,103 @@ private:
         return taken;
     }
 
+    std::uint64_t shortNumber() {
+        constexpr unsigned lastShift = 63;
+        std::uint64_t number = 0;
+        for (unsigned shift = 0; shift <= lastShift; shift += bitsOfGroup) {
+            const auto byte = static_cast<unsigned char>(take(1).front());
+            const bool isTooMuch = shift == lastShift && byte > 1;
+            if (isTooMuch || (byte == 0 && shift > 0))
+                throw Damaged();
+            number |= std::uint64_t{byte} % moreFollows << shift;
+            if (byte < moreFollows)
+                return number;
+        }
+        throw Damaged();
+    }
+
+    void path() {
+        const std::uint64_t shared = shortNumber();
+        const std::string_view rest = take(shortNumber());
+        if (shared > path_.size())
+            throw Damaged();
+        before_ = path_;
+        path_.resize(static_cast<std::size_t>(shared));
+        path_.append(rest);
+        // A longer part could have been shared, or the order is another.
+        if (sharedLength(before_, path_) != shared || compareTexts(before_, path_) >= 0)
+            throw Damaged();
+    }
+
+    void stamp(KnownFile& file) {
+        previous_.number = sum(previous_.number, unfolded(shortNumber()));
+        previous_.modifiedNs = sum(previous_.modifiedNs, unfolded(shortNumber()));
+        file.number = static_cast<std::uint64_t>(previous_.number);
+        file.modifiedNs = previous_.modifiedNs;
+        file.changedNs = sum(file.modifiedNs, unfolded(shortNumber()));
+        if (!file.isNoted())
+            throw Damaged();
+    }
+
     std::string_view rest_;
+    std::string path_;
+    std::string before_;
+    const std::uint64_t mostPathBytes_;
+    std::uint64_t pathBytes_ = 0;
+    Previous previous_;
 };
 
-std::string bodyOf(const KeptBaseline& kept) {
-    Writer writer;
-    writer.number(kept.stateFile.number);
-    writer.number(kept.stateFile.sizeBytes);
-    writer.number(kept.stateFile.modifiedNs);
-    writer.number(kept.stateFile.changedNs);
-    writer.text(kept.headCommit);
-    writer.text(kept.state.head.reference);
-    writer.number(std::uint64_t{kept.state.stagedFiles.size()});
-    for (const StagedFile& file : kept.state.stagedFiles) {
-        writer.number(static_cast<std::int64_t>(file.change));
-        writer.text(file.path);
-    }
-    writer.number(std::uint64_t{kept.state.renames.size()});
-    for (const auto& [path, previous] : kept.state.renames) {
-        writer.text(path);
-        writer.text(previous);
-    }
-    writer.number(std::uint64_t{kept.baseline->files().size()});
-    for (const KnownFile& file : kept.baseline->files()) {
-        writer.number(file.sizeBytes);
-        writer.number(file.unmodifiedTicks);
-        writer.number(file.modifiedTicks);
-        writer.text(file.path);
-    }
-    return writer.bytes();
-}
-
-FileChange changeFrom(Reader& reader) {
-    const std::uint64_t number = reader.number();
-    if (number > static_cast<std::uint64_t>(FileChange::unchanged))
-        throw Reader::Damaged();
-    return static_cast<FileChange>(number);
-}
-
-common::State stateFrom(Reader& reader) {
-    common::State state;
-    state.head.reference = reader.text();
-    for (std::size_t left = reader.count(2 * numberLength); left > 0; --left) {
-        const FileChange change = changeFrom(reader);
-        state.stagedFiles.emplace_back(reader.text(), change);
-    }
-    for (std::size_t left = reader.count(2 * numberLength); left > 0; --left) {
-        const OdString path = reader.text();
-        if (!state.renames.empty() && path <= state.renames.rbegin()->first)
-            throw Reader::Damaged();
-        state.renames.emplace_hint(state.renames.end(), path, reader.text());
-    }
-    return state;
-}
-
-std::vector<KnownFile> filesFrom(Reader& reader) {
-    std::vector<KnownFile> files(reader.count(4 * numberLength));
-    for (KnownFile& file : files) {
-        file.sizeBytes = reader.integer();
-        file.unmodifiedTicks = reader.integer();
-        file.modifiedTicks = reader.integer();
-        file.path = reader.bytes();
-    }
-    return files;
-}
-
-KeptBaseline bodyFrom(std::size_t begin, std::vector<char> bytes) {
-    Reader reader(std::string_view(bytes.data(), bytes.size()).substr(begin));
-    KeptBaseline kept;
-    kept.stateFile.number = reader.number();
-    kept.stateFile.sizeBytes = reader.integer();
-    kept.stateFile.modifiedNs = reader.integer();
-    kept.stateFile.changedNs = reader.integer();
-    kept.headCommit = reader.text();
-    kept.state = stateFrom(reader);
-    std::vector<KnownFile> files = filesFrom(reader);
-    reader.expectEnd();
-    kept.baseline = std::make_shared<const Baseline>(std::move(bytes), std::move(files));
-    return kept;
+BaselineHeading headingOf(Reader& reader) {
+    BaselineHeading heading;
+    heading.last.sequence = reader.integer();
+    heading.last.mark = reader.integer();
+    heading.fileCount = reader.number();
+    return heading;
 }
 
 }  // namespace
 
-std::string toBytes(const KeptBaseline& kept) {
-    const std::string body = bodyOf(kept);
+const std::size_t baselineHeadingLength = bodyBegin + 3 * numberLength;
+
+std::uint64_t mostPathBytes(std::size_t length) {
+    constexpr std::uint64_t always = 1 << 20;
+    constexpr std::uint64_t forEachByte = 64;
+    return always + forEachByte * length;
+}
+
+std::string toBytes(const HeadChange& last, const Baseline& baseline) {
+    Writer writer;
+    writer.number(last.sequence);
+    writer.number(last.mark);
+    writer.number(std::uint64_t{baseline.files().size()});
+    for (const KnownFile& file : baseline.files())
+        writer.file(file);
+    const std::string body = writer.take();
     return std::string(kind) + std::string(version) + Digest::of(body) + body;
 }
 
-bool isOfLaterProgram(std::string_view bytes) {
+bool isOfOtherProgram(std::string_view bytes) {
     return bytes.starts_with(kind) && !bytes.substr(kind.size()).starts_with(version);
 }
 
-std::optional<KeptBaseline> fromBytes(std::vector<char> bytes) {
-    constexpr std::size_t digestBegin = kind.size() + version.size();
-    constexpr std::size_t bodyBegin = digestBegin + digestLength;
-    const std::string_view text(bytes.data(), bytes.size());
-    if (!text.starts_with(kind) || isOfLaterProgram(text) || text.size() < bodyBegin ||
-        Digest::of(text.substr(bodyBegin)) != text.substr(digestBegin, digestLength))
+std::optional<BaselineHeading> headingFrom(std::string_view bytes) {
+    if (!bytes.starts_with(kind) || isOfOtherProgram(bytes) || bytes.size() < baselineHeadingLength)
+        return std::nullopt;
+    Reader reader(bytes.substr(bodyBegin));
+    return headingOf(reader);
+}
+
+std::optional<KeptBaseline> fromBytes(std::string_view bytes) {
+    if (!headingFrom(bytes) ||
+        Digest::of(bytes.substr(bodyBegin)) != bytes.substr(digestBegin, digestLength))
         return std::nullopt;
     try {
-        return bodyFrom(bodyBegin, std::move(bytes));
+        Reader reader(bytes.substr(bodyBegin));
+        const BaselineHeading heading = headingOf(reader);
+        BaselineBuilder builder;
+        reader.files(heading.fileCount, builder);
+        return KeptBaseline{.last = heading.last,
+                            .baseline = std::make_shared<Baseline>(builder.build())};
     } catch (const Reader::Damaged&) {
         return std::nullopt;
     }

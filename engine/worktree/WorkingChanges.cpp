@@ -1,12 +1,9 @@
-#include <common/state/Index.h>
-#include <common/state/Transaction.h>
 #include <engine/base/SortedLookup.h>
 #include <engine/base/Translation.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/tree/Renames.h>
 #include <engine/worktree/FileDigest.h>
 #include <engine/worktree/NamedFiles.h>
-#include <engine/worktree/Ticks.h>
 #include <engine/worktree/TreeScan.h>
 #include <engine/worktree/WorkingChanges.h>
 
@@ -20,13 +17,6 @@ namespace qrv {
 namespace {
 
 using common::FileChange;
-
-/// What reading a file told, for the index.
-struct Verdict {
-    OdString path;
-    std::int64_t ticks = 0;
-    bool isModified = false;
-};
 
 /// What a look at the working tree saw, in order.
 struct Seen {
@@ -69,7 +59,8 @@ public:
         return std::move(result_);
     }
 
-    const std::vector<Verdict>& verdicts() const { return verdicts_; }
+    /// Of files that were read and are as in HEAD.
+    std::vector<NotedStamp> takeSeen() { return std::move(stamps_); }
 
 private:
     /// A file that has to be read may turn out to be as in HEAD.
@@ -99,8 +90,7 @@ private:
     void add(const OdString& path, FileChange change) {
         listOf(change).emplace_back(path);
         common::StatusRef& status = result_.files.changes.emplace_back(path, change);
-        for (const common::ConflictData& conflict :
-             workingTree_.repository().stateWithoutIndex().conflicts) {
+        for (const common::ConflictData& conflict : workingTree_.repository().state().conflicts) {
             if (conflict.path == path)
                 status.conflictInfo() = std::make_shared<common::ConflictData>(conflict);
         }
@@ -116,7 +106,6 @@ private:
     bool isModified(const KnownFile& file, const sys::FileStatus& status) {
         if (status.sizeBytes != file.sizeBytes)
             return true;
-        const std::int64_t ticks = toTicks(status.modifiedNs);
         const OdString path = textOf(file);
         const sys::Outcome<OdString> digest = tryDigestOfFile(workingTree_.folder(), path);
         if (!digest) {
@@ -126,9 +115,17 @@ private:
         const Expected<CheckedUrl> url =
             CheckedUrl::check(workingTree_.repository().history().headUrl(path));
         const bool differs = !url || *digest != url->digest();
-        if (!differs || ticks != file.modifiedTicks)
-            verdicts_.push_back({path, ticks, differs});
+        if (!differs)
+            noteSeen(path, status);
         return differs;
+    }
+
+    /// Unless somebody has changed it meanwhile.
+    void noteSeen(const OdString& path, const sys::FileStatus& before) {
+        const sys::Outcome<sys::FileStamp> now = workingTree_.folder().stamp(path.toNarrow());
+        if (now && now->number == before.number && now->sizeBytes == before.sizeBytes &&
+            now->modifiedNs == before.modifiedNs && now->changedNs == before.changedNs)
+            stamps_.push_back({path, *now});
     }
 
     Renames renames() {
@@ -154,29 +151,15 @@ private:
     std::size_t knownChanges_ = 0;
     std::vector<SizedFile> newFiles_;
     std::vector<SizedFile> removed_;
-    std::vector<Verdict> verdicts_;
+    std::vector<NotedStamp> stamps_;
     WorkingChanges result_;
 };
-
-void refreshIndex(WorkingTree& workingTree, const std::vector<Verdict>& verdicts) {
-    if (!workingTree.repository().mayChange() || verdicts.empty())
-        return;
-    common::Cache& cache = workingTree.repository().cache();
-    common::Transaction transaction = cache.getTransaction();
-    for (const Verdict& verdict : verdicts) {
-        common::updateIndex(verdict.path, cache, workingTree.root(), verdict.isModified);
-        // The library notes the time that the file has now; the verdict is about the one it had.
-        if (cache.read().index.at(verdict.path).lastChecked != verdict.ticks)
-            common::removeIndex(verdict.path, cache);
-    }
-    transaction.commit();
-}
 
 WorkingChanges changesIn(const Seen& seen, std::shared_ptr<const Baseline> baseline,
                          WorkingTree& workingTree) {
     Comparison comparison(workingTree, seen);
     WorkingChanges changes = comparison.compare(std::move(baseline));
-    refreshIndex(workingTree, comparison.verdicts());
+    workingTree.note(comparison.takeSeen());
     return changes;
 }
 

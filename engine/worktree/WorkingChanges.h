@@ -37,7 +37,7 @@ struct WorkingChanges {
 /// Scans the working tree and compares it with HEAD.
 ///
 /// A file whose size is that of HEAD is only read when its time is not one that the baseline
-/// believes. What was found by reading goes back into the index, if the workingTree may be changed.
+/// believes. What was found by reading is noted beside the files of HEAD, if the lock is held.
 /// Fails when anything cannot be looked at, and names it: who goes on from there must not take what
 /// is out of sight for removed, or for as in HEAD.
 Expected<WorkingChanges> findChanges(WorkingTree& workingTree);

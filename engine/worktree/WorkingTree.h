@@ -1,7 +1,8 @@
 #pragma once
 
+#include <engine/history/HeadFile.h>
 #include <engine/repository/Repository.h>
-#include <engine/worktree/BaselineBytes.h>
+#include <engine/worktree/Baseline.h>
 #include <platform/kernel/OdString.h>
 
 #include <memory>
@@ -20,10 +21,12 @@ public:
     enum class Scan { later, ahead };
 
     /// Opens the repository that holds `folder`, and loads it (see `Repository`). What an
-    /// interrupted command left is not looked at: see OpenTree.h.
+    /// interrupted command left is not looked at: see OpenTree.h. With `Scan::ahead` a scan begins
+    /// meanwhile, for `findChanges`, and a look takes the lock if that is free, to keep what it
+    /// found.
     ///
-    /// With `Scan::ahead` a scan begins meanwhile, for `findChanges`, and a look is content with a
-    /// kept baseline instead of the whole state.
+    /// For a change, what the index of the state knows is noted beside the files of HEAD, and the
+    /// index is empty from then on.
     static Expected<std::unique_ptr<WorkingTree>> open(const std::string& folder,
                                                        Repository::Use use, Caller& caller,
                                                        Scan scan = Scan::later);
@@ -39,13 +42,19 @@ public:
     const common::RootPath& root() const { return repository_->root(); }
     const sys::Folder& folder() const { return repository_->folder(); }
 
-    /// What the working tree is to be compared with now.
+    /// What the working tree is to be compared with now: from the kept one, where few files of HEAD
+    /// have changed since, else from the history.
     std::shared_ptr<const Baseline> baseline();
-    /// The same of those of these paths, ordered and each once, that are in HEAD.
+    /// The same of the files of these paths, ordered and each once, that are in HEAD.
     std::shared_ptr<const Baseline> baselineOf(const std::vector<OdString>& paths);
-    /// Lets `close` keep the baseline, so that the next look takes less time. That needs the lock,
-    /// files in HEAD, and a state without conflicts that is not written after this.
-    void keepBaseline(std::shared_ptr<const Baseline> baseline);
+
+    /// Notes of working files with the contents of HEAD what they were when they were seen to be
+    /// so, unless that is too young to tell them from what comes later. Without the lock, and in a
+    /// history of an older layout, nothing is noted.
+    void note(std::vector<NotedStamp> seen);
+    /// Lets `close` keep the baseline, if it is held that nobody else is at work, and so many files
+    /// of HEAD have changed since one was kept that making one anew would take less time.
+    void keepBaseline();
 
     /// The scan that was begun when this was opened, or a new one. It must end before this.
     std::unique_ptr<TreeScan> takeScan();
@@ -60,18 +69,26 @@ public:
 private:
     explicit WorkingTree(std::unique_ptr<Repository> repository);
 
-    std::shared_ptr<const Baseline> baselineFrom(const std::vector<SizedFile>& head);
-
     void scanAhead();
-    std::optional<common::State> takeKeptBaseline();
+    void emptyIndex();
+    void believeIndex(Baseline& baseline);
+    std::shared_ptr<Baseline> keptBaseline();
+    std::shared_ptr<Baseline> newBaseline();
     void writeKeptBaseline();
 
     std::unique_ptr<Repository> repository_;
-    /// Of a kept baseline; good as long as the state was not read.
-    std::shared_ptr<const Baseline> kept_;
-    std::optional<KeptBaseline> toKeep_;
+    bool keepsBaseline_ = false;
+    /// Whether the one that is kept was not good for anything.
+    bool isKeptUseless_ = false;
+    /// What was made of all files of HEAD, and after which change.
+    std::shared_ptr<const Baseline> made_;
+    std::optional<HeadChange> madeAfter_;
     std::unique_ptr<TreeScan> scan_;
     std::vector<OdString> toldOfRules_;
 };
+
+/// Which of these stamps are older than what happens from now on by so much that every later change
+/// gives the file another stamp, by the clock of the file system that holds `root`.
+std::vector<NotedStamp> safeStamps(std::vector<NotedStamp> stamps, const sys::Folder& root);
 
 }  // namespace qrv

@@ -96,6 +96,10 @@ TEST_F(LostHistory, IsKnownByEachOfItsTraces) {
     }
     restoreAll();
     removeTracesBut("state");
+    // An earlier program filled the index.
+    writeFile(project / ".qrv/qrv.state",
+              R"({"head": {"reference": "master"}, "index": [{"path": "a.txt", )"
+              R"("data": {"last_checked": 1, "modified": false}}]})");
     EXPECT_THAT(project.qrv({"log"}).messages, testing::StartsWith(refusal("qrv.state")));
     removeTracesBut("");
     EXPECT_EQ(project.qrv({"log"}).status, 0);

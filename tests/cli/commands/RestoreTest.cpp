@@ -104,10 +104,7 @@ TEST_F(RestoreCommand, OnlySaysWhatItWouldDo) {
     EXPECT_EQ(restore({".", "--dry-run"}), (Outcome{1, "", keptNowhere + "sub/list.csv\n"}));
     EXPECT_EQ(restore({".", "--dry-run", "--force"}),
               (Outcome{0, "  plan.dwg\n  sub/list.csv\nFiles that would be restored: 2\n", ""}));
-    auto after = contentsOf(project.folder.path());
-    // The index remembers what was looked at.
-    after[".qrv/qrv.state"] = before.at(".qrv/qrv.state");
-    EXPECT_EQ(after, before);
+    EXPECT_EQ(contentsOf(project.folder.path()), before);
 }
 
 TEST_F(RestoreCommand, PrintsJsonWhenAsked) {

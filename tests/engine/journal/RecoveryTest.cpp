@@ -7,8 +7,10 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 
 namespace {
@@ -114,12 +116,16 @@ TEST_F(Recovery, KeepsTheSaveBeforeTheLastBesideIt) {
 
 // Symptom: a file that a person had changed, and that a recovery left as it was, passed for
 // unchanged, and the next switch replaced it.
-// Cause: the index noted the time that the file had then.
+// Cause: the time was noted that the file had then.
 TEST_F(Recovery, KnowsNothingOfAFileThatItLeft) {
-    project.write({{"a.txt", "a day's work"}});
+    project.write({{"a.txt", "a day's work"}, {"fresh/c.dwg", "new c"}});
+    for (const char* const path : {"a.txt", "fresh/c.dwg"})
+        fs::last_write_time(project / path,
+                            fs::file_time_type::clock::now() - std::chrono::hours(1));
     EXPECT_EQ(recovered(), "recovered");
-    EXPECT_FALSE(workingTree->repository().state().index.contains(L"a.txt"));
-    EXPECT_TRUE(workingTree->repository().state().index.contains(L"fresh/c.dwg"));
+    qrv::History& history = workingTree->repository().history();
+    EXPECT_EQ(history.headFile(L"a.txt")->stamp, std::nullopt);
+    EXPECT_EQ(history.headFile(L"fresh/c.dwg")->stamp, *workingTree->folder().stamp("fresh/c.dwg"));
 }
 
 TEST_F(Recovery, HidesWhatIsOnItsWayFromTheScan) {

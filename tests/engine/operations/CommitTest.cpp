@@ -1,12 +1,14 @@
 #include <engine/operations/CommitInternal.h>
-#include <engine/worktree/Ticks.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>
 #include <tests/support/Files.h>
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace {
@@ -33,8 +35,12 @@ protected:
         return qrv::commitStaged(*workingTree, changes, {L"ada@office", L"Second"});
     }
     const common::State& state() { return workingTree->repository().state(); }
-    std::int64_t ticksOf(const char* file) const {
-        return qrv::toTicks(workingTree->folder().status(file)->modifiedNs);
+    std::optional<sys::FileStamp> stampOf(const char* file) {
+        return workingTree->repository().history().headFile(OdString(file))->stamp;
+    }
+    void makeOlder(const char* file) const {
+        std::filesystem::last_write_time(
+            project / file, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
     }
 
     qrv_test::Working project;
@@ -42,25 +48,30 @@ protected:
     std::unique_ptr<WorkingTree> workingTree;
 };
 
-TEST_F(Commit, NotesInTheIndexWhenEachFileWasStored) {
+TEST_F(Commit, NotesOfEachFileWhatItWasWhenItWasStored) {
+    makeOlder("a.txt");
     const qrv::WorkingChanges changes = qrv::findChanges(*workingTree).value();
 
     EXPECT_EQ(commit(changes)->number, 2);
 
     EXPECT_THAT(state().stagedFiles, testing::IsEmpty());
-    for (const char* const file : {"a.txt", "b.txt"})
-        EXPECT_EQ(state().index.at(OdString(file)),
-                  (common::IndexData{.lastChecked = ticksOf(file), .modified = false}));
+    EXPECT_THAT(state().index, testing::IsEmpty());
+    EXPECT_EQ(stampOf("a.txt"), *workingTree->folder().stamp("a.txt"));
+    // It may change again without another time.
+    EXPECT_EQ(stampOf("b.txt"), std::nullopt);
 }
 
 TEST_F(Commit, BelievesNoTimeOfAStagedFileThatIsNotStored) {
+    makeOlder("a.txt");
     project.write({{"b.txt", "as it was"}});
+    makeOlder("b.txt");
     const qrv::WorkingChanges changes = qrv::findChanges(*workingTree).value();
+    project.write({{"b.txt", "as it WAS"}});
 
     EXPECT_EQ(commit(changes)->number, 2);
 
-    EXPECT_FALSE(state().index.contains(L"b.txt"));
-    EXPECT_TRUE(state().index.contains(L"a.txt"));
+    EXPECT_NE(stampOf("b.txt"), *workingTree->folder().stamp("b.txt"));
+    EXPECT_EQ(stampOf("a.txt"), *workingTree->folder().stamp("a.txt"));
 }
 
 // Symptom: the progress of a commit ran past the size of its files.

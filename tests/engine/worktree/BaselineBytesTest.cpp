@@ -6,8 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <iomanip>
-#include <memory>
+#include <limits>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -15,65 +16,57 @@
 
 namespace {
 
-using common::FileChange;
 using qrv::Baseline;
+using qrv::BaselineBuilder;
 using qrv::Digest;
 using qrv::fromBytes;
-using qrv::isOfLaterProgram;
+using qrv::HeadChange;
 using qrv::KeptBaseline;
+using qrv::KnownFile;
 using qrv::toBytes;
 
-const std::string heading = "qrv baseline 1\n";
-
-std::string number(unsigned char lowest) {
-    return std::string(1, static_cast<char>(lowest)) + std::string(7, '\0');
-}
-
-std::string text(const std::string& bytes) {
-    return number(static_cast<unsigned char>(bytes.size())) + bytes;
-}
+const std::string heading = "qrv baseline 2\n";
+const HeadChange last = {.sequence = 258, .mark = -1};
 
 std::string whole(const std::string& body) {
     return heading + Digest::of(body) + body;
 }
 
-std::optional<KeptBaseline> read(const std::string& bytes) {
-    return fromBytes({bytes.begin(), bytes.end()});
+KnownFile noted(std::int64_t sizeBytes, const sys::FileStamp& stamp) {
+    KnownFile file;
+    file.sizeBytes = sizeBytes;
+    file.note(stamp);
+    return file;
 }
 
-KeptBaseline someBaseline() {
-    KeptBaseline kept;
-    kept.stateFile = {.number = 258, .sizeBytes = 3, .modifiedNs = 4, .changedNs = -1};
-    kept.headCommit = L"c0ffee";
-    kept.state.head.reference = OdString::fromNarrow(
-        "gr\xC3\xB6\xC3\x9F"
-        "er");
-    kept.state.stagedFiles.emplace_back(L"b", FileChange::added);
-    kept.state.stagedFiles.emplace_back(L"a", FileChange::removed);
-    kept.state.renames = {{L"b", L"a"}, {L"c", L"d"}};
-    kept.baseline = std::make_shared<const Baseline>(
-        Baseline::of({{L"a", 5}, {OdString::fromNarrow("\xE4"), 6}},
-                     {{L"a", {7, false}}, {OdString::fromNarrow("\xE4"), {8, true}}}, 0));
-    return kept;
+Baseline someBaseline() {
+    KnownFile unknown;
+    unknown.sizeBytes = 1;
+    BaselineBuilder builder;
+    builder.add("a/1", noted(5, {.number = 300, .modifiedNs = 1000, .changedNs = 1001}));
+    builder.add("a/2", unknown);
+    builder.add("\xE4", noted(64, {.number = 299, .modifiedNs = 1000, .changedNs = 999}));
+    return builder.build();
 }
 
-/// The body of the same, byte for byte.
+std::string number(unsigned char lowest) {
+    return std::string(1, static_cast<char>(lowest)) + std::string(7, '\0');
+}
+
+std::string beginOf(unsigned char fileCount) {
+    return std::string("\x02\x01\0\0\0\0\0\0", 8) + std::string(8, '\xFF') + number(fileCount);
+}
+
+/// The body of `someBaseline`, byte for byte.
 std::string someBody() {
-    const std::string never = std::string(7, '\0') + "\x80";
-    return std::string("\x02\x01\0\0\0\0\0\0", 8) + number(3) + number(4) + std::string(8, '\xFF') +
-           text("c0ffee") +
-           text(
-               "gr\xC3\xB6\xC3\x9F"
-               "er") +  //
-           number(2) +
-           number(0) + text("b") + number(2) + text("a") +              //
-           number(2) + text("b") + text("a") + text("c") + text("d") +  //
-           number(2) + number(5) + number(7) + never + text("a") + number(6) + never + number(8) +
-           text("\xE4");
+    return beginOf(3) +                                          //
+           std::string("\0\3a/1\x0B\xD8\4\xD0\x0F\2", 12 - 1) +  //
+           std::string("\2\1", 2) + "2\2" +                      //
+           std::string("\0\1\xE4\x81\1\1\0\1", 8);
 }
 
-TEST(BaselineBytes, AreAHeadingADigestAndNumbersAndTexts) {
-    EXPECT_EQ(toBytes(someBaseline()), whole(someBody()));
+TEST(BaselineBytes, AreAHeadingADigestAndRowsOfDifferences) {
+    EXPECT_EQ(toBytes(last, someBaseline()), whole(someBody()));
 }
 
 /// Sixteen bytes a line: where they begin, their values, and what of them is a character.
@@ -94,32 +87,72 @@ std::string shown(const std::string& bytes) {
 }
 
 TEST(BaselineBytes, AreThoseOfTheSample) {
-    EXPECT_EQ(shown(toBytes(someBaseline())),
+    EXPECT_EQ(shown(toBytes(last, someBaseline())),
               qrv_test::readFile(QRV_WORKTREE_SAMPLES "/baseline.sample"));
 }
 
 TEST(BaselineBytes, GiveBackWhatWasWritten) {
-    const std::optional<KeptBaseline> kept = read(toBytes(someBaseline()));
+    const std::optional<KeptBaseline> kept = fromBytes(toBytes(last, someBaseline()));
     ASSERT_TRUE(kept);
-    EXPECT_EQ(kept->stateFile, someBaseline().stateFile);
-    EXPECT_EQ(kept->headCommit, someBaseline().headCommit);
-    EXPECT_EQ(kept->state, someBaseline().state);
-    ASSERT_EQ(kept->baseline->files().size(), 2U);
-    EXPECT_EQ(kept->baseline->files()[1].path, "\xE4");
-    EXPECT_EQ(kept->baseline->files()[1].sizeBytes, 6);
-    EXPECT_EQ(kept->baseline->files()[0].unmodifiedTicks, 7);
-    EXPECT_EQ(toBytes(*kept), toBytes(someBaseline()));
+    EXPECT_EQ(kept->last, last);
+    const std::vector<KnownFile>& files = kept->baseline->files();
+    ASSERT_EQ(files.size(), 3U);
+    EXPECT_EQ(files[1].path, "a/2");
+    EXPECT_FALSE(files[1].isNoted());
+    EXPECT_EQ(files[2].path, "\xE4");
+    EXPECT_EQ(files[2].sizeBytes, 64);
+    EXPECT_EQ(files[2].number, 299U);
+    EXPECT_EQ(files[2].modifiedNs, 1000);
+    EXPECT_EQ(files[2].changedNs, 999);
+    EXPECT_EQ(toBytes(kept->last, *kept->baseline), whole(someBody()));
+}
+
+TEST(BaselineBytes, HoldTheLargestNumbers) {
+    constexpr auto most = std::numeric_limits<std::int64_t>::max();
+    BaselineBuilder builder;
+    builder.add("a", noted(most, {.number = std::numeric_limits<std::uint64_t>::max(),
+                                  .modifiedNs = -most,
+                                  .changedNs = most}));
+    builder.add("b", noted(0, {.number = 0, .modifiedNs = most, .changedNs = -most}));
+    const std::optional<KeptBaseline> kept = fromBytes(toBytes(last, builder.build()));
+    ASSERT_TRUE(kept);
+    const std::vector<KnownFile>& files = kept->baseline->files();
+    EXPECT_EQ(files[0].sizeBytes, most);
+    EXPECT_EQ(files[0].number, std::numeric_limits<std::uint64_t>::max());
+    EXPECT_EQ(files[0].modifiedNs, -most);
+    EXPECT_EQ(files[0].changedNs, most);
+    EXPECT_EQ(files[1].modifiedNs, most);
+    EXPECT_EQ(files[1].changedNs, -most);
+}
+
+// What comes first among texts is not always first among bytes.
+TEST(BaselineBytes, HoldAPathThatIsTheBeginningOfTheOneBefore) {
+    BaselineBuilder builder;
+    builder.add("\xC3\xA4", KnownFile());
+    builder.add("\xC3", KnownFile());
+    const std::optional<KeptBaseline> kept = fromBytes(toBytes(last, builder.build()));
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept->baseline->files()[1].path, "\xC3");
+}
+
+TEST(BaselineBytes, TellAtTheirBeginningWhatTheyAreOf) {
+    const std::string bytes = toBytes(last, someBaseline());
+    const auto begin = qrv::headingFrom(bytes.substr(0, qrv::baselineHeadingLength));
+    ASSERT_TRUE(begin);
+    EXPECT_EQ(begin->last, last);
+    EXPECT_EQ(begin->fileCount, 3U);
+    EXPECT_FALSE(qrv::headingFrom(bytes.substr(0, qrv::baselineHeadingLength - 1)));
 }
 
 TEST(BaselineBytes, AreNotReadWhenAnyBitIsFlippedOrAnyByteIsMissing) {
-    const std::string bytes = toBytes(someBaseline());
+    const std::string bytes = toBytes(last, someBaseline());
     for (std::size_t place = 0; place < bytes.size(); ++place) {
         std::string flipped = bytes;
         flipped[place] = static_cast<char>(flipped[place] ^ 1);
-        EXPECT_FALSE(read(flipped)) << place;
-        EXPECT_FALSE(read(bytes.substr(0, place))) << place;
+        EXPECT_FALSE(fromBytes(flipped)) << place;
+        EXPECT_FALSE(fromBytes(bytes.substr(0, place))) << place;
     }
-    EXPECT_FALSE(read(bytes + "x"));
+    EXPECT_FALSE(fromBytes(bytes + "x"));
     qrv_test::tellTried(bytes.size(), "flipped bytes");
     qrv_test::tellTried(bytes.size(), "damaged inputs");
 }
@@ -128,42 +161,51 @@ TEST(BaselineBytes, AreNotReadWhenAnyBitIsFlippedOrAnyByteIsMissing) {
 TEST(BaselineBytes, AreNotReadWhenTheBodyIsNotWhole) {
     const std::string body = someBody();
     for (std::size_t length = 0; length < body.size(); ++length)
-        EXPECT_FALSE(read(whole(body.substr(0, length)))) << length;
-    EXPECT_FALSE(read(whole(body + "x")));
-    EXPECT_TRUE(read(whole(body)));
+        EXPECT_FALSE(fromBytes(whole(body.substr(0, length)))) << length;
+    EXPECT_FALSE(fromBytes(whole(body + "x")));
+    EXPECT_TRUE(fromBytes(whole(body)));
     qrv_test::tellTried(body.size(), "damaged inputs");
 }
 
-TEST(BaselineBytes, AreNotReadWhenCountsOrNumbersCannotBe) {
-    const std::string begin(4 * 8, '\0');
-    const std::string many(8, '\xFF');
-    const std::string none = number(0);
-    const std::string names = text("") + text("master");
-    EXPECT_TRUE(read(whole(begin + names + none + none + none)));
-    EXPECT_FALSE(read(whole(begin + names + many + none + none)));
-    EXPECT_FALSE(read(whole(begin + names + none + many + none)));
-    EXPECT_FALSE(read(whole(begin + names + none + none + many)));
-    EXPECT_FALSE(read(whole(begin + many)));
-    const auto staged = [&](unsigned char change) {
-        return whole(begin + names + number(1) + number(change) + text("a") + none + none);
+TEST(BaselineBytes, AreNotReadWhenTheyCouldHaveBeenWrittenInAnotherWay) {
+    const auto isRead = [](unsigned char count, const std::string& rows) {
+        return fromBytes(whole(beginOf(count) + rows)).has_value();
     };
-    EXPECT_TRUE(read(staged(3)));
-    EXPECT_FALSE(read(staged(4)));
-    const auto renamed = [&](const std::string& one, const std::string& other) {
-        return whole(begin + names + none + number(2) + text(one) + text("x") + text(other) +
-                     text("y") + none);
-    };
-    EXPECT_TRUE(read(renamed("a", "b")));
-    EXPECT_FALSE(read(renamed("b", "a")));
-    EXPECT_FALSE(read(renamed("a", "a")));
+    const std::string first("\0\2ab\0", 5);
+    EXPECT_TRUE(isRead(1, first));
+    // A number with more bytes than it needs, and one with more bits than there are.
+    EXPECT_FALSE(isRead(1, std::string("\0\x82\0ab\0", 6)));
+    EXPECT_FALSE(isRead(1, std::string("\0\2ab", 4) + std::string(9, '\xFF') + "\2"));
+    EXPECT_FALSE(isRead(1, std::string("\0\2ab", 4) + std::string(10, '\xFF') + "\1"));
+    // Shared: less than could be, more than there is, all of it; and out of order.
+    EXPECT_TRUE(isRead(2, first + std::string("\1\1c\0", 4)));
+    EXPECT_FALSE(isRead(2, first + std::string("\0\2ac\0", 5)));
+    EXPECT_FALSE(isRead(2, first + std::string("\3\1c\0", 4)));
+    EXPECT_FALSE(isRead(2, first + std::string("\2\0\0", 3)));
+    EXPECT_FALSE(isRead(2, first + std::string("\1\1a\0", 4)));
+    EXPECT_FALSE(isRead(2, first));
+    EXPECT_FALSE(isRead(1, first + first));
 }
 
-TEST(BaselineBytes, OfALaterProgramAreKnownAsSuch) {
-    EXPECT_TRUE(isOfLaterProgram("qrv baseline 2\n"));
-    EXPECT_TRUE(isOfLaterProgram("qrv baseline 10\n"));
-    EXPECT_FALSE(isOfLaterProgram("qrv baseline 1\n"));
-    EXPECT_FALSE(isOfLaterProgram("qrv base"));
-    EXPECT_FALSE(read("qrv baseline 2\n" + Digest::of(someBody()) + someBody()));
+// Few bytes can stand for long paths: each of these rows repeats most of the one before.
+TEST(BaselineBytes, AreNotReadWhenTheirPathsTakeTooMuchMemory) {
+    constexpr int firstNumber = 10000;
+    const auto isReadWith = [](std::size_t length) {
+        BaselineBuilder builder;
+        for (int file = 0; file < 3000; ++file)
+            builder.add(std::string(length, 'x') + std::to_string(firstNumber + file), {});
+        return fromBytes(toBytes(last, builder.build())).has_value();
+    };
+    EXPECT_TRUE(isReadWith(300));
+    EXPECT_FALSE(isReadWith(3000));
+}
+
+TEST(BaselineBytes, OfAnotherProgramAreKnownAsSuch) {
+    EXPECT_TRUE(qrv::isOfOtherProgram("qrv baseline 1\n"));
+    EXPECT_TRUE(qrv::isOfOtherProgram("qrv baseline 10\n"));
+    EXPECT_FALSE(qrv::isOfOtherProgram("qrv baseline 2\n"));
+    EXPECT_FALSE(qrv::isOfOtherProgram("qrv base"));
+    EXPECT_FALSE(fromBytes("qrv baseline 1\n" + Digest::of(someBody()) + someBody()));
 }
 
 }  // namespace

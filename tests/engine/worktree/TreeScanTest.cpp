@@ -1,4 +1,3 @@
-#include <common/state/Index.h>
 #include <engine/worktree/TreeScan.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
@@ -20,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using qrv::Baseline;
-using qrv::SizedFile;
+using qrv::BaselineBuilder;
 using qrv::TreeScan;
 using qrv_test::TemporaryFolder;
 using qrv_test::writeFile;
@@ -42,11 +41,10 @@ protected:
     static std::size_t sizeOf(int number) { return static_cast<std::size_t>(number % 50); }
 
     static std::shared_ptr<const Baseline> baselineOf(const std::vector<std::string>& paths) {
-        std::vector<SizedFile> files;
-        files.reserve(paths.size());
+        BaselineBuilder builder;
         for (const std::string& path : paths)
-            files.push_back({OdString::fromNarrow(path), 0});
-        return std::make_shared<const Baseline>(Baseline::of(files, {}, std::nullopt));
+            builder.add(path, {});
+        return std::make_shared<const Baseline>(builder.build());
     }
     void expectFile(int number, const sys::FileStatus& status) const {
         EXPECT_EQ(status.kind, sys::FileKind::regular) << number;
@@ -104,18 +102,15 @@ TEST_F(ScannedTree, GivesOfEachKnownFileWhatLiesThere) {
 }
 
 TEST_F(ScannedTree, PassesOverFilesThatAreSeenToBeAsInHead) {
-    std::vector<SizedFile> head;
-    std::map<OdString, common::IndexData> index;
+    BaselineBuilder builder;
     for (int number = 0; number < 1200; ++number) {
-        const OdString path = OdString::fromNarrow(pathOf(number));
+        qrv::KnownFile file;
         // Of every hundredth the size is another.
-        head.push_back({path, number % 50 + (number % 100 == 0 ? 1 : 0)});
-        index[path].lastChecked = common::modifyTime(path, root);
+        file.sizeBytes = number % 50 + (number % 100 == 0 ? 1 : 0);
+        file.note(*rootFolder.stamp(pathOf(number)));
+        builder.add(pathOf(number), file);
     }
-    std::sort(head.begin(), head.end(),
-              [](const SizedFile& one, const SizedFile& other) { return one.path < other.path; });
-    const std::int64_t later = rootFolder.status(pathOf(1199))->modifiedNs + 10'000'000'000;
-    const auto baseline = std::make_shared<const Baseline>(Baseline::of(head, index, later));
+    const auto baseline = std::make_shared<const Baseline>(builder.build());
     TreeScan scan(root, rootFolder);
     ASSERT_TRUE(scan.lookAt(baseline));
     EXPECT_EQ(scan.candidates().size(), 12U);
@@ -123,7 +118,7 @@ TEST_F(ScannedTree, PassesOverFilesThatAreSeenToBeAsInHead) {
         std::is_sorted(scan.candidates().begin(), scan.candidates().end(),
                        [](const auto& one, const auto& other) { return one.place < other.place; }));
     for (const TreeScan::Known& candidates : scan.candidates())
-        EXPECT_EQ(head[candidates.place].sizeBytes, candidates.status.sizeBytes + 1);
+        EXPECT_EQ(baseline->files()[candidates.place].sizeBytes, candidates.status.sizeBytes + 1);
     EXPECT_EQ(scan.others().size(), 2U);
 }
 

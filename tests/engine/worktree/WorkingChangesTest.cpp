@@ -1,11 +1,15 @@
+#include <common/state/Index.h>
 #include <engine/journal/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -121,7 +125,46 @@ TEST_F(AWorkingTree, DoesNotLookThroughALinkInPlaceOfAFolder) {
     fs::remove_all(project.folder.path().string() + "-moved");
 }
 
-TEST_F(AWorkingTree, IsReadAgainWhereTheIndexSaysModified) {
+// What a look reads is noted only once a later change would give the file another time.
+TEST_F(AWorkingTree, RemembersWhatItReadWhenThatIsOldEnough) {
+    const auto isNoted = [this] {
+        const auto workingTree = project.open();
+        EXPECT_TRUE(findChanges(*workingTree)->isEmpty());
+        return workingTree->repository().history().headFile(L"a.txt")->stamp.has_value();
+    };
+    EXPECT_FALSE(isNoted());
+    fs::last_write_time(project / "a.txt",
+                        fs::file_time_type::clock::now() - std::chrono::seconds(1));
+    EXPECT_FALSE(isNoted());
+    fs::last_write_time(project / "a.txt",
+                        fs::file_time_type::clock::now() - std::chrono::seconds(3));
+    EXPECT_TRUE(isNoted());
+}
+
+TEST_F(AWorkingTree, TakesOverWhatAnIndexKnowsAndEmptiesIt) {
+    const auto longAgo = fs::file_time_type::clock::now() - std::chrono::hours(24);
+    for (const char* const path : {"a.txt", "b.dwg", "sub/c.txt"})
+        fs::last_write_time(project / path, longAgo);
+    {
+        const auto workingTree = project.open();
+        common::Cache& cache = workingTree->repository().cache();
+        common::updateIndex(L"a.txt", cache, workingTree->root(), false);
+        common::updateIndex(L"b.dwg", cache, workingTree->root(), true);
+        common::updateIndex(L"sub/c.txt", cache, workingTree->root(), false);
+    }
+    // Then it is not what the index knows.
+    fs::last_write_time(project / "sub/c.txt", longAgo + std::chrono::hours(1));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    fs::last_write_time(project / ".qrv/qrv.state", fs::file_time_type::clock::now());
+    const auto workingTree = project.open();
+    EXPECT_TRUE(workingTree->repository().state().index.empty());
+    qrv::History& history = workingTree->repository().history();
+    EXPECT_EQ(history.headFile(L"a.txt")->stamp, *workingTree->folder().stamp("a.txt"));
+    EXPECT_EQ(history.headFile(L"b.dwg")->stamp, std::nullopt);
+    EXPECT_EQ(history.headFile(L"sub/c.txt")->stamp, std::nullopt);
+}
+
+TEST_F(AWorkingTree, IsReadAgainWhereItWasModified) {
     const fs::file_time_type longAgo = fs::file_time_type::clock::now() - std::chrono::hours(24);
     project.write({{"a.txt", "TEXT"}});
     fs::last_write_time(project / "a.txt", longAgo);
@@ -134,16 +177,17 @@ TEST_F(AWorkingTree, IsReadAgainWhereTheIndexSaysModified) {
 }
 
 TEST_F(AWorkingTree, RemembersWhatItReadOnlyWithTheLock) {
-    fs::last_write_time(project / "a.txt", fs::file_time_type::clock::now());
+    fs::last_write_time(project / "a.txt",
+                        fs::file_time_type::clock::now() - std::chrono::hours(1));
     const std::unique_ptr<WorkingTree> holder = project.open();
-    const std::string before = qrv_test::readFile(project / ".qrv/qrv.state");
+    const auto before = holder->repository().history().lastHeadChange();
     {
         const auto looker = *qrv::openTree(project.folder.path(), qrv::Repository::Use::look,
                                            qrv_test::anyCaller());
         EXPECT_FALSE(looker->repository().mayChange());
         EXPECT_TRUE(findChanges(*looker)->isEmpty());
     }
-    EXPECT_EQ(qrv_test::readFile(project / ".qrv/qrv.state"), before);
+    EXPECT_EQ(holder->repository().history().lastHeadChange(), before);
 }
 
 }  // namespace

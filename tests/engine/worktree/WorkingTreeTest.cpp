@@ -1,6 +1,5 @@
 #include <engine/journal/OpenTree.h>
 #include <engine/worktree/KeptBaseline.h>
-#include <platform/kernel/OdError.h>
 #include <tests/engine/base/RecordingCaller.h>
 #include <tests/engine/worktree/Working.h>
 
@@ -9,8 +8,8 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -27,68 +26,72 @@ class KeptBaselineOfAWorkingTree : public testing::Test {
 protected:
     KeptBaselineOfAWorkingTree() {
         project.write({{"a.txt", "text"}, {"b.dwg", "drawing"}});
+        project.write({{".qrv/properties/ignore", ""}});
         for (const char* const name : {"a.txt", "b.dwg", ".qrv/properties/ignore"})
-            makeOlder(name, std::chrono::hours(1));
+            makeOlder(name);
         project.commit("First");
         look();
     }
 
-    void makeOlder(const char* path, std::chrono::seconds by) const {
-        fs::last_write_time(project / path, fs::last_write_time(project / path) - by);
+    void makeOlder(const std::string& path) const {
+        fs::last_write_time(project / path,
+                            fs::file_time_type::clock::now() - std::chrono::hours(1));
     }
-    /// After a moment in which the clock of the file system goes on.
-    std::string look() const {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        return project.run({"status"});
-    }
+    std::string look() const { return project.run({"status"}); }
     std::unique_ptr<WorkingTree> open(qrv::Repository::Use use = qrv::Repository::Use::look) const {
         return std::move(*qrv::openTree(project.folder.path(), use, qrv_test::anyCaller(),
                                         WorkingTree::Scan::ahead));
     }
-    bool isUsed() const { return open()->repository().stateWithoutIndex().index.empty(); }
+    std::string kept() const { return readFile(project / ".qrv/baseline"); }
     bool isKept() const { return fs::exists(project / ".qrv/baseline"); }
+    /// Which files the kept one has: "path size, ..."
+    std::string filesOfKept() const {
+        const auto read = qrv::readBaseline(*sys::Folder::open(project.folder.path()));
+        return shownFiles(*read.value()->baseline);
+    }
+    static std::string shownFiles(const qrv::Baseline& baseline) {
+        std::string text;
+        for (const qrv::KnownFile& file : baseline.files())
+            text += std::string(file.path) + " " + std::to_string(file.sizeBytes) +
+                    (file.isNoted() ? ", " : " unknown, ");
+        return text;
+    }
+    /// Makes it say that there is another file, as if it were of HEAD.
+    void falsify() const {
+        const auto read = qrv::readBaseline(*sys::Folder::open(project.folder.path()));
+        qrv::Baseline& baseline = *read.value()->baseline;
+        baseline.change({{"false", qrv::KnownFile()}});
+        writeFile(project / ".qrv/baseline", toBytes(read.value()->last, baseline));
+    }
+    /// Whether a look takes the files of HEAD from there.
+    bool isUsed() const {
+        const std::string before = kept();
+        falsify();
+        const bool isFalse = shownFiles(*open()->baseline()).find("false") != std::string::npos;
+        writeFile(project / ".qrv/baseline", before);
+        return isFalse;
+    }
 
     const Working project;
 };
 
-TEST_F(KeptBaselineOfAWorkingTree, IsUsedInsteadOfTheState) {
+TEST_F(KeptBaselineOfAWorkingTree, IsUsedInsteadOfTheFilesOfHead) {
+    EXPECT_TRUE(isUsed());
     const auto workingTree = open();
-    EXPECT_TRUE(workingTree->repository().stateWithoutIndex().index.empty());
-    EXPECT_EQ(workingTree->repository().branch(), OdString(L"master"));
     const auto changes = findChanges(*workingTree);
     EXPECT_TRUE(changes->isEmpty());
     EXPECT_EQ(changes->presentCount(), 3U);
     EXPECT_EQ(presentFiles(*changes),
               (std::vector<OdString>{L".qrv/properties/ignore", L"a.txt", L"b.dwg"}));
-    EXPECT_TRUE(workingTree->repository().stateWithoutIndex().index.empty());
 }
 
-TEST_F(KeptBaselineOfAWorkingTree, GivesWayToTheStateWhenThatIsAskedFor) {
-    const auto workingTree = open();
-    EXPECT_EQ(workingTree->repository().state().index.size(), 3U);
-    EXPECT_EQ(workingTree->repository().stateWithoutIndex().index.size(), 3U);
-}
-
-TEST_F(KeptBaselineOfAWorkingTree, LeadsToAnExceptionWhenTheStateCannotBeReadAnyMore) {
-    const auto workingTree = open();
-    fs::remove(project / ".qrv/qrv.state");
-    EXPECT_THROW(workingTree->repository().state(), OdError);
-    EXPECT_EQ(workingTree->repository().branch(), OdString(L"master"));
-}
-
-TEST_F(KeptBaselineOfAWorkingTree, IsNotUsedForAChange) {
-    EXPECT_EQ(open(qrv::Repository::Use::change)->repository().stateWithoutIndex().index.size(),
-              3U);
-}
-
-TEST_F(KeptBaselineOfAWorkingTree, ShowsEachChangeAsTheStateDoes) {
+TEST_F(KeptBaselineOfAWorkingTree, StaysOfUseWhateverChanges) {
+    const std::string before = kept();
     project.write({{"a.txt", "longer text"}, {"new", "n"}, {"old.txt", "text"}});
     fs::rename(project / "b.dwg", project / "c.dwg");
     project.run({"add", "b.dwg"});
-    const std::string shown = look();
     EXPECT_TRUE(isUsed());
-    EXPECT_EQ(look(), shown);
-    EXPECT_EQ(shown,
+    EXPECT_EQ(look(),
               "Branch 'master', commit 1: First\n"
               "\n"
               "Staged for the next commit:\n"
@@ -102,104 +105,58 @@ TEST_F(KeptBaselineOfAWorkingTree, ShowsEachChangeAsTheStateDoes) {
               "\n"
               "Renamed:\n"
               "  b.dwg -> c.dwg\n");
+    project.commit("Second");
+    EXPECT_TRUE(isUsed());
+    EXPECT_EQ(look(), "Branch 'master', commit 2: Second\nNothing has changed; files: 5\n");
+    project.run({"switch", "--create", "branch"});
+    EXPECT_TRUE(isUsed());
+    EXPECT_EQ(kept(), before);
+    EXPECT_EQ(shownFiles(*open()->baseline()),
+              shownFiles(*open(qrv::Repository::Use::change)
+                              ->baselineOf({L".qrv/properties/ignore", L"a.txt", L"c.dwg", L"new",
+                                            L"old.txt"})));
 }
 
-TEST_F(KeptBaselineOfAWorkingTree, LetsAFileBeReadWhoseTimeIsAnotherAndNotesThat) {
-    const std::string before = readFile(project / ".qrv/qrv.state");
+TEST_F(KeptBaselineOfAWorkingTree, LetsAFileBeReadWhoseStampIsAnotherAndNotesThat) {
     project.write({{"a.txt", "TEXT"}});
-    makeOlder("a.txt", std::chrono::hours(2));
+    makeOlder("a.txt");
     EXPECT_EQ(qrv_test::shown(*findChanges(*open())), "a.txt modified, ");
     project.write({{"a.txt", "text"}});
-    makeOlder("a.txt", std::chrono::hours(3));
+    makeOlder("a.txt");
     EXPECT_TRUE(findChanges(*open())->isEmpty());
-    EXPECT_NE(readFile(project / ".qrv/qrv.state"), before);
+    const auto workingTree = open();
+    EXPECT_EQ(workingTree->repository().history().headFile(L"a.txt")->stamp,
+              *workingTree->folder().stamp("a.txt"));
 }
 
-TEST_F(KeptBaselineOfAWorkingTree, StaysOfUseWhileAFileIsModifiedWithoutAnotherSize) {
-    project.write({{"a.txt", "TEXT"}});
-    makeOlder("a.txt", std::chrono::hours(2));
+TEST_F(KeptBaselineOfAWorkingTree, IsNotUsedForAnotherHistory) {
+    const std::string before = kept();
+    qrv::HeadChange other =
+        qrv::readBaseline(*sys::Folder::open(project.folder.path()))->value().last;
+    ++other.mark;
+    writeFile(project / ".qrv/baseline", toBytes(other, qrv::Baseline()));
+    EXPECT_EQ(shownFiles(*open()->baseline()), ".qrv/properties/ignore 0, a.txt 4, b.dwg 7, ");
     look();
-    look();
-    EXPECT_TRUE(isUsed());
-    const std::string state = readFile(project / ".qrv/qrv.state");
-    const auto written = fs::last_write_time(project / ".qrv/qrv.state");
-    EXPECT_EQ(qrv_test::shown(*findChanges(*open())), "a.txt modified, ");
-    EXPECT_EQ(fs::last_write_time(project / ".qrv/qrv.state"), written);
-    EXPECT_EQ(readFile(project / ".qrv/qrv.state"), state);
-    EXPECT_TRUE(isUsed());
+    EXPECT_EQ(kept(), before);
 }
 
-TEST_F(KeptBaselineOfAWorkingTree, IsNotUsedForAnotherStateFile) {
-    // The baseline is made younger than each of them.
-    const auto isUsedWhenYounger = [this] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        fs::last_write_time(project / ".qrv/baseline", fs::file_time_type::clock::now());
-        return isUsed();
-    };
-    EXPECT_TRUE(isUsedWhenYounger());
-    makeOlder(".qrv/qrv.state", std::chrono::seconds(1));
-    EXPECT_FALSE(isUsedWhenYounger());
-    look();
-    EXPECT_TRUE(isUsed());
-    // The same bytes with the same time, but another file.
-    const fs::path state = project / ".qrv/qrv.state";
-    fs::copy(state, project / "copy");
-    fs::last_write_time(project / "copy", fs::last_write_time(state));
-    fs::rename(project / "copy", state);
-    EXPECT_FALSE(isUsedWhenYounger());
-}
-
-TEST_F(KeptBaselineOfAWorkingTree, IsNotUsedForAnotherCommit) {
-    {
-        const auto workingTree = open(qrv::Repository::Use::change);
-        workingTree->repository().history().setNote(qrv::headNote, L"another");
-    }
-    EXPECT_FALSE(isUsed());
-}
-
-TEST_F(KeptBaselineOfAWorkingTree, IsMadeAnewAfterTheStateChanged) {
-    project.write({{"new", "n"}});
-    project.run({"add", "new"});
-    const std::string before = readFile(project / ".qrv/baseline");
-    EXPECT_FALSE(isUsed());
-    look();
-    EXPECT_NE(readFile(project / ".qrv/baseline"), before);
-    EXPECT_TRUE(isUsed());
-}
-
-TEST_F(KeptBaselineOfAWorkingTree, IsNotUsedWhenItIsNotYoungerThanTheState) {
-    const auto ofState = fs::last_write_time(project / ".qrv/qrv.state");
-    fs::last_write_time(project / ".qrv/baseline", ofState + std::chrono::nanoseconds(1));
-    EXPECT_TRUE(isUsed());
-    fs::last_write_time(project / ".qrv/baseline", ofState);
-    EXPECT_FALSE(isUsed());
-    fs::last_write_time(project / ".qrv/baseline", ofState - std::chrono::seconds(1));
-    EXPECT_FALSE(isUsed());
-    look();
+TEST_F(KeptBaselineOfAWorkingTree, IsMadeAnewWhenManyFilesHaveChangedSince) {
+    for (int number = 0; number < 200; ++number)
+        project.write({{"many/" + std::to_string(number), "x"}});
+    const std::string before = kept();
+    project.commit("Many");
+    EXPECT_NE(kept(), before);
+    EXPECT_NE(filesOfKept().find("many/199 1"), std::string::npos);
     EXPECT_TRUE(isUsed());
 }
 
 TEST_F(KeptBaselineOfAWorkingTree, IsKeptByACommit) {
     project.write({{"new", "n"}});
-    makeOlder("new", std::chrono::hours(1));
+    makeOlder("new");
     project.run({"add", "new"});
     fs::remove(project / ".qrv/baseline");
     project.run({"commit", "-m", "Second"});
-    const auto kept = qrv::readBaseline(*sys::Folder::open(project.folder.path()));
-    ASSERT_TRUE(kept && *kept);
-    EXPECT_TRUE((*kept)->state.stagedFiles.empty());
-    const std::vector<qrv::KnownFile>& files = (*kept)->baseline->files();
-    ASSERT_EQ(files.size(), 4U);
-    EXPECT_EQ(files.back().path, "new");
-    EXPECT_NE(files.back().unmodifiedTicks, qrv::KnownFile::never);
-}
-
-TEST_F(KeptBaselineOfAWorkingTree, IsNotKeptWhenTheLookChangedTheState) {
-    fs::remove(project / ".qrv/baseline");
-    project.write({{"a.txt", "TEXT"}});
-    makeOlder("a.txt", std::chrono::hours(2));
-    look();
-    EXPECT_FALSE(isKept());
+    EXPECT_EQ(filesOfKept(), ".qrv/properties/ignore 0, a.txt 4, b.dwg 7, new 1, ");
 }
 
 TEST_F(KeptBaselineOfAWorkingTree, IsNotKeptWithoutTheLock) {
@@ -215,38 +172,28 @@ TEST_F(KeptBaselineOfAWorkingTree, IsNotKeptBeforeTheFirstCommit) {
     EXPECT_FALSE(fs::exists(fresh / ".qrv/baseline"));
 }
 
-TEST_F(KeptBaselineOfAWorkingTree, IsNotKeptWithConflicts) {
-    fs::remove(project / ".qrv/baseline");
-    {
-        const auto workingTree = open(qrv::Repository::Use::change);
-        workingTree->repository().cache().write().conflicts.emplace_back(
-            L"a.txt", OdString(), common::FileChange::modified, common::FileChange::modified);
-    }
-    look();
-    EXPECT_FALSE(isKept());
-}
-
 TEST_F(KeptBaselineOfAWorkingTree, IsMadeAnewWhenItIsDamaged) {
-    const std::string before = readFile(project / ".qrv/baseline");
+    const std::string before = kept();
     for (const std::string& damaged : {std::string(), before.substr(1), before + "x"}) {
         writeFile(project / ".qrv/baseline", damaged);
-        EXPECT_FALSE(isUsed());
         look();
-        EXPECT_EQ(readFile(project / ".qrv/baseline"), before);
+        EXPECT_EQ(kept(), before);
     }
 }
 
 TEST_F(KeptBaselineOfAWorkingTree, ThatIsFarTooLongIsNotRead) {
-    const std::string before = readFile(project / ".qrv/baseline");
+    const std::string before = kept();
     fs::resize_file(project / ".qrv/baseline", 1ULL << 40);
     look();
-    EXPECT_EQ(readFile(project / ".qrv/baseline"), before);
+    EXPECT_EQ(kept(), before);
 }
 
-TEST_F(KeptBaselineOfAWorkingTree, OfALaterProgramIsPassedOver) {
-    writeFile(project / ".qrv/baseline", "qrv baseline 2\nsomething");
-    EXPECT_FALSE(isUsed());
-    EXPECT_TRUE(*qrv::readBaseline(*sys::Folder::open(project.folder.path())) == std::nullopt);
+TEST_F(KeptBaselineOfAWorkingTree, OfAnotherProgramIsPassedOver) {
+    for (const char* const bytes : {"qrv baseline 1\nsomething", "qrv baseline 3\nsomething"}) {
+        writeFile(project / ".qrv/baseline", bytes);
+        EXPECT_TRUE(*qrv::readBaseline(*sys::Folder::open(project.folder.path())) == std::nullopt);
+        EXPECT_EQ(shownFiles(*open()->baseline()), ".qrv/properties/ignore 0, a.txt 4, b.dwg 7, ");
+    }
 }
 
 TEST_F(KeptBaselineOfAWorkingTree, IsNoFileOfTheProject) {
