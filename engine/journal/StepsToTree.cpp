@@ -74,7 +74,7 @@ Expected<OdString> keep(WorkingTree& workingTree, const OdString& path) {
     if (!url)
         return url.error();
     if (const Expected<void> flushed =
-            workingTree.repository().storages().objects().flush(workingTree.root());
+            workingTree.repository().storages().flush(workingTree.root());
         !flushed)
         return flushed.error();
     workingTree.caller().note(

@@ -64,7 +64,7 @@ private:
 
     std::int64_t sizeOf(const MetadataFiles& files) const {
         std::int64_t sizeBytes = 0;
-        for (const auto& list : {files.objects, files.stores, files.leftovers}) {
+        for (const auto& list : {files.objects, files.stores, files.packs, files.leftovers}) {
             for (const MetadataFile& file : list)
                 sizeBytes += file.sizeBytes;
         }

@@ -6,10 +6,12 @@
 #include <engine/storage/StorageMessages.h>
 #include <platform/ut/Paths.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <utility>
 
 namespace qrv {
 
@@ -34,11 +36,14 @@ StoredVersionsCheck::StoredVersionsCheck(const RepositoryPlace& place, const Nam
       progress_(progress),
       findings_(findings),
       storages_([](const OdString&) { return OdString(); }),
+      packs_(place.folder),
       isChecked_(named.size()) {
     storages_.use(place.root, place.folder);
 }
 
 void StoredVersionsCheck::checkAll(const MetadataFiles& files) {
+    for (const MetadataFile& pack : files.packs)
+        checkPackOfNow(pack.name.toNarrow());
     checkObjects(files);
     findings_.attempt([this] { checkPack(); });
     for (const MetadataFile& store : files.stores)
@@ -126,6 +131,41 @@ void StoredVersionsCheck::checkPacked(PackFile& pack, const std::string& digest,
     const Expected<std::unique_ptr<VersionReader>> version = pack.read(digest);
     if (!version || *version != nullptr)
         checkContents(url, version);
+}
+
+// In the order in which the contents lie, so that each block is decoded once.
+void StoredVersionsCheck::checkPackOfNow(const std::string& name) {
+    const Expected<std::shared_ptr<const PackReader>> pack = packs_.openPack(name);
+    if (!pack)
+        return findings_.addProblem(pack.error().message);
+    const Expected<std::vector<OdString>> damage = (*pack)->damage();
+    if (!damage)
+        return findings_.addProblem(damage.error().message);
+    for (const OdString& each : *damage)
+        findings_.addProblem(each);
+    Expected<std::vector<PackEntry>> entries = (*pack)->entries();
+    if (!entries)
+        return findings_.addProblem(entries.error().message);
+    std::sort(entries->begin(), entries->end(), [](const PackEntry& left, const PackEntry& right) {
+        return std::pair(left.block, left.position) < std::pair(right.block, right.position);
+    });
+    for (const PackEntry& entry : *entries)
+        checkInPack(**pack, entry);
+}
+
+void StoredVersionsCheck::checkInPack(const PackReader& pack, const PackEntry& entry) {
+    const NamedVersions::Range named = named_.ofDigest(entry.digest);
+    const OdString url = named.count > 0 ? named_.url(named.first)
+                                         : objectUrl(OdString::fromNarrow(toDigits(entry.digest)));
+    for (std::size_t which = named.first; which < named.first + named.count; ++which)
+        isChecked_[which] = true;
+    ++(CheckedUrl::check(url)->isDrawing() ? findings_.counts().drawingVersions
+                                           : findings_.counts().packedObjects);
+    const Expected<std::optional<PackedContents>> place = pack.find(entry.digest);
+    if (!place)
+        return addDamage(url, place.error().message);
+    if (*place)
+        checkContents(url, packs_.open(**place));
 }
 
 // Oldest first, so that each drawing version finds what it builds on.

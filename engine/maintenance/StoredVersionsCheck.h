@@ -8,6 +8,7 @@
 #include <engine/repository/FindRepository.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/PackFile.h>
+#include <engine/storage/Packs.h>
 #include <engine/storage/Storages.h>
 #include <engine/storage/VersionReader.h>
 #include <platform/kernel/OdString.h>
@@ -39,6 +40,8 @@ private:
     void checkObjects(const MetadataFiles& files);
     void checkPack();
     void checkPacked(PackFile& pack, const std::string& digest, const OdString& url);
+    void checkPackOfNow(const std::string& name);
+    void checkInPack(const PackReader& pack, const PackEntry& entry);
     void checkStore(const OdString& name);
     void addDamage(const OdString& url, const OdString& problem);
     void addDatabaseDamage(Database& database);
@@ -48,6 +51,7 @@ private:
     Work& progress_;
     Findings& findings_;
     Storages storages_;
+    Packs packs_;
     /// Of each named version, whether it was looked at.
     std::vector<bool> isChecked_;
     struct Damage {

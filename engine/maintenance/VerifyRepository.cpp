@@ -101,7 +101,7 @@ std::vector<std::optional<sys::FileStamp>> stampsOf(const sys::Folder& folder) {
     std::vector<std::optional<sys::FileStamp>> stamps;
     for (const char* const path :
          {layout::historyPath, layout::statePath, layout::referenceRecordPath,
-          layout::objectsFolder, layout::oldPackPath, layout::storesFolder}) {
+          layout::objectsFolder, layout::oldPackPath, layout::packsFolder, layout::storesFolder}) {
         const sys::Outcome<sys::FileStamp> stamp = folder.stamp(path);
         stamps.push_back(stamp ? std::optional(*stamp) : std::nullopt);
     }

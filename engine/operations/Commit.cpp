@@ -81,8 +81,7 @@ Expected<StoredFiles> storeAll(Repository& repository, const std::vector<StagedF
         return ErrorMessage{tr(L"Interrupted; nothing was committed")};
     for (FileDelta& delta : stored.deltas)
         delta.previousPath = previousPath(delta.path, stored.deltas, repository.state());
-    if (const Expected<void> flushed = repository.storages().objects().flush(repository.root());
-        !flushed)
+    if (const Expected<void> flushed = repository.storages().flush(repository.root()); !flushed)
         return flushed.error();
     return stored;
 }

@@ -45,6 +45,8 @@ Expected<std::optional<OdString>> traceOfHistory(const common::RootPath& root,
     const Expected<MetadataFiles> files = listMetadata(root, folder);
     if (!files)
         return files.error();
+    if (!files->packs.empty())
+        return toPath(layout::packPath(files->packs.front().name.toNarrow()));
     if (!files->objects.empty())
         return toPath(layout::objectPath(files->objects.front().name.toNarrow()));
     if (!files->stores.empty())

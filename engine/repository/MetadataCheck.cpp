@@ -23,6 +23,7 @@ struct Entry {
 // The databases' own journals are looked at by what opens the databases.
 constexpr std::array metadata = {Entry{layout::objectsFolder, sys::FileKind::folder},
                                  Entry{layout::storesFolder, sys::FileKind::folder},
+                                 Entry{layout::packsFolder, sys::FileKind::folder},
                                  Entry{layout::statePath, sys::FileKind::regular},
                                  Entry{layout::historyPath, sys::FileKind::regular},
                                  Entry{layout::logPath, sys::FileKind::regular},

@@ -4,6 +4,7 @@
 #include <engine/paths/CheckedUrl.h>
 #include <engine/paths/Layout.h>
 #include <engine/repository/MetadataFiles.h>
+#include <engine/storage/PackRows.h>
 #include <sys/TemporaryName.h>
 
 #include <algorithm>
@@ -18,6 +19,7 @@ namespace qrv {
 namespace {
 
 constexpr std::string_view storeEnding = layout::storeEnding;
+constexpr std::string_view packEnding = layout::packEnding;
 constexpr std::string_view journalEnding = "-journal";
 
 /// A folder below the root, and the names in it, ordered.
@@ -73,6 +75,13 @@ std::optional<OdString> storeOf(const std::string& name) {
     return isStoreName(store) ? std::optional(store) : std::nullopt;
 }
 
+std::optional<OdString> packOf(const std::string& name) {
+    if (!name.ends_with(packEnding))
+        return std::nullopt;
+    const std::string pack = name.substr(0, name.size() - packEnding.size());
+    return isPackName(pack) ? std::optional(OdString::fromNarrow(pack)) : std::nullopt;
+}
+
 /// The journal of a store belongs to it.
 bool isJournal(const std::string& name, const std::vector<std::string>& names) {
     if (!name.ends_with(journalEnding))
@@ -81,7 +90,7 @@ bool isJournal(const std::string& name, const std::vector<std::string>& names) {
     return storeOf(store) && std::binary_search(names.begin(), names.end(), store);
 }
 
-/// Sorts what is in one of the two folders; `nameOf` knows what belongs there.
+/// Sorts what is in one of the folders; `nameOf` knows what belongs there.
 template <class NameOf>
 Expected<void> listFolder(const common::RootPath& root, const sys::Folder& folder,
                           const OdString& relative, NameOf nameOf, std::vector<MetadataFile>& known,
@@ -122,6 +131,10 @@ Expected<MetadataFiles> listMetadata(const common::RootPath& root, const sys::Fo
         return std::move(listed).error();
     if (Expected<void> listed =
             listFolder(root, folder, OdString(layout::storesFolder), storeOf, all.stores, all);
+        !listed)
+        return std::move(listed).error();
+    if (Expected<void> listed =
+            listFolder(root, folder, OdString(layout::packsFolder), packOf, all.packs, all);
         !listed)
         return std::move(listed).error();
     for (const char* const other :

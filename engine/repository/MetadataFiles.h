@@ -12,8 +12,8 @@ namespace qrv {
 
 /// A regular file in the metadata folder.
 struct MetadataFile {
-    /// Of an object its digest, of a drawing store its name, of anything else the path below the
-    /// root.
+    /// Of an object its digest, of a drawing store and of a pack its name, of anything else the
+    /// path below the root.
     OdString name;
     std::int64_t sizeBytes = 0;
     /// Nanoseconds since 1970.
@@ -24,9 +24,10 @@ struct MetadataFile {
 struct MetadataFiles {
     std::vector<MetadataFile> objects;
     std::vector<MetadataFile> stores;
+    std::vector<MetadataFile> packs;
     /// New files that a killed process, or one that is at work now, has not finished.
     std::vector<MetadataFile> leftovers;
-    /// What is none of these and lies among the objects or the stores.
+    /// What is none of these and lies among the objects, the stores or the packs.
     std::vector<OdString> strays;
 };
 

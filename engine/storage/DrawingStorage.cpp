@@ -1,4 +1,5 @@
 #include <engine/base/Digest.h>
+#include <engine/base/DigestBytes.h>
 #include <engine/base/Printable.h>
 #include <engine/base/SystemFailure.h>
 #include <engine/base/Translation.h>
@@ -10,10 +11,11 @@
 #include <engine/storage/DrawingStorage.h>
 #include <engine/storage/FrameStore.h>
 #include <engine/storage/StorageMessages.h>
-#include <engine/storage/WorkingFileReader.h>
+#include <engine/storage/StoreContents.h>
 #include <engine/storage/Zstd.h>
 #include <sys/Folder.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -53,18 +55,6 @@ Expected<Line> lineOf(const RelativePath& path, const OdString& previousUrl) {
 ErrorMessage cannotUse(const std::string& path, const OdString& cause) {
     return {OdString::format(tr(L"'%ls' cannot be used: %ls"),
                              printable(OdString::fromNarrow(path)), cause)};
-}
-
-Expected<void> makeStoresFolder(const sys::Folder& folder) {
-    const sys::Outcome<sys::FileStatus> status = folder.status(layout::storesFolder);
-    if (status && status->kind == sys::FileKind::folder)
-        return {};
-    std::error_code error = folder.makeFolders(layout::storesFolder);
-    if (!error)
-        error = folder.flush(layout::metadataFolder);
-    if (error)
-        return cannotUse(layout::storesFolder, causeOf(error));
-    return {};
 }
 
 FrameStore openStoreFile(const sys::Folder& folder, const common::RootPath& root,
@@ -110,56 +100,39 @@ Expected<void> removeFrom(FrameStore& store, const CheckedUrl& url) {
     return {};
 }
 
-// One try to add the working file: the digest of its contents.
-Expected<std::string> addTo(FrameStore& store, WorkingFileReader& file, const Line& line) {
-    DatabaseTransaction transaction(store.database());
-    std::optional<Frame> previous;
-    if (line.previous)
-        previous = store.find(*line.previous);
-    if (!previous)
-        previous = store.newest();
-    Expected<FrameStore::Added> added = store.add(file, previous);
-    if (!added)
-        return std::move(added).error();
-    transaction.commit();
-    return std::move(added->frame.digest);
-}
-
 }  // namespace
 
-DrawingStorage::DrawingStorage(PreviousUrl previousUrl) : previousUrl_(std::move(previousUrl)) {
+DrawingStorage::DrawingStorage(PreviousUrl previousUrl, std::shared_ptr<PacksByRoot> packs)
+    : HostStorage(std::move(packs)), previousUrl_(std::move(previousUrl)) {
 }
 
 Expected<StoredFile> DrawingStorage::storeFile(const common::RootPath& root,
-                                               const RelativePath& path) try {
+                                               const RelativePath& path) {
     const Expected<sys::Folder> folder = folderOf(root);
     if (!folder)
         return folder.error();
+    const Expected<Packs*> packs = packsOf(root);
+    if (!packs)
+        return packs.error();
     const Expected<Line> line = lineOf(path, previousUrl_(path.text()));
     if (!line)
         return line.error();
-    for (bool isRetry = false;; isRetry = true) {
-        const Expected<std::unique_ptr<WorkingFileReader>> file =
-            WorkingFileReader::open(*folder, path);
-        if (!file)
-            return file.error();
-        if (Expected<void> made = makeStoresFolder(*folder); !made)
-            return made.error();
-        FrameStore store = openStoreFile(*folder, root, line->store, Database::Access::create);
-        const Expected<std::string> digest = addTo(store, **file, *line);
-        if (digest) {
-            // It may have been there already, in a file that nobody wrote to for long.
-            if (const std::error_code error =
-                    folder->refresh(layout::drawingStorePath(line->store), ageToRefresh))
-                return cannotUse(layout::drawingStorePath(line->store), causeOf(error));
-            return StoredFile{.url = drawingUrl(line->store, OdString::fromNarrow(*digest)),
-                              .stamp = (**file).stamp()};
-        }
-        if (isRetry || !(**file).hasChanged())
-            return digest.error();
-    }
-} catch (const DatabaseError& error) {
-    return ErrorMessage{error.description()};
+    const auto isKeptElsewhere = [&](const std::string& digest, std::int64_t) {
+        const Expected<bool> isKept =
+            renewOld(root, drawingUrl(line->store, OdString::fromNarrow(digest)));
+        return isKept && *isKept;
+    };
+    const StoreRequest request = {
+        .packs = **packs,
+        .previous = line->previous ? std::optional(toDigestBytes(*line->previous)) : std::nullopt,
+        .longestSpan = longestSpanBytes,
+        .isKeptElsewhere = isKeptElsewhere,
+        .sharing = nullptr};
+    const Expected<StoredContents> stored = storeContents(*folder, path, request);
+    if (!stored)
+        return stored.error();
+    return StoredFile{.url = drawingUrl(line->store, OdString::fromNarrow(stored->digest)),
+                      .stamp = stored->stamp};
 }
 
 // What the database throws becomes the answer.
@@ -189,18 +162,44 @@ Answer DrawingStorage::onRevision(const common::RootPath& root, const OdString& 
                    [&](FrameStore& store) { return call(store, *checked); });
 }
 
+// Where the packs have the revision: nothing when they have not.
+Expected<std::optional<PackedContents>> DrawingStorage::placeInPacks(const common::RootPath& root,
+                                                                     const OdString& url) {
+    const Expected<CheckedUrl> checked = CheckedUrl::check(url);
+    if (!checked)
+        return checked.error();
+    if (!checked->isDrawing())
+        return std::optional<PackedContents>();
+    const Expected<Packs*> packs = packsOf(root);
+    if (!packs)
+        return packs.error();
+    return (*packs)->find(toDigestBytes(checked->digest().toNarrow()));
+}
+
 Expected<std::unique_ptr<VersionReader>> DrawingStorage::open(const common::RootPath& root,
                                                               const OdString& url) {
     using Version = Expected<std::unique_ptr<VersionReader>>;
-    return onRevision(root, url, Database::Access::readOnly, Version(nullptr),
-                      [](FrameStore& store, const CheckedUrl& checked) {
-                          const std::optional<Frame> frame = frameOf(store, checked);
-                          return frame ? store.open(*frame) : Version(nullptr);
-                      });
+    const Expected<std::optional<PackedContents>> place = placeInPacks(root, url);
+    if (place && *place)
+        return (*packsOf(root))->open(**place);
+    Version old = onRevision(root, url, Database::Access::readOnly, Version(nullptr),
+                             [](FrameStore& store, const CheckedUrl& checked) {
+                                 const std::optional<Frame> frame = frameOf(store, checked);
+                                 return frame ? store.open(*frame) : Version(nullptr);
+                             });
+    // A pack that cannot be read may have had it.
+    return old && *old == nullptr && !place ? Version(place.error()) : std::move(old);
 }
 
 Expected<bool> DrawingStorage::renew(const common::RootPath& root, const OdString& url) {
-    Expected<bool> isKept = contains(root, url);
+    const Expected<std::optional<PackedContents>> place = placeInPacks(root, url);
+    if (place && *place)
+        return (*packsOf(root))->renew(**place);
+    return renewOld(root, url);
+}
+
+Expected<bool> DrawingStorage::renewOld(const common::RootPath& root, const OdString& url) {
+    Expected<bool> isKept = containsOld(root, url);
     if (!isKept || !*isKept)
         return isKept;
     const Expected<sys::Folder> folder = folderOf(root);
@@ -211,6 +210,14 @@ Expected<bool> DrawingStorage::renew(const common::RootPath& root, const OdStrin
 }
 
 Expected<bool> DrawingStorage::contains(const common::RootPath& root, const OdString& url) {
+    const Expected<std::optional<PackedContents>> place = placeInPacks(root, url);
+    if (place && *place)
+        return true;
+    Expected<bool> isKept = containsOld(root, url);
+    return isKept && !*isKept && !place ? Expected<bool>(place.error()) : std::move(isKept);
+}
+
+Expected<bool> DrawingStorage::containsOld(const common::RootPath& root, const OdString& url) {
     return onRevision(root, url, Database::Access::readOnly, Expected<bool>(false),
                       [](FrameStore& store, const CheckedUrl& checked) {
                           return Expected<bool>(frameOf(store, checked).has_value());
@@ -218,16 +225,29 @@ Expected<bool> DrawingStorage::contains(const common::RootPath& root, const OdSt
 }
 
 Expected<void> DrawingStorage::remove(const common::RootPath& root, const OdString& url) {
+    const Expected<std::optional<PackedContents>> place = placeInPacks(root, url);
+    if (!place)
+        return place.error();
+    if (*place) {
+        if (Expected<void> removed = (*packsOf(root))->remove((**place).digest); !removed)
+            return removed;
+    }
     return onRevision(root, url, Database::Access::readWrite, Expected<void>(), removeFrom);
 }
 
 Expected<std::vector<OdString>> DrawingStorage::revisions(const common::RootPath& root,
                                                           const OdString& url) {
     using Urls = Expected<std::vector<OdString>>;
-    return onRevision(root, url, Database::Access::readOnly, Urls(std::vector<OdString>()),
-                      [](FrameStore& store, const CheckedUrl& checked) {
-                          return Urls(urlsOf(store, checked.store()));
-                      });
+    const Expected<std::optional<PackedContents>> place = placeInPacks(root, url);
+    if (!place)
+        return place.error();
+    Urls urls = onRevision(root, url, Database::Access::readOnly, Urls(std::vector<OdString>()),
+                           [](FrameStore& store, const CheckedUrl& checked) {
+                               return Urls(urlsOf(store, checked.store()));
+                           });
+    if (urls && *place && std::find(urls->begin(), urls->end(), url) == urls->end())
+        urls->push_back(url);
+    return urls;
 }
 
 Expected<std::vector<OdString>> DrawingStorage::revisionsIn(const common::RootPath& root,

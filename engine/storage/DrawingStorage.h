@@ -2,41 +2,39 @@
 
 #include <engine/storage/FrameStore.h>
 #include <engine/storage/HostStorage.h>
+#include <engine/storage/PreviousUrl.h>
 #include <sys/Folder.h>
 
-#include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace qrv {
 
-/// Keeps drawings as `.qrv/tf/<store>.tf`, one SQLite file a drawing: a revision is a zstd frame
-/// against the one that it continues, or one of its own where that saves nothing, and any revision
-/// is restored from at most 16 frames. A revision is named by the digest of its contents, so equal
-/// contents in one store are kept once. docs/formats/drawing-store.md describes the file.
-///
-/// A revision is safe on the disk when `storeFile` returns.
+/// Keeps drawings in packs (Packs.h), by the digest of their contents: equal contents once. The
+/// name of the store in their URLs only says which drawings continue each other. What earlier
+/// programs have kept in the store of that name, `.qrv/tf/<store>.tf`, one SQLite file a drawing,
+/// is found there (docs/formats/drawing-store.md).
 class DrawingStorage : public HostStorage {
 public:
-    /// Gives the storage URL of the version that a working file continues (its own in HEAD, or the
-    /// one it was renamed from), or an empty text: the drawing then goes on in that version's
-    /// store.
-    using PreviousUrl = std::function<OdString(const OdString& path)>;
+    explicit DrawingStorage(PreviousUrl previousUrl,
+                            std::shared_ptr<PacksByRoot> packs = std::make_shared<PacksByRoot>());
 
-    explicit DrawingStorage(PreviousUrl previousUrl);
-
-    /// A drawing without a previous version goes on in the store that is named after its path, and
-    /// is kept against the newest revision there.
+    /// A drawing without a previous version gets the store that is named after its path.
     Expected<StoredFile> storeFile(const common::RootPath& root, const RelativePath& path) override;
     Expected<std::unique_ptr<VersionReader>> open(const common::RootPath& root,
                                                   const OdString& url) override;
     Expected<bool> renew(const common::RootPath& root, const OdString& url) override;
     Expected<bool> contains(const common::RootPath& root, const OdString& url) override;
-    /// Forgets the revision; the one that was kept as a difference from it is written anew first,
-    /// in one transaction. One that is not there is no error.
+    /// Forgets the revision, whatever store names it; what is kept as a difference from it is
+    /// written anew first. One that is not there is no error.
     Expected<void> remove(const common::RootPath& root, const OdString& url) override;
+    /// Those in the old store, oldest first, and this one: versions in packs do not know each
+    /// other.
     Expected<std::vector<OdString>> revisions(const common::RootPath& root,
                                               const OdString& url) override;
+
+    // What earlier programs have kept.
 
     /// The URLs of all revisions in the store of that name, oldest first; none when there is no
     /// such store.
@@ -49,6 +47,10 @@ public:
     Expected<void> removeStore(const common::RootPath& root, const OdString& store);
 
 private:
+    Expected<std::optional<PackedContents>> placeInPacks(const common::RootPath& root,
+                                                         const OdString& url);
+    Expected<bool> renewOld(const common::RootPath& root, const OdString& url);
+    Expected<bool> containsOld(const common::RootPath& root, const OdString& url);
     template <class Answer, class Call>
     Answer onStore(const common::RootPath& root, const OdString& store, Database::Access access,
                    Answer ifMissing, Call call);

@@ -88,6 +88,23 @@ Expected<sys::Folder> HostStorage::folderOf(const common::RootPath& root) {
     return folders_.emplace(root.path(), std::move(*folder)).first->second;
 }
 
+Expected<Packs*> HostStorage::packsOf(const common::RootPath& root) {
+    const auto known = packs_->find(root.path());
+    if (known != packs_->end())
+        return &known->second;
+    const Expected<sys::Folder> folder = folderOf(root);
+    if (!folder)
+        return folder.error();
+    return &packs_->try_emplace(root.path(), *folder).first->second;
+}
+
+Expected<void> HostStorage::flush(const common::RootPath& root) {
+    const Expected<Packs*> packs = packsOf(root);
+    if (!packs)
+        return packs.error();
+    return (*packs)->flush();
+}
+
 Expected<OdString> HostStorage::store(const common::RootPath& root, const OdString& path) {
     const Expected<RelativePath> checked = RelativePath::check(path);
     if (!checked)

@@ -2,6 +2,7 @@
 
 #include <common/storage/FileStorage.h>
 #include <engine/paths/RelativePath.h>
+#include <engine/storage/Packs.h>
 #include <engine/storage/VersionReader.h>
 #include <sys/FileStamp.h>
 #include <sys/Folder.h>
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace qrv {
 
@@ -20,23 +22,33 @@ struct StoredFile {
     sys::FileStamp stamp;
 };
 
-/// What the storages of this program have in common: everything that reads a version out. Each
-/// contents is checked against its digest before it gets a name anywhere, and appears there as a
-/// whole.
+/// The packs of each repository that a process works in, by its path. The storages share them.
+using PacksByRoot = std::map<OdString, Packs>;
+
+/// What the storages of this program have in common: the packs, in which they keep all new
+/// contents, and everything that reads a version out. Each contents is checked against its digest
+/// before it gets a name anywhere, and appears there as a whole.
 ///
 /// A URL that is not safe (see CheckedUrl) and a path that is not (see RelativePath) are errors of
 /// every operation. So is a working file below a symbolic link.
 class HostStorage : public common::FileStorage {
 public:
+    explicit HostStorage(std::shared_ptr<PacksByRoot> packs) : packs_(std::move(packs)) {}
+
     /// Reaches the files of that root beneath the handle that is open already, and not by its path
     /// once more.
     void use(const common::RootPath& root, const sys::Folder& folder) {
         folders_.insert_or_assign(root.path(), folder);
     }
     /// Stores a working file. When it changes while it is read, which its stamps before and after
-    /// tell, it is tried once more, and then fails.
+    /// tell, it is tried once more, and then fails. The version is found at once, but is safe on
+    /// the disk only after `flush`.
     virtual Expected<StoredFile> storeFile(const common::RootPath& root,
                                            const RelativePath& path) = 0;
+    /// Hands everything that was stored since the last call, by this or by a storage that shares
+    /// the packs, over to the disk, in one step. After a failure it is there as a whole or
+    /// forgotten.
+    virtual Expected<void> flush(const common::RootPath& root);
     /// The same by the text of the path, for whoever wants to know the URL alone.
     Expected<OdString> store(const common::RootPath& root, const OdString& path) override;
     /// Opens a version for reading; null when it is not kept here.
@@ -75,8 +87,10 @@ protected:
     /// The root's folder, which is opened once and stays open: commands touch thousands of files
     /// below it.
     Expected<sys::Folder> folderOf(const common::RootPath& root);
+    Expected<Packs*> packsOf(const common::RootPath& root);
 
 private:
+    std::shared_ptr<PacksByRoot> packs_;
     std::map<OdString, sys::Folder> folders_;
 };
 

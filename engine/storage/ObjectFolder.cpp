@@ -54,18 +54,35 @@ Expected<void> ObjectFolder::openForChange() {
     return {};
 }
 
-sys::Outcome<sys::NewFile> ObjectFolder::begin() const {
-    return folder_->newFile("object", objectPermissions);
+// Tried beside the folder, which is not made for nothing.
+bool ObjectFolder::canShareBlocks(const sys::InputFile& source) {
+    if (!canShareBlocks_) {
+        sys::Outcome<sys::NewFile> trial =
+            rootFolder_.newFile(std::string(layout::objectsFolder) + "-trial", objectPermissions);
+        canShareBlocks_ = trial && !trial->shareBlocks(source);
+    }
+    return *canShareBlocks_;
 }
 
-bool ObjectFolder::sharesBlocks(sys::NewFile& object, const sys::InputFile& source) {
-    canShareBlocks_ = canShareBlocks_ && !object.shareBlocks(source);
-    return canShareBlocks_;
+Expected<std::optional<sys::NewFile>> ObjectFolder::share(const sys::InputFile& source,
+                                                          const OdString& path) {
+    if (Expected<void> opened = openForChange(); !opened)
+        return std::move(opened).error();
+    sys::Outcome<sys::NewFile> object = folder_->newFile("object", objectPermissions);
+    if (!object)
+        return cannotStore(path, causeOf(object.error()));
+    if (object->shareBlocks(source))
+        return std::optional<sys::NewFile>();
+    return std::optional(std::move(*object));
 }
 
-void ObjectFolder::keep(const std::string& digest, sys::NewFile object, const OdString& path) {
+Expected<void> ObjectFolder::keep(const std::string& digest, sys::NewFile object,
+                                  const OdString& path) {
+    if (const std::error_code error = object.close())
+        return cannotStore(path, causeOf(error));
     object.setName(digest);
     waiting_.insert_or_assign(digest, Waiting{.file = std::move(object), .path = path});
+    return {};
 }
 
 Expected<void> ObjectFolder::flushContents(WaitingObjects& objects) const {
@@ -123,7 +140,18 @@ bool ObjectFolder::renew(const std::string& digest) {
            !rootFolder_.refresh(layout::oldPackPath, ageToRefresh);
 }
 
+// Asked once: whoever stores holds the lock, so nobody else adds anything.
+bool ObjectFolder::isNowhere() {
+    if (!isNowhere_) {
+        const sys::Outcome<sys::FileStatus> folder = rootFolder_.status(layout::objectsFolder);
+        isNowhere_ = !folder && sys::meansAbsent(folder.error()) && pack() == nullptr;
+    }
+    return *isNowhere_ && waiting_.empty() && !folder_;
+}
+
 bool ObjectFolder::hasWhole(const std::string& digest, std::int64_t sizeBytes) {
+    if (isNowhere())
+        return false;
     return looseSize(digest).value_or(sizeBytes) == sizeBytes && renew(digest);
 }
 

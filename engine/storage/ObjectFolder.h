@@ -6,6 +6,7 @@
 #include <engine/storage/VersionReader.h>
 #include <platform/kernel/OdString.h>
 #include <sys/Folder.h>
+#include <sys/InputFile.h>
 #include <sys/NewFile.h>
 
 #include <cstdint>
@@ -16,25 +17,26 @@
 
 namespace qrv {
 
-/// The objects of one repository: those in `.qrv/objects`, those that wait for their names, and
-/// those in the pack. Objects are named by their digests, which the caller has checked.
+/// The objects of one repository that lie outside the packs: those in `.qrv/objects`, of which only
+/// such are added as share their blocks with the working file, those that wait for their names, and
+/// those that earlier programs have packed. Objects are named by their digests, which the caller
+/// has checked.
 ///
-/// Everything but making and keeping objects may throw `DatabaseError`, for the pack.
+/// Everything but adding objects may throw `DatabaseError`, for the old pack.
 class ObjectFolder {
 public:
     ObjectFolder(common::RootPath root, sys::Folder rootFolder);
 
-    /// Opens the folder for new objects, and makes it when it is missing.
-    Expected<void> openForChange();
-    /// Begins a new object, whose name may not be known yet. After `openForChange`.
-    sys::Outcome<sys::NewFile> begin() const;
-    /// Whether the new object now shares the blocks of `source`. After one no, the file system is
-    /// not asked again.
-    bool sharesBlocks(sys::NewFile& object, const sys::InputFile& source);
-    /// Takes over a new object that was written and closed. `path` is the working file, for the
-    /// messages.
-    void keep(const std::string& digest, sys::NewFile object, const OdString& path);
-    /// See `ObjectStorage::flush`.
+    /// Whether the file system lets files share blocks, as far as the first try tells.
+    bool canShareBlocks(const sys::InputFile& source);
+    /// Makes an object that shares the blocks of the source. Nothing when the file system cannot do
+    /// that after all.
+    Expected<std::optional<sys::NewFile>> share(const sys::InputFile& source, const OdString& path);
+    /// Takes over a new object, which has a name only after `flush`. `path` is the working file,
+    /// for the messages.
+    Expected<void> keep(const std::string& digest, sys::NewFile object, const OdString& path);
+    /// Hands all objects over to the disk and gives them their names. After a failure each of them
+    /// is there as a whole or not at all, and those that are not are forgotten.
     Expected<void> flush();
 
     bool contains(const std::string& digest);
@@ -53,6 +55,7 @@ private:
     };
     using WaitingObjects = std::map<std::string, Waiting>;
 
+    Expected<void> openForChange();
     std::error_code openOrMakeFolder();
     Expected<void> flushContents(WaitingObjects& objects) const;
     Expected<void> flushNames();
@@ -61,7 +64,8 @@ private:
     const sys::Folder& start() const { return folder_ ? *folder_ : rootFolder_; }
     /// Its size, if it is there with a name and is a regular file.
     std::optional<std::int64_t> looseSize(const std::string& digest) const;
-    /// Opens the pack once there is one.
+    bool isNowhere();
+    /// Opens the old pack once there is one.
     PackFile* pack();
 
     common::RootPath root_;
@@ -70,7 +74,9 @@ private:
     std::optional<sys::Folder> folder_;
     /// Whether the folder itself was made here and is not safe on the disk yet.
     bool isNew_ = false;
-    bool canShareBlocks_ = true;
+    std::optional<bool> canShareBlocks_;
+    /// Whether there was neither a folder nor an old pack when something was to be stored.
+    std::optional<bool> isNowhere_;
     WaitingObjects waiting_;
     std::optional<PackFile> pack_;
 };

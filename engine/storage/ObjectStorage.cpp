@@ -1,12 +1,11 @@
-#include <engine/base/SystemFailure.h>
-#include <engine/base/Translation.h>
+#include <engine/base/DigestBytes.h>
 #include <engine/paths/CheckedUrl.h>
 #include <engine/paths/Layout.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/storage/ObjectFolder.h>
 #include <engine/storage/ObjectStorage.h>
 #include <engine/storage/StorageMessages.h>
-#include <engine/storage/StoreObject.h>
+#include <engine/storage/StoreContents.h>
 
 #include <map>
 #include <string>
@@ -26,23 +25,8 @@ auto withoutException(Call call) -> decltype(call()) {
     }
 }
 
-Expected<StoredFile> storeFrom(ObjectFolder& objects, const sys::Folder& root,
-                               const RelativePath& path) {
-    constexpr int attempts = 2;
-    for (int attempt = 0; attempt < attempts; ++attempt) {
-        sys::Outcome<sys::InputFile> source = root.openFile(path.bytes());
-        const sys::Outcome<sys::FileStamp> stamp = source ? source->stamp() : source.error();
-        if (!stamp)
-            return cannotStore(path.text(), causeOf(stamp.error()));
-        const Expected<std::optional<std::string>> digest =
-            storeObject(objects, *source, *stamp, path.text());
-        if (!digest)
-            return digest.error();
-        if (*digest)
-            return StoredFile{.url = objectUrl(OdString::fromNarrow(**digest)), .stamp = *stamp};
-    }
-    return cannotStore(path.text(), tr(L"it changes while it is read"));
-}
+// Together with what they continue, contents are held in memory.
+constexpr std::int64_t longestSpan = std::int64_t{256} << 20;
 
 }  // namespace
 
@@ -50,7 +34,10 @@ struct ObjectStorage::Implementation {
     std::map<OdString, ObjectFolder> folders;
 };
 
-ObjectStorage::ObjectStorage() : implementation_(std::make_unique<Implementation>()) {
+ObjectStorage::ObjectStorage(PreviousUrl previousUrl, std::shared_ptr<PacksByRoot> packs)
+    : HostStorage(std::move(packs)),
+      previousUrl_(std::move(previousUrl)),
+      implementation_(std::make_unique<Implementation>()) {
 }
 
 ObjectStorage::~ObjectStorage() = default;
@@ -74,16 +61,35 @@ Expected<StoredFile> ObjectStorage::storeFile(const common::RootPath& root,
     const Expected<ObjectFolder*> objects = objectsOf(root);
     if (!objects)
         return objects.error();
-    if (const Expected<void> opened = (*objects)->openForChange(); !opened)
-        return opened.error();
-    return withoutException([&] { return storeFrom(**objects, *folder, path); });
+    const Expected<Packs*> packs = packsOf(root);
+    if (!packs)
+        return packs.error();
+    const std::string previous = digestOfUrl(previousUrl_(path.text())).toNarrow();
+    const StoreRequest request = {
+        .packs = **packs,
+        .previous = previous.empty() ? std::nullopt : std::optional(toDigestBytes(previous)),
+        .longestSpan = longestSpan,
+        .isKeptElsewhere =
+            [&objects](const std::string& digest, std::int64_t sizeBytes) {
+                return (*objects)->hasWhole(digest, sizeBytes);
+            },
+        .sharing = *objects};
+    return withoutException([&]() -> Expected<StoredFile> {
+        const Expected<StoredContents> stored = storeContents(*folder, path, request);
+        if (!stored)
+            return stored.error();
+        return StoredFile{.url = objectUrl(OdString::fromNarrow(stored->digest)),
+                          .stamp = stored->stamp};
+    });
 }
 
 Expected<void> ObjectStorage::flush(const common::RootPath& root) {
     const Expected<ObjectFolder*> objects = objectsOf(root);
     if (!objects)
         return objects.error();
-    return (*objects)->flush();
+    if (Expected<void> flushed = (*objects)->flush(); !flushed)
+        return flushed;
+    return HostStorage::flush(root);
 }
 
 template <class Answer, class Call>
@@ -97,36 +103,51 @@ Answer ObjectStorage::onObject(const common::RootPath& root, const OdString& url
     const Expected<ObjectFolder*> objects = objectsOf(root);
     if (!objects)
         return objects.error();
-    return withoutException([&] { return call(**objects, checked->digest().toNarrow()); });
+    const Expected<Packs*> packs = packsOf(root);
+    if (!packs)
+        return packs.error();
+    return withoutException([&] { return call(**packs, **objects, checked->digest().toNarrow()); });
 }
 
 Expected<std::unique_ptr<VersionReader>> ObjectStorage::open(const common::RootPath& root,
                                                              const OdString& url) {
     using Version = Expected<std::unique_ptr<VersionReader>>;
     return onObject(root, url, Version(nullptr),
-                    [&](ObjectFolder& objects, const std::string& digest) {
-                        return objects.read(digest, url);
+                    [&](Packs& packs, ObjectFolder& objects, const std::string& digest) {
+                        Version packed = packs.open(toDigestBytes(digest));
+                        if (packed && *packed != nullptr)
+                            return packed;
+                        Version found = objects.read(digest, url);
+                        // A pack that cannot be read may have had it.
+                        return found && *found == nullptr ? std::move(packed) : std::move(found);
                     });
 }
 
 Expected<bool> ObjectStorage::renew(const common::RootPath& root, const OdString& url) {
     return onObject(root, url, Expected<bool>(false),
-                    [](ObjectFolder& objects, const std::string& digest) {
+                    [](Packs& packs, ObjectFolder& objects, const std::string& digest) {
+                        const auto place = packs.find(toDigestBytes(digest));
+                        if (place && *place)
+                            return Expected<bool>(packs.renew(**place));
                         return Expected<bool>(objects.renew(digest));
                     });
 }
 
 Expected<bool> ObjectStorage::contains(const common::RootPath& root, const OdString& url) {
     return onObject(root, url, Expected<bool>(false),
-                    [](ObjectFolder& objects, const std::string& digest) {
-                        return Expected<bool>(objects.contains(digest));
+                    [](Packs& packs, ObjectFolder& objects, const std::string& digest) {
+                        const auto place = packs.find(toDigestBytes(digest));
+                        if ((place && *place) || objects.contains(digest))
+                            return Expected<bool>(true);
+                        return place ? Expected<bool>(false) : Expected<bool>(place.error());
                     });
 }
 
 Expected<void> ObjectStorage::remove(const common::RootPath& root, const OdString& url) {
     return onObject(root, url, Expected<void>(),
-                    [&](ObjectFolder& objects, const std::string& digest) {
-                        return objects.remove(digest, url);
+                    [&](Packs& packs, ObjectFolder& objects, const std::string& digest) {
+                        Expected<void> removed = packs.remove(toDigestBytes(digest));
+                        return removed ? objects.remove(digest, url) : removed;
                     });
 }
 

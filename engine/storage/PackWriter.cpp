@@ -7,6 +7,7 @@
 #include <engine/storage/Zstd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace qrv {
@@ -15,6 +16,7 @@ namespace {
 
 // Nobody needs to write to a pack again.
 constexpr std::uint32_t packPermissions = 0444;
+constexpr std::chrono::hours leftoverAge{24};
 // So many bytes go into the file in one call.
 constexpr std::size_t bufferBytes = 256UL << 10;
 // A difference has a row of its own in the table of blocks, so that of less it saves nothing.
@@ -24,6 +26,10 @@ constexpr std::int64_t thoroughlyAnyway = std::int64_t{16} << 20;
 
 ErrorMessage cause(std::error_code error) {
     return {causeOf(error)};
+}
+
+ErrorMessage folderFailure(std::error_code error) {
+    return cannotWrite(OdString(layout::packsFolder), causeOf(error));
 }
 
 }  // namespace
@@ -51,6 +57,7 @@ std::error_code PackWriter::begin() {
     if (!file)
         return file.error();
     file_.emplace(std::move(*file));
+    root_.removeLeftovers(layout::packsFolder, leftoverAge);
     return write(packHeader);
 }
 
@@ -62,6 +69,8 @@ std::error_code PackWriter::write(std::span<const char> bytes) {
 
 std::error_code PackWriter::writeOut() {
     const std::error_code error = file_->write(buffer_);
+    if (error)
+        failure_ = cause(error);
     buffer_.clear();
     return error;
 }
@@ -69,6 +78,8 @@ std::error_code PackWriter::writeOut() {
 Expected<void> PackWriter::add(const DigestBytes& digest, std::span<const char> contents,
                                const std::optional<DifferenceBase>& base,
                                const std::optional<Sketch>& sketch) {
+    if (failure_)
+        return *failure_;
     if (contains(digest))
         return {};
     EncodedBlock encoded;
@@ -92,7 +103,7 @@ Expected<void> PackWriter::add(const DigestBytes& digest, std::span<const char> 
         encoded = std::move(*alone);
     }
     const std::uint32_t number = tables_.addBlock();
-    if (Expected<void> written = writeBlock(number, contents, encoded, against); !written)
+    if (Expected<void> written = noted(writeBlock(number, contents, encoded, against)); !written)
         return written;
     tables_.addEntry(
         {.digest = digest,
@@ -120,6 +131,13 @@ Expected<void> PackWriter::addShared(const DigestBytes& digest, std::span<const 
     return {};
 }
 
+// What could not be written must not be missed by whoever only asks at the end.
+Expected<void> PackWriter::noted(Expected<void> result) {
+    if (!result)
+        failure_ = result.error();
+    return result;
+}
+
 Expected<void> PackWriter::writeShared() {
     if (!shared_)
         return {};
@@ -127,8 +145,8 @@ Expected<void> PackWriter::writeShared() {
     const Expected<EncodedBlock> encoded =
         encodeAlone(shared.contents, effortFor(std::ssize(shared.contents)));
     if (!encoded)
-        return encoded.error();
-    return writeBlock(shared.number, shared.contents, *encoded, nullptr);
+        return noted(encoded.error());
+    return noted(writeBlock(shared.number, shared.contents, *encoded, nullptr));
 }
 
 Expected<void> PackWriter::writeBlock(std::uint32_t number, std::span<const char> contents,
@@ -155,7 +173,7 @@ Expected<void> PackWriter::writeBlock(std::uint32_t number, std::span<const char
 // What it fails with after it has written something stays in the file, where nothing names it.
 Expected<PackBlock> PackWriter::writeStreamed(VersionReader& contents, Digest& digest) {
     if (const std::error_code error = begin())
-        return cause(error);
+        return folderFailure(error);
     PackBlock block = {.offset = offset_, .sizeBytes = contents.sizeBytes()};
     std::error_code error;
     const auto sink = [&](std::span<const char> bytes) {
@@ -177,7 +195,7 @@ Expected<PackBlock> PackWriter::writeStreamed(VersionReader& contents, Digest& d
             } else {
                 sink(bytes);
             }
-            return error ? cause(error) : Expected<void>();
+            return error ? folderFailure(error) : Expected<void>();
         });
     if (!read)
         return read.error();
@@ -187,7 +205,7 @@ Expected<PackBlock> PackWriter::writeStreamed(VersionReader& contents, Digest& d
         block.kind = BlockKind::frame;
     }
     if (error)
-        return cause(error);
+        return folderFailure(error);
     block.storedBytes = offset_ - block.offset;
     return block;
 }
@@ -216,6 +234,8 @@ Expected<void> PackWriter::copy(const PackReader& from, const PackBlock& block,
     if (std::all_of(entries.begin(), entries.end(),
                     [this](const KeptEntry& kept) { return contains(kept.entry.digest); }))
         return {};
+    if (failure_)
+        return *failure_;
     if (const std::error_code error = begin())
         return cause(error);
     PackBlock copied = block;
@@ -289,12 +309,13 @@ sys::Outcome<std::string> PackWriter::publish() {
 Expected<std::string> PackWriter::finish() {
     if (isEmpty())
         return std::string();
-    const OdString folder(layout::packsFolder);
     if (const Expected<void> written = writeShared(); !written)
-        return cannotWrite(folder, written.error().message);
+        return cannotWrite(OdString(layout::packsFolder), written.error().message);
+    if (failure_)
+        return cannotWrite(OdString(layout::packsFolder), failure_->message);
     sys::Outcome<std::string> name = publish();
     if (!name)
-        return cannotWrite(folder, causeOf(name.error()));
+        return folderFailure(name.error());
     return std::move(*name);
 }
 

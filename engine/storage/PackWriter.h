@@ -40,8 +40,9 @@ struct KeptEntry {
 ///     writer.add(digest, contents, std::nullopt, std::nullopt);
 ///     writer.finish();
 ///
-/// A failure of anything but `finish` gives the bare cause, such as "No space left on device", for
-/// a message about whatever was to be kept. After one of them the writer can only be given up.
+/// A failure of `add`, `copy` and `find` gives the bare cause, such as "No space left on device",
+/// for a message about whatever was to be kept. After any failure but one of a reader, all that
+/// follow fail as well.
 class PackWriter {
 public:
     /// The folder of the packs is made where it is missing. Also with little effort, the first
@@ -54,8 +55,9 @@ public:
     Expected<void> add(const DigestBytes& digest, std::span<const char> contents,
                        const std::optional<DifferenceBase>& base,
                        const std::optional<Sketch>& sketch);
-    /// Adds contents of any length, in a block of their own, and gives their digest. Takes at most
-    /// 300 MiB of memory. Fails with the error of the reader; then nothing was added.
+    /// Adds contents of any length, in a block of their own, and gives their digest. Takes some
+    /// 100 MiB of memory. Fails with the error of the reader, or with one that names the folder;
+    /// then nothing was added.
     Expected<DigestBytes> addStreamed(VersionReader& contents, const std::optional<Sketch>& sketch);
     /// Takes over a block as it is, with the entries of it that are to be kept and that are not
     /// here already.
@@ -92,6 +94,7 @@ private:
     Expected<void> addShared(const DigestBytes& digest, std::span<const char> contents,
                              const std::optional<Sketch>& sketch);
     Expected<void> writeShared();
+    Expected<void> noted(Expected<void> result);
     Expected<void> writeBlock(std::uint32_t number, std::span<const char> contents,
                               const EncodedBlock& encoded, const DifferenceBase* base);
     Expected<PackBlock> writeStreamed(VersionReader& contents, Digest& digest);
@@ -107,6 +110,8 @@ private:
     std::int64_t offset_ = 0;
     std::string buffer_;
     std::optional<Shared> shared_;
+    // Why not everything that was added is in the file.
+    std::optional<ErrorMessage> failure_;
     PackTables tables_;
     // For reading what was added.
     std::shared_ptr<const PackSource> source_;

@@ -236,6 +236,10 @@ PackWriter& Packs::writer() {
     return *writer_;
 }
 
+Expected<void> Packs::makeRoom() {
+    return writer_ && writer_->isFull() ? flush() : Expected<void>();
+}
+
 Expected<void> Packs::flush() {
     if (!writer_)
         return {};

@@ -59,9 +59,16 @@ public:
     /// The pack for new contents; it is found in at once, but has its name, and is safe on the
     /// disk, only after `flush`.
     PackWriter& writer();
+    /// Ends the pack that is being written when it is full, so that `writer` begins another.
+    Expected<void> makeRoom();
     Expected<void> flush();
     /// Forgets what was added and not flushed.
     void giveUp() { writer_.reset(); }
+
+    /// Forgets contents: the packs in which they lie, or that build on them, are written anew
+    /// without them. Contents that are nowhere are no error. Fails when something that builds on
+    /// them cannot be read; then they stay.
+    Expected<void> remove(const DigestBytes& digest);
 
     /// The packs as they are named now, in the order of their names, of which only those are open
     /// that were needed. Fails when the folder cannot be read.
@@ -81,6 +88,8 @@ private:
     Expected<void> list();
     std::optional<PackedContents> findInOpen(const DigestBytes& digest);
     Expected<std::vector<PackedContents>> chainOf(const PackedContents& contents);
+    Expected<void> addWithout(PackWriter& writer, const PackReader& from,
+                              const DigestBytes& digest);
     Expected<std::shared_ptr<const Bytes>> contentsOfBase(std::vector<PackedContents> chain);
 
     sys::Folder root_;

@@ -1,10 +1,9 @@
 #include <engine/storage/Storages.h>
 
-#include <utility>
-
 namespace qrv {
 
-Storages::Storages(DrawingStorage::PreviousUrl previousUrl) : drawings_(std::move(previousUrl)) {
+Storages::Storages(const PreviousUrl& previousUrl)
+    : objects_(previousUrl, packs_), drawings_(previousUrl, packs_) {
 }
 
 void Storages::use(const common::RootPath& root, const sys::Folder& folder) {

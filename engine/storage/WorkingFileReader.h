@@ -24,6 +24,7 @@ public:
     std::int64_t sizeBytes() const override { return before_.sizeBytes; }
     /// Of the file when it was opened.
     const sys::FileStamp& stamp() const { return before_; }
+    const sys::InputFile& file() const { return file_; }
     /// Whether that is why reading failed.
     bool hasChanged() const { return hasChanged_; }
 

@@ -21,6 +21,8 @@ constexpr int levelOf(Effort effort) {
 
 // Without a base, matches from farther away are rare, and the reader needs memory for all of it.
 constexpr int longestPlainWindowLog = 27;
+// What comes piece by piece may be of any length, and is to take little memory.
+constexpr int longestStreamedWindowLog = 25;
 constexpr int shortestWindowLog = 10;
 constexpr int longestWindowLog = 31;
 static_assert(longestSpanBytes == std::int64_t{1} << longestWindowLog);

@@ -35,7 +35,7 @@ enum class Effort {
 Expected<Bytes> compressFrame(std::span<const char> contents, std::span<const char> base = {},
                               Effort effort = Effort::thorough);
 
-/// Compresses contents of any length that come piece by piece, in at most 300 MiB of memory.
+/// Compresses contents of any length that come piece by piece, in some 100 MiB of memory.
 class FrameWriter {
 public:
     /// Takes the next bytes of the frame. An exception that it throws passes through.

@@ -10,6 +10,7 @@ import os
 import random
 import shutil
 import sqlite3
+import struct
 import subprocess
 import time
 from collections import namedtuple
@@ -47,6 +48,13 @@ UNSAVED = {"scratch.txt": b"not in any commit\n", "plans/old.bak": b"hidden by a
 # A command is disturbed and later given again. It ends with `status`, and with one of `again` when it had done its
 # work already. `is_halved` says that the files may be as after it and the rest as before.
 Scenario = namedtuple("Scenario", "name folder arguments status again is_halved")
+
+
+def digests_in_pack(pack):
+    """Of all contents in a pack, which its last 72 bytes say where to find."""
+    blocks_end, blocks, entries = struct.unpack("<QQQ", pack[-56:-32])
+    rows = pack[blocks_end + 64 * blocks:][:44 * entries]
+    return {rows[at:at + 32].hex() for at in range(0, len(rows), 44)}
 
 
 class Repository:
@@ -131,6 +139,8 @@ class Repository:
     def kept_contents(self):
         """The digests of all that is stored, also without a commit; `verify` says that it is whole."""
         digests = {path.name for path in (self.folder / ".qrv/objects").glob("*")}
+        for pack in (self.folder / ".qrv/packs").glob("*.pack"):
+            digests |= digests_in_pack(pack.read_bytes())
         for store in (self.folder / ".qrv/tf").glob("*.tf"):
             with sqlite3.connect(store) as database:
                 digests |= {row[0].hex() for row in database.execute("SELECT digest FROM frames")}

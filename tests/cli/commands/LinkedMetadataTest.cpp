@@ -181,7 +181,7 @@ TEST_P(SwappedMetadata, LetsNoCommitWriteOutsideOrLackItsFiles) {
     qrv_test::tellTried(std::size_t{commits}, "attacks");
 }
 
-INSTANTIATE_TEST_SUITE_P(EachFolder, SwappedMetadata, testing::Values(".qrv/objects", ".qrv/tf"));
+INSTANTIATE_TEST_SUITE_P(EachFolder, SwappedMetadata, testing::Values(".qrv/packs"));
 
 // Symptom: a commit wrote commands of an attacker into the victim's file for the shell.
 // Cause: the log was a link to that file, and the name of a branch stood in it as it was.

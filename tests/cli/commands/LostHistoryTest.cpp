@@ -24,7 +24,7 @@ protected:
     void emptyHistory() const { fs::resize_file(project / ".qrv/qrv.db", 0); }
     /// All of these, so that each trace is looked at alone.
     void removeTracesBut(const std::string& kept) const {
-        for (const char* const trace : {"references", "commits", "objects", "tf", "baseline"}) {
+        for (const char* const trace : {"references", "commits", "packs", "baseline"}) {
             if (kept != trace)
                 fs::remove_all(project / (std::string(".qrv/") + trace));
         }
@@ -87,7 +87,7 @@ TEST_F(LostHistory, IsKnownByEachOfItsTraces) {
                 writeFile(project / path, bytes);
         }
     };
-    for (const char* const trace : {"objects", "tf", "baseline"}) {
+    for (const char* const trace : {"packs", "baseline"}) {
         restoreAll();
         removeTracesBut(trace);
         const Outcome outcome = project.qrv({"log"});

@@ -1,4 +1,5 @@
 #include <tests/cli/commands/HistoryProject.h>
+#include <tests/engine/storage/OldForms.h>
 
 #include <gtest/gtest.h>
 
@@ -91,7 +92,7 @@ TEST_F(RestoreCommand, KeepsWhatItReplacesByForce) {
     ASSERT_EQ(forced.messages.substr(0, note.size()), note);
     const std::string kept = forced.messages.substr(note.size(), 67);
     EXPECT_EQ(kept.substr(0, 3), "po:");
-    EXPECT_EQ(readFile(project / (".qrv/objects/" + kept.substr(3))), "a day's work");
+    EXPECT_EQ(qrv_test::storedContents(project.folder, OdString::fromNarrow(kept)), "a day's work");
     EXPECT_EQ(readFile(project / "sub/list.csv"), "2");
 }
 
@@ -239,6 +240,7 @@ TEST_F(RestoreCommand, OnlySaysWhatItWouldWriteIntoAnotherFolder) {
 }
 
 TEST_F(RestoreCommand, TellsADamagedVersionAndLeavesTheFile) {
+    qrv_test::toOldForms(project.folder);
     for (const std::string& name : qrv_test::listTree(project / ".qrv/objects")) {
         fs::permissions(project / (".qrv/objects/" + name), fs::perms(0644));
         writeFile(project / (".qrv/objects/" + name), "x");

@@ -1,5 +1,6 @@
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/engine/history/Repository.h>
+#include <tests/engine/storage/OldForms.h>
 
 #include <gtest/gtest.h>
 
@@ -188,6 +189,7 @@ TEST(ShowCommandWithAFile, FailsWhenItsContentsAreDamaged) {
     const HistoryProject project;
     project.write({{"a", "contents"}});
     project.commit("One");
+    qrv_test::toOldForms(project.folder);
     const std::string digest = "d1b2a59fbea7e20077af9f91b27e95e865061b270be03ff539ab3b73587882e8";
     const std::filesystem::path object = project / (".qrv/objects/" + digest);
     std::filesystem::permissions(object, std::filesystem::perms::owner_all);

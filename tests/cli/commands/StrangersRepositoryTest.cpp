@@ -1,6 +1,7 @@
 #include <engine/database/Database.h>
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/engine/database/Journals.h>
+#include <tests/engine/storage/OldForms.h>
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -38,6 +39,7 @@ protected:
         project.commit("first");
         project.write({{"plan.dwg", "second"}, {"parts.csv", "2;bolts\n"}});
         project.commit("second");
+        qrv_test::toOldForms(project.folder);
         project.run({"gc"});
     }
 

@@ -38,6 +38,7 @@ TEST_F(VerifyDamage, FindsAFlippedBitOfAPackedObject) {
     project.commit("third");
     project.write({{"parts.csv", "3;nuts\n"}});
     project.commit("fourth");
+    qrv_test::toOldForms(project.folder);
     project.run({"gc"});
     const std::string digest = digestOf(noise(40000));
     flipByte(project / ".qrv/objects.pack", middleOfFrame(project / ".qrv/objects.pack"));
@@ -109,6 +110,42 @@ TEST_F(VerifyDamage, FindsACommitThatSomebodyChanged) {
               problem(counts, "The history '" + root +
                                   "/.qrv/qrv.db' is damaged: commit 2 is not the one that its "
                                   "hash names"));
+}
+
+// What one block holds is lost when a bit of it is another, and nothing else.
+TEST(VerifyPacks, FindsAFlippedBitAndSaysWhoseItIs) {
+    const qrv_test::HistoryProject project;
+    project.write({{"plan.dwg", qrv_test::noise(80000)}, {"parts.csv", "1;bolt\n"}});
+    project.commit("first");
+    const auto pack = std::filesystem::directory_iterator(project / ".qrv/packs")->path();
+    const std::string counts = "Commits: 1\nObjects: 0\nPacked objects: 2\nDrawing versions: 1\n";
+    EXPECT_EQ(project.run({"verify"}), counts + "Everything that was kept is there and whole\n");
+
+    qrv_test::flipByte(pack, qrv_test::readFile(pack).size() / 2);
+
+    const qrv_test::Outcome outcome = project.qrv({"verify"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.output,
+                testing::StartsWith(counts + "\nProblems:\n  The version " +
+                                    qrv::Digest::of(qrv_test::noise(80000)) + " in '.qrv/packs/" +
+                                    pack.filename().string() + "' is damaged: "));
+    EXPECT_THAT(outcome.output, testing::EndsWith(" (it is 'plan.dwg' in commit 1)\n"));
+    EXPECT_EQ(project.qrv({"restore", "--force", "parts.csv"}).status, 0);
+}
+
+TEST(VerifyPacks, FindsAPackThatIsNoneAndWhatDoesNotBelongThere) {
+    const qrv_test::HistoryProject project;
+    project.write({{"parts.csv", "1;bolt\n"}});
+    project.commit("first");
+    qrv_test::writeFile(project / ".qrv/packs/0123456789abcdef.pack", "no pack");
+    qrv_test::writeFile(project / ".qrv/packs/readme", "?");
+    const qrv_test::Outcome outcome = project.qrv({"verify"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(
+        outcome.output,
+        testing::HasSubstr("'.qrv/packs/0123456789abcdef.pack' is damaged: it is too short\n"));
+    EXPECT_THAT(outcome.output,
+                testing::HasSubstr("'.qrv/packs/readme' is nothing that belongs there\n"));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <engine/history/JournalEntry.h>
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/engine/paths/Paths.h>
+#include <tests/engine/storage/OldForms.h>
 
 #include <gtest/gtest.h>
 
@@ -42,7 +43,7 @@ inline void flipByte(const std::filesystem::path& file, std::size_t position) {
     writeFile(file, bytes);
 }
 
-/// Two commits of a drawing and a parts list.
+/// Two commits of a drawing and a parts list, kept as earlier programs kept them.
 class VerifyProject : public testing::Test {
 protected:
     VerifyProject() {
@@ -50,6 +51,7 @@ protected:
         project.commit("first");
         project.write({{"parts.csv", "2;bolts\n"}});
         project.commit("second");
+        toOldForms(project.folder);
     }
 
     static std::string digestOf(const std::string& contents) { return qrv::Digest::of(contents); }

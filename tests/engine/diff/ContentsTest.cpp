@@ -1,3 +1,4 @@
+#include <engine/base/Digest.h>
 #include <engine/diff/Contents.h>
 #include <engine/journal/OpenTree.h>
 #include <tests/engine/base/RecordingCaller.h>
@@ -44,7 +45,7 @@ struct Office {
         const OdString path = OdString::fromNarrow(name);
         version.contents =
             workingTree->repository().storages().ofFile(path).store(root, path).value();
-        EXPECT_TRUE(workingTree->repository().storages().objects().flush(root));
+        EXPECT_TRUE(workingTree->repository().storages().flush(root));
         return version;
     }
     Expected<std::optional<std::string>> read(const wchar_t* path, const TreeFile& version) const {
@@ -94,9 +95,9 @@ TEST(ReadText, FailsWhenTheFileCannotBeRead) {
 
 TEST(ReadText, FailsWhenTheStoredVersionIsNotThereOrDamaged) {
     const Office office;
-    const TreeFile version = office.stored("a", "contents");
+    TreeFile version = office.working("a", "contents");
+    version.contents = L"po:" + OdString::fromNarrow(qrv::Digest::of("contents"));
     const auto object = office.folder / (".qrv/objects/" + version.contents.toNarrow().substr(3));
-    std::filesystem::permissions(object, std::filesystem::perms::owner_all);
     writeFile(object, "CONTENTS");
     const auto damaged = office.read(L"a", version);
     ASSERT_FALSE(damaged);

@@ -99,11 +99,11 @@ TEST_F(StepsToTree, StoreSuchContentsWhenAsked) {
 
 TEST_F(StepsToTree, OnlyLookWhenNothingIsToBeDone) {
     project.write({{"a.txt", "unsaved"}});
-    const auto before = qrv_test::contentsOf(project / ".qrv/objects");
+    const auto before = qrv_test::contentsOf(project / ".qrv/packs");
     const Steps found = steps(second(), Unsaved::leave);
     EXPECT_EQ(*found,
               (std::vector<TreeStep>{{relative(L"a.txt"), L"", urlIn(second(), L"a.txt"), 8}}));
-    EXPECT_EQ(qrv_test::contentsOf(project / ".qrv/objects"), before);
+    EXPECT_EQ(qrv_test::contentsOf(project / ".qrv/packs"), before);
 }
 
 TEST_F(StepsToTree, KnowADrawingThatOnlyTheWantedTreeHas) {

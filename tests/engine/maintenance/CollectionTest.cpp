@@ -1,5 +1,6 @@
 #include <engine/base/Digest.h>
 #include <engine/maintenance/Collection.h>
+#include <tests/engine/storage/OldForms.h>
 #include <tests/engine/worktree/Working.h>
 #include <tests/support/Files.h>
 
@@ -24,7 +25,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using Days = std::chrono::duration<int, std::ratio<86400>>;
 
-/// Two commits of a text and of a drawing.
+/// Two commits of a text and of a drawing, kept as earlier programs kept them.
 class Collection : public testing::Test {
 protected:
     Collection() {
@@ -32,6 +33,7 @@ protected:
             project.write({{"a.txt", version}, {"plan.dwg", version}});
             project.commit(version);
         }
+        qrv_test::toOldForms(project.folder);
     }
 
     Collected collect(CollectionMode mode = CollectionMode::change) const {
@@ -94,6 +96,7 @@ TEST_F(Collection, DropsAPackedObjectThatNobodyNamesAnyMore) {
     project.commit("Side");
     project.write({{"a.txt", "further on"}});
     project.commit("Further");
+    qrv_test::toOldForms(project.folder);
     EXPECT_EQ(collect().packed.count, 2);
     aged(project / ".qrv/objects.pack", Days(15));
 
@@ -116,13 +119,7 @@ TEST_F(Collection, DropsAWholeStoreThatNoCommitNames) {
 }
 
 TEST_F(Collection, DropsSingleRevisionsOfAStoreThatIsNeeded) {
-    project.write({{"plan.dwg", "third"}});
-    {
-        const auto workingTree = project.open();
-        const auto url =
-            workingTree->repository().storages().drawings().store(workingTree->root(), L"plan.dwg");
-        ASSERT_TRUE(url);
-    }
+    qrv_test::oldStoreOf(project.folder.text(), onlyStore().stem(), {"third"});
     EXPECT_EQ(collect().droppedDrawingVersions, Amount());
     aged(onlyStore(), Days(15));
 

@@ -7,6 +7,7 @@
 #include <engine/worktree/WorkingTree.h>
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/engine/base/RecordingCaller.h>
+#include <tests/engine/storage/OldForms.h>
 
 #include <filesystem>
 #include <map>
@@ -49,6 +50,7 @@ std::string shown(const std::vector<PackCandidate>& candidates) {
 class Packing : public testing::Test {
 protected:
     std::vector<PackCandidate> candidates(const std::set<OdString>& needed = {}) {
+        qrv_test::toOldForms(project.folder);
         workingTree = std::move(*qrv::openTree(project.folder.path(), qrv::Repository::Use::change,
                                                qrv_test::anyCaller()));
         const auto files = qrv::listMetadata(workingTree->root(), workingTree->folder());

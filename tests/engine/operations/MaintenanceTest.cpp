@@ -3,6 +3,7 @@
 #include <engine/operations/Verify.h>
 #include <tests/cli/commands/HistoryProject.h>
 #include <tests/engine/base/RecordingCaller.h>
+#include <tests/engine/storage/OldForms.h>
 #include <tests/support/Files.h>
 
 #include <gmock/gmock.h>
@@ -44,15 +45,16 @@ TEST_F(Maintenance, VerifyTellsWhatIsThereAndWhatIsLost) {
     const qrv::Verified whole = qrv::verify(inside(), anyCaller()).value();
     EXPECT_EQ(whole.root.toNarrow(), fs::canonical(project.folder.path()).string());
     EXPECT_EQ(whole.found.commits, 2);
-    EXPECT_EQ(whole.found.objects, 3);
+    EXPECT_EQ(whole.found.packedObjects, 3);
     EXPECT_THAT(whole.found.problems, IsEmpty());
 
-    fs::remove_all(project / ".qrv/objects");
+    fs::remove_all(project / ".qrv/packs");
 
     EXPECT_EQ(qrv::verify(inside(), anyCaller())->found.problems.size(), 3U);
 }
 
 TEST_F(Maintenance, CollectGarbageIsLoggedUnlessItOnlyLooks) {
+    qrv_test::toOldForms(project.folder);
     const std::string before = log();
     EXPECT_EQ(qrv::collectGarbage(inside(), {.onlyLook = true}, anyCaller())->packed.count, 1);
     EXPECT_EQ(log(), before);

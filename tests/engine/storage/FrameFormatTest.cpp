@@ -1,9 +1,8 @@
 // The files of frames have the form that their pages in docs/formats show.
 
 #include <engine/base/Digest.h>
-#include <engine/storage/DrawingStorage.h>
 #include <engine/storage/PackFile.h>
-#include <tests/engine/storage/Contents.h>
+#include <tests/engine/storage/FrameStoreFile.h>
 #include <tests/support/Files.h>
 #include <tests/support/TemporaryFolder.h>
 
@@ -59,12 +58,9 @@ protected:
 };
 
 TEST_F(FrameFormat, OfADrawingStore) {
-    qrv::DrawingStorage storage([](const OdString&) { return OdString(); });
-    qrv_test::writeFile(folder_ / "plan.dwg", revision(1));
-    storage.store(root_, L"plan.dwg").value();
+    qrv_test::oldStoreOf(folder_.text(), "plan", {revision(1)});
 
-    Database database(folder_.text(".qrv/tf/" + Digest::of("plan.dwg").substr(0, 32) + ".tf"),
-                      Database::Access::readOnly);
+    Database database(folder_.text(".qrv/tf/plan.tf"), Database::Access::readOnly);
     EXPECT_EQ(form(database), sample("drawing-store.sample"));
 }
 

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -27,6 +28,25 @@ inline constexpr qrv::FrameLayout testLayout = {.applicationId = 4711,
 inline qrv::FrameStore openedWith(const OdString& path, qrv::Database::Access access,
                                   const qrv::FrameLayout& frames) {
     return {std::make_shared<qrv::Database>(path, access), access, frames};
+}
+
+/// Makes a drawing store with these revisions as earlier programs made it, below the root.
+inline void oldStoreOf(const OdString& root, const std::string& name,
+                       const std::vector<std::string>& revisions) {
+    constexpr qrv::FrameLayout drawings = {.applicationId = 0x71727664,
+                                           .longestChain = 16,
+                                           .longestSpanBytes = std::int64_t{1} << 31,
+                                           .worthPercent = 90};
+    const std::string folder = root.toNarrow() + "/.qrv/tf/";
+    std::filesystem::create_directories(folder);
+    qrv::FrameStore store = openedWith(OdString::fromNarrow(folder + name + ".tf"),
+                                       qrv::Database::Access::create, drawings);
+    qrv::DatabaseTransaction transaction(store.database());
+    for (const std::string& contents : revisions) {
+        MemoryReader reader(contents);
+        store.add(reader, store.newest()).value();
+    }
+    transaction.commit();
 }
 
 class FrameStoreFile : public testing::Test {

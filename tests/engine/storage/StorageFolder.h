@@ -29,17 +29,32 @@ protected:
         storage.flush(root).value();
         return url;
     }
+    /// The same as a plain file among the objects, as earlier programs kept it.
+    OdString storedPlain(const std::string& contents) {
+        const OdString url = urlOf(contents);
+        writeFile(objectOf(url), contents);
+        std::filesystem::permissions(objectOf(url), std::filesystem::perms(0444));
+        return url;
+    }
     std::filesystem::path objectOf(const OdString& url) const {
         return folder / (".qrv/objects/" + url.right(64).toNarrow());
     }
     static OdString urlOf(const std::string& contents) {
         return L"po:" + OdString::fromNarrow(qrv::Digest::of(contents));
     }
-    std::vector<std::string> objects() const { return listTree(folder / ".qrv/objects"); }
+    std::vector<std::string> objects() const { return listed(".qrv/objects"); }
+    std::vector<std::string> packs() const { return listed(".qrv/packs"); }
     std::uint32_t permissions(const std::filesystem::path& file) const {
         return static_cast<std::uint32_t>(std::filesystem::status(file).permissions());
     }
 
+private:
+    std::vector<std::string> listed(const std::string& relative) const {
+        return std::filesystem::exists(folder / relative) ? listTree(folder / relative)
+                                                          : std::vector<std::string>();
+    }
+
+protected:
     TemporaryFolder folder;
     common::RootPath root;
     qrv::ObjectStorage storage;
