@@ -128,7 +128,7 @@ bool areAlike(const std::optional<TreeFile>& one, const std::optional<TreeFile>&
     return one.has_value() == other.has_value() && (!one || one->contents == other->contents);
 }
 
-std::vector<TreeChange> changesOf(Touched before, Touched after) {
+std::vector<TreeChange> changesOf(Touched& before, Touched& after) {
     std::vector<TreeChange> changes;
     for (auto& [path, file] : before) {
         std::optional<TreeFile>& other = after.at(path);
@@ -160,7 +160,7 @@ std::vector<TreeChange> History::difference(const OdString& before, const OdStri
     FileLookup lookup(*database_, lineOfBase);
     complete(mine, theirs, lookup);
     complete(theirs, mine, lookup);
-    return changesOf(std::move(mine), std::move(theirs));
+    return changesOf(mine, theirs);
 }
 
 bool History::holds(const OdString& hash, const OdString& path,
