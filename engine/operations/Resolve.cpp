@@ -39,7 +39,7 @@ Tree wantedTree(Repository& repository, const ConflictData& conflict,
 
 Expected<void> bringVersion(WorkingTree& workingTree, const ConflictData& conflict,
                             const ResolveRequest& request) {
-    const Expected<WorkingChanges> changes = findChanges(workingTree);
+    const Expected<WorkingChanges> changes = findChangesOf(workingTree, {conflict.path});
     if (!changes)
         return changes.error();
     Expected<std::vector<TreeStep>> steps =
@@ -55,8 +55,17 @@ Expected<void> bringVersion(WorkingTree& workingTree, const ConflictData& confli
     return perform(workingTree, entry, *changes);
 }
 
+/// Of the file alone; but a new one may have had another name, which only a look at all files
+/// tells.
+Expected<WorkingChanges> changesFor(const OdString& path, WorkingTree& workingTree) {
+    Expected<WorkingChanges> changes = findChangesOf(workingTree, {path});
+    if (!changes || changeOf(path, *changes) != common::FileChange::added)
+        return changes;
+    return findChanges(workingTree);
+}
+
 Expected<void> settle(WorkingTree& workingTree, const OdString& path) {
-    const Expected<WorkingChanges> changes = findChanges(workingTree);
+    const Expected<WorkingChanges> changes = changesFor(path, workingTree);
     if (!changes)
         return changes.error();
     common::Cache& cache = workingTree.repository().cache();

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -24,34 +25,83 @@ namespace {
 namespace fs = std::filesystem;
 using Paths = Expected<std::vector<OdString>>;
 
-Expected<Tree> sourceTree(Repository& repository, const RestoreRequest& request) {
+/// The files of a commit, of which most often few are asked for.
+class Source {
+public:
+    /// Without a commit, those of HEAD.
+    Source(History& history, std::optional<OdString> commit)
+        : history_(history), commit_(std::move(commit)) {}
+
+    /// The file of that path, or those below that folder; all of them for the empty path.
+    Tree filesOf(const OdString& path) {
+        Tree tree;
+        if (const Expected<RelativePath> checked = RelativePath::check(path)) {
+            const std::optional<TreeFile> file = fileOf(path);
+            if (file)
+                tree.emplace(*checked, *file);
+        }
+        if (!tree.empty())
+            return tree;
+        if (!commit_ && !path.isEmpty()) {
+            for (const OdString& below : history_.headPathsBelow(path)) {
+                if (std::optional<HeadFile> file = history_.headFile(below))
+                    tree.emplace(std::move(file->path), std::move(file->file));
+            }
+            return tree;
+        }
+        for (const auto& file : whole()) {
+            if (isChosen(file.first, {path}))
+                tree.insert(tree.end(), file);
+        }
+        return tree;
+    }
+
+private:
+    std::optional<TreeFile> fileOf(const OdString& path) {
+        if (commit_)
+            return history_.fileAt(*commit_, path);
+        const std::optional<HeadFile> file = history_.headFile(path);
+        return file ? std::optional(file->file) : std::nullopt;
+    }
+
+    const Tree& whole() {
+        if (!whole_)
+            whole_ = commit_ ? history_.tree(*commit_) : history_.headFiles();
+        return *whole_;
+    }
+
+    History& history_;
+    std::optional<OdString> commit_;
+    std::optional<Tree> whole_;
+};
+
+Expected<Source> sourceOf(Repository& repository, const RestoreRequest& request) {
     if (!request.commit)
-        return repository.headFiles();
+        return Source(repository.history(), std::nullopt);
     const Expected<OdString> commit =
         findCommit(repository.history(), *request.commit, repository.branch());
     if (!commit)
         return commit.error();
-    return repository.history().tree(*commit);
+    return Source(repository.history(), *commit);
 }
 
 /// The files that are asked for.
 Expected<Tree> chosenFiles(Repository& repository, const RestoreRequest& request) {
-    Expected<Tree> tree = sourceTree(repository, request);
-    if (!tree)
-        return tree;
-    std::vector<OdString> chosen;
+    Expected<Source> source = sourceOf(repository, request);
+    if (!source)
+        return source.error();
+    Tree chosen;
     for (const std::string& argument : request.paths) {
         const Expected<OdString> path = pathInRepository(repository.root(), argument);
         if (!path)
             return path.error();
-        chosen.push_back(*path);
-        const auto isThere = [&path](const auto& file) { return isChosen(file.first, {*path}); };
-        if (std::none_of(tree->begin(), tree->end(), isThere))
+        Tree files = source->filesOf(*path);
+        if (files.empty())
             return ErrorMessage{OdString::format(tr(L"'%ls' is not in the commit"),
                                                  printable(OdString::fromNarrow(argument)))};
+        chosen.merge(files);
     }
-    std::erase_if(*tree, [&chosen](const auto& file) { return !isChosen(file.first, chosen); });
-    return tree;
+    return chosen;
 }
 
 std::vector<OdString> pathsOf(const Tree& tree) {
@@ -66,7 +116,7 @@ Paths restore(WorkingTree& workingTree, const RestoreRequest& request) {
     const Expected<Tree> tree = chosenFiles(workingTree.repository(), request);
     if (!tree)
         return tree.error();
-    const Expected<WorkingChanges> changes = findChanges(workingTree);
+    const Expected<WorkingChanges> changes = findChangesOf(workingTree, pathsOf(*tree));
     if (!changes)
         return changes.error();
     Unsaved unsaved = request.force ? Unsaved::store : Unsaved::refuse;
