@@ -73,6 +73,10 @@ public:
     bool isEmpty() const { return tables_.entries().empty(); }
     /// Whether nothing more should be added.
     bool isFull() const;
+    /// How long the file is so far, about.
+    std::int64_t sizeBytes() const {
+        return offset_ + (shared_ ? std::ssize(shared_->contents) : 0);
+    }
 
     /// Hands everything over to the disk and gives the pack its name, which is the answer; empty
     /// when nothing was added. Nothing may be added afterwards. After a failure, whose message

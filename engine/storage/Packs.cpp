@@ -241,13 +241,17 @@ Expected<void> Packs::makeRoom() {
 }
 
 Expected<void> Packs::flush() {
-    if (!writer_)
+    if (!writer_ || writer_->isEmpty())
         return {};
+    const Expected<std::vector<std::string>> taken = takeUpSmallOnes();
     // On every way out of here, what has no name by then is dropped.
     const std::unique_ptr<PackWriter> writer = std::move(writer_);
+    if (!taken)
+        return taken.error();
     const Expected<std::string> name = writer->finish();
     if (!name)
         return name.error();
+    removeTaken(*taken);
     return name->empty() || !isListed_ ? Expected<void>() : list();
 }
 

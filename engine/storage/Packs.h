@@ -10,6 +10,7 @@
 #include <engine/storage/VersionReader.h>
 #include <sys/Folder.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -61,6 +62,8 @@ public:
     PackWriter& writer();
     /// Ends the pack that is being written when it is full, so that `writer` begins another.
     Expected<void> makeRoom();
+    /// Where this would leave more than eight packs of about one size, the new one takes them up,
+    /// so that there are few however many commands have stored.
     Expected<void> flush();
     /// Forgets what was added and not flushed.
     void giveUp() { writer_.reset(); }
@@ -86,6 +89,9 @@ private:
     };
 
     Expected<void> list();
+    std::vector<std::size_t> smallOnes() const;
+    Expected<std::vector<std::string>> takeUpSmallOnes();
+    void removeTaken(const std::vector<std::string>& taken);
     std::optional<PackedContents> findInOpen(const DigestBytes& digest);
     Expected<std::vector<PackedContents>> chainOf(const PackedContents& contents);
     Expected<void> addWithout(PackWriter& writer, const PackReader& from,

@@ -2,6 +2,7 @@
 #include <sys/ScopedFault.h>
 #include <tests/engine/storage/PackFolder.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -142,6 +143,50 @@ TEST_F(PacksTest, OneThatStandsAloneServes136Versions) {
     Packs others(root_);
     for (unsigned number = 1; number <= 137; ++number)
         EXPECT_TRUE(read(others, digestOf(revision(number))) == revision(number)) << number;
+}
+
+TEST_F(PacksTest, StayFewHoweverOftenSomethingIsStored) {
+    std::vector<std::string> all;
+    std::size_t most = 0;
+    Packs packs(root_);
+    for (unsigned number = 0; number < 100; ++number) {
+        all.push_back(qrv_test::randomBytes(200, number));
+        packs.writer()
+            .add(digestOf(all.back()), all.back(), std::nullopt,
+                 qrv::Sketch{.features = {static_cast<std::uint16_t>(number)}})
+            .value();
+        packs.flush().value();
+        most = std::max(most, packs.names().value().size());
+    }
+    EXPECT_LE(most, 17U);
+    Packs others(root_);
+    for (const std::string& contents : all)
+        EXPECT_TRUE(read(others, digestOf(contents)) == contents);
+    std::size_t sketches = 0;
+    const std::vector<std::string> names = packs.names().value();
+    for (const std::string& name : names) {
+        EXPECT_THAT(opened(name)->damage().value(), IsEmpty());
+        sketches += opened(name)->sketches().value().size();
+    }
+    EXPECT_EQ(sketches, all.size());
+}
+
+TEST_F(PacksTest, AreNotTakenUpWhenTheyAreDamaged) {
+    std::vector<std::string> names;
+    for (unsigned number = 0; number < 8; ++number)
+        names.push_back(packOf({qrv_test::randomBytes(200, number)}));
+    std::string bytes = qrv_test::readFile(fileOf(names[0]));
+    bytes[0] = 'Q';
+    fs::permissions(fileOf(names[0]), fs::perms(0644));
+    writeFile(fileOf(names[0]), bytes);
+    Packs packs(root_);
+    const std::string last = qrv_test::randomBytes(200, 9);
+    packs.writer().add(digestOf(last), last, std::nullopt, std::nullopt).value();
+    packs.flush().value();
+    EXPECT_THAT(packs.names().value(), SizeIs(2));
+    EXPECT_TRUE(fs::exists(fileOf(names[0])));
+    for (unsigned number = 0; number < 8; ++number)
+        EXPECT_TRUE(read(qrv_test::randomBytes(200, number)) == qrv_test::randomBytes(200, number));
 }
 
 TEST_F(PacksTest, RenewThePacksInWhichContentsAndTheirBasesLie) {
