@@ -13,6 +13,8 @@ namespace {
 
 /// A block that claims to be longer is not decoded as a whole for the sake of a part of it.
 constexpr std::int64_t longestSharedBlock = std::int64_t{4} << 20;
+/// So many are remembered.
+constexpr std::size_t mostBlocks = 8;
 
 /// The stored bytes of a block, or, of one that is kept as it is, of some contents in it.
 class StoredBytes : public FramePieces {
@@ -115,18 +117,27 @@ std::unique_ptr<FrameReader> frameReader(const PackedContents& contents,
 }  // namespace
 
 Expected<std::shared_ptr<const Bytes>> BlockReader::sharedBlock(const PackedContents& contents) {
-    if (lastBlock_ && lastSource_ == contents.source && lastOffset_ == contents.block.offset)
-        return lastBlock_;
+    const auto known =
+        std::find_if(lastBlocks_.begin(), lastBlocks_.end(), [&](const SharedBlock& block) {
+            return block.source == contents.source && block.offset == contents.block.offset;
+        });
+    if (known != lastBlocks_.end()) {
+        std::rotate(lastBlocks_.begin(), known, known + 1);
+        return lastBlocks_.front().contents;
+    }
     if (contents.block.sizeBytes > longestSharedBlock)
         return damagedContents(contents, tr(L"its size is impossible"));
     Expected<Bytes> whole =
         readWhole(*frameReader(contents, nullptr, FrameReader::Check::sizeOnly));
     if (!whole)
         return std::move(whole).error();
-    lastSource_ = contents.source;
-    lastOffset_ = contents.block.offset;
-    lastBlock_ = std::make_shared<const Bytes>(std::move(*whole));
-    return lastBlock_;
+    if (lastBlocks_.size() == mostBlocks)
+        lastBlocks_.pop_back();
+    lastBlocks_.insert(lastBlocks_.begin(),
+                       {.source = contents.source,
+                        .offset = contents.block.offset,
+                        .contents = std::make_shared<const Bytes>(std::move(*whole))});
+    return lastBlocks_.front().contents;
 }
 
 Expected<std::unique_ptr<VersionReader>> BlockReader::open(const PackedContents& contents,

@@ -8,11 +8,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace qrv {
 
-/// Reads contents out of the blocks of packs. Remembers the last block that several contents share,
-/// so that whoever reads these one after the other decodes it once.
+/// Reads contents out of the blocks of packs. Remembers the last few blocks that several contents
+/// share, so that whoever reads these one after the other, or version by version, decodes each
+/// once.
 class BlockReader {
 public:
     /// `base` holds what a difference was made against; null for other kinds. Fails when the block
@@ -24,9 +26,14 @@ public:
 private:
     Expected<std::shared_ptr<const Bytes>> sharedBlock(const PackedContents& contents);
 
-    std::shared_ptr<const PackSource> lastSource_;
-    std::int64_t lastOffset_ = 0;
-    std::shared_ptr<const Bytes> lastBlock_;
+    struct SharedBlock {
+        std::shared_ptr<const PackSource> source;
+        std::int64_t offset = 0;
+        std::shared_ptr<const Bytes> contents;
+    };
+
+    // The one that was used last comes first.
+    std::vector<SharedBlock> lastBlocks_;
 };
 
 }  // namespace qrv
