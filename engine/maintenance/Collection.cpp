@@ -2,14 +2,14 @@
 #include <engine/history/HistoryCheck.h>
 #include <engine/history/HistoryRecords.h>
 #include <engine/maintenance/Collection.h>
+#include <engine/maintenance/Holdings.h>
 #include <engine/maintenance/NamedVersions.h>
-#include <engine/maintenance/Packing.h>
-#include <engine/paths/CheckedUrl.h>
+#include <engine/maintenance/PackingPlan.h>
+#include <engine/maintenance/Repacking.h>
 #include <engine/paths/Layout.h>
 #include <engine/paths/PathParts.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/Age.h>
-#include <engine/storage/PackFile.h>
 #include <engine/storage/StorageMessages.h>
 
 #include <algorithm>
@@ -25,7 +25,6 @@ namespace qrv {
 
 namespace {
 
-constexpr std::chrono::hours unnamedAge{14 * 24};
 constexpr std::chrono::hours leftoverAge{24};
 
 void add(Amount& amount, std::int64_t sizeBytes) {
@@ -48,9 +47,10 @@ public:
         result_.sizeBefore = sizeOf(*files);
         findNeeded();
         removeLeftovers(*files);
-        if (!named_.isEmpty())
-            dropAllUnnamed(*files);
-        pack(*files);
+        if (!named_.isEmpty()) {
+            dropUnnamedObjects(*files);
+            pack(*files);
+        }
         if (mode_ == CollectionMode::change)
             files = listMetadata(repository_.root(), repository_.folder());
         if (!files)
@@ -63,27 +63,23 @@ private:
     void addProblem(const OdString& problem) { result_.problems.push_back(problem); }
 
     std::int64_t sizeOf(const MetadataFiles& files) const {
-        std::int64_t sizeBytes = 0;
+        std::int64_t sizeBytes = fileBytes(layout::oldPackPath);
         for (const auto& list : {files.objects, files.stores, files.packs, files.leftovers}) {
             for (const MetadataFile& file : list)
                 sizeBytes += file.sizeBytes;
         }
-        const sys::Outcome<sys::FileStatus> pack = repository_.folder().status(layout::oldPackPath);
-        return sizeBytes + (pack ? pack->sizeBytes : 0);
+        return sizeBytes;
+    }
+
+    std::int64_t fileBytes(const std::string& path) const {
+        const sys::Outcome<sys::FileStatus> status = repository_.folder().status(path);
+        return status ? status->sizeBytes : 0;
     }
 
     void findNeeded() {
         History& history = repository_.history();
         named_ = namedVersions(history, [](const OdString& error) { throw DatabaseError(error); });
         keepRecorded();
-        for (const auto& [path, file] : repository_.headFiles())
-            plain_.insert(file.contents);
-        for (const common::Reference& reference : history.references()) {
-            if (reference.type != common::RefType::Branch)
-                continue;
-            for (const auto& [path, file] : history.tree(reference.commitHash))
-                plain_.insert(file.contents);
-        }
     }
 
     /// What the history has lost and the records have not may be wanted back.
@@ -100,10 +96,6 @@ private:
         }
         named_.order();
     }
-
-    bool isNamed(const OdString& url) const { return named_.contains(url); }
-
-    DrawingStorage& drawings() const { return repository_.storages().drawings(); }
 
     /// Makes one change, unless this is only a look. A failure is told; then nothing has changed.
     template <class Change>
@@ -150,94 +142,75 @@ private:
         }
     }
 
-    void dropAllUnnamed(const MetadataFiles& files) {
+    /// Plain objects have a time of their own.
+    void dropUnnamedObjects(const MetadataFiles& files) {
         for (const MetadataFile& object : files.objects) {
             const bool isNeeded =
-                isNamed(objectUrl(object.name)) || !isOlder(object.modifiedNs, unnamedAge);
+                named_.ofDigest(toDigestBytes(object.name.toNarrow())).count > 0 ||
+                !isForgotten(object.modifiedNs);
             if (!isNeeded && change([&] { return removeObject(object.name.toNarrow()); }))
                 add(result_.droppedObjects, object.sizeBytes);
         }
-        dropPacked();
-        for (const MetadataFile& store : files.stores) {
-            if (isOlder(store.modifiedNs, unnamedAge))
-                dropVersions(store.name);
-        }
-    }
-
-    void dropPacked() {
-        const sys::Outcome<sys::FileStatus> status =
-            repository_.folder().status(layout::oldPackPath);
-        if (!status || !isOlder(status->modifiedNs, unnamedAge))
-            return;
-        std::optional<PackFile> pack = PackFile::open(repository_.folder(), repository_.root());
-        if (!pack)
-            return;
-        std::vector<std::string> unnamed;
-        std::int64_t sizeBytes = 0;
-        for (const std::string& digest : pack->digests()) {
-            if (isNamed(objectUrl(OdString::fromNarrow(digest))))
-                continue;
-            unnamed.push_back(digest);
-            sizeBytes += pack->storedBytes(digest);
-        }
-        if (!unnamed.empty() && !change([&] { return pack->remove(unnamed); }))
-            return;
-        result_.droppedObjects.count += static_cast<std::int64_t>(unnamed.size());
-        result_.droppedObjects.sizeBytes += sizeBytes;
-    }
-
-    void dropVersions(const OdString& store) {
-        Expected<std::vector<OdString>> urls = drawings().revisionsIn(repository_.root(), store);
-        if (!urls)
-            return addProblem(urls.error().message);
-        if (std::none_of(urls->begin(), urls->end(),
-                         [this](const OdString& url) { return isNamed(url); }))
-            return dropStore(store, *urls);
-        // The newest first: nothing builds on it, so that nothing is written anew for its sake.
-        std::reverse(urls->begin(), urls->end());
-        for (const OdString& url : *urls) {
-            if (!isNamed(url))
-                dropVersion(url);
-        }
-    }
-
-    void dropStore(const OdString& store, const std::vector<OdString>& urls) {
-        std::vector<std::int64_t> sizes;
-        sizes.reserve(urls.size());
-        for (const OdString& url : urls)
-            sizes.push_back(contentsSize(url));
-        if (!change([&] { return drawings().removeStore(repository_.root(), store); }))
-            return;
-        for (const std::int64_t sizeBytes : sizes)
-            add(result_.droppedDrawingVersions, sizeBytes);
-    }
-
-    void dropVersion(const OdString& url) {
-        const std::int64_t sizeBytes = contentsSize(url);
-        if (change([&] { return drawings().remove(repository_.root(), url); }))
-            add(result_.droppedDrawingVersions, sizeBytes);
-    }
-
-    /// 0 for a version that is damaged.
-    std::int64_t contentsSize(const OdString& url) const {
-        const Expected<std::unique_ptr<VersionReader>> version =
-            drawings().open(repository_.root(), url);
-        return version && *version != nullptr ? (*version)->sizeBytes() : 0;
     }
 
     void pack(const MetadataFiles& files) {
-        std::vector<PackCandidate> candidates = packCandidates(repository_, files.objects, plain_);
-        if (mode_ == CollectionMode::change)
-            candidates = packObjects(repository_, candidates, result_.problems);
-        for (const PackCandidate& packed : candidates)
-            add(result_.packed, packed.sizeBytes);
+        const Holdings holdings = holdingsOf(repository_, files, named_, result_.problems);
+        const PackingPlan plan = planPacking(holdings, named_, repository_.history());
+        if (mode_ == CollectionMode::look) {
+            for (const std::uint32_t number : plan.order)
+                add(result_.packed, plan.items[number].sizeBytes);
+            return countDropped(holdings, plan, nullptr);
+        }
+        const Repacked repacked = repack(repository_, holdings, plan, result_.problems);
+        result_.packed = repacked.packed;
+        countDropped(holdings, plan, &repacked);
+        removePacked(holdings, plan, repacked);
+    }
+
+    /// Only a look (without `repacked`) takes for done what is to be done.
+    void countDropped(const Holdings& holdings, const PackingPlan& plan, const Repacked* repacked) {
+        for (const std::uint32_t number : plan.dropped) {
+            const std::uint32_t holder = holdings.all[plan.items[number].firstHolding].holder;
+            const bool isStore = holdings.holders[holder].kind == Holder::Kind::store;
+            if (repacked == nullptr || repacked->isFree[holder])
+                add(isStore ? result_.droppedDrawingVersions : result_.droppedObjects,
+                    plan.items[number].sizeBytes);
+        }
+    }
+
+    void removePacked(const Holdings& holdings, const PackingPlan& plan, const Repacked& repacked) {
+        for (std::uint32_t number = 0; number < plan.items.size(); ++number) {
+            const PackItem& item = plan.items[number];
+            for (std::uint32_t i = 0; repacked.isPacked[number] && i < item.holdingCount; ++i) {
+                const Holder& holder = holdings.holders[holdings.all[item.firstHolding + i].holder];
+                if (holder.kind == Holder::Kind::objects)
+                    change([&] { return removeObject(toDigits(item.digest)); });
+            }
+        }
+        for (std::size_t i = 0; i < holdings.holders.size(); ++i) {
+            if (repacked.isFree[i])
+                change([&] { return remove(holdings.holders[i]); });
+        }
+    }
+
+    Expected<void> remove(const Holder& holder) const {
+        switch (holder.kind) {
+            case Holder::Kind::pack:
+                return removeFile(layout::packPath(holder.name));
+            case Holder::Kind::oldPack:
+                return removeFile(layout::oldPackPath);
+            case Holder::Kind::store:
+                return repository_.storages().drawings().removeStore(
+                    repository_.root(), OdString::fromNarrow(holder.name));
+            case Holder::Kind::objects:
+                break;
+        }
+        return {};
     }
 
     Repository& repository_;
     CollectionMode mode_;
     NamedVersions named_;
-    /// URLs of what stays as it is.
-    std::set<OdString> plain_;
     Collected result_;
 };
 

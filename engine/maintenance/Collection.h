@@ -13,13 +13,13 @@ enum class CollectionMode {
 
 /// Makes the repository smaller without losing anything that a commit names.
 ///
-/// Objects that neither HEAD nor the tip of a branch needs go into the pack, each as a difference
-/// from an earlier version of the same file where that halves it; their plain files are removed
-/// after the pack is on the disk and each object was read back from it. Objects that no commit
-/// names are forgotten two weeks after they were stored: a command may have stored them for a
-/// commit that is still to be made, or to save what it replaced. Drawing versions and packed
-/// objects have no time of their own; there it is two weeks since anything was last written to the
-/// file that holds them. Before the first commit nothing is forgotten. Unfinished files go after a
+/// Everything that somebody names and that does not lie in the packs of an earlier collection comes
+/// into new packs, in which like lies beside like and is kept as a difference from another version
+/// or from similar contents; where it lay before is removed after the new packs are on the disk and
+/// were read back. What no commit names is forgotten two weeks after it was stored: a command may
+/// have stored it for a commit that is still to be made, or to save what it replaced. Only plain
+/// objects have a time of their own; elsewhere it is two weeks since anything was last kept in the
+/// same file. Before the first commit nothing is packed or forgotten. Unfinished files go after a
 /// day.
 ///
 /// Whenever the process is killed, nothing is lost, and the next run goes on.

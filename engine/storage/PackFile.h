@@ -36,6 +36,8 @@ public:
     bool contains(const std::string& digest);
     /// Null when the object is not in the pack.
     Expected<std::unique_ptr<VersionReader>> read(const std::string& digest);
+    /// Every object, oldest first.
+    std::vector<Frame> frames() { return frames_.frames(); }
     /// Every object, by digest.
     std::vector<std::string> digests();
     /// Bytes that the frames of an object take in the file; 0 when it is not there.

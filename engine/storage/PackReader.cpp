@@ -49,6 +49,10 @@ Expected<std::shared_ptr<const PackReader>> PackReader::open(sys::InputFile file
     if (!trailer || trailer->fileBytes() != stamp->sizeBytes)
         return reader->damaged(tr(L"its end is not that of a pack"));
     reader->trailer_ = *trailer;
+    const Expected<std::string> header = reader->bytesAt(0, packHeader.size());
+    if (!header)
+        return header.error();
+    reader->isArranged_ = *header == arrangedPackHeader;
     if (Expected<void> read = reader->readPages(); !read)
         return std::move(read).error();
     return std::shared_ptr<const PackReader>(std::move(reader));
@@ -152,11 +156,35 @@ Expected<PackBlock> PackReader::block(std::uint32_t number) const {
         bytesAt(trailer_.blocksEnd + number * std::int64_t{blockRowBytes}, blockRowBytes);
     if (!row)
         return row.error();
-    const std::optional<PackBlock> block = blockOf(*row);
-    if (!block || block->offset < std::int64_t{packHeader.size()} ||
-        block->storedBytes > trailer_.blocksEnd - block->offset)
+    const std::optional<PackBlock> block = possibleBlock(*row);
+    if (!block)
         return damaged(tr(L"an entry of its tables is impossible"));
     return *block;
+}
+
+std::optional<PackBlock> PackReader::possibleBlock(std::string_view row) const {
+    std::optional<PackBlock> block = blockOf(row);
+    if (block && (block->offset < std::int64_t{packHeader.size()} ||
+                  block->storedBytes > trailer_.blocksEnd - block->offset))
+        block.reset();
+    return block;
+}
+
+Expected<std::vector<std::optional<PackBlock>>> PackReader::blocks() const {
+    constexpr std::int64_t portion = portionBytes / std::int64_t{blockRowBytes};
+    std::vector<std::optional<PackBlock>> all;
+    all.reserve(static_cast<std::size_t>(trailer_.blockCount));
+    for (std::int64_t first = 0; first < trailer_.blockCount; first += portion) {
+        const std::int64_t count = std::min(portion, trailer_.blockCount - first);
+        const Expected<std::string> rows =
+            bytesAt(trailer_.blocksEnd + first * std::int64_t{blockRowBytes},
+                    count * std::int64_t{blockRowBytes});
+        if (!rows)
+            return rows.error();
+        eachRow(*rows, blockRowBytes,
+                [&](std::string_view row) { all.push_back(possibleBlock(row)); });
+    }
+    return all;
 }
 
 Expected<PackEntry> PackReader::entry(std::uint32_t row) const {
@@ -227,29 +255,16 @@ Expected<void> PackReader::checkPages(std::vector<OdString>& found) const {
     return {};
 }
 
-Expected<void> PackReader::checkBlocks(std::vector<OdString>& found) const {
-    constexpr std::int64_t portion = portionBytes / std::int64_t{blockRowBytes};
-    for (std::int64_t first = 0; first < trailer_.blockCount; first += portion) {
-        const std::int64_t count = std::min(portion, trailer_.blockCount - first);
-        const Expected<std::string> rows =
-            bytesAt(trailer_.blocksEnd + first * std::int64_t{blockRowBytes},
-                    count * std::int64_t{blockRowBytes});
-        if (!rows)
-            return rows.error();
-        std::int64_t number = first;
-        eachRow(*rows, blockRowBytes, [&](std::string_view row) {
-            const std::optional<PackBlock> block = blockOf(row);
-            if (!block || block->offset > trailer_.blocksEnd ||
-                block->storedBytes > trailer_.blocksEnd - block->offset)
-                found.push_back(
-                    damaged(OdString::format(
-                                tr(L"block %i of the table of blocks is not as it was written"),
-                                number))
-                        .message);
-            ++number;
-        });
+void PackReader::checkBlocks(std::span<const std::optional<PackBlock>> blocks,
+                             std::vector<OdString>& found) const {
+    for (std::size_t number = 0; number < blocks.size(); ++number) {
+        if (!blocks[number])
+            found.push_back(
+                damaged(OdString::format(tr(L"block %i of the table of blocks is not as it was "
+                                            L"written"),
+                                         static_cast<std::int64_t>(number)))
+                    .message);
     }
-    return {};
 }
 
 Expected<std::vector<OdString>> PackReader::damage() const {
@@ -257,7 +272,7 @@ Expected<std::vector<OdString>> PackReader::damage() const {
     const Expected<std::string> header = bytesAt(0, packHeader.size());
     if (!header)
         return header.error();
-    if (*header != packHeader)
+    if (*header != packHeader && *header != arrangedPackHeader)
         found.push_back(damaged(tr(L"its beginning is not that of a pack")).message);
     const std::int64_t both = 2 * std::int64_t{trailerBytes};
     const Expected<std::string> end = bytesAt(trailer_.fileBytes() - both, both);
@@ -267,8 +282,10 @@ Expected<std::vector<OdString>> PackReader::damage() const {
         found.push_back(damaged(tr(L"its end is not that of a pack")).message);
     if (Expected<void> checked = checkPages(found); !checked)
         return checked.error();
-    if (Expected<void> checked = checkBlocks(found); !checked)
-        return checked.error();
+    const Expected<std::vector<std::optional<PackBlock>>> all = blocks();
+    if (!all)
+        return all.error();
+    checkBlocks(*all, found);
     const Expected<std::string> sketches =
         bytesAt(trailer_.sketchesAt(), trailer_.sketchCount * std::int64_t{sketchRowBytes});
     if (!sketches)

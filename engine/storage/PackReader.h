@@ -11,6 +11,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qrv {
@@ -25,6 +26,8 @@ public:
     static Expected<std::shared_ptr<const PackReader>> open(sys::InputFile file, OdString path);
 
     const PackTrailer& trailer() const { return trailer_; }
+    /// Whether the pack was made of others, with its contents in order (see PackWriter).
+    bool isArranged() const { return isArranged_; }
     const std::shared_ptr<const PackSource>& source() const { return source_; }
 
     /// Where the contents of that digest lie; nothing when they are not here. Reads at most a page
@@ -36,6 +39,8 @@ public:
     Expected<PackEntry> entry(std::uint32_t row) const;
     /// All rows of the table of contents, in the order of the digests, as they stand there.
     Expected<std::vector<PackEntry>> entries() const;
+    /// All rows of the table of blocks; nothing for one that is damaged.
+    Expected<std::vector<std::optional<PackBlock>>> blocks() const;
     /// All sketches; none when their table is damaged.
     Expected<std::vector<PackSketch>> sketches() const;
     /// The bytes of a block from `position` on, as they lie in the file. Fails when there are
@@ -58,11 +63,14 @@ private:
                                                    const DigestBytes& digest) const;
     Expected<std::string> rowsOfPage(std::int64_t page) const;
     Expected<void> checkPages(std::vector<OdString>& found) const;
-    Expected<void> checkBlocks(std::vector<OdString>& found) const;
+    std::optional<PackBlock> possibleBlock(std::string_view row) const;
+    void checkBlocks(std::span<const std::optional<PackBlock>> blocks,
+                     std::vector<OdString>& found) const;
     ErrorMessage damaged(const OdString& cause) const;
 
     std::shared_ptr<const PackSource> source_;
     PackTrailer trailer_;
+    bool isArranged_ = false;
     // Empty when their table is damaged: then every page is read.
     std::vector<PackPage> pages_;
 };

@@ -88,6 +88,8 @@ struct PackTrailer {
 };
 
 inline constexpr std::string_view packHeader{"qrv pack 1\n\0\0\0\0\0", 16};
+/// Of a pack whose contents were put in order and compressed with more effort.
+inline constexpr std::string_view arrangedPackHeader{"qrv pack 1\n\1\0\0\0\0", 16};
 inline constexpr std::size_t blockRowBytes = 64;
 inline constexpr std::size_t entryRowBytes = 44;
 inline constexpr std::size_t sketchRowBytes = 28;

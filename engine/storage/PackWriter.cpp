@@ -58,7 +58,7 @@ std::error_code PackWriter::begin() {
         return file.error();
     file_.emplace(std::move(*file));
     root_.removeLeftovers(layout::packsFolder, leftoverAge);
-    return write(packHeader);
+    return write(effort_ == Effort::thorough ? arrangedPackHeader : packHeader);
 }
 
 std::error_code PackWriter::write(std::span<const char> bytes) {
@@ -291,6 +291,9 @@ sys::Outcome<std::string> PackWriter::publish() {
     if (const std::error_code error = tables_.write(offset_, add, trailer))
         return error;
     if (const std::error_code error = writeOut())
+        return error;
+    if (const std::error_code error =
+            modifiedNs_ ? file_->setModified(*modifiedNs_) : std::error_code())
         return error;
     if (const std::error_code error = file_->flush())
         return error;

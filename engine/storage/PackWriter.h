@@ -46,7 +46,8 @@ struct KeptEntry {
 class PackWriter {
 public:
     /// The folder of the packs is made where it is missing. Also with little effort, the first
-    /// contents are compressed with more: what one drawing takes nobody notices.
+    /// contents are compressed with more: what one drawing takes nobody notices. A pack of thorough
+    /// effort says of itself that its contents are in order.
     explicit PackWriter(sys::Folder root, Effort effort = Effort::quick);
 
     /// Adds contents of that digest, unless they are here already. They are kept as a difference
@@ -78,6 +79,8 @@ public:
         return offset_ + (shared_ ? std::ssize(shared_->contents) : 0);
     }
 
+    /// The time of modification that the pack will have instead of now, in nanoseconds since 1970.
+    void setModified(std::int64_t modifiedNs) { modifiedNs_ = modifiedNs; }
     /// Hands everything over to the disk and gives the pack its name, which is the answer; empty
     /// when nothing was added. Nothing may be added afterwards. After a failure, whose message
     /// names the folder, there is the whole pack or none.
@@ -105,6 +108,7 @@ private:
 
     sys::Folder root_;
     Effort effort_;
+    std::optional<std::int64_t> modifiedNs_;
     // How many bytes were compressed with more effort than was asked for.
     std::int64_t thoroughBytes_ = 0;
     std::optional<sys::NewFile> file_;

@@ -75,6 +75,21 @@ TEST_P(RepositoryOfAnOlderProgram, IsContinued) {
     EXPECT_THAT(run({"verify"}), HasSubstr("Commits: 7\n"));
 }
 
+TEST_P(RepositoryOfAnOlderProgram, ComesIntoPacksAsAWhole) {
+    run({"resolve", "notes/minutes.txt", "--theirs"});
+    run({"commit", "-m", "Merged"});
+    EXPECT_THAT(run({"gc"}), HasSubstr("dropped: 0 (0 bytes)\nDrawing versions dropped: 0"));
+    EXPECT_FALSE(fs::exists(folder / ".qrv/objects.pack"));
+    EXPECT_TRUE(fs::is_empty(folder / ".qrv/tf"));
+    EXPECT_THAT(run({"verify"}), HasSubstr("\nDrawing versions: 0\nEverything"));
+    EXPECT_EQ(run({"show", "v1:notes/minutes.txt"}), "one\ntwo\nthree\n");
+    run({"restore", "--force", "--from", "v1", "plans"});
+    EXPECT_EQ(drawing().size(), 9006U);
+    EXPECT_NE(drawing().substr(4000, 4), "door");
+    run({"restore", "--force", "plans"});
+    EXPECT_EQ(drawing().substr(4000, 4), "door");
+}
+
 // layout1: before the history had sums, and records beside it. layout2: with both.
 INSTANTIATE_TEST_SUITE_P(OfEachForm, RepositoryOfAnOlderProgram,
                          testing::Values("layout1", "layout2"));

@@ -26,21 +26,25 @@ const std::vector<std::vector<std::string>> commands = {
     {"diff", "1"},
     {"branch"},
     {"verify"},
-    {"gc"},
-    {"restore", "plan.dwg", "--from", "1", "--force"},
+    {"gc", "--dry-run"},
+    {"restore", "plans", "--from", "1", "--force"},
     {"tag"},
-    {"log", "parts.csv"}};
+    {"log", "notes/minutes.txt"}};
 
-/// A repository that somebody else made and handed over, with a store and a pack.
+/// A repository that somebody else made with an earlier program and handed over, with a store and a
+/// pack, which are databases.
 class StrangersRepository : public testing::Test {
 protected:
     StrangersRepository() {
-        project.write({{"plan.dwg", "first"}, {"parts.csv", "1;bolt\n"}});
-        project.commit("first");
-        project.write({{"plan.dwg", "second"}, {"parts.csv", "2;bolts\n"}});
-        project.commit("second");
-        qrv_test::toOldForms(project.folder);
-        project.run({"gc"});
+        const std::string archive = std::string(QRV_COMMAND_SAMPLES) + "/repository-layout2.tar.gz";
+        const qrv_test::TemporaryFolder unpacked;
+        EXPECT_EQ(
+            qrv_test::runShell(unpacked.path(),
+                               "tar --extract --gzip --no-same-owner --file '" + archive + "'")
+                .status,
+            0);
+        fs::remove_all(project / ".qrv");
+        fs::copy(unpacked / "project", project.folder.path(), fs::copy_options::recursive);
     }
 
     std::vector<fs::path> databases() const {
