@@ -14,15 +14,20 @@ namespace qrv::cli {
 
 namespace {
 
-Expected<void> run(bool asJson, Output& output) {
-    const Expected<Verified> verified = verify(".", person());
+struct Arguments {
+    bool isQuick = false;
+    bool asJson = false;
+};
+
+Expected<void> run(const Arguments& arguments, Output& output) {
+    const Expected<Verified> verified = verify(".", {.onlyStructure = arguments.isQuick}, person());
     if (!verified)
         return verified.error();
     const Verification& found = verified->found;
-    if (asJson)
+    if (arguments.asJson)
         writeJson(verificationDocument(found, verified->root), output);
     else
-        output.write(verificationText(found));
+        output.write(verificationText(found, arguments.isQuick));
     if (found.problems.empty())
         return {};
     return ErrorMessage{OdString::format(tr(L"Problems: %i"), found.problems.size())};
@@ -31,9 +36,11 @@ Expected<void> run(bool asJson, Output& output) {
 }  // namespace
 
 Action declareVerify(const ArgumentParser& parser) {
-    const auto asJson = std::make_shared<bool>(false);
-    parser.addFlag("--json", *asJson, trUtf8(L"Print what was found as a JSON object"));
-    return [asJson](Output& output) { return run(*asJson, output); };
+    const auto arguments = std::make_shared<Arguments>();
+    parser.addFlag("--quick", arguments->isQuick,
+                   trUtf8(L"Only look whether everything is there, and read no contents"));
+    parser.addFlag("--json", arguments->asJson, trUtf8(L"Print what was found as a JSON object"));
+    return [arguments](Output& output) { return run(*arguments, output); };
 }
 
 }  // namespace qrv::cli

@@ -39,13 +39,14 @@ jsonlib::json::Value verificationDocument(const Verification& found, const OdStr
     return object;
 }
 
-std::string verificationText(const Verification& found) {
+std::string verificationText(const Verification& found, bool isQuick) {
     OdString text = OdString::format(tr(L"Commits: %i\n"), found.commits);
     text += OdString::format(tr(L"Objects: %i\n"), found.objects);
     text += OdString::format(tr(L"Packed objects: %i\n"), found.packedObjects);
     text += OdString::format(tr(L"Drawing versions: %i\n"), found.drawingVersions);
     if (found.problems.empty())
-        text += tr(L"Everything that was kept is there and whole\n");
+        text += isQuick ? tr(L"Everything that was kept is there; its contents were not read\n")
+                        : tr(L"Everything that was kept is there and whole\n");
     text += section(tr(L"Problems:"), found.problems);
     text += section(tr(L"Notes:"), found.notes);
     return text.toNarrow();

@@ -12,6 +12,6 @@ namespace qrv::cli {
 jsonlib::json::Value verificationDocument(const Verification& found, const OdString& root);
 
 /// The same for a person.
-std::string verificationText(const Verification& found);
+std::string verificationText(const Verification& found, bool isQuick);
 
 }  // namespace qrv::cli

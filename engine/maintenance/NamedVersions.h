@@ -36,6 +36,7 @@ public:
     };
     Range ofDigest(const DigestBytes& digest) const;
     OdString url(std::size_t which) const;
+    bool isDrawing(std::size_t which) const { return rows_[which].store != 0; }
 
 private:
     struct Row {

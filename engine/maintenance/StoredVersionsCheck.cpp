@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <utility>
 
 namespace qrv {
 
@@ -30,28 +29,80 @@ OdString withName(const OdString& problem, const VersionName& name) {
 }  // namespace
 
 StoredVersionsCheck::StoredVersionsCheck(const RepositoryPlace& place, const NamedVersions& named,
-                                         Work& progress, Findings& findings)
+                                         CheckDepth depth, Work& progress, Findings& findings)
     : place_(place),
       named_(named),
+      depth_(depth),
       progress_(progress),
       findings_(findings),
       storages_([](const OdString&) { return OdString(); }),
-      packs_(place.folder),
       isChecked_(named.size()) {
     storages_.use(place.root, place.folder);
 }
 
 void StoredVersionsCheck::checkAll(const MetadataFiles& files) {
-    for (const MetadataFile& pack : files.packs)
-        checkPackOfNow(pack.name.toNarrow());
+    checkPacks();
     checkObjects(files);
-    findings_.attempt([this] { checkPack(); });
+    findings_.attempt([this] { checkOldPack(); });
     for (const MetadataFile& store : files.stores)
         findings_.attempt([this, &store] { checkStore(store.name); });
     for (std::size_t which = 0; which < named_.size(); ++which) {
         if (!isChecked_[which])
             checkVersion(named_.url(which));
     }
+}
+
+void StoredVersionsCheck::checkPacks() {
+    Packs packs(place_.folder);
+    const Expected<std::vector<std::string>> names = packs.names();
+    if (!names)
+        return findings_.addProblem(names.error().message);
+    for (const std::string& name : *names) {
+        const Expected<std::shared_ptr<const PackReader>> pack = packs.openPack(name);
+        if (pack)
+            checkPack(packs, **pack);
+        else
+            findings_.addProblem(pack.error().message);
+    }
+}
+
+void StoredVersionsCheck::checkPack(Packs& packs, const PackReader& pack) {
+    const Expected<std::vector<OdString>> damage = pack.damage();
+    const Expected<PackContents> all = damage ? contentsOf(pack) : damage.error();
+    if (!all)
+        return findings_.addProblem(all.error().message);
+    for (const OdString& problem : *damage)
+        findings_.addProblem(problem);
+    for (const PackedContents& contents : all->contents) {
+        const NamedVersions::Range range = named_.ofDigest(contents.digest);
+        const bool isDrawing = range.count > 0 && named_.isDrawing(range.first);
+        ++(isDrawing ? findings_.counts().drawingVersions : findings_.counts().packedObjects);
+        std::fill_n(isChecked_.begin() + static_cast<std::ptrdiff_t>(range.first), range.count,
+                    true);
+    }
+    if (depth_ == CheckDepth::contents)
+        readContents(packs, *all);
+}
+
+// What the threads could not read is read again, for its message.
+void StoredVersionsCheck::readContents(Packs& packs, const PackContents& all) {
+    for (const std::size_t which : unreadable(all.contents, place_.folder)) {
+        const PackedContents& contents = all.contents[which];
+        const Expected<std::unique_ptr<VersionReader>> version = packs.open(contents);
+        const Expected<void> whole = version ? readToEnd(**version) : version.error();
+        if (!whole)
+            addDamage(contents.digest, whole.error().message);
+    }
+    for (const PackedContents& contents : all.contents)
+        progress_.add(contents.sizeBytes);
+}
+
+void StoredVersionsCheck::addDamage(const DigestBytes& digest, const OdString& problem) {
+    const NamedVersions::Range range = named_.ofDigest(digest);
+    for (std::size_t which = range.first; which < range.first + range.count; ++which)
+        addDamage(named_.url(which), problem);
+    if (range.count == 0)
+        addDamage(OdString(), problem);
 }
 
 // What nobody names is met once.
@@ -77,7 +128,10 @@ void StoredVersionsCheck::checkVersion(const OdString& url) {
 
 void StoredVersionsCheck::checkContents(const OdString& url,
                                         const Expected<std::unique_ptr<VersionReader>>& version) {
-    const Expected<void> whole = version ? readToEnd(**version) : version.error();
+    const bool isToBeRead = version && depth_ == CheckDepth::contents;
+    const Expected<void> whole = !version     ? version.error()
+                                 : isToBeRead ? readToEnd(**version)
+                                              : Expected<void>();
     if (!whole)
         addDamage(url, whole.error().message);
     progress_.add(version ? (*version)->sizeBytes() : 0);
@@ -113,7 +167,7 @@ void StoredVersionsCheck::addDatabaseDamage(Database& database) {
                                               printable(database.path()), printable(line)));
 }
 
-void StoredVersionsCheck::checkPack() {
+void StoredVersionsCheck::checkOldPack() {
     std::optional<PackFile> pack = PackFile::open(place_.folder, place_.root);
     if (!pack)
         return;
@@ -122,7 +176,8 @@ void StoredVersionsCheck::checkPack() {
         const OdString url = objectUrl(OdString::fromNarrow(digest));
         isFirstLook(url);
         ++findings_.counts().packedObjects;
-        findings_.attempt([this, &pack, &digest, &url] { checkPacked(*pack, digest, url); });
+        if (depth_ == CheckDepth::contents)
+            findings_.attempt([this, &pack, &digest, &url] { checkPacked(*pack, digest, url); });
     }
 }
 
@@ -131,41 +186,6 @@ void StoredVersionsCheck::checkPacked(PackFile& pack, const std::string& digest,
     const Expected<std::unique_ptr<VersionReader>> version = pack.read(digest);
     if (!version || *version != nullptr)
         checkContents(url, version);
-}
-
-// In the order in which the contents lie, so that each block is decoded once.
-void StoredVersionsCheck::checkPackOfNow(const std::string& name) {
-    const Expected<std::shared_ptr<const PackReader>> pack = packs_.openPack(name);
-    if (!pack)
-        return findings_.addProblem(pack.error().message);
-    const Expected<std::vector<OdString>> damage = (*pack)->damage();
-    if (!damage)
-        return findings_.addProblem(damage.error().message);
-    for (const OdString& each : *damage)
-        findings_.addProblem(each);
-    Expected<std::vector<PackEntry>> entries = (*pack)->entries();
-    if (!entries)
-        return findings_.addProblem(entries.error().message);
-    std::sort(entries->begin(), entries->end(), [](const PackEntry& left, const PackEntry& right) {
-        return std::pair(left.block, left.position) < std::pair(right.block, right.position);
-    });
-    for (const PackEntry& entry : *entries)
-        checkInPack(**pack, entry);
-}
-
-void StoredVersionsCheck::checkInPack(const PackReader& pack, const PackEntry& entry) {
-    const NamedVersions::Range named = named_.ofDigest(entry.digest);
-    const OdString url = named.count > 0 ? named_.url(named.first)
-                                         : objectUrl(OdString::fromNarrow(toDigits(entry.digest)));
-    for (std::size_t which = named.first; which < named.first + named.count; ++which)
-        isChecked_[which] = true;
-    ++(CheckedUrl::check(url)->isDrawing() ? findings_.counts().drawingVersions
-                                           : findings_.counts().packedObjects);
-    const Expected<std::optional<PackedContents>> place = pack.find(entry.digest);
-    if (!place)
-        return addDamage(url, place.error().message);
-    if (*place)
-        checkContents(url, packs_.open(**place));
 }
 
 // Oldest first, so that each drawing version finds what it builds on.
@@ -182,7 +202,7 @@ void StoredVersionsCheck::checkStore(const OdString& name) {
     for (const Frame& frame : store.frames()) {
         const OdString url = drawingUrl(name, OdString::fromNarrow(frame.digest));
         ++findings_.counts().drawingVersions;
-        if (isFirstLook(url))
+        if (isFirstLook(url) && depth_ == CheckDepth::contents)
             findings_.attempt([&] { checkContents(url, store.open(frame)); });
     }
 }

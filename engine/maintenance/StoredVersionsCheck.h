@@ -5,9 +5,11 @@
 #include <engine/database/Database.h>
 #include <engine/maintenance/Findings.h>
 #include <engine/maintenance/NamedVersions.h>
+#include <engine/maintenance/PackCheck.h>
 #include <engine/repository/FindRepository.h>
 #include <engine/repository/MetadataFiles.h>
 #include <engine/storage/PackFile.h>
+#include <engine/storage/PackReader.h>
 #include <engine/storage/Packs.h>
 #include <engine/storage/Storages.h>
 #include <engine/storage/VersionReader.h>
@@ -19,13 +21,19 @@
 
 namespace qrv {
 
-/// Reads every version that the storages keep, each once, and tells which of those that somebody
+/// How closely a repository is looked at.
+enum class CheckDepth {
+    contents,   ///< all that is kept is read, and compared with its digest
+    structure,  ///< the tables tell what is there
+};
+
+/// Looks at every version that the storages keep, each once, and tells which of those that somebody
 /// names are lost or damaged.
 class StoredVersionsCheck {
 public:
     /// All of these must outlive this.
-    StoredVersionsCheck(const RepositoryPlace& place, const NamedVersions& named, Work& progress,
-                        Findings& findings);
+    StoredVersionsCheck(const RepositoryPlace& place, const NamedVersions& named, CheckDepth depth,
+                        Work& progress, Findings& findings);
 
     void checkAll(const MetadataFiles& files);
     /// Tells what was found, and which files it is as far as `history` knows; null when there is
@@ -37,21 +45,23 @@ private:
     void checkVersion(const OdString& url);
     void checkContents(const OdString& url,
                        const Expected<std::unique_ptr<VersionReader>>& version);
+    void checkPacks();
+    void checkPack(Packs& packs, const PackReader& pack);
+    void readContents(Packs& packs, const PackContents& all);
+    void addDamage(const DigestBytes& digest, const OdString& problem);
     void checkObjects(const MetadataFiles& files);
-    void checkPack();
+    void checkOldPack();
     void checkPacked(PackFile& pack, const std::string& digest, const OdString& url);
-    void checkPackOfNow(const std::string& name);
-    void checkInPack(const PackReader& pack, const PackEntry& entry);
     void checkStore(const OdString& name);
     void addDamage(const OdString& url, const OdString& problem);
     void addDatabaseDamage(Database& database);
 
     const RepositoryPlace& place_;
     const NamedVersions& named_;
+    CheckDepth depth_;
     Work& progress_;
     Findings& findings_;
     Storages storages_;
-    Packs packs_;
     /// Of each named version, whether it was looked at.
     std::vector<bool> isChecked_;
     struct Damage {

@@ -76,7 +76,7 @@ OpenedHistory verifyHistory(const RepositoryPlace& place, bool isBusy, Findings&
     return opened;
 }
 
-Verification verifyOnce(const RepositoryPlace& place, Caller& caller) {
+Verification verifyOnce(const RepositoryPlace& place, CheckDepth depth, Caller& caller) {
     Findings findings;
     // Nobody knows before how many drawing versions there are.
     const std::unique_ptr<Work> progress = caller.beginWork(tr(L"Checking"), 0);
@@ -89,7 +89,7 @@ Verification verifyOnce(const RepositoryPlace& place, Caller& caller) {
         findings.addProblem(files.error().message);
     const MetadataFiles listed = files ? *files : MetadataFiles();
     OpenedHistory opened = verifyHistory(place, isBusy, findings);
-    StoredVersionsCheck stored(place, opened.named, *progress, findings);
+    StoredVersionsCheck stored(place, opened.named, depth, *progress, findings);
     stored.checkAll(listed);
     stored.tellDamage(opened.history ? &*opened.history : nullptr);
     noteFiles(listed, findings);
@@ -100,8 +100,8 @@ Verification verifyOnce(const RepositoryPlace& place, Caller& caller) {
 std::vector<std::optional<sys::FileStamp>> stampsOf(const sys::Folder& folder) {
     std::vector<std::optional<sys::FileStamp>> stamps;
     for (const char* const path :
-         {layout::historyPath, layout::statePath, layout::referenceRecordPath,
-          layout::objectsFolder, layout::oldPackPath, layout::packsFolder, layout::storesFolder}) {
+         {layout::historyPath, layout::statePath, layout::referenceRecordPath, layout::packsFolder,
+          layout::objectsFolder, layout::oldPackPath, layout::storesFolder}) {
         const sys::Outcome<sys::FileStamp> stamp = folder.stamp(path);
         stamps.push_back(stamp ? std::optional(*stamp) : std::nullopt);
     }
@@ -123,11 +123,11 @@ std::vector<OdString> inBoth(const std::vector<OdString>& ones,
 
 // What another process moves from one place to another while this one looks is found in neither.
 // So damage is what every look finds, unless nobody changed anything during one.
-Verification verifyRepository(const RepositoryPlace& place, Caller& caller) {
+Verification verifyRepository(const RepositoryPlace& place, CheckDepth depth, Caller& caller) {
     Verification found;
     for (int look = 0; look < mostLooks; ++look) {
         const auto before = stampsOf(place.folder);
-        Verification now = verifyOnce(place, caller);
+        Verification now = verifyOnce(place, depth, caller);
         const bool isQuiet = stampsOf(place.folder) == before;
         if (look > 0 && !isQuiet)
             now.problems = inBoth(found.problems, now.problems);

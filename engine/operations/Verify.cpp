@@ -5,12 +5,15 @@
 
 namespace qrv {
 
-Expected<Verified> verify(const std::string& folder, Caller& caller) {
+Expected<Verified> verify(const std::string& folder, const VerifyRequest& request, Caller& caller) {
     return withoutExceptions([&]() -> Expected<Verified> {
         const Expected<RepositoryPlace> place = openRepository(folder, caller);
         if (!place)
             return place.error();
-        return Verified{.root = place->root.path(), .found = verifyRepository(*place, caller)};
+        const CheckDepth depth =
+            request.onlyStructure ? CheckDepth::structure : CheckDepth::contents;
+        return Verified{.root = place->root.path(),
+                        .found = verifyRepository(*place, depth, caller)};
     });
 }
 

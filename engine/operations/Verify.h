@@ -10,6 +10,12 @@
 
 namespace qrv {
 
+/// How the repository is to be checked.
+struct VerifyRequest {
+    /// Only look whether everything is there, without reading stored contents.
+    bool onlyStructure = false;
+};
+
 /// A repository that was checked.
 struct Verified {
     /// Its root.
@@ -26,6 +32,7 @@ struct Verified {
 ///
 /// Changes nothing; but what a killed process had begun to write to one of the databases is rolled
 /// back by whoever opens it next, and that may be this. An interrupted command stays interrupted.
-QRV_ENGINE_EXPORT Expected<Verified> verify(const std::string& folder, Caller& caller);
+QRV_ENGINE_EXPORT Expected<Verified> verify(const std::string& folder, const VerifyRequest& request,
+                                            Caller& caller);
 
 }  // namespace qrv

@@ -34,20 +34,33 @@ TEST_F(VerifyDamage, NamesTheFirstOfSeveralFilesAndCountsTheOthers) {
 }
 
 TEST_F(VerifyDamage, FindsAFlippedBitOfAPackedObject) {
-    project.write({{"parts.csv", noise(40000)}});
+    project.write({{"parts.csv", noise(90000)}});
     project.commit("third");
-    project.write({{"parts.csv", "3;nuts\n"}});
-    project.commit("fourth");
-    qrv_test::toOldForms(project.folder);
     project.run({"gc"});
-    const std::string digest = digestOf(noise(40000));
-    flipByte(project / ".qrv/objects.pack", middleOfFrame(project / ".qrv/objects.pack"));
+    const fs::path pack = fs::directory_iterator(project / ".qrv/packs")->path();
+    flipByte(pack, 20000);
     const Outcome outcome = project.qrv({"verify"});
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.output, testing::HasSubstr("Packed objects: 3\n"));
-    EXPECT_THAT(outcome.output, testing::HasSubstr("The version " + digest + " in '" + root +
-                                                   "/.qrv/objects.pack' is damaged: "));
+    EXPECT_THAT(outcome.output, testing::HasSubstr("Packed objects: 4\n"));
+    EXPECT_THAT(outcome.output,
+                testing::HasSubstr("The version " + digestOf(noise(90000)) + " in '.qrv/packs/" +
+                                   pack.filename().string() + "' is damaged: "));
     EXPECT_THAT(outcome.output, testing::HasSubstr("(it is 'parts.csv' in commit 3)"));
+    EXPECT_EQ(project.qrv({"verify", "--quick"}).status, 0);
+}
+
+TEST_F(VerifyDamage, FindsAMissingPackAlsoInAQuickLook) {
+    project.run({"gc"});
+    EXPECT_EQ(project.run({"verify", "--quick"}),
+              "Commits: 2\nObjects: 0\nPacked objects: 3\nDrawing versions: 1\n"
+              "Everything that was kept is there; its contents were not read\n");
+    fs::remove_all(project / ".qrv/packs");
+    for (const char* const how : {"--quick", "--json"}) {
+        const Outcome outcome = project.qrv({"verify", how});
+        EXPECT_EQ(outcome.messages, "qrv: Problems: 4\n") << how;
+        EXPECT_THAT(outcome.output, testing::HasSubstr("' is not in the repository (it is "
+                                                       "'plan.dwg' in commit 1)"));
+    }
 }
 
 TEST_F(VerifyDamage, FindsAFlippedBitOfADrawing) {
