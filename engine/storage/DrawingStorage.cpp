@@ -111,9 +111,9 @@ Expected<StoredFile> DrawingStorage::storeFile(const common::RootPath& root,
     const Expected<sys::Folder> folder = folderOf(root);
     if (!folder)
         return folder.error();
-    const Expected<Packs*> packs = packsOf(root);
-    if (!packs)
-        return packs.error();
+    const Expected<PacksInUse*> inUse = packsInUse(root);
+    if (!inUse)
+        return inUse.error();
     const Expected<Line> line = lineOf(path, previousUrl_(path.text()));
     if (!line)
         return line.error();
@@ -123,7 +123,8 @@ Expected<StoredFile> DrawingStorage::storeFile(const common::RootPath& root,
         return isKept && *isKept;
     };
     const StoreRequest request = {
-        .packs = **packs,
+        .packs = (*inUse)->packs,
+        .similar = (*inUse)->similar,
         .previous = line->previous ? std::optional(toDigestBytes(*line->previous)) : std::nullopt,
         .longestSpan = longestSpanBytes,
         .isKeptElsewhere = isKeptElsewhere,

@@ -88,7 +88,7 @@ Expected<sys::Folder> HostStorage::folderOf(const common::RootPath& root) {
     return folders_.emplace(root.path(), std::move(*folder)).first->second;
 }
 
-Expected<Packs*> HostStorage::packsOf(const common::RootPath& root) {
+Expected<PacksInUse*> HostStorage::packsInUse(const common::RootPath& root) {
     const auto known = packs_->find(root.path());
     if (known != packs_->end())
         return &known->second;
@@ -96,6 +96,11 @@ Expected<Packs*> HostStorage::packsOf(const common::RootPath& root) {
     if (!folder)
         return folder.error();
     return &packs_->try_emplace(root.path(), *folder).first->second;
+}
+
+Expected<Packs*> HostStorage::packsOf(const common::RootPath& root) {
+    const Expected<PacksInUse*> inUse = packsInUse(root);
+    return inUse ? Expected<Packs*>(&(*inUse)->packs) : inUse.error();
 }
 
 Expected<void> HostStorage::flush(const common::RootPath& root) {

@@ -3,6 +3,7 @@
 #include <common/storage/FileStorage.h>
 #include <engine/paths/RelativePath.h>
 #include <engine/storage/Packs.h>
+#include <engine/storage/SimilarContents.h>
 #include <engine/storage/VersionReader.h>
 #include <sys/FileStamp.h>
 #include <sys/Folder.h>
@@ -22,8 +23,16 @@ struct StoredFile {
     sys::FileStamp stamp;
 };
 
-/// The packs of each repository that a process works in, by its path. The storages share them.
-using PacksByRoot = std::map<OdString, Packs>;
+/// The packs of a repository, and what new contents may be kept against there.
+struct PacksInUse {
+    explicit PacksInUse(sys::Folder root) : packs(std::move(root)), similar(packs) {}
+
+    Packs packs;
+    SimilarContents similar;
+};
+
+/// Those of each repository that a process works in, by its path. The storages share them.
+using PacksByRoot = std::map<OdString, PacksInUse>;
 
 /// What the storages of this program have in common: the packs, in which they keep all new
 /// contents, and everything that reads a version out. Each contents is checked against its digest
@@ -87,6 +96,7 @@ protected:
     /// The root's folder, which is opened once and stays open: commands touch thousands of files
     /// below it.
     Expected<sys::Folder> folderOf(const common::RootPath& root);
+    Expected<PacksInUse*> packsInUse(const common::RootPath& root);
     Expected<Packs*> packsOf(const common::RootPath& root);
 
 private:

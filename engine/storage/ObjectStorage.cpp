@@ -61,12 +61,13 @@ Expected<StoredFile> ObjectStorage::storeFile(const common::RootPath& root,
     const Expected<ObjectFolder*> objects = objectsOf(root);
     if (!objects)
         return objects.error();
-    const Expected<Packs*> packs = packsOf(root);
-    if (!packs)
-        return packs.error();
+    const Expected<PacksInUse*> inUse = packsInUse(root);
+    if (!inUse)
+        return inUse.error();
     const std::string previous = digestOfUrl(previousUrl_(path.text())).toNarrow();
     const StoreRequest request = {
-        .packs = **packs,
+        .packs = (*inUse)->packs,
+        .similar = (*inUse)->similar,
         .previous = previous.empty() ? std::nullopt : std::optional(toDigestBytes(previous)),
         .longestSpan = longestSpan,
         .isKeptElsewhere =

@@ -12,6 +12,7 @@
 #include <memory>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace qrv {
 
@@ -60,11 +61,25 @@ struct Base {
     Bytes contents;
 };
 
-/// Nothing when there is none, when both together are too long, and when the base is damaged.
-std::optional<Base> baseFor(std::int64_t sizeBytes, const StoreRequest& request) {
-    if (!request.previous || sizeBytes < shortestContinued)
+/// What the contents continue, or else the most similar ones.
+std::optional<NextBase> placeOfBase(const std::optional<Sketch>& sketch,
+                                    const StoreRequest& request) {
+    if (request.previous) {
+        if (std::optional<NextBase> next = request.packs.baseAfter(*request.previous))
+            return next;
+    }
+    if (!sketch)
         return std::nullopt;
-    const std::optional<NextBase> next = request.packs.baseAfter(*request.previous);
+    const std::vector<NextBase> similar = request.similar.basesFor(*sketch, 1);
+    return similar.empty() ? std::nullopt : std::optional(similar.front());
+}
+
+/// Nothing when there is none, when both together are too long, and when the base is damaged.
+std::optional<Base> baseFor(std::int64_t sizeBytes, const std::optional<Sketch>& sketch,
+                            const StoreRequest& request) {
+    if (sizeBytes < shortestContinued)
+        return std::nullopt;
+    const std::optional<NextBase> next = placeOfBase(sketch, request);
     if (!next)
         return std::nullopt;
     const Expected<std::unique_ptr<VersionReader>> reader = request.packs.open(next->digest);
@@ -88,17 +103,20 @@ Expected<std::string> storeFromMemory(WorkingFileReader& file, const RelativePat
     std::string digest = Digest::of(contents->view());
     if (isKept(digest, contents->size(), request))
         return digest;
-    const std::optional<Base> base = baseFor(contents->size(), request);
+    const std::optional<Sketch> sketch = Sketching::of(contents->span());
+    const std::optional<Base> base = baseFor(contents->size(), sketch, request);
     std::optional<DifferenceBase> against;
     if (base)
         against = {.digest = base->place.digest,
                    .contents = base->contents.span(),
                    .depth = base->place.depth,
                    .roundStart = base->place.roundStart};
-    const Expected<void> added = request.packs.writer().add(
-        toDigestBytes(digest), contents->span(), against, Sketching::of(contents->span()));
+    const Expected<void> added =
+        request.packs.writer().add(toDigestBytes(digest), contents->span(), against, sketch);
     if (!added)
         return cannotStore(path.text(), added.error().message);
+    if (sketch)
+        request.similar.add(toDigestBytes(digest), *sketch);
     return digest;
 }
 

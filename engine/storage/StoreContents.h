@@ -5,6 +5,7 @@
 #include <engine/paths/RelativePath.h>
 #include <engine/storage/ObjectFolder.h>
 #include <engine/storage/Packs.h>
+#include <engine/storage/SimilarContents.h>
 #include <sys/FileStamp.h>
 #include <sys/Folder.h>
 
@@ -18,6 +19,8 @@ namespace qrv {
 /// Where the contents of a working file go, and what is known of them before.
 struct StoreRequest {
     Packs& packs;
+    /// Of the same packs: what contents are kept against that continue nothing.
+    SimilarContents& similar;
     /// The contents that these continue, if that is known.
     std::optional<DigestBytes> previous;
     /// How long contents and those that they continue may be together for a difference.

@@ -102,6 +102,24 @@ TEST_F(DrawingStorageTest, KeepsARevisionAgainstTheOneThatItContinues) {
     EXPECT_TRUE(read(next) == side + "one more");
 }
 
+TEST_F(DrawingStorageTest, KeepsACopyOfATemplateAgainstThatWhateverItsName) {
+    const std::string sheet = qrv_test::randomBytes(20000, 5);
+    store("template.dwg", sheet);
+    const OdString inTheSameCommand = store("sheets/1.dwg", "1" + sheet + "one");
+    storage_.flush(root_).value();
+    const std::uintmax_t both = sizeOfPacks();
+    EXPECT_LE(both, 21500U);
+
+    DrawingStorage later{[](const OdString&) { return OdString(); }};
+    writeFile(folder_ / "sheets/2.dwg", "2" + sheet + "two");
+    const OdString inAnother = later.store(root_, L"sheets/2.dwg").value();
+    later.flush(root_).value();
+
+    EXPECT_LE(sizeOfPacks(), both + 1500);
+    EXPECT_TRUE(read(inTheSameCommand) == "1" + sheet + "one");
+    EXPECT_TRUE(read(inAnother) == "2" + sheet + "two");
+}
+
 TEST_F(DrawingStorageTest, EqualContentsAreKeptOnceAndNothingIsWritten) {
     const OdString first = store("plan.dwg", revision(1));
     storage_.flush(root_).value();
