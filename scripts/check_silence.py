@@ -63,8 +63,10 @@ RULES = [
         (COMMON, PLATFORM, SYS, ENGINE),
         r"pthread_create|thrd_create|clone3?|_?v?[fF]ork|f?exec(?:[lv]p?e?|veat)|posix_spawnp?|system|popen"
         r"|std::thread::.*|QThread(?:Pool)?::.*|QtConcurrent::.*|QProcess::.*|QTimer::.*|wxThread.*|wxExecute",
-        {(ENGINE, name): "a look lists the tree meanwhile; the thread has ended when the operation has" for name in (
-            "std::thread::_M_start_thread", "std::thread::join", "std::thread::_State", "std::thread::_State::~_State")},
+        {(ENGINE, name): "a look lists the tree meanwhile, a check reads on all cores; the threads have ended when the "
+                         "operation has" for name in (
+            "std::thread::_M_start_thread", "std::thread::join", "std::thread::_State", "std::thread::_State::~_State",
+            "std::thread::hardware_concurrency")},
     ),
     (
         "changes what belongs to the process",

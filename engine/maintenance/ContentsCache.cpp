@@ -8,8 +8,11 @@ std::shared_ptr<const Bytes> ContentsCache::find(std::uint32_t number) {
     const auto place = places_.find(number);
     if (place == places_.end())
         return nullptr;
-    kept_.splice(kept_.begin(), kept_, place->second);
-    return place->second->contents;
+    // Not by splicing, which ends the process when two lists do not fit each other.
+    kept_.push_front(std::move(*place->second));
+    kept_.erase(place->second);
+    place->second = kept_.begin();
+    return kept_.front().contents;
 }
 
 void ContentsCache::add(std::uint32_t number, std::shared_ptr<const Bytes> contents) {
