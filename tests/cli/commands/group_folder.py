@@ -76,12 +76,12 @@ def modes_below(folder):
 
 
 def check_shared(folder):
-    """Everything belongs to the group; it may read all, and write all but the objects, which nobody changes."""
+    """Everything belongs to the group; it may read all, and write all but the packs, which nobody changes."""
     for name, status in modes_below(folder).items():
         wanted = 0o060
         if stat.S_ISDIR(status.st_mode):
             wanted = 0o2070
-        elif name.startswith("objects/"):
+        elif name.startswith("packs/"):
             wanted = 0o040
         if status.st_mode & wanted != wanted or status.st_gid != GROUP:
             sys.exit(f"{name} has the mode {oct(status.st_mode)} and the group {status.st_gid}")

@@ -13,7 +13,7 @@ import tempfile
 import time
 from pathlib import Path
 
-COUNT = 300
+COUNT = 1500
 
 
 class Project:
@@ -25,8 +25,8 @@ class Project:
         folder.mkdir()
         self.run("init")
         for number in range(COUNT):
-            # Large enough for an object of its own.
-            (folder / f"{number:03}.bin").write_bytes(os.urandom(70_000))
+            # Large enough for a block of its own.
+            (folder / f"{number:04}.bin").write_bytes(os.urandom(70_000))
         self.run("add", "--all")
 
     def start(self, *arguments):
@@ -51,7 +51,7 @@ def expect(condition, problem):
 def cancel(project, wish):
     """Sends the signal in the middle of a commit. False when the commit was quicker."""
     process = project.start("commit", "-m", "many")
-    while process.poll() is None and len(project.leftovers()) < COUNT // 4:
+    while process.poll() is None and not project.leftovers():
         time.sleep(0.002)
     process.send_signal(wish)
     _, messages = process.communicate()
