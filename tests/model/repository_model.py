@@ -122,11 +122,12 @@ class Model:
             raise Refused
         self.check_room(steps, changes)
         for path in unsaved:
-            self.kept.add(self.url_of(path, self.files[path]))
+            self.kept.add(self.files[path])
         return steps
 
     def known_version(self, path, changes, wanted):
-        """A drawing is looked for where HEAD, the commit being merged, and the wanted version have it."""
+        """A drawing is called as HEAD, the commit being merged, or the wanted version have it; its contents may have been
+        kept under any name."""
         if path not in changes.present:
             return None
         head = self.head.get(path)
@@ -135,7 +136,7 @@ class Model:
         contents = self.files[path]
         known = [version for version in (head, self.tree(self.merging).get(path), wanted) if version is not None]
         stores = [version[1] for version in known if version[1] is not None] if path.endswith(".dwg") else [None]
-        return next(((contents, store) for store in stores if (contents, store) in self.kept), "unsaved")
+        return next(((contents, store) for store in stores if contents in self.kept), "unsaved")
 
     # Commands. Each changes the model as `qrv` should, or raises Refused.
 
@@ -179,7 +180,7 @@ class Model:
                 del tree[path]
             else:
                 tree[path] = self.url_of(path, self.files[path])
-                self.kept.add(tree[path])
+                self.kept.add(self.files[path])
         self.check_shape(tree)
         parents = [p for p in (self.head_commit(), self.merging) if p is not None]
         return Commit(parents, tree, message)
