@@ -243,7 +243,7 @@ Expected<void> Packs::makeRoom() {
 Expected<void> Packs::flush() {
     if (!writer_ || writer_->isEmpty())
         return {};
-    const Expected<std::vector<std::string>> taken = takeUpSmallOnes();
+    Expected<std::vector<std::string>> taken = takeUpSmallOnes();
     // On every way out of here, what has no name by then is dropped.
     const std::unique_ptr<PackWriter> writer = std::move(writer_);
     if (!taken)
@@ -251,6 +251,8 @@ Expected<void> Packs::flush() {
     const Expected<std::string> name = writer->finish();
     if (!name)
         return name.error();
+    // One of the same name has given its place to the new one.
+    std::erase(*taken, *name);
     removeTaken(*taken);
     return name->empty() || !isListed_ ? Expected<void>() : list();
 }
