@@ -60,7 +60,7 @@ EDGES = {
     "engine/database": {"engine/base": "errors and their texts"},
     "engine/storage": {
         "engine/base": "digests, errors and their texts",
-        "engine/database": "packs and drawing stores are databases",
+        "engine/database": "drawing stores and the packs of older programs are databases",
         "engine/paths": "working files and stored versions are named from outside",
     },
     "engine/history": {
