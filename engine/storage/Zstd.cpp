@@ -86,7 +86,7 @@ FrameWriter::FrameWriter(std::int64_t sizeBytes, std::int64_t pieceBytes, Sink s
       context_(newContext()),
       pieceBytes_(std::min(static_cast<std::size_t>(pieceBytes),
                            ZSTD_compressBound(static_cast<std::size_t>(sizeBytes)))) {
-    setUp(context_.get(), sizeBytes, windowLogFor(sizeBytes, longestPlainWindowLog), effort);
+    setUp(context_.get(), sizeBytes, windowLogFor(sizeBytes, longestStreamedWindowLog), effort);
     piece_.reset(new char[pieceBytes_]);
 }
 
