@@ -72,7 +72,7 @@ void NamedVersions::add(const OdString& url) {
         const auto [store, isNew] = storeNumbers_.try_emplace(
             checked->store().toNarrow(), static_cast<std::uint32_t>(stores_.size() + 1));
         if (isNew)
-            stores_.push_back(store);
+            stores_.emplace_back(store);
         row.store = store->second;
     }
     rows_.push_back(row);

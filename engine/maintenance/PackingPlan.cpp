@@ -29,8 +29,9 @@ public:
 
     void follow() {
         std::vector<std::int64_t> numbers = commitNumbers(history_);
-        for (auto number = numbers.rbegin(); number != numbers.rend(); ++number)
-            visitVersions(history_, *number, [this](const VersionRow& row) { meet(row); });
+        std::reverse(numbers.begin(), numbers.end());
+        for (const std::int64_t number : numbers)
+            visitVersions(history_, number, [this](const VersionRow& row) { meet(row); });
     }
 
 private:

@@ -72,6 +72,7 @@ Expected<std::vector<Frame>> FrameStore::chainOf(const Frame& frame) {
 
 Expected<void> FrameStore::requireMemory(const std::vector<Frame>& chain) {
     std::vector<std::int64_t> sizes;
+    sizes.reserve(chain.size());
     for (const Frame& frame : chain)
         sizes.push_back(frame.sizeBytes);
     return requireMemoryFor(sizes, chain.front().digest, database().path());

@@ -64,8 +64,10 @@ bool isPossible(const PackBlock& block) {
                          (block.kind == BlockKind::raw && block.storedBytes == block.sizeBytes);
     const bool hasDepth =
         isDifference ? block.depth > 1 && block.depth <= longestChain : block.depth == 1;
+    const bool hasBase =
+        std::any_of(block.base.begin(), block.base.end(), [](auto byte) { return byte != 0; });
     return hasKind && hasDepth && block.roundStart >= 1 && block.roundStart <= block.depth &&
-           isDifference == (block.base != DigestBytes());
+           isDifference == hasBase;
 }
 
 }  // namespace

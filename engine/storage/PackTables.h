@@ -38,8 +38,8 @@ private:
     std::vector<std::uint32_t> inOrder() const;
 
     struct SketchOf {
-        std::uint32_t entry;
-        Sketch sketch;
+        std::uint32_t entry = 0;
+        Sketch sketch = {};
     };
 
     std::vector<PackBlock> blocks_;

@@ -81,10 +81,10 @@ void FrameWriter::Free::operator()(ZSTD_CCtx_s* context) const {
     ZSTD_freeCCtx(context);
 }
 
-FrameWriter::FrameWriter(std::int64_t sizeBytes, std::int64_t pieceBytes, Sink sink, Effort effort)
+FrameWriter::FrameWriter(std::int64_t sizeBytes, std::int64_t atOnce, Sink sink, Effort effort)
     : sink_(std::move(sink)),
       context_(newContext()),
-      pieceBytes_(std::min(static_cast<std::size_t>(pieceBytes),
+      pieceBytes_(std::min(static_cast<std::size_t>(atOnce),
                            ZSTD_compressBound(static_cast<std::size_t>(sizeBytes)))) {
     setUp(context_.get(), sizeBytes, windowLogFor(sizeBytes, longestStreamedWindowLog), effort);
     piece_.reset(new char[pieceBytes_]);

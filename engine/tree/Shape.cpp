@@ -30,7 +30,7 @@ OdString RoomCheck::fileInTheWay(const OdString& path) {
     // Where one is, there is room for another.
     if (files_.isFile(path))
         return {};
-    if (const OdString above = fileAbove(path); !above.isEmpty())
+    if (OdString above = fileAbove(path); !above.isEmpty())
         return above;
     for (const OdString& below : files_.filesBelow(path)) {
         if (!isGone_(below))
