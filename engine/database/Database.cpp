@@ -4,6 +4,7 @@
 #include <engine/database/DatabaseFailureInternal.h>
 #include <engine/database/DatabaseFileInternal.h>
 #include <engine/database/FolderVfsInternal.h>
+#include <engine/database/StatementCacheInternal.h>
 #include <engine/database/StepLimitInternal.h>
 
 #include <sqlite3.h>
@@ -113,6 +114,8 @@ void Database::connect(const char* file, int flags) {
     sqlite3* connection = nullptr;
     const int result = sqlite3_open_v2(file, &connection, flags | SQLITE_OPEN_NOMUTEX,
                                        vfs_ ? vfs_->name() : nullptr);
+    // Those of the old connection first.
+    statements_ = std::make_unique<StatementCache>();
     connection_.reset(connection);
     if (result != SQLITE_OK)
         failOnDatabase(path_, OdString(connection == nullptr ? sqlite3_errstr(result)
@@ -175,7 +178,7 @@ void Database::execute(const char* sql) {
 }
 
 Statement Database::prepare(const char* sql) {
-    return {connection_.get(), limit_.get(), path_, sql};
+    return {connection_.get(), limit_.get(), *statements_, path_, sql};
 }
 
 std::int64_t Database::schemaVersion() {

@@ -73,6 +73,7 @@ private:
     std::unique_ptr<FolderVfs> vfs_;
     std::unique_ptr<StepLimit> limit_;
     std::unique_ptr<sqlite3, Close> connection_;
+    std::unique_ptr<StatementCache> statements_;
 };
 
 /// A guard of changes to a database: unless it is committed, its end rolls them back. Inside

@@ -1,5 +1,6 @@
 #include <engine/database/DatabaseFailureInternal.h>
 #include <engine/database/Statement.h>
+#include <engine/database/StatementCacheInternal.h>
 #include <engine/database/StepLimitInternal.h>
 
 #include <sqlite3.h>
@@ -9,12 +10,18 @@
 
 namespace qrv {
 
-void Statement::Finalize::operator()(sqlite3_stmt* statement) const {
-    sqlite3_finalize(statement);
+void Statement::GiveBack::operator()(sqlite3_stmt* statement) const {
+    cache->giveBack(statement);
 }
 
-Statement::Statement(sqlite3* connection, StepLimit* limit, OdString file, const char* sql)
-    : connection_(connection), limit_(limit), file_(std::move(file)) {
+Statement::Statement(sqlite3* connection, StepLimit* limit, StatementCache& cache, OdString file,
+                     const char* sql)
+    : connection_(connection),
+      limit_(limit),
+      file_(std::move(file)),
+      statement_(cache.take(sql), GiveBack{&cache}) {
+    if (statement_)
+        return;
     sqlite3_stmt* statement = nullptr;
     // Preparing the first one reads the schema.
     const StepLimit::Scope scope(limit_, rounds_);

@@ -14,6 +14,7 @@ struct sqlite3_stmt;
 
 namespace qrv {
 
+class StatementCache;
 class StepLimit;
 
 /// What SQLite said, behind the name of the file. Thrown, because after it no step of the work that
@@ -63,11 +64,13 @@ public:
 private:
     friend class Database;
 
-    struct Finalize {
+    struct GiveBack {
+        StatementCache* cache = nullptr;
         void operator()(sqlite3_stmt* statement) const;
     };
 
-    Statement(sqlite3* connection, StepLimit* limit, OdString file, const char* sql);
+    Statement(sqlite3* connection, StepLimit* limit, StatementCache& cache, OdString file,
+              const char* sql);
     void restart();
     void bindValue(int index, std::int64_t value);
     void bindValue(int index, int value) { bindValue(index, std::int64_t{value}); }
@@ -83,7 +86,7 @@ private:
     StepLimit* limit_;
     std::int64_t rounds_ = 0;
     OdString file_;
-    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+    std::unique_ptr<sqlite3_stmt, GiveBack> statement_;
 };
 
 }  // namespace qrv
