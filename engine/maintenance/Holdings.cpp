@@ -190,17 +190,22 @@ private:
     bool buildsOnWhatMoves(const PackReader& pack) const {
         const Expected<std::vector<std::optional<PackBlock>>> blocks = pack.blocks();
         return blocks && std::any_of(blocks->begin(), blocks->end(), [&](const auto& block) {
-                   return block && block->kind == BlockKind::difference && !stays(block->base);
+                   return block && block->kind == BlockKind::difference &&
+                          !stays(block->base, block->depth - 1);
                });
     }
 
-    bool stays(const DigestBytes& digest) const {
+    /// Whether a pack that stays has the contents, and reading them there takes no more blocks.
+    bool stays(const DigestBytes& digest, int mostBlocks) const {
         auto holding = std::lower_bound(
             holdings_.all.begin(), holdings_.all.end(), digest,
             [](const Holding& each, const DigestBytes& value) { return each.digest < value; });
         for (; holding != holdings_.all.end() && holding->digest == digest; ++holding) {
             const Holder& holder = holdings_.holders[holding->holder];
-            if (holder.pack && !holder.isTakenUp)
+            if (!holder.pack || holder.isTakenUp)
+                continue;
+            const Expected<std::optional<PackedContents>> found = holder.pack->find(digest);
+            if (found && *found && (**found).block.depth <= mostBlocks)
                 return true;
         }
         return false;

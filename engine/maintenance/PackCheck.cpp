@@ -40,12 +40,13 @@ std::vector<std::size_t> endsOfParts(const std::vector<PackedContents>& contents
 /// Packs for each of the threads, with what these have read last.
 class Readers {
 public:
-    explicit Readers(const sys::Folder& root) : root_(root) {}
+    Readers(const sys::Folder& root, const std::vector<std::string>& ignored)
+        : root_(root), ignored_(ignored) {}
 
     std::unique_ptr<Packs> take() {
         const std::lock_guard guard(mutex_);
         if (free_.empty())
-            return std::make_unique<Packs>(root_);
+            return std::make_unique<Packs>(root_, ignored_);
         std::unique_ptr<Packs> packs = std::move(free_.back());
         free_.pop_back();
         return packs;
@@ -57,6 +58,7 @@ public:
 
 private:
     sys::Folder root_;
+    std::vector<std::string> ignored_;
     std::mutex mutex_;
     std::vector<std::unique_ptr<Packs>> free_;
 };
@@ -96,10 +98,11 @@ Expected<PackContents> contentsOf(const PackReader& pack) {
 
 // No thread makes messages: whoever wants to know what is wrong reads these again.
 std::vector<std::size_t> unreadable(const std::vector<PackedContents>& contents,
-                                    const sys::Folder& root) {
+                                    const sys::Folder& root,
+                                    const std::vector<std::string>& ignored) {
     const std::vector<std::size_t> ends = endsOfParts(contents);
     std::vector<std::vector<std::size_t>> found(ends.size());
-    Readers readers(root);
+    Readers readers(root, ignored);
     inParallel(ends.size(), [&](std::size_t part) {
         std::unique_ptr<Packs> packs = readers.take();
         for (std::size_t i = part == 0 ? 0 : ends[part - 1]; i < ends[part]; ++i) {

@@ -6,6 +6,7 @@
 #include <sys/Folder.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace qrv {
@@ -22,8 +23,9 @@ Expected<PackContents> contentsOf(const PackReader& pack);
 
 /// Which of the contents cannot be read as they were stored, by their place in the list: each is
 /// read and compared with its digest, on all cores, in little memory. `root` is the folder of the
-/// repository, for what they build on.
+/// repository, for what they build on; packs of the `ignored` names are as if they were gone.
 std::vector<std::size_t> unreadable(const std::vector<PackedContents>& contents,
-                                    const sys::Folder& root);
+                                    const sys::Folder& root,
+                                    const std::vector<std::string>& ignored = {});
 
 }  // namespace qrv

@@ -96,8 +96,13 @@ private:
     bool finishPack() {
         if (!writer_)
             return true;
-        const Expected<std::string> name = writer_->finish();
+        const bool isDone = finish(*writer_);
         writer_.reset();
+        return isDone;
+    }
+
+    bool finish(PackWriter& writer) {
+        const Expected<std::string> name = writer.finish();
         if (!name) {
             problems_.push_back(name.error().message);
             return false;
@@ -130,14 +135,17 @@ private:
                                  .modifiedNs);
         }
         waiting.setModified(modifiedNs);
-        const Expected<std::string> name = waiting.finish();
-        if (!name) {
-            problems_.push_back(name.error().message);
-            return false;
+        return finish(waiting);
+    }
+
+    /// The names of packs that are to go: what is new must not need them.
+    std::vector<std::string> leaving() const {
+        std::vector<std::string> names;
+        for (const Holder& holder : holdings_.holders) {
+            if (holder.kind == Holder::Kind::pack && holder.isTakenUp && !isReplaced(holder))
+                names.push_back(holder.name);
         }
-        if (!name->empty())
-            names_.push_back(*name);
-        return true;
+        return names;
     }
 
     void readBack(const std::string& name) {
@@ -148,7 +156,8 @@ private:
         if (!contents)
             return problems_.push_back(contents.error().message);
         std::vector<bool> isBad(contents->contents.size());
-        for (const std::size_t i : unreadable(contents->contents, repository_.folder())) {
+        for (const std::size_t i :
+             unreadable(contents->contents, repository_.folder(), leaving())) {
             isBad[i] = true;
             problems_.push_back(
                 damagedContents(contents->contents[i], tr(L"it cannot be read back")).message);

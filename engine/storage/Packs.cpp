@@ -25,7 +25,8 @@ OdString packText(const std::string& name) {
 
 }  // namespace
 
-Packs::Packs(sys::Folder root) : root_(std::move(root)) {
+Packs::Packs(sys::Folder root, std::vector<std::string> ignored)
+    : root_(std::move(root)), ignored_(std::move(ignored)) {
 }
 
 Expected<std::vector<std::string>> Packs::names() const {
@@ -64,6 +65,8 @@ Expected<void> Packs::list() {
     std::vector<Pack> packs;
     problem_.reset();
     for (const std::string& name : *found) {
+        if (std::find(ignored_.begin(), ignored_.end(), name) != ignored_.end())
+            continue;
         const auto known = std::find_if(packs_.begin(), packs_.end(), [&](const Pack& pack) {
             return pack.name == name && pack.reader;
         });
@@ -123,27 +126,6 @@ bool Packs::has(const DigestBytes& digest) {
     return findInOpen(digest).has_value();
 }
 
-// The contents themselves, those that they build on, and so on to such as stand alone.
-Expected<std::vector<PackedContents>> Packs::chainOf(const PackedContents& contents) {
-    std::vector<PackedContents> chain = {contents};
-    while (chain.back().block.kind == BlockKind::difference) {
-        if (chain.size() == longestChain)
-            return damagedContents(contents, tr(L"it builds on too many others"));
-        const Expected<std::optional<PackedContents>> base = find(chain.back().block.base);
-        if (!base)
-            return base.error();
-        if (!*base)
-            return damagedContents(contents, tr(L"one that it builds on is missing"));
-        // Both are held in memory, and no difference is made of what is longer together.
-        if ((**base).sizeBytes > longestSpanBytes)
-            return damagedContents(contents, tr(L"one that it builds on is too long"));
-        if (chain.back().sizeBytes > longestSpanBytes - (**base).sizeBytes)
-            return damagedContents(contents, tr(L"its size is impossible"));
-        chain.push_back(**base);
-    }
-    return chain;
-}
-
 // What the first of the chain builds on; null when it stands alone.
 Expected<std::shared_ptr<const Bytes>> Packs::contentsOfBase(std::vector<PackedContents> chain) {
     if (chain.size() == 1)
@@ -175,7 +157,7 @@ Expected<std::shared_ptr<const Bytes>> Packs::contentsOfBase(std::vector<PackedC
 }
 
 Expected<std::unique_ptr<VersionReader>> Packs::open(const PackedContents& contents) {
-    Expected<std::vector<PackedContents>> chain = chainOf(contents);
+    Expected<std::vector<PackedContents>> chain = chainOfAnyCopy(contents);
     if (!chain)
         return std::move(chain).error();
     std::vector<std::int64_t> sizes;
@@ -185,10 +167,11 @@ Expected<std::unique_ptr<VersionReader>> Packs::open(const PackedContents& conte
             requireMemoryFor(sizes, toDigits(contents.digest), contents.source->path);
         !isEnough)
         return std::move(isEnough).error();
+    const PackedContents first = chain->front();
     Expected<std::shared_ptr<const Bytes>> base = contentsOfBase(std::move(*chain));
     if (!base)
         return std::move(base).error();
-    return blocks_.open(contents, std::move(*base), FrameReader::Check::digest);
+    return blocks_.open(first, std::move(*base), FrameReader::Check::digest);
 }
 
 Expected<std::unique_ptr<VersionReader>> Packs::open(const DigestBytes& digest) {
@@ -202,15 +185,17 @@ std::optional<NextBase> Packs::baseAfter(const DigestBytes& previous) {
     const Expected<std::optional<PackedContents>> found = find(previous);
     if (!found || !*found)
         return std::nullopt;
-    const PackBlock& block = (**found).block;
-    if (block.depth < longestChain)
-        return NextBase{.digest = previous,
-                        .depth = static_cast<std::uint8_t>(block.depth + 1),
-                        .roundStart = block.roundStart};
-    if (block.roundStart == longestChain)
+    const Expected<std::vector<PackedContents>> chain = chainOfAnyCopy(**found);
+    if (!chain)
         return std::nullopt;
-    const Expected<std::vector<PackedContents>> chain = chainOf(**found);
-    if (!chain || chain->size() != block.depth)
+    const PackBlock& block = chain->front().block;
+    // It may lead on through other packs than those for which its depth was written.
+    const std::size_t depth = std::max<std::size_t>(block.depth, chain->size());
+    if (depth < longestChain)
+        return NextBase{.digest = previous,
+                        .depth = static_cast<std::uint8_t>(depth + 1),
+                        .roundStart = block.roundStart};
+    if (block.roundStart == longestChain || chain->size() != block.depth)
         return std::nullopt;
     // The chain begins with `previous`, at the greatest depth.
     const PackedContents& base = (*chain)[block.depth - block.roundStart];

@@ -36,7 +36,8 @@ struct NextBase {
 /// says so.
 class Packs {
 public:
-    explicit Packs(sys::Folder root);
+    /// Packs of the `ignored` names are as if they were gone.
+    explicit Packs(sys::Folder root, std::vector<std::string> ignored = {});
 
     /// Where the contents lie; nothing when no pack has them.
     Expected<std::optional<PackedContents>> find(const DigestBytes& digest);
@@ -93,12 +94,21 @@ private:
     Expected<std::vector<std::string>> takeUpSmallOnes();
     void removeTaken(const std::vector<std::string>& taken);
     std::optional<PackedContents> findInOpen(const DigestBytes& digest);
+    /// The copies of a base: in the pack of what builds on it, or in all others.
+    enum class Where { samePack, elsewhere };
+    std::vector<PackedContents> copiesOf(const DigestBytes& digest, const PackSource& dependent,
+                                         Where where);
+    Expected<void> extend(std::vector<PackedContents>& chain, int& looks);
+    Expected<void> extendBy(const PackedContents& base, std::vector<PackedContents>& chain,
+                            int& looks);
     Expected<std::vector<PackedContents>> chainOf(const PackedContents& contents);
+    Expected<std::vector<PackedContents>> chainOfAnyCopy(const PackedContents& contents);
     Expected<void> addWithout(PackWriter& writer, const PackReader& from,
                               const DigestBytes& digest);
     Expected<std::shared_ptr<const Bytes>> contentsOfBase(std::vector<PackedContents> chain);
 
     sys::Folder root_;
+    std::vector<std::string> ignored_;
     std::vector<Pack> packs_;
     bool isListed_ = false;
     // Why something that is nowhere else may lie in a pack that cannot be read.

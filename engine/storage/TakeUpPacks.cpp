@@ -60,6 +60,15 @@ Expected<void> copyAll(const PackReader& from, PackWriter& writer) {
     return {};
 }
 
+/// Whether the writer has none of the contents: what lies in two packs was made against different
+/// things there, of which nobody knows here which is still needed.
+bool isDisjoint(const PackReader& pack, const PackWriter& writer) {
+    const Expected<std::vector<PackEntry>> entries = pack.entries();
+    return entries && std::none_of(entries->begin(), entries->end(), [&](const PackEntry& entry) {
+               return writer.contains(entry.digest);
+           });
+}
+
 }  // namespace
 
 // Those whose class is full with the new one, and then perhaps those of the class that it grows
@@ -101,7 +110,7 @@ Expected<std::vector<std::string>> Packs::takeUpSmallOnes() {
     for (const std::size_t which : smallOnes()) {
         const PackReader& pack = *packs_[which].reader;
         const Expected<std::vector<OdString>> damage = pack.damage();
-        if (!damage || !damage->empty() || writer_->isFull())
+        if (!damage || !damage->empty() || writer_->isFull() || !isDisjoint(pack, *writer_))
             continue;
         if (const Expected<void> copied = copyAll(pack, *writer_); !copied)
             return copied.error();

@@ -219,8 +219,11 @@ def make_scenarios(program, folder, only=""):
             raise RuntimeError(f"the switch was not killed, but ended with {result.returncode}")
 
     def pack(repository):
-        repository.write({"parts/list.csv": b"flange;6\n" * 2000})
-        repository.commit("newer list")
+        """Each version in a pack of its own, as a difference from the one before; gc turns that round."""
+        for number in range(4):
+            repository.write({"parts/list.csv": b"flange;6\n" * 2000 + b"%i\n" % number,
+                              "plans/roof.dwg": DRAWING + b"sheet %i" % number})
+            repository.commit(f"newer list {number}")
 
     def age(repository):
         """Only beside files that are not quite new a look leaves anything but a newer state."""

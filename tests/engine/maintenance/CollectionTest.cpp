@@ -1,15 +1,12 @@
 #include <engine/base/Digest.h>
 #include <engine/maintenance/Collection.h>
-#include <engine/storage/PackWriter.h>
-#include <tests/engine/worktree/Working.h>
+#include <tests/engine/maintenance/CollectionFolder.h>
 #include <tests/support/Files.h>
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,79 +17,14 @@ using qrv::Amount;
 using qrv::Collected;
 using qrv::CollectionMode;
 using qrv::Digest;
+using Collection = qrv_test::CollectionFolder;
+using qrv_test::Days;
 using qrv_test::readFile;
 using qrv_test::writeFile;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using Days = std::chrono::duration<int, std::ratio<86400>>;
-
-/// Two commits of a text and of a drawing.
-class Collection : public testing::Test {
-protected:
-    Collection() {
-        for (const char* const version : {"first", "second"}) {
-            project.write({{"a.txt", version}, {"plan.dwg", std::string("drawing, ") + version}});
-            project.commit(version);
-        }
-    }
-
-    Collected collect(CollectionMode mode = CollectionMode::change) const {
-        return qrv::collectGarbage(project.open()->repository(), mode).value();
-    }
-    std::string object(const std::string& contents) const {
-        return (project / (".qrv/objects/" + Digest::of(contents))).string();
-    }
-    /// Contents that no commit names, as a file of their own.
-    std::string unnamedObject(const std::string& contents, Days age) const {
-        writeFile(object(contents), contents);
-        return aged(object(contents), age);
-    }
-    static std::string aged(const fs::path& file, Days age) {
-        fs::last_write_time(file, fs::file_time_type::clock::now() - age);
-        return file.string();
-    }
-    static Days ageOf(const fs::path& file) {
-        return std::chrono::duration_cast<Days>(fs::file_time_type::clock::now() -
-                                                fs::last_write_time(file));
-    }
-    std::vector<fs::path> packs() const { return filesIn(project / ".qrv/packs"); }
-    static std::vector<fs::path> filesIn(const fs::path& folder) {
-        std::vector<fs::path> files;
-        if (fs::exists(folder))
-            for (const fs::directory_entry& entry : fs::directory_iterator(folder))
-                files.push_back(entry.path());
-        std::sort(files.begin(), files.end());
-        return files;
-    }
-    /// A pack as a command leaves it.
-    fs::path pack(const std::vector<std::string>& contents, Days age) const {
-        const std::vector<fs::path> before = packs();
-        qrv::PackWriter writer(*sys::Folder::open(project.folder.path().string()));
-        for (const std::string& each : contents)
-            writer.add(qrv::toDigestBytes(Digest::of(each)), each, std::nullopt, std::nullopt)
-                .value();
-        const std::string name = writer.finish().value();
-        const fs::path file = project / (".qrv/packs/" + name + ".pack");
-        aged(file, age);
-        return file;
-    }
-    bool isKept(const std::string& contents) const {
-        const auto tree = project.open();
-        const OdString url = L"po:" + OdString::fromNarrow(Digest::of(contents));
-        return tree->repository().storages().objects().contains(tree->root(), url).value();
-    }
-    void expectWhole() const {
-        const qrv_test::Outcome outcome = project.qrv({"verify"});
-        EXPECT_EQ(outcome.status, 0) << outcome;
-    }
-
-    qrv_test::Working project;
-    const std::string ignoreFile = readFile(project / ".qrv/properties/ignore");
-    /// All that the commits name.
-    const Amount named{5, static_cast<std::int64_t>(5 + 6 + 14 + 15 + ignoreFile.size())};
-};
 
 TEST_F(Collection, PutsEverythingThatCommitsNameIntoOnePack) {
     const Collected collected = collect();

@@ -34,6 +34,19 @@ protected:
             add(writer, contents);
         return writer.finish().value();
     }
+    /// Adds contents as a difference from others, at a depth of 2.
+    static void addAgainst(qrv::PackWriter& writer, const std::string& contents,
+                           const std::string& base) {
+        const qrv::DifferenceBase against = {
+            .digest = digestOf(base), .contents = base, .depth = 2, .roundStart = 1};
+        writer.add(digestOf(contents), contents, against, std::nullopt).value();
+    }
+    /// The name of a pack of nothing else.
+    std::string packOfDifference(const std::string& contents, const std::string& base) const {
+        qrv::PackWriter writer(root_);
+        addAgainst(writer, contents, base);
+        return writer.finish().value();
+    }
     std::shared_ptr<const qrv::PackReader> opened(const std::string& name) const {
         return qrv::Packs(root_).openPack(name).value();
     }

@@ -171,6 +171,70 @@ TEST_F(PacksTest, StayFewHoweverOftenSomethingIsStored) {
     EXPECT_EQ(sketches, all.size());
 }
 
+// A collection that was interrupted left packs in which chains ran the other way. Whichever pack
+// came first was followed, in a circle, and the contents passed for damaged.
+TEST_F(PacksTest, LeadOutOfACircleThroughWhicheverPackCan) {
+    const std::string old = revision(1);
+    const std::string young = revision(2);
+    const std::string begun = packOf({old});
+    packOfDifference(young, old);
+    qrv::PackWriter turned(root_);
+    add(turned, young);
+    addAgainst(turned, old, young);
+    turned.finish().value();
+    for (const bool isBegunThere : {true, false}) {
+        if (!isBegunThere)
+            fs::remove(fileOf(begun));
+        EXPECT_TRUE(read(old) == old);
+        EXPECT_TRUE(read(young) == young);
+        Packs packs(root_);
+        const std::vector<std::string> names = packs.names().value();
+        for (const std::string& name : names) {
+            for (const std::string& each : {old, young}) {
+                const auto place = opened(name)->find(digestOf(each)).value();
+                if (!place)
+                    continue;
+                const auto reader = packs.open(*place);
+                ASSERT_TRUE(reader) << name;
+                EXPECT_TRUE(qrv_test::readAll(**reader) == each) << name;
+            }
+        }
+    }
+}
+
+TEST_F(PacksTest, WithNothingButACircleAreDamaged) {
+    const std::string begun = packOf({revision(1)});
+    const std::string first = packOfDifference(revision(2), revision(1));
+    fs::remove(fileOf(begun));
+    const std::string second = packOfDifference(revision(1), revision(2));
+    for (const unsigned number : {1U, 2U})
+        EXPECT_THAT(read(revision(number)), testing::HasSubstr("it builds on too many others"));
+}
+
+TEST_F(PacksTest, AreReadAsIfOthersWereGone) {
+    const std::string begun = packOf({revision(1)});
+    packOfDifference(revision(2), revision(1));
+    Packs packs(root_, {begun});
+    EXPECT_EQ(read(packs, digestOf(revision(1))), "not there");
+    EXPECT_THAT(read(packs, digestOf(revision(2))),
+                testing::HasSubstr("one that it builds on is missing"));
+}
+
+TEST_F(PacksTest, AreNotTakenUpTogetherWithTheSameContents) {
+    std::vector<std::string> names;
+    for (unsigned number = 0; number < 8; ++number)
+        names.push_back(packOf({qrv_test::randomBytes(200, number)}));
+    names.push_back(packOf({qrv_test::randomBytes(200, 7), qrv_test::randomBytes(90, 20)}));
+    Packs packs(root_);
+    packs.writer().add(digestOf("new"), std::string("new"), std::nullopt, std::nullopt).value();
+    packs.flush().value();
+    // One of the two that have something in common, beside the new one.
+    EXPECT_THAT(packs.names().value(), SizeIs(2));
+    for (unsigned number = 0; number < 8; ++number)
+        EXPECT_TRUE(read(qrv_test::randomBytes(200, number)) == qrv_test::randomBytes(200, number));
+    EXPECT_TRUE(read(qrv_test::randomBytes(90, 20)) == qrv_test::randomBytes(90, 20));
+}
+
 TEST_F(PacksTest, AreNotTakenUpWhenTheyAreDamaged) {
     std::vector<std::string> names;
     for (unsigned number = 0; number < 8; ++number)
