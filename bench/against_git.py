@@ -167,12 +167,18 @@ def add_one(side, count, number):
     side.add(path)
 
 
-def little(top, qrv, _, runs):
+def committed_pair(top, qrv, count):
+    """Small files in one commit, all of which have been looked at."""
     pair = Pair(top, qrv)
-    pair.fill(trees.small_files, 1000)
+    pair.fill(trees.small_files, count)
     pair.each(lambda side: side.init() + side.add_all() + side.commit())
     settle()
     pair.each(lambda side: side.status())
+    return pair
+
+
+def little(top, qrv, _, runs):
+    pair = committed_pair(top, qrv, 1000)
 
     def change(side, number):
         path = trees.small_path(number * 7 % 1000)
@@ -184,11 +190,7 @@ def little(top, qrv, _, runs):
 
 
 def start(top, qrv, _, runs):
-    pair = Pair(top, qrv)
-    pair.fill(trees.small_files, 20)
-    pair.each(lambda side: side.init() + side.add_all() + side.commit())
-    settle()
-    pair.each(lambda side: side.status())
+    pair = committed_pair(top, qrv, 20)
     yield rows.of_times("--version", *pair.times(8 * runs, lambda side, _: side.version()), 2.0)
     yield rows.of_times("status in a folder of 20 files", *pair.times(8 * runs, lambda side, _: side.status()), 2.0)
 

@@ -24,11 +24,7 @@ def costs_at(size, qrv, runs):
     """Work -> the medians of both sides."""
     top = pathlib.Path(tempfile.mkdtemp(prefix="qrv-bench-"))
     try:
-        pair = against_git.Pair(top, qrv)
-        pair.fill(trees.small_files, size)
-        pair.each(lambda side: side.init() + side.add_all() + side.commit())
-        against_git.settle()
-        pair.each(lambda side: side.status())
+        pair = against_git.committed_pair(top, qrv, size)
         costs = {work: ([], []) for work in WORKS}
         for number in range(runs):
             path = trees.small_path(number * 97 % size)
